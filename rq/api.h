@@ -1,0 +1,4 @@
+#pragma once
+
+/// Exported from libRQ.
+#define RQ_API __attribute__((visibility("default")))
