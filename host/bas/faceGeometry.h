@@ -1,0 +1,82 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include <host/bas/Vector.h>
+
+// The geometry of one face, for any reader of positions: `position(i)` gives corner i of the face as 64-bit floats.
+// Sums are taken relative to the first corner, so that a face far from the origin loses nothing.
+
+namespace host
+{
+/// The vector at right angles to a face whose length is twice the face's area (Newell's sums, as a fan of cross products).
+///
+/// Exact for any simple planar face, concave ones too; corners count counter-clockwise seen from its tip.
+template <class Position> BAS_Vec3d newellVector(int64_t corners, Position &&position)
+{
+    BAS_Vec3d sum(0.0);
+    if (corners < 3)
+        return sum;
+    const BAS_Vec3d origin = position(0);
+    BAS_Vec3d last = position(1) - origin;
+    for (int64_t i = 2; i < corners; ++i)
+    {
+        const BAS_Vec3d next = position(i) - origin;
+        sum += last % next;
+        last = next;
+    }
+    return sum;
+}
+
+/// The direction of `v`; the zero vector when it has none (zero length, not finite).
+inline BAS_Vec3d direction(const BAS_Vec3d &v)
+{
+    // Scaling first keeps tiny and huge vectors inside the range of the squares.
+    const double largest = std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
+    if (!(largest > 0.0) || !std::isfinite(v.x + v.y + v.z))
+        return BAS_Vec3d(0.0);
+    const BAS_Vec3d scaled = v / largest;
+    return scaled / std::sqrt(scaled.dot(scaled));
+}
+
+/// The unit normal of a face from its first three corners; from all of them where these are too small to trust.
+template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&position)
+{
+    // Squared length of the sums under which three corners are taken for degenerate.
+    constexpr double kTrusted = 1e-6;
+    if (corners < 3)
+        return BAS_Vec3d(0.0, 0.0, 1.0);
+    const BAS_Vec3d first = position(0);
+    const BAS_Vec3d sum = (position(1) - first) % (position(2) - first);
+    const double squared = sum.dot(sum);
+    if (squared > kTrusted && std::isfinite(squared))
+        return sum / std::sqrt(squared);
+    return direction(newellVector(corners, position));
+}
+
+/// The angle in radians between the edges that meet at `corner`; 0 where an edge has no length.
+inline double cornerAngle(const BAS_Vec3d &previous, const BAS_Vec3d &corner, const BAS_Vec3d &next)
+{
+    const BAS_Vec3d a = previous - corner, b = next - corner;
+    const BAS_Vec3d across = a % b;
+    return std::atan2(std::sqrt(across.dot(across)), a.dot(b));
+}
+
+/// The length of a closed face's outline.
+template <class Position> double facePerimeter(int64_t corners, Position &&position)
+{
+    double sum = 0.0;
+    for (int64_t i = 0; i < corners; ++i)
+        sum += (position(i + 1 < corners ? i + 1 : 0) - position(i)).length();
+    return sum;
+}
+
+/// The signed volume between a face, cut as a fan, and a reference point.
+template <class Position> double faceVolume(int64_t corners, Position &&position, const BAS_Vec3d &reference)
+{
+    if (corners < 3)
+        return 0.0;
+    return (position(0) - reference).dot(newellVector(corners, position)) / 6.0;
+}
+}  // namespace host

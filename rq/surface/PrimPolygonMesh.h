@@ -1,0 +1,184 @@
+#pragma once
+
+#include <string>
+
+#include <rq/attrib/AttributeList.h>
+#include <rq/data/CountArray.h>
+#include <rq/prim/Primitive.h>
+
+class RQ_PrimPolygonMesh;
+using RQ_PolygonMeshHandle = BAS_IntrusivePtr<RQ_PrimPolygonMesh>;
+
+/// The arrays that cut a mesh's faces into convex pieces; they fit every mesh of the same topology.
+struct RQ_ConvexArrays
+{
+    RQ_DataArrayHandle counts;        ///< corners of each piece, one integer a piece
+    RQ_DataArrayHandle vertexList;    ///< point of each corner of each piece
+    RQ_DataArrayHandle sourceVertex;  ///< vertex-list position that each corner came from
+    RQ_DataArrayHandle sourceFace;    ///< face that each piece came from
+    RQ_DataArrayHandle whole;         ///< uint8 a piece: 1 where a face was taken over whole, 0 where it was cut
+};
+
+/// A mesh of faces with any number of corners that share points.
+///
+/// Shape      face i uses vertex-list entries offset(i) .. offset(i) + count(i) - 1, each the row of a point in the shared
+///            attributes; vertex attributes have one entry per face corner, uniform ones one per face, detail ones one
+/// Failure    constructors trust what they are given; `validate` tells whether it holds together
+/// Ownership  arrays are shared, never copied; operations return a new mesh, or this one when nothing changes
+/// Threads    immutable once built, safe to read from any thread; operations run in parallel and give the same bits for
+///            any number of threads
+class RQ_API RQ_PrimPolygonMesh : public RQ_Primitive
+{
+public:
+    RQ_PrimPolygonMesh();
+
+    /// `counts` holds the corners of each face.  Smallest and largest count may be given when known (-1: scan).
+    RQ_PrimPolygonMesh(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
+                       const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex = {},
+                       const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {},
+                       RQ_IndexingMode mode = RQ_INDEXING_AUTO, int64_t minCount = -1, int64_t maxCount = -1);
+
+    /// From counts that were summed up before.
+    RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
+                       const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {},
+                       const RQ_AttributeListHandle &detail = {});
+
+    /// The topology and state of `other` with other attributes.
+    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail);
+
+    /// The faces of `other` over other points.
+    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared);
+
+    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other);
+    ~RQ_PrimPolygonMesh() override;
+
+    /// Replace topology and attributes of a mesh that is not yet shared.
+    void init(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
+              const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {},
+              const RQ_AttributeListHandle &detail = {}, RQ_IndexingMode mode = RQ_INDEXING_AUTO, int64_t minCount = -1,
+              int64_t maxCount = -1);
+    void init(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
+              const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {},
+              const RQ_AttributeListHandle &detail = {});
+
+    /// Check that counts, vertex list and attribute lengths fit together and every point exists.  False with the reason.
+    bool validate(std::string *why = nullptr) const;
+
+    int64_t getFaceCount() const { return counts_.entries(); }
+    int64_t getVertexCount() const { return counts_.sumCounts(); }
+    int64_t getPointCount() const;
+    int64_t getMinVertexCount() const { return counts_.getMinCount(); }
+    int64_t getMaxVertexCount() const { return counts_.getMaxCount(); }
+    const RQ_CountArray &getFaceCountArray() const { return counts_; }
+
+    /// The corners of each face as an array of the width asked for.
+    RQ_DataArrayHandle getFaceCounts(RQ_IndexingMode mode = RQ_INDEXING_AUTO) const;
+
+    /// Vertex-list position of the first corner of `face`, or of corner `i`; the point of corner `i`.  Not checked.
+    int64_t getVertexOffset(int64_t face) const { return counts_.getOffset(face); }
+    int64_t getVertex(int64_t face, int64_t i) const { return counts_.getOffset(face) + i; }
+    int64_t getPoint(int64_t face, int64_t i) const { return vertexList_->getI64(getVertex(face, i)); }
+
+    /// The points at both ends of an edge; the last edge of a face leads back to its first corner.
+    void getEdgePoints(int64_t face, int64_t edge, int64_t &p0, int64_t &p1) const;
+
+    /// The rows of the points that some face uses, in increasing order.
+    RQ_DataArrayHandle getUsedPointList(RQ_IndexingMode mode = RQ_INDEXING_AUTO) const;
+
+    const RQ_AttributeListHandle &getShared() const { return shared_; }
+    const RQ_AttributeListHandle &getVertex() const { return vertex_; }
+    const RQ_AttributeListHandle &getUniform() const { return uniform_; }
+    const RQ_AttributeListHandle &getDetail() const { return detail_; }
+
+    /// True on meshes whose faces are known to be convex.
+    bool isConvexed() const { return convexed_; }
+    void setConvexed(bool convexed) { convexed_ = convexed; }
+
+    /// Cut the faces into convex pieces of at most `maxVertices` corners (at least 3; 3 makes triangles).
+    ///
+    /// A concave face is cut right, whatever its shape; a face of n corners gives n - 2 triangles, one of fewer than 3 nothing.
+    /// With `triangulate` a face that must be cut leaves as triangles only.  Uniform and vertex attributes become views of
+    /// this mesh's.  Returns this mesh when all faces are triangles, null when "P" is missing or the user interrupted.
+    RQ_PolygonMeshHandle convex(int maxVertices = 4, bool triangulate = false) const;
+
+    /// Only the cutting of `convex`, to keep and apply to meshes of the same topology.  False as `convex` gives null.
+    bool getConvexArrays(RQ_ConvexArrays &arrays, int maxVertices = 4, bool triangulate = false) const;
+
+    /// The mesh that `convex` would give, from arrays made before by a mesh of the same topology.
+    RQ_PolygonMeshHandle adoptConvexing(const RQ_ConvexArrays &arrays) const;
+
+    /// The unit normal of each face, from its first three corners or, where these leave no direction, from all.
+    ///
+    /// Shape    3 components a face in the storage asked for (real16, real32, real64)
+    /// Failure  a null handle when the positions are missing, not of 3 components, or the storage is no float
+    RQ_DataArrayHandle faceNormals(int segment = 0, const char *positions = "P",
+                                   RQ_Storage storage = RQ_STORAGE_REAL32) const;
+
+    /// The mesh with point normals "N", or this one when vertices or points have an "N" already.
+    RQ_PolygonMeshHandle createPointNormalsIfMissing(const char *positions, bool normalize, bool &changed) const;
+
+    /// The mesh with vertex normals "N" by cusp angle (degrees), or this one when vertices or points have an "N" already.
+    RQ_PolygonMeshHandle createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
+                                                      bool &changed) const;
+
+    /// Drop the points that no face uses, keeping the order of the others; shared attributes become views.
+    ///
+    /// `indexRemap`, if wanted, receives old row to new row, -1 where dropped.  Returns this mesh when nothing is dropped.
+    RQ_PolygonMeshHandle removeUnusedPoints(RQ_DataArrayHandle *indexRemap = nullptr) const;
+
+    /// Make every attribute an owning copy, in place, on a mesh that is not yet shared.
+    void hardenAttributes();
+
+    /// Average the face normals around each vertex, keeping edges sharper than `cuspAngle` hard.
+    ///
+    /// Shape    3 components per face-vertex, in vertex-list order
+    /// Units    `cuspAngle` in degrees: 0 and below is faceted, 180 and above is fully smooth (a view of point normals)
+    /// Failure  a null handle when the positions are missing or not 3-component; the mesh is untouched
+    virtual RQ_DataArrayHandle createVertexNormals(int segment, const char *positions, double cuspAngle, bool normalize,
+                                                   RQ_Storage storage) const;
+
+    const char *className() const override;
+    int getPrimitiveType() const override;
+    void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
+    int getMotionSegments() const override;
+    int64_t getMemoryUsage() const override;
+    const RQ_AttributeListHandle &getPointAttributes() const override { return shared_; }
+    const RQ_AttributeListHandle &getVertexAttributes() const override { return vertex_; }
+    const RQ_AttributeListHandle &getUniformAttributes() const override { return uniform_; }
+    const RQ_AttributeListHandle &getDetailAttributes() const override { return detail_; }
+    bool save(BAS_JSONWriter &writer) const override;
+    const RQ_DataArrayHandle &getVertexList() const override { return vertexList_; }
+
+    /// Sum the normals of the faces around each point, weighted by the corner's angle or by `weights` (one per face-vertex).
+    RQ_DataArrayHandle createPointNormals(int segment, const char *positions, bool normalize, const float *weights,
+                                          RQ_Storage storage) const override;
+    double computePerimeter(int segment) const override;
+    double computeSurfaceArea(int segment) const override;
+    double computeVolume(const BAS_Vec3f &reference, int segment) const override;
+    RQ_PrimitiveHandle doHarden() const override;
+    RQ_PrimitiveHandle doSoftCopy() const override;
+
+protected:
+    using RQ_Primitive::clone;
+
+    // Make an object of the caller's own class: subclasses override these so that every operation keeps their kind.
+    virtual RQ_PolygonMeshHandle clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &vertex) const;
+    virtual RQ_PolygonMeshHandle clone(const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail) const;
+    virtual RQ_PolygonMeshHandle clone(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
+                                       const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail) const;
+    virtual RQ_PolygonMeshHandle clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
+                                       const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                                       const RQ_AttributeListHandle &detail) const;
+
+private:
+    RQ_AttributeListHandle shared_;
+    RQ_AttributeListHandle vertex_;
+    RQ_AttributeListHandle uniform_;
+    RQ_AttributeListHandle detail_;
+    RQ_DataArrayHandle vertexList_;
+    RQ_CountArray counts_;
+    bool convexed_ = false;
+};
