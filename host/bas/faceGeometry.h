@@ -63,6 +63,13 @@ inline double cornerAngle(const BAS_Vec3d &previous, const BAS_Vec3d &corner, co
     return std::atan2(std::sqrt(across.dot(across)), a.dot(b));
 }
 
+/// True when the diagonal a-c cuts the quad a, b, c, d into two triangles whose normals point to one side.
+inline bool diagonalSplits(const BAS_Vec3d &a, const BAS_Vec3d &b, const BAS_Vec3d &c, const BAS_Vec3d &d)
+{
+    const BAS_Vec3d diagonal = c - a;
+    return ((b - a) % diagonal).dot(diagonal % (d - a)) > 0.0;
+}
+
 /// The length of a closed face's outline.
 template <class Position> double facePerimeter(int64_t corners, Position &&position)
 {

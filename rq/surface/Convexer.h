@@ -1,9 +1,9 @@
 #pragma once
 
+#include <initializer_list>
 #include <vector>
 
 #include <host/bas/Convex.h>
-#include <rq/data/DataArray.h>
 #include <rq/data/Positions.h>
 
 /// Cut single faces into convex pieces of bounded size.
@@ -22,6 +22,10 @@ public:
     /// it pieces are as large as the limit allows.  False only for a face of fewer than 3 corners.
     bool processFace(const RQ_DataArrayHandle &positions, int64_t count, int64_t first, const RQ_DataArrayHandle &vertexList,
                      int maxVertices, bool triangulate);
+
+    /// The same in two steps, for many faces of one mesh: name the arrays once, then cut face after face.
+    void setSource(const rq::Positions &positions, const RQ_DataArrayHandle &vertexList);
+    bool processFace(int64_t count, int64_t first, int maxVertices, bool triangulate);
 
     int64_t getFaceCount() const { return int64_t(ends_.size()); }
     int64_t getVertexCount() const { return int64_t(vertices_.size()); }
@@ -43,18 +47,23 @@ private:
     void polyVertex(int corner) override;
 
     int64_t begin(int64_t face) const { return face > 0 ? ends_[size_t(face) - 1] : 0; }
-    BAS_Vec3d corner(int64_t i) const;
+    int64_t point(int64_t i) const { return points32_ ? int64_t(points32_[i]) : points64_ ? points64_[i] : i; }
     void emit(std::initializer_list<int> corners);
     void processQuad(int limit);
     void processPolygon(int limit, bool triangulate);
 
+    RQ_DataArrayHandle source_;
     rq::Positions positions_;
     RQ_DataArrayHandle vertexList_;
-    int64_t count_ = 0;
+    RQ_DataArrayHandle points_;  // keeps the values of one of the pointers below
+    const int32_t *points32_ = nullptr;
+    const int64_t *points64_ = nullptr;
+
     int64_t first_ = 0;
+    std::vector<BAS_Vec3d> corners_;
     BAS_Vec3d axisX_;
     BAS_Vec3d axisY_;
-    BAS_Vec3d origin_;
+
     std::vector<int64_t> vertices_;
     std::vector<int32_t> ends_;
 };

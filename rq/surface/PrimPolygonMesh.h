@@ -17,6 +17,8 @@ struct RQ_ConvexArrays
     RQ_DataArrayHandle sourceVertex;  ///< vertex-list position that each corner came from
     RQ_DataArrayHandle sourceFace;    ///< face that each piece came from
     RQ_DataArrayHandle whole;         ///< uint8 a piece: 1 where a face was taken over whole, 0 where it was cut
+    int64_t minCount = -1;            ///< fewest corners of a piece
+    int64_t maxCount = -1;            ///< most corners of a piece
 };
 
 /// A mesh of faces with any number of corners that share points.
@@ -159,9 +161,9 @@ public:
     RQ_PrimitiveHandle doHarden() const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
 
-protected:
     using RQ_Primitive::clone;
 
+protected:
     // Make an object of the caller's own class: subclasses override these so that every operation keeps their kind.
     virtual RQ_PolygonMeshHandle clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &vertex) const;
     virtual RQ_PolygonMeshHandle clone(const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,

@@ -1,0 +1,158 @@
+#include <rq/attrib/AttributeList.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+
+#include <host/bas/JSONWriter.h>
+#include <host/bas/MemoryTracker.h>
+#include <rq/data/mixId.h>
+
+namespace
+{
+// What a list accounts for itself, beside 8 bytes a slot.
+constexpr int64_t kListBytes = 24;
+
+const RQ_DataArrayHandle kNoArray;
+}  // namespace
+
+RQ_AttributeList::RQ_AttributeList(const RQ_AttributeMapHandle &map, int segments)
+    : segments_(std::max(1, segments)), map_(map), data_(size_t(segments_) * size_t(entries()))
+{
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, int64_t(data_.size()) * 8 + kListBytes);
+}
+
+RQ_AttributeList::RQ_AttributeList(const RQ_AttributeList &other)
+    : BAS_IntrusiveRefCounter<RQ_AttributeList>(), segments_(other.segments_), map_(other.map_), data_(other.data_)
+{
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, int64_t(data_.size()) * 8 + kListBytes);
+}
+
+RQ_AttributeList::~RQ_AttributeList() { BAS_MemoryTracker::add(BAS_MEMORY_LIST, -(int64_t(data_.size()) * 8 + kListBytes)); }
+
+const RQ_DataArrayHandle &RQ_AttributeList::get(int index, int segment) const
+{
+    return index >= 0 && index < entries() ? data_[slot(index, segment)] : kNoArray;
+}
+
+const BAS_Array<BAS_StringHolder> &RQ_AttributeList::getNames() const
+{
+    static const BAS_Array<BAS_StringHolder> kNone;
+    return map_ ? map_->getNames() : kNone;
+}
+
+int64_t RQ_AttributeList::getMemoryUsage() const
+{
+    int64_t bytes = (map_ ? map_->getMemoryUsage(true) : 0) + kListBytes;
+    for (iterator it = begin(); !it.atEnd(); ++it)
+        if (it.getData())
+            bytes += segments_ * it.getData()->getMemoryUsage();
+    return bytes;
+}
+
+bool RQ_AttributeList::getDataIdHash(uint64_t &hash, int segment) const
+{
+    hash = uint64_t(entries());
+    for (iterator it = begin(segment); !it.atEnd(); ++it)
+    {
+        const RQ_DataArrayHandle &array = it.getData();
+        if (!array || !array->isValid())
+            continue;
+        const int64_t id = array->getDataId();
+        if (id == -1)
+            return false;
+        hash = RQmixId(hash) + RQmixId(uint64_t(id));
+    }
+    return true;
+}
+
+bool RQ_AttributeList::matchDefinition(const RQ_AttributeList *a, const RQ_AttributeList *b)
+{
+    if (!a || !b)
+        return a == b;
+    return a->map_ == b->map_ || (a->map_ && b->map_ && *a->map_ == *b->map_);
+}
+
+void RQ_AttributeList::set(int index, const RQ_DataArrayHandle &array, int segment)
+{
+    if (index >= 0 && index < entries())
+        data_[slot(index, segment)] = array;
+}
+
+void RQ_AttributeList::setAllSegments(int index, const RQ_DataArrayHandle &array)
+{
+    for (int segment = 0; segment < segments_; ++segment)
+        set(index, array, segment);
+}
+
+bool RQ_AttributeList::copySegment(int segment, const RQ_AttributeList &source, int sourceSegment)
+{
+    if (!matchDefinition(this, &source))
+        return false;
+    for (int i = 0; i < entries(); ++i)
+        set(i, source.get(i, sourceSegment), segment);
+    return true;
+}
+
+void RQ_AttributeList::harden()
+{
+    for (int segment = 0; segment < segments_; ++segment)
+        harden(segment);
+}
+
+void RQ_AttributeList::harden(int segment)
+{
+    for (int i = 0; i < entries(); ++i)
+        if (const RQ_DataArrayHandle &array = get(i, segment))
+            if (const RQ_DataArrayHandle hard = array->harden())
+                set(i, hard, segment);
+}
+
+void RQ_AttributeList::updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_Owner owner)
+{
+    for (int segment = 0; segment < segments_; ++segment)
+        for (int i = 0; i < entries(); ++i)
+            if (const RQ_DataArrayHandle &array = get(i, segment))
+                array->updateGeoDetail(detail, getName(i).c_str(), owner, segment);
+}
+
+void RQ_AttributeList::dumpList(const char *label, bool values) const
+{
+    if (label && *label)
+        std::printf("%s %d segments\n", label, segments_);
+    for (int segment = 0; segment < segments_; ++segment)
+    {
+        if (segments_ > 1)
+            std::printf("--- segment %d ---\n", segment);
+        for (iterator it = begin(segment); !it.atEnd(); ++it)
+        {
+            const RQ_DataArrayHandle &array = it.getData();
+            if (!array)
+            {
+                std::printf("  %s <null>\n", it.getName().c_str());
+                continue;
+            }
+            const char *storage = RQstorage(array->getStorage());
+            const char *type = RQtype(array->getTypeInfo());
+            std::printf("  %s:%d%s%s %s [%" PRId64 "] (%s) id=%" PRIu64 " %" PRIu64 "b", storage ? storage : "",
+                        int(array->getTupleSize()), *type ? " " : "", type, it.getName().c_str(), array->entries(),
+                        array->className(), uint64_t(array->getDataId()), uint64_t(array->getMemoryUsage()));
+            std::printf("\n");
+            if (values)
+                array->dumpValues(nullptr);
+        }
+    }
+}
+
+bool RQ_AttributeList::save(BAS_JSONWriter &writer) const
+{
+    bool good = writer.beginMap();
+    for (int i = 0; i < entries() && good; ++i)
+    {
+        good = writer.key(getName(i).view()) && writer.beginArray();
+        for (int segment = 0; segment < segments_ && good; ++segment)
+            good = get(i, segment) ? get(i, segment)->save(writer, true) : writer.writeNull();
+        good = good && writer.endArray();
+    }
+    return good && writer.endMap();
+}

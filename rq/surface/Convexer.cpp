@@ -1,0 +1,131 @@
+#include <rq/surface/Convexer.h>
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+
+#include <host/bas/faceGeometry.h>
+#include <rq/data/DANumeric.h>
+
+namespace
+{
+// Two axes at right angles to a unit normal and to each other (Duff and others, "Building an orthonormal basis,
+// revisited", 2017).
+void frameOfReference(const BAS_Vec3d &normal, BAS_Vec3d &axisX, BAS_Vec3d &axisY)
+{
+    const double sign = std::copysign(1.0, normal.z);
+    const double a = -1.0 / (sign + normal.z);
+    const double b = normal.x * normal.y * a;
+    axisX = BAS_Vec3d(1.0 + sign * normal.x * normal.x * a, sign * b, -sign * normal.x);
+    axisY = BAS_Vec3d(b, sign + normal.y * normal.y * a, -normal.y);
+}
+}  // namespace
+
+RQ_Convexer::RQ_Convexer() = default;
+RQ_Convexer::~RQ_Convexer() = default;
+
+void RQ_Convexer::setSource(const rq::Positions &positions, const RQ_DataArrayHandle &vertexList)
+{
+    const bool wide = vertexList && vertexList->getStorage() == RQ_STORAGE_INT64;
+    positions_ = positions;
+    vertexList_ = vertexList;
+    points64_ = wide ? vertexList->getArray<int64_t>(points_) : nullptr;
+    points32_ = vertexList && !wide ? vertexList->getArray<int32_t>(points_) : nullptr;
+}
+
+bool RQ_Convexer::processFace(const RQ_DataArrayHandle &positions, int64_t count, int64_t first,
+                              const RQ_DataArrayHandle &vertexList, int maxVertices, bool triangulate)
+{
+    if (positions != source_ || vertexList != vertexList_)
+    {
+        source_ = positions;
+        setSource(rq::Positions(positions), vertexList);
+    }
+    return processFace(count, first, maxVertices, triangulate);
+}
+
+bool RQ_Convexer::processFace(int64_t count, int64_t first, int maxVertices, bool triangulate)
+{
+    vertices_.clear();
+    ends_.clear();
+    if (count < 3)
+        return false;
+    first_ = first;
+    const int limit = std::max(maxVertices, 3);
+    corners_.resize(size_t(count));
+    for (int64_t i = 0; i < count; ++i)
+        corners_[size_t(i)] = positions_[point(first + i)];
+
+    if (count == 3)
+        emit({0, 1, 2});
+    else if (count == 4)
+        processQuad(limit);
+    else
+        processPolygon(limit, triangulate);
+    return true;
+}
+
+void RQ_Convexer::emit(std::initializer_list<int> corners)
+{
+    beginPolygon(int(corners.size()), false);
+    for (int corner : corners)
+        polyVertex(corner);
+}
+
+void RQ_Convexer::processQuad(int limit)
+{
+    const BAS_Vec3d *p = corners_.data();
+    const bool split02 = canSplitQuad02(p[0], p[1], p[2], p[3]);
+    if (limit > 3 && split02 && canSplitQuad02(p[1], p[2], p[3], p[0]))
+        return emit({0, 1, 2, 3});
+    emit(split02 ? std::initializer_list<int>{0, 1, 2} : std::initializer_list<int>{0, 1, 3});
+    emit(split02 ? std::initializer_list<int>{2, 3, 0} : std::initializer_list<int>{1, 2, 3});
+}
+
+void RQ_Convexer::processPolygon(int limit, bool triangulate)
+{
+    const int64_t count = int64_t(corners_.size());
+    const BAS_Vec3d normal = host::direction(host::newellVector(count, [this](int64_t i) { return corners_[size_t(i)]; }));
+    if (normal == BAS_Vec3d(0.0))
+    {
+        axisX_ = BAS_Vec3d(1.0, 0.0, 0.0);
+        axisY_ = BAS_Vec3d(0.0, 0.0, 1.0);
+    }
+    else
+        frameOfReference(normal, axisX_, axisY_);
+
+    run(limit, !triangulate);
+    if (!ends_.empty() || count > limit || isConcave())
+        return;
+    beginPolygon(int(count), false);
+    for (int i = 0; i < int(count); ++i)
+        polyVertex(i);
+}
+
+int RQ_Convexer::getPointCount() const { return int(corners_.size()); }
+
+BAS_Vec2d RQ_Convexer::getPoint(int i) const
+{
+    // Relative to the first corner: a face far from the origin keeps all its digits.
+    const BAS_Vec3d offset = corners_[size_t(i)] - corners_[0];
+    return {offset.dot(axisX_), offset.dot(axisY_)};
+}
+
+void RQ_Convexer::beginPolygon(int corners, bool) { ends_.push_back(int32_t(vertices_.size()) + corners); }
+void RQ_Convexer::polyVertex(int corner) { vertices_.push_back(first_ + corner); }
+
+RQ_DataArrayHandle RQ_Convexer::getPolyMeshFaceList() const
+{
+    BAS_IntrusivePtr<RQ_DANumeric<int32_t>> counts(new RQ_DANumeric<int32_t>(getFaceCount(), 1, RQ_TYPE_NONE));
+    for (int64_t face = 0; face < getFaceCount(); ++face)
+        counts->data()[face] = int32_t(getVertexCount(face));
+    return counts;
+}
+
+RQ_DataArrayHandle RQ_Convexer::getPolyMeshVertexList(const RQ_DataArrayHandle &source) const
+{
+    BAS_IntrusivePtr<RQ_DANumeric<int64_t>> list(new RQ_DANumeric<int64_t>(getVertexCount(), 1, RQ_TYPE_NONE));
+    for (int64_t i = 0; i < getVertexCount(); ++i)
+        list->data()[i] = source ? source->getI64(vertices_[size_t(i)]) : vertices_[size_t(i)];
+    return list;
+}

@@ -1,0 +1,189 @@
+#include <rq/surface/PrimPolygonMesh.h>
+
+#include <algorithm>
+
+#include <host/bas/JSONWriter.h>
+#include <rq/data/DAConstantValue.h>
+#include <rq/prim/PrimitiveType.h>
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
+                                       const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail,
+                                       RQ_IndexingMode mode, int64_t minCount, int64_t maxCount)
+{
+    init(counts, vertexList, shared, vertex, uniform, detail, mode, minCount, maxCount);
+}
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
+                                       const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
+    : shared_(shared), vertex_(vertex), uniform_(uniform), detail_(detail), vertexList_(vertexList), counts_(counts)
+{
+}
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
+                                       const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                                       const RQ_AttributeListHandle &detail)
+    : RQ_PrimPolygonMesh(other)
+{
+    shared_ = shared;
+    vertex_ = vertex;
+    uniform_ = uniform;
+    detail_ = detail;
+    dropDataIdHash();
+}
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_DataArrayHandle &vertexList,
+                                       const RQ_AttributeListHandle &shared)
+    : RQ_PrimPolygonMesh(other, shared, other.vertex_, other.uniform_, other.detail_)
+{
+    vertexList_ = vertexList;
+}
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other) = default;
+RQ_PrimPolygonMesh::~RQ_PrimPolygonMesh() = default;
+
+void RQ_PrimPolygonMesh::init(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
+                              const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                              const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail, RQ_IndexingMode mode,
+                              int64_t minCount, int64_t maxCount)
+{
+    RQ_CountArray ends;
+    if (counts)
+        ends.init(counts, minCount, maxCount);
+    init(ends, vertexList, shared, vertex, uniform, detail);
+    if (mode == RQ_INDEXING_64 && vertexList_ && vertexList_->getStorage() != RQ_STORAGE_INT64)
+    {
+        RQ_DataArrayHandle wide;
+        vertexList_->getArray<int64_t>(wide);
+        vertexList_ = wide;
+    }
+}
+
+void RQ_PrimPolygonMesh::init(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
+                              const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                              const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
+{
+    counts_ = counts;
+    vertexList_ = vertexList;
+    shared_ = shared;
+    vertex_ = vertex;
+    uniform_ = uniform;
+    detail_ = detail;
+    convexed_ = false;
+    dropDataIdHash();
+}
+
+int64_t RQ_PrimPolygonMesh::getPointCount() const
+{
+    return shared_ && shared_->entries() > 0 && shared_->get(0, 0) ? shared_->get(0, 0)->entries() : 0;
+}
+
+RQ_DataArrayHandle RQ_PrimPolygonMesh::getFaceCounts(RQ_IndexingMode mode) const
+{
+    const RQ_DataArrayHandle counts = counts_.extractCounts();
+    if (!counts || mode == RQ_INDEXING_AUTO || counts->checkIndexing(mode))
+        return counts;
+    RQ_DataArrayHandle converted;
+    if (mode == RQ_INDEXING_64)
+        counts->getArray<int64_t>(converted);
+    else
+        counts->getArray<int32_t>(converted);
+    return converted;
+}
+
+void RQ_PrimPolygonMesh::getEdgePoints(int64_t face, int64_t edge, int64_t &p0, int64_t &p1) const
+{
+    p0 = getPoint(face, edge);
+    p1 = getPoint(face, edge + 1 < counts_.getCount(face) ? edge + 1 : 0);
+}
+
+const char *RQ_PrimPolygonMesh::className() const { return "RQ_PrimPolygonMesh"; }
+int RQ_PrimPolygonMesh::getPrimitiveType() const { return RQ_PRIM_POLYGON_MESH; }
+
+int RQ_PrimPolygonMesh::getMotionSegments() const
+{
+    int segments = getPrimitiveTransform() ? std::max(1, getPrimitiveTransform()->getSegments()) : 1;
+    for (const RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
+        if (*list)
+            segments = std::max(segments, (*list)->getSegments());
+    return segments;
+}
+
+int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
+{
+    int64_t bytes = int64_t(sizeof(*this)) + counts_.getMemoryUsage();
+    if (vertexList_)
+        bytes += vertexList_->getMemoryUsage();
+    for (const RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
+        if (*list)
+            bytes += (*list)->getMemoryUsage();
+    return bytes;
+}
+
+void RQ_PrimPolygonMesh::enlargeBounds(BAS_BoundingBox *boxes, int segments) const { enlargeP(boxes, segments, shared_); }
+
+bool RQ_PrimPolygonMesh::save(BAS_JSONWriter &writer) const
+{
+    const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_POLYGON_MESH));
+    const bool counts = counts_.save(*record);
+    const bool list = vertexList_ ? vertexList_->save(*record, false) : record->beginArray() && record->endArray();
+    return counts && list && saveAttributeLists(*record);
+}
+
+void RQ_PrimPolygonMesh::hardenAttributes()
+{
+    for (RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
+        if (*list)
+        {
+            // The list itself may be shared with other meshes: harden a copy.
+            RQ_AttributeListHandle copy(new RQ_AttributeList(**list));
+            copy->harden();
+            *list = copy;
+        }
+}
+
+RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
+{
+    const RQ_PolygonMeshHandle copy = clone(shared_, vertex_, uniform_, detail_);
+    copy->hardenAttributes();
+    if (copy->vertexList_)
+        copy->vertexList_ = copy->vertexList_->harden();
+    copy->counts_.harden();
+    return copy;
+}
+
+RQ_PrimitiveHandle RQ_PrimPolygonMesh::doSoftCopy() const { return clone(shared_, vertex_, uniform_, detail_); }
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &vertex) const
+{
+    return clone(vertexList, shared_, vertex, uniform_, detail_);
+}
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                               const RQ_AttributeListHandle &uniform,
+                                               const RQ_AttributeListHandle &detail) const
+{
+    return new RQ_PrimPolygonMesh(*this, shared, vertex, uniform, detail);
+}
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
+                                               const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
+                                               const RQ_AttributeListHandle &uniform,
+                                               const RQ_AttributeListHandle &detail) const
+{
+    RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(*this));
+    mesh->init(counts, vertexList, shared, vertex, uniform, detail);
+    return mesh;
+}
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
+                                               const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                                               const RQ_AttributeListHandle &detail) const
+{
+    RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(*this, shared, vertex, uniform, detail));
+    mesh->vertexList_ = vertexList;
+    return mesh;
+}

@@ -1,0 +1,56 @@
+#include <rq/surface/PrimPolygonMesh.h>
+
+#include <algorithm>
+
+#include <host/bas/Parallel.h>
+#include <rq/surface/detail/convexing.h>
+
+int64_t rq::ConvexTask::jobs() const
+{
+    // Below a thousand faces starting tasks costs more than it gains; jobs of 500 faces and more keep a convexer busy.
+    constexpr int64_t kSmallMesh = 1000, kFacesPerJob = 500;
+    if (faces() < kSmallMesh)
+        return 1;
+    const int64_t processors = BAS_Threads::enabled() ? BAS_Threads::processors() : 1;
+    return std::min(faces() / kFacesPerJob, processors > 1 ? std::min(2 * processors, faces()) : 1);
+}
+
+namespace
+{
+bool cut(const RQ_PrimPolygonMesh &mesh, const rq::ConvexWanted &wanted, int maxVertices, bool triangulate,
+         RQ_ConvexArrays &arrays)
+{
+    const rq::Positions positions(mesh.getShared() ? mesh.getShared()->get("P", 0) : nullptr);
+    if (!positions.isValid() || !mesh.getVertexList())
+        return false;
+    BAS_Progress progress("Convexing display geometry");
+    const rq::ConvexTask task{positions,   mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3),
+                              triangulate, wanted,                   progress};
+    return task.limit == 3 ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
+}
+}  // namespace
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::convex(int maxVertices, bool triangulate) const
+{
+    if (getFaceCount() == 0 || (getMinVertexCount() == 3 && getMaxVertexCount() == 3))
+        return const_cast<RQ_PrimPolygonMesh *>(this);
+    const rq::ConvexWanted wanted{vertex_ && vertex_->entries() > 0, uniform_ && uniform_->entries() > 0, false};
+    RQ_ConvexArrays arrays;
+    return cut(*this, wanted, maxVertices, triangulate, arrays) ? adoptConvexing(arrays) : nullptr;
+}
+
+bool RQ_PrimPolygonMesh::getConvexArrays(RQ_ConvexArrays &arrays, int maxVertices, bool triangulate) const
+{
+    return cut(*this, rq::ConvexWanted(), maxVertices, triangulate, arrays);
+}
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::adoptConvexing(const RQ_ConvexArrays &arrays) const
+{
+    RQ_CountArray counts;
+    counts.init(arrays.counts, arrays.minCount, arrays.maxCount);
+    const RQ_AttributeListHandle uniform = uniform_ && arrays.sourceFace ? uniform_->createIndirect(arrays.sourceFace) : uniform_;
+    const RQ_AttributeListHandle vertex = vertex_ && arrays.sourceVertex ? vertex_->createIndirect(arrays.sourceVertex) : vertex_;
+    const RQ_PolygonMeshHandle mesh = clone(counts, arrays.vertexList, shared_, vertex, uniform, detail_);
+    mesh->setConvexed(true);
+    return mesh;
+}

@@ -1,0 +1,122 @@
+#include <rq/surface/PrimPolygonMesh.h>
+
+#include <atomic>
+#include <limits>
+
+#include <host/bas/LargeBlocks.h>
+#include <host/bas/Parallel.h>
+#include <rq/data/DANumeric.h>
+#include <rq/surface/detail/topology.h>
+
+namespace
+{
+// Marking and counting cost about half a nanosecond an item.
+constexpr int64_t kItemsPerTask = 65536;
+
+/// Which points some face uses, and how many of them lie before each block of points.
+class UsedPoints
+{
+public:
+    UsedPoints(const RQ_CountArray &counts, const RQ_DataArray &vertexList, int64_t points)
+        : used_(size_t(points)), before_(size_t((points + kItemsPerTask - 1) / kItemsPerTask) + 1, 0)
+    {
+        host::parallelForRange(points, kItemsPerTask,
+                               [this](int64_t begin, int64_t end) { std::fill(used_.begin() + begin, used_.begin() + end, 0); });
+        rq::visitTopology(counts, vertexList, [&](const auto &topology) {
+            host::parallelFor(counts.sumCounts(), kItemsPerTask, [&](int64_t corner) {
+                // Several corners mark one point: all write the same value.
+                std::atomic_ref<uint8_t>(used_[size_t(topology.point(corner))]).store(1, std::memory_order_relaxed);
+            });
+        });
+        host::parallelFor(int64_t(before_.size()) - 1, 1, [&](int64_t block) {
+            int64_t sum = 0;
+            for (int64_t point = block * kItemsPerTask; point < std::min(points, (block + 1) * kItemsPerTask); ++point)
+                sum += used_[size_t(point)];
+            before_[size_t(block) + 1] = sum;
+        });
+        for (size_t block = 1; block < before_.size(); ++block)
+            before_[block] += before_[block - 1];
+    }
+
+    int64_t count() const { return before_.back(); }
+
+    /// Call `write(point, row)` for every point: its place among the used ones, or -1.
+    template <class Write> void forEach(Write &&write) const
+    {
+        const int64_t points = int64_t(used_.size());
+        host::parallelFor(int64_t(before_.size()) - 1, 1, [&](int64_t block) {
+            int64_t row = before_[size_t(block)];
+            for (int64_t point = block * kItemsPerTask; point < std::min(points, (block + 1) * kItemsPerTask); ++point)
+                write(point, used_[size_t(point)] ? row++ : -1);
+        });
+    }
+
+private:
+    std::vector<uint8_t, BAS_BlockAllocator<uint8_t>> used_;
+    std::vector<int64_t> before_;
+};
+
+bool fits32(int64_t rows, RQ_IndexingMode mode)
+{
+    return mode == RQ_INDEXING_32 || (mode == RQ_INDEXING_AUTO && rows <= std::numeric_limits<int32_t>::max());
+}
+
+template <class T> RQ_DataArrayHandle usedRows(const UsedPoints &used)
+{
+    auto *rows = new RQ_DANumeric<T>(used.count(), 1, RQ_TYPE_NONE);
+    used.forEach([values = rows->data()](int64_t point, int64_t row) {
+        if (row >= 0)
+            values[row] = T(point);
+    });
+    return rows;
+}
+
+template <class T> RQ_DataArrayHandle remap(const UsedPoints &used, int64_t points)
+{
+    auto *rows = new RQ_DANumeric<T>(points, 1, RQ_TYPE_NONE);
+    used.forEach([values = rows->data()](int64_t point, int64_t row) { values[point] = T(row); });
+    return rows;
+}
+
+template <class T> RQ_DataArrayHandle renumber(const RQ_DataArray &vertexList, const RQ_DataArrayHandle &rows)
+{
+    RQ_DataArrayHandle pointBuffer, rowBuffer;
+    const T *points = vertexList.getArray<T>(pointBuffer);
+    const T *row = rows->getArray<T>(rowBuffer);
+    auto *list = new RQ_DANumeric<T>(vertexList.entries(), 1, RQ_TYPE_NONE);
+    host::parallelFor(vertexList.entries(), kItemsPerTask,
+                      [values = list->data(), points, row](int64_t corner) { values[corner] = row[points[corner]]; });
+    return list;
+}
+}  // namespace
+
+RQ_DataArrayHandle RQ_PrimPolygonMesh::getUsedPointList(RQ_IndexingMode mode) const
+{
+    if (!vertexList_)
+        return fits32(0, mode) ? RQ_DataArrayHandle(new RQ_DANumeric<int32_t>(0, 1, RQ_TYPE_NONE))
+                               : RQ_DataArrayHandle(new RQ_DANumeric<int64_t>(0, 1, RQ_TYPE_NONE));
+    const UsedPoints used(counts_, *vertexList_, getPointCount());
+    return fits32(getPointCount(), mode) ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
+}
+
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *indexRemap) const
+{
+    if (!shared_ || !vertexList_)
+        return const_cast<RQ_PrimPolygonMesh *>(this);
+    const int64_t points = getPointCount();
+    const UsedPoints used(counts_, *vertexList_, points);
+    const bool narrow = fits32(points, RQ_INDEXING_AUTO) && vertexList_->getStorage() != RQ_STORAGE_INT64;
+    const bool unchanged = used.count() == points;
+
+    RQ_DataArrayHandle rows;
+    if (!unchanged || indexRemap)
+        rows = narrow ? remap<int32_t>(used, points) : remap<int64_t>(used, points);
+    if (indexRemap)
+        *indexRemap = rows;
+    if (unchanged)
+        return const_cast<RQ_PrimPolygonMesh *>(this);
+
+    const RQ_DataArrayHandle kept = narrow ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
+    const RQ_DataArrayHandle list = narrow ? renumber<int32_t>(*vertexList_, rows) : renumber<int64_t>(*vertexList_, rows);
+    return clone(list, shared_->createIndirect(kept), vertex_, uniform_, detail_);
+}
