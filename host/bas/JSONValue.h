@@ -21,9 +21,9 @@ public:
     BAS_JSONValue() = default;
     explicit BAS_JSONValue(Content value) : content(std::move(value)) {}
 
-    /// Parse a whole text.  False with a message and byte offset in `error` when it is not JSON, is nested deeper than
-    /// 1000 levels, or has anything but blanks behind the value.  The strings "nan", "inf" and "-inf" stay strings here;
-    /// `number` reads them.
+    /// Parse a whole text.  False with "byte OFFSET: what" in `error`, and a null value, when it is not JSON, is nested
+    /// deeper than 1000 levels, or has anything but blanks behind the value.  Integers of up to 64 bits stay exact.  The
+    /// strings "nan", "inf" and "-inf" stay strings here; `number` reads them.
     static bool parse(std::string_view text, BAS_JSONValue &value, std::string &error);
 
     bool isNull() const { return content.index() == 0; }
@@ -31,11 +31,13 @@ public:
     const Map *map() const { return std::get_if<Map>(&content); }
     const std::string *string() const { return std::get_if<std::string>(&content); }
 
-    /// The member of a map, null when absent or not a map.
+    /// The member of a map, the last where a name comes twice; null when absent or not a map.
     const BAS_JSONValue *find(std::string_view name) const;
 
     /// Read a number (or "nan", "inf", "-inf").  False when it is neither.
     bool number(double &value) const;
+
+    /// Read a whole number, also one that is written as a float.
     bool integer(int64_t &value) const;
     bool boolean(bool &value) const;
 

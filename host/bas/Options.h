@@ -11,6 +11,7 @@ class BAS_JSONWriter;
 
 /// A typed name-to-value map that keeps the order of insertion; replacing a value keeps its place.
 ///
+/// Shape    a key may name its type before a blank, as "int json:indentstep"; it means the key behind the blank
 /// Failure  lookups of an absent key or of another type give the caller's default, `import` answers false
 /// Threads  safe to read from many threads while nobody writes
 class HOST_API BAS_Options
@@ -50,7 +51,7 @@ public:
     bool import(const BAS_StringHolder &key, std::vector<int64_t> &value) const;
     bool import(const BAS_StringHolder &key, std::vector<double> &value) const;
 
-    /// 32-bit hash of keys and values; independent of the order of entries.
+    /// 32-bit hash of keys and values; independent of the order of entries, the same in every process.
     uint32_t hash() const;
 
     /// Same keys with the same types and values; numbers may differ by `tolerance` (0.0 is exact). Order does not count.

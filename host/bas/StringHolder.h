@@ -16,7 +16,7 @@ class HOST_API BAS_StringHolder
 public:
     BAS_StringHolder() = default;
 
-    /// Copy the text.  Null makes the empty string.
+    /// Copy the text, which may hold any bytes.  Null makes the empty string.
     BAS_StringHolder(const char *text);
     BAS_StringHolder(std::string_view text);
     BAS_StringHolder(const std::string &text) : BAS_StringHolder(std::string_view(text)) {}
@@ -34,7 +34,7 @@ public:
     std::string_view view() const { return {chars_, length()}; }
     size_t hash() const;
 
-    bool isEmpty() const { return *chars_ == '\0'; }
+    bool isEmpty() const { return !block_ && *chars_ == '\0'; }
     explicit operator bool() const { return !isEmpty(); }
 
     /// Bytes of the shared block, 0 for literals.
