@@ -1,0 +1,99 @@
+#pragma once
+
+#include <mutex>
+#include <span>
+#include <string>
+#include <unordered_set>
+
+#include <host/mod/DetailHandle.h>
+
+/// An exclusive edit of a detail: changes gather in a copy-on-write clone, and `commit` publishes them at once.
+///
+///     MOD_Edit edit(detail);
+///     if (!edit.appendPoints(count) || !edit.appendPolygons(corners, points, true))
+///         return fail(edit.message());
+///     std::copy(..., edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>());
+///     MOD_ConstDetailHandle snapshot = edit.commit();
+///
+/// Failure    operations that can fail answer false or null, say why in `message`, and change nothing; an edit that is
+///            destroyed without a commit leaves the detail as it was
+/// Ownership  attributes and groups that it hands out are the edit's: use them until it is committed or aborted
+/// Threads    waits for the edit in progress, so one thread must not open two of one detail; use an edit from one thread
+/// Cost       what is not touched is shared with the snapshots: an edit costs the columns that it writes
+class HOST_API MOD_Edit
+{
+public:
+    explicit MOD_Edit(const MOD_DetailHandle &detail);
+    ~MOD_Edit();
+    MOD_Edit(const MOD_Edit &) = delete;
+    MOD_Edit &operator=(const MOD_Edit &) = delete;
+
+    int64_t pointCount() const { return count(ELM_OWNER_POINT); }
+    int64_t vertexCount() const { return count(ELM_OWNER_VERTEX); }
+    int64_t primitiveCount() const { return count(ELM_OWNER_PRIMITIVE); }
+    int64_t count(ELM_Owner owner) const { return data_.capacity[owner]; }
+
+    // ---- Elements.  New elements take the next offsets: ask for the count before.  Their attributes hold zeros.
+
+    /// Add points.
+    [[nodiscard]] bool appendPoints(int64_t count);
+
+    /// Add a polygon per entry of `corners`, its number of vertices (0 is allowed).  `points` holds the points of all
+    /// vertices, polygon after polygon.  A closed polygon is a face, an open one a polyline.
+    [[nodiscard]] bool appendPolygons(std::span<const int32_t> corners, std::span<const int32_t> points, bool closed);
+    [[nodiscard]] bool appendPolygons(std::span<const int32_t> corners, std::span<const int64_t> points, bool closed);
+
+    /// Add `points.size() / corners` polygons of the same number of vertices.
+    [[nodiscard]] bool appendPolygons(int32_t corners, std::span<const int32_t> points, bool closed);
+    [[nodiscard]] bool appendPolygons(int32_t corners, std::span<const int64_t> points, bool closed);
+
+    /// Add one particle system: a primitive with a vertex for each particle.
+    [[nodiscard]] bool appendParticles(std::span<const int32_t> points);
+    [[nodiscard]] bool appendParticles(std::span<const int64_t> points);
+
+    /// Connect a vertex to another point; -1 to none, which makes the topology invalid.
+    [[nodiscard]] bool setVertexPoint(ELM_Offset vertex, ELM_Offset point);
+
+    // ---- Attributes and groups
+
+    /// A public attribute to write, made when there is none.  One of another storage, tuple size or type info is replaced,
+    /// in its place in the order, by zeros.  It has a row for every element, and follows when elements are added.
+    ELM_Attribute *attribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize = 1,
+                             ELM_TypeInfo typeInfo = ELM_TYPE_NONE);
+
+    /// The same for strings: write through `ELM_Attribute::strings`.
+    ELM_Attribute *stringAttribute(ELM_Owner owner, std::string_view name, int tupleSize = 1);
+
+    /// A group to write, made when there is none.
+    ELM_Group *group(ELM_Owner owner, std::string_view name);
+
+    // ---- The end
+
+    /// Publish the changes, as one step for every reader, and end the edit.  Returns the detail's current snapshot: a new
+    /// one when something was touched.
+    MOD_ConstDetailHandle commit();
+
+    /// Drop the changes and end the edit.
+    void abort();
+
+    /// Why the last operation failed.
+    const std::string &message() const { return message_; }
+
+private:
+    template <class Index> bool appendPrimitives(const struct MOD_PrimitiveRun &run, std::span<const Index> points);
+    template <class Change> bool attempt(Change &&change);
+    bool fail(std::string message);
+    ELM_Attribute *touch(ELM_Attribute *attribute);
+    ELM_Attribute *writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
+                            ELM_TypeInfo typeInfo);
+    void resizeAttributes(ELM_Owner owner, int64_t size);
+    void finish();
+
+    MOD_DetailHandle detail_;
+    std::unique_lock<std::mutex> exclusive_;
+    MSH_DetailData data_;
+    std::unordered_set<ELM_Attribute *> touched_;
+    bool topologyChanged_ = false;
+    bool changed_ = false;
+    std::string message_;
+};

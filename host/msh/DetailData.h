@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include <host/elm/AttributeDict.h>
+#include <host/elm/Group.h>
+#include <host/elm/IndexColumn.h>
+
+/// The columns of a detail: everything that makes it up, as plain values.
+///
+/// Shape      vertices and primitives are columns too: a million polygons are not a million objects
+/// Ownership  copies share every column until it is written
+struct HOST_API MSH_DetailData
+{
+    /// Bits of `flags`.
+    static constexpr uint8_t kClosed = 1;
+
+    /// An empty detail with a point attribute "P": 3 x real32, type info point.
+    MSH_DetailData();
+
+    int64_t bytes() const;
+
+    std::array<ELM_AttributeDict, ELM_OWNERS> attributes;
+    std::array<ELM_GroupDict, ELM_ELEMENT_OWNERS> groups;
+
+    /// One past the last offset of each owner.  The detail has the one offset 0.
+    std::array<int64_t, ELM_OWNERS> capacity{0, 0, 0, 1};
+
+    ELM_IndexColumn vertexPoint;         ///< vertex -> its point, -1 without one
+    ELM_IndexColumn vertexStart{0};      ///< primitive -> its first vertex
+    ELM_PageArray<int32_t> vertexCount;  ///< primitive -> number of its vertices, which follow each other
+    ELM_PageArray<int16_t> type;         ///< primitive -> type id
+    ELM_PageArray<uint8_t> flags;        ///< primitive -> bits
+
+    std::vector<int64_t> typeCounts;  ///< type id -> number of primitives
+    int64_t looseVertices = 0;        ///< vertices without a point
+    bool sequentialVertices = true;   ///< each primitive's vertices follow those of the one before
+
+    int64_t topologyId = 0;
+    int64_t metaCacheCount = 0;
+};
