@@ -32,8 +32,8 @@ class HOST_API MOD_DetailHandle
 public:
     /// A new detail without elements.
     MOD_DetailHandle();
-    MOD_DetailHandle(const MOD_DetailHandle &) = default;
-    MOD_DetailHandle &operator=(const MOD_DetailHandle &) = default;
+    MOD_DetailHandle(const MOD_DetailHandle &other);
+    MOD_DetailHandle &operator=(const MOD_DetailHandle &other);
     ~MOD_DetailHandle();
 
     /// The snapshot that is current now.

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <io/FileText.h>
+#include <host/fwd.h>
+
+namespace rq::io
+{
+/// Read the text of an OBJ file into a detail.
+///
+/// Shape    "v" gives points with "P" (real32, 3) and, where a colour follows the coordinates, "Cd" (real32, 3; white where
+/// none
+///          does); the weight of a point is passed over.  "f", "l" and "p" give closed polygons, open polygons and particle
+///          primitives, in the file's order; corners get "uv" (real32, 2, or 3 where some "vt" has three numbers) and "N"
+///          (real32, 3), zeros where a corner has none, and no attribute where no corner has one.  "g" gives primitive
+///          groups, one for each name of the line but "default"; "o", "usemtl" and "s" the primitive attributes "object",
+///          "material" (strings) and "smoothing" (int32).  Subdivision tags ("t") are passed over
+/// Units    numbers count from 1, also forward; relative ones from -1, the last element before the line
+/// Failure  false with an error at the first malformed record, or the first number that refers to nothing; the detail is
+/// untouched.
+///          Faces of fewer than three corners are kept; they, unknown words, surplus numbers and missing material files are
+///          warned of, once each
+RQ_API bool readOBJ(const FileText &file, MOD_DetailHandle &detail, Messages &messages);
+}  // namespace rq::io

@@ -1,0 +1,192 @@
+#include <io/detail/OBJAssembly.h>
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include <host/bas/Parallel.h>
+#include <io/Scanner.h>
+#include <io/detail/OBJState.h>
+
+namespace rq::io
+{
+namespace
+{
+// Looking up a corner costs some nanoseconds.
+constexpr int64_t kCornersPerTask = 16384;
+}  // namespace
+
+const OBJAssembly::Slot OBJAssembly::kPoint{0, "point", &OBJBlock::pointIndices, &Before::points};
+const OBJAssembly::Slot OBJAssembly::kUV{1, "uv", &OBJBlock::uvIndices, &Before::uvs};
+const OBJAssembly::Slot OBJAssembly::kNormal{2, "normal", &OBJBlock::normalIndices, &Before::normals};
+
+OBJAssembly::OBJAssembly(const FileText &file, const std::vector<OBJBlock> &blocks, Messages &messages)
+    : file_(file), blocks_(blocks), messages_(messages), before_(1)
+{
+    before_.reserve(blocks.size() + 1);
+    for (const OBJBlock &block : blocks)
+    {
+        Before next = before_.back();
+        next.points += int64_t(block.positions.size() / 3);
+        next.uvs += int64_t(block.uvs.size() / 3);
+        next.normals += int64_t(block.normals.size() / 3);
+        next.corners += int64_t(block.pointIndices.size());
+        next.primitives += int64_t(block.counts.size());
+        before_.push_back(next);
+    }
+}
+
+bool OBJAssembly::build(MOD_DetailHandle &detail)
+{
+    const Before &total = before_.back();
+    if (std::max({total.points, total.uvs, total.normals}) > objIndex::kMost)
+        return messages_.fail(file_.name(), {}, fmt::format("expected at most {} points, found more", objIndex::kMost));
+    if (total.points == 0)
+        messages_.warn(file_.name(), {}, "expected points, found none");
+
+    std::vector<int32_t> points, uvs, normals;
+    if (!resolve(kPoint, points) || !resolve(kUV, uvs) || !resolve(kNormal, normals))
+        return false;
+
+    MOD_DetailHandle result;
+    MOD_Edit edit(result);
+    if (!edit.appendPoints(total.points) || !appendPrimitives(edit, points))
+        return messages_.fail(file_.name(), {}, edit.message());
+    writePoints(edit);
+    if (!uvs.empty())
+    {
+        const bool three =
+            std::any_of(blocks_.begin(), blocks_.end(), [](const OBJBlock &block) { return block.uvSize == 3; });
+        writeCorners(edit, "uv", ELM_TYPE_TEXTURE, three ? 3 : 2, &OBJBlock::uvs, uvs);
+    }
+    if (!normals.empty())
+        writeCorners(edit, "N", ELM_TYPE_NORMAL, 3, &OBJBlock::normals, normals);
+
+    std::vector<int64_t> firstPrimitive;
+    for (const Before &before : before_)
+        firstPrimitive.push_back(before.primitives);
+    writeOBJState(edit, blocks_, firstPrimitive);
+    edit.commit();
+    detail = result;
+    return true;
+}
+
+bool OBJAssembly::hasAny(Indices indices) const
+{
+    return std::any_of(blocks_.begin(), blocks_.end(), [&](const OBJBlock &block) { return !(block.*indices).empty(); });
+}
+
+// Turn what the corners of all blocks refer to into element numbers; nothing when no corner refers to this sort.
+bool OBJAssembly::resolve(const Slot &slot, std::vector<int32_t> &elements)
+{
+    if (!hasAny(slot.indices))
+        return true;
+    elements.resize(size_t(before_.back().corners), objIndex::kNone);
+    std::vector<int64_t> failed(blocks_.size(), -1);
+    host::parallelFor(int64_t(blocks_.size()), 1, [&](int64_t b) {
+        const std::vector<int32_t> &indices = blocks_[size_t(b)].*slot.indices;
+        const Before &before = before_[size_t(b)];
+        const int64_t total = before_.back().*slot.before;
+        for (size_t i = 0; i < indices.size() && failed[size_t(b)] < 0; ++i)
+        {
+            if (!objIndex::resolve(indices[i], before.*slot.before, total, elements[size_t(before.corners) + i]))
+                failed[size_t(b)] = int64_t(i);
+        }
+    });
+    const auto first = std::find_if(failed.begin(), failed.end(), [](int64_t corner) { return corner >= 0; });
+    return first == failed.end() || failAtCorner(blocks_[size_t(first - failed.begin())], *first, slot);
+}
+
+bool OBJAssembly::failAtCorner(const OBJBlock &block, int64_t corner, const Slot &slot)
+{
+    const char *place = findCorner(block.text, corner, slot.number);
+    const int64_t total = before_.back().*slot.before;
+    return messages_.fail(file_.name(), placeOf(file_.text(), place),
+                          fmt::format("expected one of the {} {}{} of the file, found {}", total, slot.name,
+                                      total == 1 ? "" : "s", describe(file_.text(), place)));
+}
+
+// Primitives of the same kind that follow each other are appended together.
+bool OBJAssembly::appendPrimitives(MOD_Edit &edit, const std::vector<int32_t> &points)
+{
+    size_t corner = 0;
+    for (const OBJBlock &block : blocks_)
+    {
+        size_t first = 0;
+        OBJKind kind = OBJKind::Face;
+        const auto appendUpTo = [&](size_t end) {
+            const std::span<const int32_t> counts(block.counts.data() + first, end - first);
+            size_t corners = 0;
+            for (const int32_t count : counts)
+                corners += size_t(count);
+            first = end;
+            corner += corners;
+            return counts.empty() || appendRun(edit, kind, counts, std::span(points.data() + corner - corners, corners));
+        };
+        for (const OBJChange &change : block.changes)
+        {
+            if (change.what != OBJChange::Kind)
+                continue;
+            if (!appendUpTo(size_t(change.primitive)))
+                return false;
+            kind = change.kind;
+        }
+        if (!appendUpTo(block.counts.size()))
+            return false;
+    }
+    return true;
+}
+
+bool OBJAssembly::appendRun(MOD_Edit &edit, OBJKind kind, std::span<const int32_t> counts, std::span<const int32_t> points)
+{
+    if (kind != OBJKind::Points)
+        return edit.appendPolygons(counts, points, kind == OBJKind::Face);
+    for (const int32_t count : counts)
+    {
+        if (!edit.appendParticles(points.first(size_t(count))))
+            return false;
+        points = points.subspan(size_t(count));
+    }
+    return true;
+}
+
+void OBJAssembly::writePoints(MOD_Edit &edit)
+{
+    const int64_t count = before_.back().points;
+    if (count == 0)
+        return;
+    const auto write = [&](const char *name, ELM_TypeInfo type, Floats values) {
+        float *target = edit.attribute(ELM_OWNER_POINT, name, ELM_STORAGE_REAL32, 3, type)->writeAll<float>();
+        host::parallelFor(int64_t(blocks_.size()), 1, [&](int64_t b) {
+            const std::vector<float> &block = blocks_[size_t(b)].*values;
+            float *end = std::copy(block.begin(), block.end(), target + 3 * before_[size_t(b)].points);
+            // What a block leaves out is white: only colours may be shorter.
+            std::fill(end, target + 3 * before_[size_t(b) + 1].points, 1.0f);
+        });
+    };
+    write(ELM_POSITION_NAME, ELM_TYPE_POINT, &OBJBlock::positions);
+    if (std::any_of(blocks_.begin(), blocks_.end(), [](const OBJBlock &block) { return !block.colors.empty(); }))
+        write("Cd", ELM_TYPE_COLOR, &OBJBlock::colors);
+}
+
+std::vector<float> OBJAssembly::flatten(Floats values, int64_t count) const
+{
+    std::vector<float> flat;
+    flat.reserve(size_t(3 * count));
+    for (const OBJBlock &block : blocks_)
+        flat.insert(flat.end(), (block.*values).begin(), (block.*values).end());
+    return flat;
+}
+
+void OBJAssembly::writeCorners(MOD_Edit &edit, const char *name, ELM_TypeInfo type, int size, Floats values,
+                               const std::vector<int32_t> &elements)
+{
+    const std::vector<float> flat = flatten(values, values == &OBJBlock::uvs ? before_.back().uvs : before_.back().normals);
+    float *target = edit.attribute(ELM_OWNER_VERTEX, name, ELM_STORAGE_REAL32, size, type)->writeAll<float>();
+    host::parallelFor(int64_t(elements.size()), kCornersPerTask, [&](int64_t corner) {
+        const int32_t element = elements[size_t(corner)];
+        for (int component = 0; component < size; ++component)
+            target[corner * size + component] = element < 0 ? 0.0f : flat[size_t(element) * 3 + size_t(component)];
+    });
+}
+}  // namespace rq::io
