@@ -14,6 +14,12 @@ namespace
 constexpr int64_t kListBytes = 24;
 
 const RQ_DataArrayHandle kNoArray;
+
+RQ_DataArrayHandle hardened(const RQ_DataArrayHandle &array)
+{
+    const RQ_DataArrayHandle copy = array ? array->harden() : nullptr;
+    return copy ? copy : array;
+}
 }  // namespace
 
 RQ_AttributeList::RQ_AttributeList(const RQ_AttributeMapHandle &map, int segments)
@@ -50,9 +56,9 @@ int64_t RQ_AttributeList::getMemoryUsage() const
     return bytes;
 }
 
-bool RQ_AttributeList::getDataIdHash(uint64_t &hash, int segment) const
+bool RQ_AttributeList::getDataIdHash(int64_t &hash, int segment) const
 {
-    hash = uint64_t(entries());
+    uint64_t mixed = uint64_t(entries());
     for (iterator it = begin(segment); !it.atEnd(); ++it)
     {
         const RQ_DataArrayHandle &array = it.getData();
@@ -61,8 +67,9 @@ bool RQ_AttributeList::getDataIdHash(uint64_t &hash, int segment) const
         const int64_t id = array->getDataId();
         if (id == -1)
             return false;
-        hash = RQmixId(hash) + RQmixId(uint64_t(id));
+        mixed = RQmixId(mixed) + RQmixId(uint64_t(id));
     }
+    hash = int64_t(mixed);
     return true;
 }
 
@@ -96,16 +103,19 @@ bool RQ_AttributeList::copySegment(int segment, const RQ_AttributeList &source, 
 
 void RQ_AttributeList::harden()
 {
+    const BAS_Array<RQ_DataArrayHandle> sources = data_;
     for (int segment = 0; segment < segments_; ++segment)
-        harden(segment);
+        for (int i = 0; i < entries(); ++i)
+        {
+            const bool shared = segment > 0 && sources[slot(i, segment)] == sources[slot(i, segment - 1)];
+            set(i, shared ? get(i, segment - 1) : hardened(get(i, segment)), segment);
+        }
 }
 
 void RQ_AttributeList::harden(int segment)
 {
     for (int i = 0; i < entries(); ++i)
-        if (const RQ_DataArrayHandle &array = get(i, segment))
-            if (const RQ_DataArrayHandle hard = array->harden())
-                set(i, hard, segment);
+        set(i, hardened(get(i, segment)), segment);
 }
 
 void RQ_AttributeList::updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_Owner owner)

@@ -43,7 +43,7 @@ public:
     int64_t getMemoryUsage() const;
 
     /// Hash the data ids of one segment.  False when an array has none: then the values must not be cached.
-    bool getDataIdHash(uint64_t &hash, int segment) const;
+    bool getDataIdHash(int64_t &hash, int segment) const;
 
     /// Both null, or both with equal maps.
     static bool matchDefinition(const RQ_AttributeList *a, const RQ_AttributeList *b);
@@ -75,10 +75,11 @@ public:
     /// `size` times entry `offset`.
     RQ_AttributeListHandle createConstant(int64_t offset, int64_t size) const;
 
-    /// This list and every attribute of `other` whose name it lacks.
-    RQ_AttributeListHandle mergeNewAttributes(const RQ_AttributeList &other) const;
+    /// This list and every attribute of `other` (null: none) whose name it lacks.
+    RQ_AttributeListHandle mergeNewAttributes(const RQ_AttributeListHandle &other) const;
 
     /// Replace every array, of all segments or of one, by a copy that owns its values; one that has no such form stays.
+    /// Segments that share an array share its copy.
     void harden();
     void harden(int segment);
 

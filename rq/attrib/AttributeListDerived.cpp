@@ -72,17 +72,17 @@ RQ_AttributeListHandle RQ_AttributeList::removeAttributes(const BAS_Array<BAS_St
     return list;
 }
 
-RQ_AttributeListHandle RQ_AttributeList::mergeNewAttributes(const RQ_AttributeList &other) const
+RQ_AttributeListHandle RQ_AttributeList::mergeNewAttributes(const RQ_AttributeListHandle &other) const
 {
     RQ_AttributeListHandle list(const_cast<RQ_AttributeList *>(this));
-    for (int i = 0; i < other.entries(); ++i)
+    for (int i = 0; other && i < other->entries(); ++i)
     {
-        if (hasName(other.getName(i)))
+        if (hasName(other->getName(i)))
             continue;
         BAS_Array<RQ_DataArrayHandle> arrays;
-        for (int segment = 0; segment < other.segments_; ++segment)
-            arrays.push_back(other.get(i, segment));
-        list = list->addAttribute(other.getName(i), arrays.data(), other.segments_, false);
+        for (int segment = 0; segment < other->segments_; ++segment)
+            arrays.push_back(other->get(i, segment));
+        list = list->addAttribute(other->getName(i), arrays.data(), other->segments_, false);
     }
     return list;
 }
