@@ -157,7 +157,7 @@ template <class Visitor> bool dispatchValues(RQ_Storage storage, Visitor &&visit
     else if (storage == RQ_STORAGE_DICTIONARY)
         visit(std::type_identity<BAS_OptionsHolder>());
     else
-        return dispatchStorage(storage, visit);
+        return rq::dispatchStorage(storage, visit);
     return true;
 }
 }  // namespace

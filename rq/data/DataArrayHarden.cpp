@@ -53,7 +53,7 @@ RQ_DataArrayHandle RQ_DataArray::harden() const
         valueSize = sizeof(int32_t);
     }
     else
-        dispatchStorage(storage, [&](auto tag) { copy = rq::copyValues<typename decltype(tag)::type>(*this); });
+        rq::dispatchStorage(storage, [&](auto tag) { copy = rq::copyValues<typename decltype(tag)::type>(*this); });
     if (copy)
     {
         copy->copyDataId(*this);

@@ -89,7 +89,7 @@ void makeEmptyRange(double &min, double &max)
 
 bool RQ_DataArray::computeMinMax(double *min, double *max) const
 {
-    return dispatchStorage(getStorage(), [&](auto tag) {
+    return rq::dispatchStorage(getStorage(), [&](auto tag) {
         using Value = typename decltype(tag)::type;
         using T = std::conditional_t<std::same_as<Value, PLT_Half>, float, Value>;
         const auto all = host::parallelReduce(

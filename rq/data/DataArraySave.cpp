@@ -68,7 +68,7 @@ bool writeEntries(BAS_JSONWriter &writer, const RQ_DataArray &array)
     if (storage == RQ_STORAGE_DICTIONARY)
         return writeTexts<BAS_OptionsHolder>(writer, array);
     bool good = true;
-    dispatchStorage(storage, [&](auto tag) {
+    rq::dispatchStorage(storage, [&](auto tag) {
         using T = Written<typename decltype(tag)::type>;
         good = array.hasArrayEntries() ? writeNumberArrays<T>(writer, array) : writeNumbers<T>(writer, array);
     });
