@@ -9,7 +9,7 @@
 
 namespace
 {
-// A tuple costs about 2 ns, so a task is some 30 us of work.
+// A tuple costs 2 to 6 ns, so a task is 30 to 100 us of work.
 constexpr int64_t kTuplesPerTask = 16384;
 
 // What is done to the first components of a tuple, in 64 bits.
