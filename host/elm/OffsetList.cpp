@@ -137,14 +137,14 @@ int64_t ELM_OffsetList::memoryUsage() const
                    explicit_->wide.capacity() * sizeof(int64_t));
 }
 
-bool operator==(const ELM_OffsetList &a, const ELM_OffsetList &b)
+bool ELM_OffsetList::operator==(const ELM_OffsetList &other) const
 {
-    if (a.size() != b.size())
+    if (count_ != other.count_)
         return false;
-    if (a.isTrivial() && b.isTrivial())
-        return a.isEmpty() || a.start_ == b.start_;
-    for (int64_t i = 0; i < a.size(); ++i)
-        if (a[i] != b[i])
+    if (isTrivial() && other.isTrivial())
+        return isEmpty() || start_ == other.start_;
+    for (int64_t i = 0; i < count_; ++i)
+        if (get(i) != other.get(i))
             return false;
     return true;
 }

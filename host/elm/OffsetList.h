@@ -60,7 +60,7 @@ public:
     int64_t memoryUsage() const;
 
     /// Entry by entry, however the lists are stored.
-    HOST_API friend bool operator==(const ELM_OffsetList &a, const ELM_OffsetList &b);
+    bool operator==(const ELM_OffsetList &other) const;
 
     /// What `visit` hands out for a run.
     struct Run

@@ -4,6 +4,12 @@
 
 #include <host/mod/detail/DetailControl.h>
 
+namespace
+{
+// Far beyond any memory, and far enough below the largest offset to calculate with.
+constexpr int64_t kMaxPoints = int64_t(1) << 48;
+}  // namespace
+
 MOD_Edit::MOD_Edit(const MOD_DetailHandle &detail)
     : detail_(detail), editing_(detail.control_->editing), data_(detail.read().readLock()->data())
 {}
@@ -68,7 +74,7 @@ ELM_Attribute *MOD_Edit::touch(ELM_Attribute *attribute)
 
 bool MOD_Edit::appendPoints(int64_t count)
 {
-    if (count < 0)
+    if (count < 0 || count > kMaxPoints - pointCount())
         return fail(fmt::format("{} points cannot be added", count));
     return attempt([&] {
         if (count == 0)
