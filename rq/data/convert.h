@@ -24,20 +24,10 @@ template <RQ_NumericValue To, RQ_NumericValue From> inline To RQconvert(From fro
         constexpr Wide kMin = std::numeric_limits<Wide>::min(), kMax = std::numeric_limits<Wide>::max();
         // The first value beyond the range; a power of two, so exact in every float type.
         constexpr From kEnd = -From(kMin);
-        if constexpr (std::same_as<From, double> && std::same_as<Wide, int32_t>)
-        {
-            // The bounds are exact too: select before the conversion, where all values are of one width.
-            const From upper = from >= kEnd ? From(kMax) : from;
-            const From inside = upper >= From(kMin) ? upper : from < From(kMin) ? From(kMin) : From(0);
-            return To(Wide(inside));
-        }
-        else
-        {
-            const bool fits = from >= From(kMin) && from < kEnd;
-            const Wide inside = Wide(fits ? from : From(0));
-            const Wide outside = from >= kEnd ? kMax : from < From(kMin) ? kMin : 0;
-            return To(fits ? inside : outside);
-        }
+        const bool fits = from >= From(kMin) && from < kEnd;
+        const Wide inside = Wide(fits ? from : From(0));
+        const Wide outside = from >= kEnd ? kMax : from < From(kMin) ? kMin : 0;
+        return To(fits ? inside : outside);
     }
     else
         return To(from);
