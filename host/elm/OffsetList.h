@@ -51,6 +51,7 @@ public:
     void append(ELM_Offset offset);
     void append(const ELM_OffsetList &other);
     void set(int64_t i, ELM_Offset offset);
+    void reserve(int64_t count);
     void clear() { *this = ELM_OffsetList(); }
 
     /// The entries [first, first + count).
@@ -60,7 +61,7 @@ public:
     int64_t memoryUsage() const;
 
     /// Entry by entry, however the lists are stored.
-    bool operator==(const ELM_OffsetList &other) const;
+    friend HOST_API bool operator==(const ELM_OffsetList &a, const ELM_OffsetList &b);
 
     /// What `visit` hands out for a run.
     struct Run
@@ -77,7 +78,6 @@ private:
         bool isWide = false;
     };
 
-    template <class Offset> void assign(std::span<const Offset> offsets);
     void makeWritable(int64_t capacity, bool wide);
     void refresh();
 

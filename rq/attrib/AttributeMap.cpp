@@ -70,9 +70,7 @@ void RQ_AttributeMap::addExportName(int index, const BAS_StringHolder &exportNam
 
 void RQ_AttributeMap::addExportName(const BAS_StringHolder &name, const BAS_StringHolder &exportName)
 {
-    if (name == exportName)
-        exportNames_.erase(name);
-    else if (hasName(name))
+    if (hasName(name) && !(name == exportName))
         exportNames_[name] = exportName;
 }
 
