@@ -48,13 +48,13 @@ std::vector<OBJBlock> cutIntoBlocks(std::string_view text)
 class OBJWarnings
 {
 public:
-    OBJWarnings(const FileText &file, Messages &messages) : file_(file), messages_(messages) {}
+    OBJWarnings(const OBJSource &source, Messages &messages) : source_(source), messages_(messages) {}
 
     void tallies(const std::vector<OBJBlock> &blocks)
     {
         if (const OBJTally tally = sum(blocks, &OBJBlock::unknownWords); tally.count > 0)
             warn(tally.first,
-                 fmt::format("expected a known word, found {}; {} passed over", describe(file_.text(), tally.first),
+                 fmt::format("expected a known word, found {}; {} passed over", describe(source_.text, tally.first),
                              counted(tally.count, "line is", "lines are")));
         if (const OBJTally tally = sum(blocks, &OBJBlock::surplusNumbers); tally.count > 0)
             warn(tally.first, fmt::format("expected the end of the line, found more; what is too much on {} is passed over",
@@ -111,12 +111,12 @@ private:
     bool exists(std::string_view name) const
     {
         std::error_code ignored;
-        return std::filesystem::exists(std::filesystem::path(file_.name()).parent_path() / name, ignored);
+        return std::filesystem::exists(std::filesystem::path(source_.name).parent_path() / name, ignored);
     }
 
-    void warn(const char *at, std::string text) { messages_.warn(file_.name(), placeOf(file_.text(), at), std::move(text)); }
+    void warn(const char *at, std::string text) { messages_.warn(source_.name, placeOf(source_.text, at), std::move(text)); }
 
-    const FileText &file_;
+    const OBJSource &source_;
     Messages &messages_;
 };
 
@@ -124,11 +124,11 @@ private:
 bool isWideText(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
 }  // namespace
 
-bool readOBJ(const FileText &file, MOD_DetailHandle &detail, Messages &messages)
+bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
 {
-    std::string_view text = file.text();
+    const OBJSource source{text, name};
     if (isWideText(text))
-        return messages.fail(file.name(), placeOf(text, text.data()), "expected UTF-8 text, found UTF-16 text");
+        return messages.fail(name, placeOf(text, text.data()), "expected UTF-8 text, found UTF-16 text");
     if (text.starts_with("\xef\xbb\xbf"))
         text.remove_prefix(3);
 
@@ -138,14 +138,13 @@ bool readOBJ(const FileText &file, MOD_DetailHandle &detail, Messages &messages)
     {
         if (block.failedAt)
             return messages.fail(
-                file.name(), placeOf(file.text(), block.failedAt),
-                fmt::format("expected {}, found {}", block.expected, describe(file.text(), block.failedAt)));
+                name, placeOf(source.text, block.failedAt),
+                fmt::format("expected {}, found {}", block.expected, describe(source.text, block.failedAt)));
     }
 
-    OBJWarnings warnings(file, messages);
+    OBJWarnings warnings(source, messages);
     warnings.tallies(blocks);
     warnings.materialFiles(blocks);
-    OBJAssembly assembly(file, blocks, messages);
-    return assembly.build(detail);
+    return OBJAssembly(source, blocks, messages).build(detail);
 }
 }  // namespace rq::io

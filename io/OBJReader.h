@@ -1,11 +1,14 @@
 #pragma once
 
-#include <io/FileText.h>
+#include <string>
+#include <string_view>
+
 #include <host/fwd.h>
+#include <io/Message.h>
 
 namespace rq::io
 {
-/// Read the text of an OBJ file into a detail.
+/// Read the text of an OBJ file into a detail.  `name` is what messages call it; material files are looked for beside it.
 ///
 /// Shape    "v" gives points with "P" (real32, 3) and, where a colour follows the coordinates, "Cd" (real32, 3; white where
 /// none
@@ -19,5 +22,5 @@ namespace rq::io
 /// untouched.
 ///          Faces of fewer than three corners are kept; they, unknown words, surplus numbers and missing material files are
 ///          warned of, once each
-RQ_API bool readOBJ(const FileText &file, MOD_DetailHandle &detail, Messages &messages);
+RQ_API bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
 }  // namespace rq::io

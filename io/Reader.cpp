@@ -5,13 +5,14 @@
 
 #include <fmt/format.h>
 
+#include <io/FileText.h>
 #include <io/OBJReader.h>
 
 namespace rq::io
 {
 namespace
 {
-using ReadFunction = bool (*)(const FileText &file, MOD_DetailHandle &detail, Messages &messages);
+using ReadFunction = bool (*)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
 
 struct Format
 {
@@ -50,7 +51,7 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages)
     try
     {
         FileText file;
-        return file.open(path, messages) && format->read(file, detail, messages);
+        return file.open(path, messages) && format->read(file.text(), file.name(), detail, messages);
     }
     catch (const std::bad_alloc &)
     {

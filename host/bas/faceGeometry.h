@@ -55,12 +55,20 @@ template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&posit
     return direction(newellVector(corners, position));
 }
 
-/// The angle in radians between the edges that meet at `corner`; 0 where an edge has no length.
-inline double cornerAngle(const BAS_Vec3d &previous, const BAS_Vec3d &corner, const BAS_Vec3d &next)
+/// The angle in radians at corner `at` of a face.  Neighbours that lie on the corner are passed over, so that a quad with two
+/// corners in one place has the angles of the triangle that it is; 0 when all corners lie there.
+template <class Position> double cornerAngle(int64_t corners, int64_t at, Position &&position)
 {
-    const BAS_Vec3d a = previous - corner, b = next - corner;
-    const BAS_Vec3d across = a % b;
-    return std::atan2(std::sqrt(across.dot(across)), a.dot(b));
+    const BAS_Vec3d corner = position(at);
+    const auto edge = [&](int64_t step) {
+        BAS_Vec3d toNeighbour(0.0);
+        for (int64_t i = 1; i < corners && toNeighbour == BAS_Vec3d(0.0); ++i)
+            toNeighbour = position((at + i * step) % corners) - corner;
+        return toNeighbour;
+    };
+    const BAS_Vec3d next = edge(1), previous = edge(corners - 1);
+    const BAS_Vec3d across = next % previous;
+    return next == BAS_Vec3d(0.0) ? 0.0 : std::atan2(std::sqrt(across.dot(across)), next.dot(previous));
 }
 
 /// True when the diagonal a-c cuts the quad a, b, c, d into two triangles whose normals point to one side.

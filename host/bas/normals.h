@@ -1,6 +1,7 @@
 #pragma once
 
 #include <numbers>
+#include <numeric>
 
 #include <host/bas/CornerAdjacency.h>
 #include <host/bas/faceGeometry.h>
@@ -51,7 +52,9 @@ public:
     template <class Write> void cornerNormals(int64_t points, double cuspAngle, bool normalize, Write &&write) const
     {
         // The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
-        const double smallestCosine = std::cos(cuspAngle * std::numbers::pi / 180.0) - 1e-6;
+        const double radians = cuspAngle * std::numbers::pi / 180.0;
+        const double smallestCosine = std::cos(radians) - 1e-6;
+        const double smoothCosine = std::cos(0.5 * radians) + 1e-6;
         parallelForRange(points, kPointsPerTask, [&](int64_t first, int64_t last) {
             std::vector<BAS_Vec3d> around;
             for (int64_t point = first; point < last; ++point)
@@ -61,6 +64,13 @@ public:
                 around.resize(valence);
                 for (size_t i = 0; i < valence; ++i)
                     around[i] = contribution(corners[i]);
+                if (allWithin(corners, valence, smoothCosine))
+                {
+                    const BAS_Vec3d sum = std::accumulate(around.begin(), around.end(), BAS_Vec3d(0.0));
+                    for (size_t own = 0; own < valence; ++own)
+                        write(int64_t(corners[own]), normalize ? direction(sum) : sum);
+                    continue;
+                }
                 for (size_t own = 0; own < valence; ++own)
                 {
                     const BAS_Vec3d &normal = faceNormal(corners[own]);
@@ -81,6 +91,18 @@ private:
     Index start(int64_t point) const { return adjacency_.starts[size_t(point)]; }
     const BAS_Vec3d &faceNormal(Index corner) const { return normals_[size_t(faceOf_[size_t(corner)])]; }
 
+    // True when every face normal around a point lies so near to their mean that each pair is within the cusp angle: then
+    // all corners share one sum, and a point of many faces costs no more than its faces.
+    bool allWithin(const Index *corners, size_t valence, double smoothCosine) const
+    {
+        BAS_Vec3d mean(0.0);
+        for (size_t i = 0; i < valence; ++i)
+            mean += faceNormal(corners[i]);
+        mean = direction(mean);
+        return std::all_of(corners, corners + valence,
+                           [&](Index corner) { return mean.dot(faceNormal(corner)) >= smoothCosine; });
+    }
+
     BAS_Vec3d contribution(Index corner) const
     {
         const BAS_Vec3d &normal = faceNormal(corner);
@@ -93,11 +115,8 @@ private:
     double angle(Index corner) const
     {
         const Index face = faceOf_[size_t(corner)];
-        const int64_t begin = topology_.begin(face), end = topology_.end(face);
-        const int64_t previous = corner > begin ? corner - 1 : end - 1;
-        const int64_t next = corner + 1 < end ? corner + 1 : begin;
-        return cornerAngle(position_(topology_.point(previous)), position_(topology_.point(corner)),
-                           position_(topology_.point(next)));
+        const int64_t begin = topology_.begin(face), corners = topology_.end(face) - begin;
+        return cornerAngle(corners, corner - begin, [&](int64_t i) { return position_(topology_.point(begin + i)); });
     }
 
     const Topology &topology_;

@@ -13,7 +13,9 @@
 class HOST_API ELM_IndexColumn
 {
 public:
-    explicit ELM_IndexColumn(int32_t defaultValue = -1) : pages_(ELM_PageArray<int32_t>(1, &defaultValue)) {}
+    explicit ELM_IndexColumn(int32_t defaultValue = -1)
+        : default_(defaultValue), pages_(ELM_PageArray<int32_t>(1, &defaultValue))
+    {}
 
     /// Call `visit` with the page array in its width: `const ELM_PageArray<int32_t> &` or `const ELM_PageArray<int64_t> &`.
     template <class Visit> decltype(auto) visit(Visit &&visit) const { return std::visit(visit, pages_); }
@@ -56,11 +58,21 @@ public:
         std::visit([&](auto &pages) { pages.writeBlocks(first, count, body); }, pages_);
     }
 
+    /// Change rows by the caller's code: `body(auto *values)` gets all rows as one block, in which it may write values up to
+    /// `largest`.  The rows keep what they hold.
+    template <class Body> void modifyAll(int64_t largest, Body &&body)
+    {
+        widenFor(largest);
+        std::visit([&](auto &pages) { body(pages.modifyAll()); }, pages_);
+    }
+
     void defragment();
     int64_t memoryUsage() const;
 
 private:
+    template <class Index> bool writeChecked(int64_t first, std::span<const Index> values, int64_t low, int64_t high);
     void widenFor(int64_t value);
 
+    int32_t default_;
     std::variant<ELM_PageArray<int32_t>, ELM_PageArray<int64_t>> pages_;
 };

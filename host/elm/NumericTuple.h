@@ -25,6 +25,10 @@ public:
     template <class Visit> decltype(auto) visit(Visit &&visit) const { return std::visit(visit, pages_); }
     template <class Visit> decltype(auto) visit(Visit &&visit) { return std::visit(visit, pages_); }
 
+    void resize(int64_t size);
+    void defragment();
+    int64_t memoryUsage() const;
+
     /// All values as one block of memory; null when the pages are scattered or repeated.
     const void *contiguousData() const;
 

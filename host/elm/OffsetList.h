@@ -51,7 +51,6 @@ public:
     void append(ELM_Offset offset);
     void append(const ELM_OffsetList &other);
     void set(int64_t i, ELM_Offset offset);
-    void reserve(int64_t count);
     void clear() { *this = ELM_OffsetList(); }
 
     /// The entries [first, first + count).
@@ -61,7 +60,7 @@ public:
     int64_t memoryUsage() const;
 
     /// Entry by entry, however the lists are stored.
-    friend HOST_API bool operator==(const ELM_OffsetList &a, const ELM_OffsetList &b);
+    bool operator==(const ELM_OffsetList &other) const;
 
     /// What `visit` hands out for a run.
     struct Run
@@ -78,6 +77,7 @@ private:
         bool isWide = false;
     };
 
+    template <class Offset> void assign(std::span<const Offset> offsets);
     void makeWritable(int64_t capacity, bool wide);
     void refresh();
 

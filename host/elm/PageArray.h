@@ -140,11 +140,13 @@ public:
     bool shares(const ELM_PageArray &other) const { return table_ == other.table_; }
 
 private:
+    // Slab 0 holds the defaults, `tail` takes new pages, the others hold pages of older states or repeated tuples.
     struct Table : BAS_IntrusiveRefCounter<Table>
     {
         std::vector<Page> pages;
-        std::vector<uint32_t> slabOf;             // page -> slab that holds it
-        std::vector<host::PageSlabHandle> slabs;  // 0 holds the defaults, the last one takes new pages
+        std::vector<uint32_t> slabOf;  // page -> slab that holds it
+        std::vector<host::PageSlabHandle> slabs;
+        uint32_t tail = 0;  // 0: none yet
         int64_t size = 0;
         int tupleSize = 1;
         mutable std::atomic<int8_t> contiguity{-1};  // -1 not known yet, 0 no, 1 yes
@@ -158,17 +160,25 @@ private:
 
     T *writable(int64_t row) { return const_cast<T *>(tuple(row)); }
     int64_t rowsOf(int64_t page) const { return std::min(ELM_PAGE_SIZE, size() - (page << ELM_PAGE_BITS)); }
+    size_t bytesOf(int64_t rows) const { return size_t(rows) * size_t(tupleSize()) * sizeof(T); }
+    const T *defaults() const { return reinterpret_cast<const T *>(table_->slabs[0]->data()); }
+
+    // The table to change.  Pages of slabs that other tables share are not to be written.
+    Table &own();
+    bool ownsRaw(int64_t page) const;
 
     // Make the pages of these rows ours and raw; values outside the rows are kept, those inside when `keep`.
     void open(int64_t first, int64_t count, bool keep);
+    void extendLastPage(int64_t rows);
+    void expandPage(T *to, int64_t page, int64_t rows) const;
+    T *reserveTail(int64_t rows);
+    void growTail(size_t bytes);
+    void trimTail();
 
-    Table &own();
-    bool ownsRaw(const Table &table, int64_t page) const;
-    T *reserveTail(Table &table, int64_t rows);
-    void movePage(Table &table, int64_t page, T *to, bool keep);
-    T *rebuild(bool keep);
-    void setConstant(Table &table, int64_t page, const T *tuple);
-    void dropTail(Table &table);
+    // Lay the pages out in one new slab, in order; repeated pages too when `expand`, and without values unless `keep`.
+    void repack(bool expand, bool keep);
+    uint32_t addSlab(host::PageSlabHandle slab);
+    uint32_t constantSlab(int64_t page, const T *tuple);
 
     BAS_IntrusivePtr<Table> table_;
 };

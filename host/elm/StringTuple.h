@@ -37,9 +37,10 @@ public:
     /// The index of a string in the table, which takes it in when it is new.
     int32_t add(std::string_view text);
 
+    /// Give a row a string.
     void set(int64_t row, std::string_view text, int component = 0);
 
-    /// Let rows share one string, by index.  For bulk writing: `add` each distinct string once.
+    /// Let rows share one string of the table, or none (-1).  For bulk writing: `add` each distinct string once.
     void fill(int64_t first, int64_t count, int32_t index);
 
     /// Replace the indices of rows, `tupleSize()` each.  False, and nothing changes, when one is neither -1 nor in the

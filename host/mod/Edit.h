@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <span>
 #include <string>
@@ -80,19 +81,29 @@ public:
     const std::string &message() const { return message_; }
 
 private:
-    template <class Index> bool appendPrimitives(const struct MOD_PrimitiveRun &run, std::span<const Index> points);
-    template <class Change> bool attempt(Change &&change);
+    struct Primitives;
+
+    template <class Index> bool appendFaces(std::span<const int32_t> corners, std::span<const Index> points, bool closed);
+    template <class Index> bool appendFaces(int32_t corners, std::span<const Index> points, bool closed);
+    template <class Index> bool appendCloud(std::span<const Index> points);
+    template <class Index> bool appendPrimitives(Primitives &added, std::span<const Index> points);
+
+    // Every change runs through here: when it fails, or memory does, the rows that it added are taken back.
+    bool attempt(const std::function<bool()> &change);
+    void dropRows();
+    bool isOpen();
     bool fail(std::string message);
-    ELM_Attribute *touch(ELM_Attribute *attribute);
+
     ELM_Attribute *writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
                             ELM_TypeInfo typeInfo);
+    ELM_Attribute *touch(ELM_Attribute *attribute);
     void resizeAttributes(ELM_Owner owner, int64_t size);
-    void finish();
+    void finishColumns();
 
     MOD_DetailHandle detail_;
-    std::unique_lock<std::mutex> exclusive_;
+    std::unique_lock<std::mutex> editing_;
     MSH_DetailData data_;
-    std::unordered_set<ELM_Attribute *> touched_;
+    std::unordered_set<const ELM_Attribute *> touched_;
     bool topologyChanged_ = false;
     bool changed_ = false;
     std::string message_;

@@ -19,7 +19,8 @@ struct HOST_API MSH_DetailData
     /// An empty detail with a point attribute "P": 3 x real32, type info point.
     MSH_DetailData();
 
-    int64_t bytes() const;
+    /// Bytes of all columns, shared ones included.
+    int64_t memoryUsage() const;
 
     std::array<ELM_AttributeDict, ELM_OWNERS> attributes;
     std::array<ELM_GroupDict, ELM_ELEMENT_OWNERS> groups;

@@ -20,8 +20,8 @@ const OBJAssembly::Slot OBJAssembly::kPoint{0, "point", &OBJBlock::pointIndices,
 const OBJAssembly::Slot OBJAssembly::kUV{1, "uv", &OBJBlock::uvIndices, &Before::uvs};
 const OBJAssembly::Slot OBJAssembly::kNormal{2, "normal", &OBJBlock::normalIndices, &Before::normals};
 
-OBJAssembly::OBJAssembly(const FileText &file, const std::vector<OBJBlock> &blocks, Messages &messages)
-    : file_(file), blocks_(blocks), messages_(messages), before_(1)
+OBJAssembly::OBJAssembly(const OBJSource &source, const std::vector<OBJBlock> &blocks, Messages &messages)
+    : source_(source), blocks_(blocks), messages_(messages), before_(1)
 {
     before_.reserve(blocks.size() + 1);
     for (const OBJBlock &block : blocks)
@@ -40,18 +40,18 @@ bool OBJAssembly::build(MOD_DetailHandle &detail)
 {
     const Before &total = before_.back();
     if (std::max({total.points, total.uvs, total.normals}) > objIndex::kMost)
-        return messages_.fail(file_.name(), {}, fmt::format("expected at most {} points, found more", objIndex::kMost));
-    if (total.points == 0)
-        messages_.warn(file_.name(), {}, "expected points, found none");
+        return messages_.fail(source_.name, {}, fmt::format("expected at most {} points, found more", objIndex::kMost));
 
     std::vector<int32_t> points, uvs, normals;
     if (!resolve(kPoint, points) || !resolve(kUV, uvs) || !resolve(kNormal, normals))
         return false;
+    if (total.points == 0)
+        messages_.warn(source_.name, {}, "expected points, found none");
 
     MOD_DetailHandle result;
     MOD_Edit edit(result);
     if (!edit.appendPoints(total.points) || !appendPrimitives(edit, points))
-        return messages_.fail(file_.name(), {}, edit.message());
+        return messages_.fail(source_.name, {}, edit.message());
     writePoints(edit);
     if (!uvs.empty())
     {
@@ -100,10 +100,9 @@ bool OBJAssembly::resolve(const Slot &slot, std::vector<int32_t> &elements)
 bool OBJAssembly::failAtCorner(const OBJBlock &block, int64_t corner, const Slot &slot)
 {
     const char *place = findCorner(block.text, corner, slot.number);
-    const int64_t total = before_.back().*slot.before;
-    return messages_.fail(file_.name(), placeOf(file_.text(), place),
-                          fmt::format("expected one of the {} {}{} of the file, found {}", total, slot.name,
-                                      total == 1 ? "" : "s", describe(file_.text(), place)));
+    return messages_.fail(source_.name, placeOf(source_.text, place),
+                          fmt::format("expected the number of a {}, of which the file has {}, found {}", slot.name,
+                                      before_.back().*slot.before, describe(source_.text, place)));
 }
 
 // Primitives of the same kind that follow each other are appended together.

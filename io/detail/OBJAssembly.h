@@ -1,7 +1,7 @@
 #pragma once
 
 #include <host/mod/Edit.h>
-#include <io/FileText.h>
+#include <io/Message.h>
 #include <io/detail/OBJBlock.h>
 
 namespace rq::io
@@ -10,7 +10,7 @@ namespace rq::io
 class OBJAssembly
 {
 public:
-    OBJAssembly(const FileText &file, const std::vector<OBJBlock> &blocks, Messages &messages);
+    OBJAssembly(const OBJSource &source, const std::vector<OBJBlock> &blocks, Messages &messages);
 
     /// Replace `detail` by a new one.  False, with an error, when a corner refers to nothing.
     bool build(MOD_DetailHandle &detail);
@@ -49,7 +49,7 @@ private:
                       const std::vector<int32_t> &elements);
     std::vector<float> flatten(Floats values, int64_t count) const;
 
-    const FileText &file_;
+    const OBJSource &source_;
     const std::vector<OBJBlock> &blocks_;
     Messages &messages_;
     std::vector<Before> before_;  ///< one per block, and the totals

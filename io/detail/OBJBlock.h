@@ -7,6 +7,13 @@
 
 namespace rq::io
 {
+/// A whole text and what messages call it.
+struct OBJSource
+{
+    std::string_view text;
+    const std::string &name;
+};
+
 /// What a record of corners becomes.
 enum class OBJKind : uint8_t
 {

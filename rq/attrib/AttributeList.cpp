@@ -10,29 +10,35 @@
 
 namespace
 {
-// What a list accounts for itself, beside 8 bytes a slot.
+// What a list accounts for itself, beside the handle in every slot.
 constexpr int64_t kListBytes = 24;
 
-const RQ_DataArrayHandle kNoArray;
+int64_t trackedBytes(const BAS_Array<RQ_DataArrayHandle> &slots)
+{
+    return int64_t(slots.size() * sizeof(RQ_DataArrayHandle)) + kListBytes;
+}
 }  // namespace
 
 RQ_AttributeList::RQ_AttributeList(const RQ_AttributeMapHandle &map, int segments)
-    : segments_(std::max(1, segments)), map_(map), data_(size_t(segments_) * size_t(entries()))
+    : segments_(std::max(1, segments)), entries_(map ? map->entries() : 0), map_(map),
+      data_(size_t(segments_) * size_t(entries_))
 {
-    BAS_MemoryTracker::add(BAS_MEMORY_LIST, int64_t(data_.size()) * 8 + kListBytes);
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes(data_));
 }
 
 RQ_AttributeList::RQ_AttributeList(const RQ_AttributeList &other)
-    : BAS_IntrusiveRefCounter<RQ_AttributeList>(), segments_(other.segments_), map_(other.map_), data_(other.data_)
+    : BAS_IntrusiveRefCounter<RQ_AttributeList>(), segments_(other.segments_), entries_(other.entries_), map_(other.map_),
+      data_(other.data_)
 {
-    BAS_MemoryTracker::add(BAS_MEMORY_LIST, int64_t(data_.size()) * 8 + kListBytes);
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes(data_));
 }
 
-RQ_AttributeList::~RQ_AttributeList() { BAS_MemoryTracker::add(BAS_MEMORY_LIST, -(int64_t(data_.size()) * 8 + kListBytes)); }
+RQ_AttributeList::~RQ_AttributeList() { BAS_MemoryTracker::add(BAS_MEMORY_LIST, -trackedBytes(data_)); }
 
-const RQ_DataArrayHandle &RQ_AttributeList::get(int index, int segment) const
+const RQ_DataArrayHandle &RQ_AttributeList::noArray()
 {
-    return index >= 0 && index < entries() ? data_[slot(index, segment)] : kNoArray;
+    static const RQ_DataArrayHandle none;
+    return none;
 }
 
 const BAS_Array<BAS_StringHolder> &RQ_AttributeList::getNames() const
@@ -52,7 +58,7 @@ int64_t RQ_AttributeList::getMemoryUsage() const
 
 bool RQ_AttributeList::getDataIdHash(uint64_t &hash, int segment) const
 {
-    hash = uint64_t(entries());
+    hash = uint64_t(entries_);
     for (iterator it = begin(segment); !it.atEnd(); ++it)
     {
         const RQ_DataArrayHandle &array = it.getData();
@@ -75,7 +81,7 @@ bool RQ_AttributeList::matchDefinition(const RQ_AttributeList *a, const RQ_Attri
 
 void RQ_AttributeList::set(int index, const RQ_DataArrayHandle &array, int segment)
 {
-    if (index >= 0 && index < entries())
+    if (index >= 0 && index < entries_)
         data_[slot(index, segment)] = array;
 }
 
@@ -89,29 +95,15 @@ bool RQ_AttributeList::copySegment(int segment, const RQ_AttributeList &source, 
 {
     if (!matchDefinition(this, &source))
         return false;
-    for (int i = 0; i < entries(); ++i)
+    for (int i = 0; i < entries_; ++i)
         set(i, source.get(i, sourceSegment), segment);
     return true;
-}
-
-void RQ_AttributeList::harden()
-{
-    for (int segment = 0; segment < segments_; ++segment)
-        harden(segment);
-}
-
-void RQ_AttributeList::harden(int segment)
-{
-    for (int i = 0; i < entries(); ++i)
-        if (const RQ_DataArrayHandle &array = get(i, segment))
-            if (const RQ_DataArrayHandle hard = array->harden())
-                set(i, hard, segment);
 }
 
 void RQ_AttributeList::updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_Owner owner)
 {
     for (int segment = 0; segment < segments_; ++segment)
-        for (int i = 0; i < entries(); ++i)
+        for (int i = 0; i < entries_; ++i)
             if (const RQ_DataArrayHandle &array = get(i, segment))
                 array->updateGeoDetail(detail, getName(i).c_str(), owner, segment);
 }
@@ -134,10 +126,9 @@ void RQ_AttributeList::dumpList(const char *label, bool values) const
             }
             const char *storage = RQstorage(array->getStorage());
             const char *type = RQtype(array->getTypeInfo());
-            std::printf("  %s:%d%s%s %s [%" PRId64 "] (%s) id=%" PRIu64 " %" PRIu64 "b", storage ? storage : "",
+            std::printf("  %s:%d%s%s %s [%" PRId64 "] (%s) id=%" PRIu64 " %" PRIu64 "b\n", storage ? storage : "",
                         int(array->getTupleSize()), *type ? " " : "", type, it.getName().c_str(), array->entries(),
                         array->className(), uint64_t(array->getDataId()), uint64_t(array->getMemoryUsage()));
-            std::printf("\n");
             if (values)
                 array->dumpValues(nullptr);
         }
@@ -147,7 +138,7 @@ void RQ_AttributeList::dumpList(const char *label, bool values) const
 bool RQ_AttributeList::save(BAS_JSONWriter &writer) const
 {
     bool good = writer.beginMap();
-    for (int i = 0; i < entries() && good; ++i)
+    for (int i = 0; i < entries_ && good; ++i)
     {
         good = writer.key(getName(i).view()) && writer.beginArray();
         for (int segment = 0; segment < segments_ && good; ++segment)

@@ -11,8 +11,8 @@ using RQ_AttributeListHandle = BAS_IntrusivePtr<RQ_AttributeList>;
 /// Shape      all arrays of a list have the same number of entries; a slot may hold a null handle
 /// Failure    a segment is clamped to the last one; a bad index or name gives a null handle, never an error
 /// Ownership  counted; arrays and the map are shared, so that deriving a list copies no values
-/// Threads    `set`, `setAllSegments`, `copySegment`, `harden` and `updateGeoDetail` belong to the one owner of a list that is
-///            not yet shared; everything else is safe from any thread
+/// Threads    `set`, `setAllSegments`, `copySegment`, `harden` and `updateGeoDetail` belong to the one owner of a list
+///            that is not yet shared; everything else is safe from any thread
 /// Cost       deriving a list costs a handle per attribute and segment
 class RQ_API RQ_AttributeList : public BAS_IntrusiveRefCounter<RQ_AttributeList>
 {
@@ -23,12 +23,18 @@ public:
     ~RQ_AttributeList();
     RQ_AttributeList &operator=(const RQ_AttributeList &) = delete;
 
-    int entries() const { return map_ ? map_->entries() : 0; }
+    int entries() const { return entries_; }
     int getSegments() const { return segments_; }
     const RQ_AttributeMapHandle &getMap() const { return map_; }
 
-    const RQ_DataArrayHandle &get(int index, int segment = 0) const;
-    const RQ_DataArrayHandle &get(const BAS_StringHolder &name, int segment = 0) const { return get(getIndex(name), segment); }
+    const RQ_DataArrayHandle &get(int index, int segment = 0) const
+    {
+        return index >= 0 && index < entries_ ? data_[slot(index, segment)] : noArray();
+    }
+    const RQ_DataArrayHandle &get(const BAS_StringHolder &name, int segment = 0) const
+    {
+        return get(getIndex(name), segment);
+    }
 
     int getIndex(const BAS_StringHolder &name) const { return map_ ? map_->get(name) : -1; }
     bool hasName(const BAS_StringHolder &name) const { return getIndex(name) != -1; }
@@ -42,11 +48,16 @@ public:
     /// An estimate: it takes every segment for as large as the first.
     int64_t getMemoryUsage() const;
 
-    /// Hash the data ids of one segment.  False when an array has none: then the values must not be cached.
+    /// Hash the data ids of one segment; null and invalid arrays do not count.  False when an array has no id: then the
+    /// values must not be cached.
     bool getDataIdHash(uint64_t &hash, int segment) const;
 
     /// Both null, or both with equal maps.
     static bool matchDefinition(const RQ_AttributeList *a, const RQ_AttributeList *b);
+    static bool matchDefinition(const RQ_AttributeListHandle &a, const RQ_AttributeListHandle &b)
+    {
+        return matchDefinition(a.get(), b.get());
+    }
 
     /// Store an array at (index, segment); ignored for a bad index.
     void set(int index, const RQ_DataArrayHandle &array, int segment = 0);
@@ -63,32 +74,34 @@ public:
     RQ_AttributeListHandle addAttribute(const BAS_StringHolder &name, const RQ_DataArrayHandle *arrays, int segments,
                                         bool replace) const;
 
+    /// This list without the named attributes; this list itself when it has none of them.
     RQ_AttributeListHandle removeAttribute(const BAS_StringHolder &name) const { return removeAttributes({name}); }
     RQ_AttributeListHandle removeAttributes(const BAS_Array<BAS_StringHolder> &names) const;
 
     /// Entry i becomes entry `indices[i]`.  `flatten` composes indirections instead of stacking them.
     RQ_AttributeListHandle createIndirect(const RQ_DataArrayHandle &indices, bool flatten = false) const;
 
-    /// `count` entries from `start` on.
+    /// `count` entries from `start` on; a null array where these do not exist.
     RQ_AttributeListHandle createSubArray(int64_t start, int64_t count) const;
 
     /// `size` times entry `offset`.
     RQ_AttributeListHandle createConstant(int64_t offset, int64_t size) const;
 
-    /// This list and every attribute of `other` whose name it lacks.
-    RQ_AttributeListHandle mergeNewAttributes(const RQ_AttributeList &other) const;
+    /// This list and every attribute of `other` (null: none) whose name it lacks; this list itself when it lacks none.
+    RQ_AttributeListHandle mergeNewAttributes(const RQ_AttributeListHandle &other) const;
 
     /// Replace every array, of all segments or of one, by a copy that owns its values; one that has no such form stays.
+    /// Segments that share an array share its copy.
     void harden();
     void harden(int segment);
 
-    /// Read every array from a newer detail from now on.
+    /// Read every array from a newer detail from now on.  Every list that shares an array sees it: no other thread may read.
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_Owner owner);
 
-    /// Print names, sizes and ids to standard output, with the values if `values`.
-    void dumpList(const char *label, bool values) const;
+    /// Print names, sizes and ids to standard output, with the values if `values`.  `label` may be null.
+    void dumpList(const char *label, bool values = false) const;
 
-    /// Write a map from name to the arrays of all segments.
+    /// Write a map from name to the arrays of all segments, null for a null array.  False when the writer failed.
     bool save(BAS_JSONWriter &writer) const;
 
     /// Walks the attributes of one segment.
@@ -98,6 +111,7 @@ public:
         iterator(const RQ_AttributeList &list, int segment) : list_(&list), segment_(segment) {}
 
         bool atEnd() const { return index_ >= list_->entries(); }
+        int getIndex() const { return index_; }
         const BAS_StringHolder &getName() const { return list_->getName(index_); }
         const RQ_DataArrayHandle &getData() const { return list_->get(index_, segment_); }
         iterator &operator++()
@@ -115,13 +129,17 @@ public:
     iterator begin(int segment = 0) const { return iterator(*this, segment); }
 
 private:
-    size_t slot(int index, int segment) const { return size_t(clampSegment(segment)) * size_t(entries()) + size_t(index); }
+    static const RQ_DataArrayHandle &noArray();
+
+    size_t slot(int index, int segment) const { return size_t(clampSegment(segment)) * size_t(entries_) + size_t(index); }
     int clampSegment(int segment) const { return segment < 0 ? 0 : segment < segments_ ? segment : segments_ - 1; }
 
-    /// A list of the same definition whose arrays are `derive(array)`; null arrays stay null.
-    template <class Derive> RQ_AttributeListHandle derived(Derive &&derive) const;
+    // Fill `to` with make(array) for every slot of this list.  Segments mostly share an array, and then what is made of it.
+    template <class Make> void makeSlots(BAS_Array<RQ_DataArrayHandle> &to, Make &&make) const;
+    template <class Make> RQ_AttributeListHandle derived(Make &&make) const;
 
-    int segments_;
+    int32_t segments_;
+    int32_t entries_;  // of the map when the list was made
     RQ_AttributeMapHandle map_;
     BAS_Array<RQ_DataArrayHandle> data_;  // segment by segment
 };

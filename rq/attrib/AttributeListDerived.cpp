@@ -6,19 +6,50 @@
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DASubArray.h>
 
-template <class Derive> RQ_AttributeListHandle RQ_AttributeList::derived(Derive &&derive) const
+namespace
 {
-    RQ_AttributeListHandle list(new RQ_AttributeList(map_, segments_));
+RQ_AttributeMapHandle copyOf(const RQ_AttributeMapHandle &map)
+{
+    return map ? new RQ_AttributeMap(*map) : new RQ_AttributeMap;
+}
+}  // namespace
+
+template <class Make> void RQ_AttributeList::makeSlots(BAS_Array<RQ_DataArrayHandle> &to, Make &&make) const
+{
+    const size_t width = size_t(entries_);
+    to.resize(data_.size());
     for (size_t i = 0; i < data_.size(); ++i)
     {
-        // Segments mostly share an array: what is derived from it is shared too.
-        const size_t width = size_t(entries());
         if (i >= width && data_[i] == data_[i - width])
-            list->data_[i] = list->data_[i - width];
+            to[i] = to[i - width];
         else if (data_[i])
-            list->data_[i] = derive(data_[i]);
+            to[i] = make(data_[i]);
     }
+}
+
+template <class Make> RQ_AttributeListHandle RQ_AttributeList::derived(Make &&make) const
+{
+    RQ_AttributeListHandle list(new RQ_AttributeList(map_, segments_));
+    makeSlots(list->data_, make);
     return list;
+}
+
+void RQ_AttributeList::harden()
+{
+    BAS_Array<RQ_DataArrayHandle> hard;
+    makeSlots(hard, [](const RQ_DataArrayHandle &array) {
+        const RQ_DataArrayHandle copy = array->harden();
+        return copy ? copy : array;
+    });
+    data_.swap(hard);
+}
+
+void RQ_AttributeList::harden(int segment)
+{
+    for (int i = 0; i < entries_; ++i)
+        if (const RQ_DataArrayHandle &array = get(i, segment))
+            if (const RQ_DataArrayHandle copy = array->harden())
+                set(i, copy, segment);
 }
 
 RQ_AttributeListHandle RQ_AttributeList::createIndirect(const RQ_DataArrayHandle &indices, bool flatten) const
@@ -42,10 +73,10 @@ RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &na
     return addAttribute(name, &array, 1, replace);
 }
 
-RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &name, const RQ_DataArrayHandle *arrays, int segments,
-                                                      bool replace) const
+RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &name, const RQ_DataArrayHandle *arrays,
+                                                      int segments, bool replace) const
 {
-    RQ_AttributeMapHandle map(map_ ? new RQ_AttributeMap(*map_) : new RQ_AttributeMap);
+    RQ_AttributeMapHandle map = copyOf(map_);
     const int index = map->add(name, replace);
     if (index < 0)
         return const_cast<RQ_AttributeList *>(this);
@@ -53,7 +84,7 @@ RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &na
     RQ_AttributeListHandle list(new RQ_AttributeList(map, std::max(segments, segments_)));
     for (int segment = 0; segment < list->segments_; ++segment)
     {
-        for (int i = 0; i < entries(); ++i)
+        for (int i = 0; i < entries_; ++i)
             list->set(i, get(i, segment), segment);
         list->set(index, segments > 0 ? arrays[std::min(segment, segments - 1)] : nullptr, segment);
     }
@@ -62,9 +93,11 @@ RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &na
 
 RQ_AttributeListHandle RQ_AttributeList::removeAttributes(const BAS_Array<BAS_StringHolder> &names) const
 {
-    RQ_AttributeMapHandle map(map_ ? new RQ_AttributeMap(*map_) : new RQ_AttributeMap);
+    RQ_AttributeMapHandle map = copyOf(map_);
     for (const BAS_StringHolder &name : names)
         map->remove(name);
+    if (map->entries() == entries_)
+        return const_cast<RQ_AttributeList *>(this);
     RQ_AttributeListHandle list(new RQ_AttributeList(map, segments_));
     for (int segment = 0; segment < segments_; ++segment)
         for (int i = 0; i < map->entries(); ++i)
@@ -72,17 +105,31 @@ RQ_AttributeListHandle RQ_AttributeList::removeAttributes(const BAS_Array<BAS_St
     return list;
 }
 
-RQ_AttributeListHandle RQ_AttributeList::mergeNewAttributes(const RQ_AttributeList &other) const
+RQ_AttributeListHandle RQ_AttributeList::mergeNewAttributes(const RQ_AttributeListHandle &other) const
 {
-    RQ_AttributeListHandle list(const_cast<RQ_AttributeList *>(this));
-    for (int i = 0; i < other.entries(); ++i)
+    if (!other)
+        return const_cast<RQ_AttributeList *>(this);
+    RQ_AttributeMapHandle map = copyOf(map_);
+    BAS_Array<int> added;  // their numbers in the other list
+    for (int i = 0; i < other->entries_; ++i)
     {
-        if (hasName(other.getName(i)))
+        const int index = map->add(other->getName(i), false);
+        if (index < 0)
             continue;
-        BAS_Array<RQ_DataArrayHandle> arrays;
-        for (int segment = 0; segment < other.segments_; ++segment)
-            arrays.push_back(other.get(i, segment));
-        list = list->addAttribute(other.getName(i), arrays.data(), other.segments_, false);
+        added.push_back(i);
+        map->setOriginalOwner(index, other->getOriginalOwner(i));
+        map->addExportName(index, other->getExportName(i));
+    }
+    if (added.empty())
+        return const_cast<RQ_AttributeList *>(this);
+
+    RQ_AttributeListHandle list(new RQ_AttributeList(map, std::max(segments_, other->segments_)));
+    for (int segment = 0; segment < list->segments_; ++segment)
+    {
+        for (int i = 0; i < entries_; ++i)
+            list->set(i, get(i, segment), segment);
+        for (size_t i = 0; i < added.size(); ++i)
+            list->set(entries_ + int(i), other->get(added[i], segment), segment);
     }
     return list;
 }

@@ -70,7 +70,9 @@ void RQ_AttributeMap::addExportName(int index, const BAS_StringHolder &exportNam
 
 void RQ_AttributeMap::addExportName(const BAS_StringHolder &name, const BAS_StringHolder &exportName)
 {
-    if (hasName(name) && !(name == exportName))
+    if (name == exportName)
+        exportNames_.erase(name);
+    else if (hasName(name))
         exportNames_[name] = exportName;
 }
 

@@ -39,7 +39,7 @@ public:
     /// The name under which a renderer should see the attribute: its own unless another was registered.
     const BAS_StringHolder &getExportName(int index) const;
 
-    /// Register an export name; nothing is kept when it equals the name, or when the name is unknown.
+    /// Register an export name; the attribute's own name ends a registration, unknown attributes are ignored.
     void addExportName(int index, const BAS_StringHolder &exportName);
     void addExportName(const BAS_StringHolder &name, const BAS_StringHolder &exportName);
 
@@ -49,6 +49,27 @@ public:
 
     /// The names, separated by blanks, for printing.
     std::string getLabel() const;
+
+    /// Walks the names in the order of their numbers.
+    class iterator
+    {
+    public:
+        explicit iterator(const RQ_AttributeMap &map) : map_(&map) {}
+
+        bool atEnd() const { return index_ >= map_->entries(); }
+        const BAS_StringHolder &getName() const { return map_->getName(index_); }
+        int getIndex() const { return index_; }
+        iterator &operator++()
+        {
+            ++index_;
+            return *this;
+        }
+
+    private:
+        const RQ_AttributeMap *map_;
+        int index_ = 0;
+    };
+    iterator begin() const { return iterator(*this); }
 
     /// Bytes of names, hash table and owners; with `inclusive` those of the map itself too.
     int64_t getMemoryUsage(bool inclusive) const;

@@ -8,7 +8,7 @@
 /// item are found at once.  See `rq::Counts` for reading them in a loop.
 ///
 /// Shape      stored value i is the end of item i: the sum of the counts 0..i; 32-bit unless the total needs 64
-/// Failure    negative counts count as 0, so totals never fall
+/// Failure    negative counts count as 0, so totals never fall; counts beyond all numbering (2^49) make no items
 /// Ownership  a plain value; copies share the totals
 /// Threads    safe to read from any thread once initialised
 /// Cost       equal counts take no memory, whatever their number
@@ -24,7 +24,7 @@ public:
     void init(int64_t n, int64_t count);
 
     /// Take the counts from an array.  Minimum and maximum may be given, both at least 1, to skip a scan; they are trusted,
-    /// and equal ones mean that all counts are the same.  A null array clears.
+    /// and equal ones mean that all counts are the same.  No items for a null array and for tuples.
     void init(const RQ_DataArrayHandle &counts, int64_t minCount = -1, int64_t maxCount = -1);
 
     /// Back to no items.
@@ -73,7 +73,7 @@ public:
     bool save(BAS_JSONWriter &writer) const;
 
 private:
-    template <class T> void initOffsets(const RQ_DataArray &counts);
+    template <class T> void initTotals(const RQ_DataArray &counts, bool trusted, int64_t minCount, int64_t maxCount);
 
     RQ_DataArrayHandle offsets_;
     int64_t minCount_ = 0;

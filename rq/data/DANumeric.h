@@ -17,7 +17,12 @@ public:
     explicit RQ_DANumeric(int64_t size = 0, int64_t tupleSize = 1, RQ_Type type = RQ_TYPE_NONE);
 
     /// Copy `size` tuples.
-    RQ_DANumeric(const T *values, int64_t size, int64_t tupleSize = 1, RQ_Type type = RQ_TYPE_NONE);
+    template <std::same_as<T> U>
+    RQ_DANumeric(const U *values, int64_t size, int64_t tupleSize = 1, RQ_Type type = RQ_TYPE_NONE)
+        : RQ_DANumeric(size, tupleSize, type)
+    {
+        copyFrom(values);
+    }
 
     RQ_DANumeric(const RQ_DANumeric &other);
     ~RQ_DANumeric() override;

@@ -23,6 +23,8 @@ constexpr RQ_Storage RQstorageOf = std::same_as<T, uint8_t>    ? RQ_STORAGE_UINT
                                    : std::same_as<T, float>    ? RQ_STORAGE_REAL32
                                                                : RQ_STORAGE_REAL64;
 
+namespace rq
+{
 /// Call `visit(std::type_identity<T>())` with the value type T of a storage.  False, and no call, when the storage is not
 /// numeric.  For algorithms: dispatch once per array, then loop over plain pointers.
 template <class Visitor> bool dispatchStorage(RQ_Storage storage, Visitor &&visit)
@@ -57,3 +59,4 @@ template <class Visitor> bool dispatchStorage(RQ_Storage storage, Visitor &&visi
         return false;
     }
 }
+}  // namespace rq

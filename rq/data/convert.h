@@ -21,14 +21,12 @@ template <RQ_NumericValue To, RQ_NumericValue From> inline To RQconvert(From fro
     else if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>)
     {
         using Wide = std::conditional_t<std::same_as<To, int64_t>, int64_t, int32_t>;
-        constexpr From kLow = From(std::numeric_limits<Wide>::min());
+        constexpr Wide kMin = std::numeric_limits<Wide>::min(), kMax = std::numeric_limits<Wide>::max();
         // The first value beyond the range; a power of two, so exact in every float type.
-        constexpr From kHigh = -kLow;
-        const bool fits = from >= kLow && from < kHigh;
+        constexpr From kEnd = -From(kMin);
+        const bool fits = from >= From(kMin) && from < kEnd;
         const Wide inside = Wide(fits ? from : From(0));
-        const Wide outside = from >= kHigh ? std::numeric_limits<Wide>::max()
-                             : from < kLow ? std::numeric_limits<Wide>::min()
-                                           : 0;
+        const Wide outside = from >= kEnd ? kMax : from < From(kMin) ? kMin : 0;
         return To(fits ? inside : outside);
     }
     else

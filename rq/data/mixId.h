@@ -16,3 +16,9 @@ constexpr uint64_t RQmixId(uint64_t key)
     key ^= key >> 31;
     return key;
 }
+
+namespace rq
+{
+/// A mixed id as a data id, which must not be -1: that means "has none".
+constexpr int64_t validId(uint64_t mixed) { return int64_t(mixed) == -1 ? 0 : int64_t(mixed); }
+}  // namespace rq

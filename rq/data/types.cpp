@@ -13,21 +13,20 @@ struct Entry
 
 // The first name of a value is its canonical one.
 constexpr Entry kStorages[] = {
-    {"uint8", 0},    {"unsigned char", 0}, {"int8", 1},    {"char", 1},      {"int16", 2},    {"short", 2},
-    {"int32", 3},    {"int", 3},           {"int64", 4},   {"long", 4},      {"real16", 5},   {"fpreal16", 5},
-    {"hfloat", 5},   {"float16", 5},       {"real32", 6},  {"fpreal32", 6},  {"float", 6},    {"float32", 6},
-    {"real64", 7},   {"fpreal64", 7},      {"double", 7},  {"float64", 7},   {"double64", 7}, {"string", 8},
-    {"dictionary", 9},
+    {"uint8", 0},   {"unsigned char", 0}, {"int8", 1},   {"char", 1},       {"int16", 2},    {"short", 2},    {"int32", 3},
+    {"int", 3},     {"int64", 4},         {"long", 4},   {"real16", 5},     {"fpreal16", 5}, {"hfloat", 5},   {"float16", 5},
+    {"real32", 6},  {"fpreal32", 6},      {"float", 6},  {"float32", 6},    {"real64", 7},   {"fpreal64", 7}, {"double", 7},
+    {"float64", 7}, {"double64", 7},      {"string", 8}, {"dictionary", 9},
 };
 
 constexpr Entry kTypes[] = {
-    {"point", 0},         {"point16", 0},      {"point32", 0},      {"point64", 0},      {"hpoint", 1},   {"hpoint16", 1},
-    {"hpoint32", 1},      {"hpoint64", 1},     {"vector", 2},       {"vector16", 2},     {"vector32", 2}, {"vector64", 2},
-    {"normal", 3},        {"normal16", 3},     {"normal32", 3},     {"normal64", 3},     {"color", 4},    {"color16", 4},
-    {"color32", 4},       {"color64", 4},      {"rgb", 4},          {"rgba", 4},         {"quaternion", 5}, {"quaternion16", 5},
-    {"quaternion32", 5},  {"quaternion64", 5}, {"quat", 5},         {"matrix3", 6},      {"matrix3_16", 6}, {"matrix3_32", 6},
-    {"matrix3_64", 6},    {"matrix", 7},       {"matrix16", 7},     {"matrix32", 7},     {"matrix64", 7}, {"box2", 10},
-    {"box2_16", 10},      {"box2_32", 10},     {"box2_64", 10},     {"box", 11},         {"box_16", 11},  {"box32", 11},
+    {"point", 0},        {"point16", 0},      {"point32", 0},  {"point64", 0},  {"hpoint", 1},     {"hpoint16", 1},
+    {"hpoint32", 1},     {"hpoint64", 1},     {"vector", 2},   {"vector16", 2}, {"vector32", 2},   {"vector64", 2},
+    {"normal", 3},       {"normal16", 3},     {"normal32", 3}, {"normal64", 3}, {"color", 4},      {"color16", 4},
+    {"color32", 4},      {"color64", 4},      {"rgb", 4},      {"rgba", 4},     {"quaternion", 5}, {"quaternion16", 5},
+    {"quaternion32", 5}, {"quaternion64", 5}, {"quat", 5},     {"matrix3", 6},  {"matrix3_16", 6}, {"matrix3_32", 6},
+    {"matrix3_64", 6},   {"matrix", 7},       {"matrix16", 7}, {"matrix32", 7}, {"matrix64", 7},   {"box2", 10},
+    {"box2_16", 10},     {"box2_32", 10},     {"box2_64", 10}, {"box", 11},     {"box_16", 11},    {"box32", 11},
     {"box64", 11},
 };
 

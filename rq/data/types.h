@@ -84,3 +84,6 @@ constexpr bool RQisInteger(RQ_Storage storage) { return storage >= RQ_STORAGE_UI
 
 /// True for the floating-point storages.
 constexpr bool RQisFloat(RQ_Storage storage) { return storage >= RQ_STORAGE_REAL16 && storage <= RQ_STORAGE_REAL64; }
+
+/// True for the integer and the floating-point storages.
+constexpr bool RQisNumeric(RQ_Storage storage) { return storage >= RQ_STORAGE_UINT8 && storage <= RQ_STORAGE_REAL64; }

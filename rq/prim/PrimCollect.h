@@ -10,8 +10,9 @@
 /// themselves.
 ///
 /// Shape      children in order of arrival; a null child is kept and counted, and passed over by every operation
-/// Threads    `appendPrimitive` from any thread, also while others read: a reader sees the children that were there when it
-///            started.  `clear` and `hardenContents` need the collection for themselves.
+/// Threads    `appendPrimitive` from any thread, also during operations that started before: these see the children that
+/// were
+///            there then.  `clear` needs the collection for itself.
 /// Cost       appending takes no lock
 class RQ_API RQ_PrimCollect : public RQ_Primitive
 {
@@ -69,6 +70,7 @@ protected:
 private:
     class Children;
 
+    template <class Visit> void forEach(int64_t begin, int64_t end, Visit &&visit) const;
     template <class Enlarge> void enlarge(BAS_BoundingBox *boxes, int segments, Enlarge &&enlargeBy) const;
 
     std::unique_ptr<Children> children_;

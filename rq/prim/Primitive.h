@@ -4,14 +4,13 @@
 
 #include <host/bas/BoundingBox.h>
 #include <host/fwd.h>
+#include <rq/attrib/AttributeList.h>
 #include <rq/prim/Refine.h>
 #include <rq/prim/Transform.h>
 
 class BAS_JSONWriter;
 class BAS_StringMMPattern;
 class RQ_ViewportRefineOptions;
-
-using RQ_AttributeListHandle = BAS_IntrusivePtr<RQ_AttributeList>;
 
 /// The base of everything that can be drawn.
 ///
@@ -187,8 +186,7 @@ protected:
     /// Enlarge by homogeneous positions; one with w = 0 counts as the origin.
     static void enlargePw(BAS_BoundingBox &box, const RQ_DataArray &positions);
 
-    /// Write the array [name, ...] of a saved primitive: begun with the object, ended by its destruction.
-    class jsonWriter;
+    class jsonWriter;  // see PrimitiveJSON.h
 
 private:
     int cachedSegment() const;
@@ -198,20 +196,4 @@ private:
     mutable std::atomic<uint32_t> state_{0xFFFFFFFFu};
     RQ_TransformHandle transform_;
     mutable std::atomic<uint64_t> dataIdHash_{0};
-};
-
-/// Saved primitives begin with their name; see `RQ_Primitive::jsonWriter`.
-class RQ_API RQ_Primitive::jsonWriter
-{
-public:
-    jsonWriter(BAS_JSONWriter &writer, const char *name);
-    ~jsonWriter();
-    jsonWriter(const jsonWriter &) = delete;
-    jsonWriter &operator=(const jsonWriter &) = delete;
-
-    BAS_JSONWriter &operator*() const { return writer_; }
-    BAS_JSONWriter *operator->() const { return &writer_; }
-
-private:
-    BAS_JSONWriter &writer_;
 };

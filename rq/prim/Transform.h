@@ -99,11 +99,15 @@ public:
 private:
     struct Inverse;
 
-    BAS_Mat4d *matrices() { return allocated_ ? allocated_.get() : &single_; }
-    const BAS_Mat4d *matrices() const { return allocated_ ? allocated_.get() : &single_; }
+    BAS_Mat4d *data() { return allocated_ ? allocated_.get() : &single_; }
+    const BAS_Mat4d *data() const { return allocated_ ? allocated_.get() : &single_; }
     const BAS_Mat4d &matrixAt(int segment) const;
+    const Inverse &inverseAt(int segment) const;
     const Inverse *inverses() const;
     RQ_TransformHandle self() const { return RQ_TransformHandle(const_cast<RQ_Transform *>(this)); }
+    void release();
+    void dropInverses();
+    void updateIdentity();
 
     int segments_ = 0;
     std::unique_ptr<BAS_Mat4d[]> allocated_;  // only with two segments and more

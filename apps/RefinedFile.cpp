@@ -1,0 +1,67 @@
+#include <apps/RefinedFile.h>
+
+#include <chrono>
+#include <cstdio>
+
+#include <io/Reader.h>
+#include <rq/bridge/MSHDetail.h>
+#include <rq/prim/PrimCollect.h>
+#include <rq/prim/RefineCollect.h>
+#include <rq/surface/PrimPolygonMesh.h>
+
+namespace rq::app
+{
+namespace
+{
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+RQ_PrimitiveHandle convexed(const RQ_PrimitiveHandle &primitive, int maxVertices)
+{
+    const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get());
+    const RQ_PolygonMeshHandle cut = mesh && maxVertices > 0 ? mesh->convex(maxVertices) : RQ_PolygonMeshHandle();
+    return cut ? RQ_PrimitiveHandle(cut) : primitive;
+}
+
+void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &options, const RQ_RefineParms &parms,
+          RefinedFile &refined)
+{
+    for (int64_t i = 0; i < collect.entries(); ++i)
+    {
+        const RQ_PrimitiveHandle primitive = collect.getPrim(i);
+        if (!dynamic_cast<const RQ_PrimCollect *>(primitive.get()))
+        {
+            refined.primitives.push_back({convexed(primitive, options.convex), depth});
+            continue;
+        }
+        // Refining a collection places its children as the collection is placed.
+        RQ_RefineCollect children;
+        primitive->refine(children, &parms);
+        open(children, depth + 1, options, parms, refined);
+    }
+}
+}  // namespace
+
+ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms, RefinedFile &refined)
+{
+    auto start = std::chrono::steady_clock::now();
+    refined.file = file;
+    MOD_DetailHandle detail;
+    io::Messages messages;
+    const bool loaded = io::load(file, detail, messages);
+    std::fputs(messages.toString().c_str(), stderr);
+    if (!loaded)
+        return ExitBadInput;
+    refined.detail = detail.read();
+    refined.loadSeconds = secondsSince(start);
+
+    start = std::chrono::steady_clock::now();
+    RQ_RefineCollect collect;
+    RQ_MSHDetail::makeDetail(refined.detail)->refine(collect, &parms);
+    open(collect, 0, options, parms, refined);
+    refined.refineSeconds = secondsSince(start);
+    return ExitDone;
+}
+}  // namespace rq::app

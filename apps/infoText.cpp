@@ -1,0 +1,84 @@
+#include <apps/info.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include <fmt/format.h>
+
+#include <host/elm/PrimitiveFactory.h>
+
+namespace rq::app
+{
+namespace
+{
+constexpr size_t kMostPrimitives = 16;
+
+std::string describe(const AttributeFacts &attribute)
+{
+    return fmt::format("    {:<10} {:<14} {:>8} x {:<3} {:<10} {:>10}  {}\n", attribute.owner, attribute.name,
+                       attribute.storage, attribute.size, attribute.type, attribute.entries, attribute.className);
+}
+
+std::string describe(const HostFacts &host)
+{
+    std::string types;
+    for (const auto &[id, count] : host.types)
+        types += fmt::format("{}{} {}", types.empty() ? " (" : ", ", count, ELM_PrimitiveFactory::find(id)->label.c_str());
+    std::string text = fmt::format("  host: {} points, {} vertices, {} primitives{}\n", host.points, host.vertices,
+                                   host.primitives, types.empty() ? types : types + ")");
+    for (const AttributeFacts &attribute : host.attributes)
+        text += describe(attribute);
+    for (const GroupFacts &group : host.groups)
+        text += fmt::format("    {:<10} {:<14} {:>25} {:>10}\n", group.owner, group.name, "group", group.entries);
+    return text;
+}
+
+std::string describe(const PrimitiveFacts &primitive)
+{
+    std::string text = fmt::format("  {:>{}}{} ({})", "", 2 * primitive.depth, primitive.className, primitive.type);
+    if (primitive.faces)
+        text += fmt::format(": {} faces", *primitive.faces);
+    if (primitive.minCount && primitive.maxCount)
+        text += fmt::format(" of {} to {} vertices", *primitive.minCount, *primitive.maxCount);
+    if (primitive.points)
+        text += fmt::format("{} {} points", primitive.faces ? "," : ":", *primitive.points);
+    text += '\n';
+
+    const BAS_Vec3f &low = primitive.bounds.minimum(), &high = primitive.bounds.maximum();
+    if (primitive.bounds.isEmpty())
+        text += "    bounds     none\n";
+    else
+        text += fmt::format("    bounds     ({}, {}, {}) to ({}, {}, {})\n", low.x, low.y, low.z, high.x, high.y, high.z);
+    if (primitive.area && primitive.volume && primitive.perimeter)
+        text += fmt::format("    measures   area {:.9g}, volume {:.9g}, perimeter {:.9g}\n", *primitive.area,
+                            *primitive.volume, *primitive.perimeter);
+    text += fmt::format("    memory     {} bytes, {} segment{}\n", primitive.memory, primitive.segments,
+                        primitive.segments == 1 ? "" : "s");
+    for (const AttributeFacts &attribute : primitive.attributes)
+        text += describe(attribute);
+    return text;
+}
+
+std::string describeCopies(const BAS_CopyCounter::Totals &copied)
+{
+    std::string text =
+        fmt::format("  copied: {} bytes of attribute values", std::accumulate(copied.begin(), copied.end(), int64_t(0)));
+    for (size_t cause = 0; cause < copied.size(); ++cause)
+        text += fmt::format("{}{} {}", cause == 0 ? " (" : ", ", BAS_CopyCounter::name(BAS_CopyCause(cause)), copied[cause]);
+    return text + ")\n";
+}
+}  // namespace
+
+void printText(const FileFacts &facts, FILE *stream)
+{
+    std::string text = facts.file + '\n' + describe(facts.host);
+    const size_t shown = std::min(facts.primitives.size(), kMostPrimitives);
+    for (size_t i = 0; i < shown; ++i)
+        text += describe(facts.primitives[i]);
+    if (shown < facts.primitives.size())
+        text += fmt::format("  and {} primitives more\n", facts.primitives.size() - shown);
+    text += describeCopies(facts.copied);
+    text += fmt::format("  seconds: load {:.3f}, refine {:.3f}\n", facts.loadSeconds, facts.refineSeconds);
+    std::fputs(text.c_str(), stream);
+}
+}  // namespace rq::app

@@ -1,0 +1,60 @@
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include <apps/info.h>
+#include <host/bas/Parallel.h>
+
+namespace
+{
+using namespace rq::app;
+
+void addCommonOptions(CLI::App &command, CommonOptions &common)
+{
+    command.add_option("-p", common.parms, "Set a refinement option by its key; may be repeated")
+        ->type_name("KEY=VALUE")
+        ->take_all()
+        ->allow_extra_args(false);
+    command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
+        ->type_name("N")
+        ->check(CLI::Range(3, std::numeric_limits<int>::max()));
+    command.add_option("--threads", common.threads, "Use at most N threads; the result is the same for any number")
+        ->type_name("N")
+        ->check(CLI::Range(1, 4096));
+}
+
+CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options)
+{
+    CLI::App *command = program.add_subcommand("info", "Tell what is in files, and what it refines to");
+    command->add_option("FILE", options.files, "Files to read; - is standard input")->required()->type_name("");
+    command->add_flag("--json", options.json, "Print JSON");
+    addCommonOptions(*command, common);
+    return command;
+}
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    CLI::App program("Render-ready geometry from files", "rq");
+    program.set_version_flag("--version", "rq " RQ_VERSION);
+    program.require_subcommand(1);
+
+    CommonOptions common;
+    InfoOptions info;
+    const CLI::App *infoCommand = addInfo(program, common, info);
+    try
+    {
+        program.parse(argc, argv);
+    }
+    catch (const CLI::ParseError &error)
+    {
+        return program.exit(error) == 0 ? ExitDone : ExitUsage;
+    }
+
+    std::optional<BAS_Threads::Limit> limit;
+    if (common.threads > 0)
+        limit.emplace(common.threads);
+    if (infoCommand->parsed())
+        return runInfo(common, info);
+    return ExitUsage;
+}

@@ -1,0 +1,20 @@
+#include <host/elm/detail/PageSlab.h>
+
+#include <new>
+
+#include <host/bas/LargeBlocks.h>
+#include <host/bas/MemoryTracker.h>
+
+host::PageSlab::PageSlab(size_t capacity)
+    : data_(static_cast<char *>(BAS_LargeBlocks::allocate(capacity))), capacity_(capacity)
+{
+    if (!data_)
+        throw std::bad_alloc();
+    BAS_MemoryTracker::add(BAS_MEMORY_HOST_PAGE, int64_t(capacity));
+}
+
+host::PageSlab::~PageSlab()
+{
+    BAS_LargeBlocks::release(data_, capacity_);
+    BAS_MemoryTracker::add(BAS_MEMORY_HOST_PAGE, -int64_t(capacity_));
+}

@@ -1,0 +1,215 @@
+#include <host/mod/Edit.h>
+
+#include <fmt/format.h>
+
+#include <host/mod/detail/DetailControl.h>
+
+namespace
+{
+// Far beyond any memory, and far enough below the largest offset to calculate with.
+constexpr int64_t kMaxPoints = int64_t(1) << 48;
+}  // namespace
+
+MOD_Edit::MOD_Edit(const MOD_DetailHandle &detail)
+    : detail_(detail), editing_(detail.control_->editing), data_(detail.read().readLock()->data())
+{}
+
+MOD_Edit::~MOD_Edit() = default;
+
+bool MOD_Edit::fail(std::string message)
+{
+    message_ = std::move(message);
+    return false;
+}
+
+bool MOD_Edit::isOpen() { return editing_ || fail("the edit has ended"); }
+
+bool MOD_Edit::attempt(const std::function<bool()> &change)
+{
+    if (!isOpen())
+        return false;
+    try
+    {
+        if (change())
+            return true;
+    }
+    catch (const std::bad_alloc &)
+    {
+        fail("not enough memory");
+    }
+    catch (const std::length_error &)
+    {
+        fail("not enough memory");
+    }
+    dropRows();
+    return false;
+}
+
+// Take back the rows that a change made before it failed.
+void MOD_Edit::dropRows()
+{
+    for (int owner = 0; owner < ELM_ELEMENT_OWNERS; ++owner)
+        resizeAttributes(ELM_Owner(owner), data_.capacity[owner]);
+    data_.vertexPoint.resize(vertexCount());
+    data_.vertexStart.resize(primitiveCount());
+    data_.vertexCount.resize(primitiveCount());
+    data_.type.resize(primitiveCount());
+    data_.flags.resize(primitiveCount());
+}
+
+void MOD_Edit::resizeAttributes(ELM_Owner owner, int64_t size)
+{
+    ELM_AttributeDict &dict = data_.attributes[owner];
+    for (int64_t i = 0; i < dict.size(); ++i)
+        if (dict[i].size() != size)
+            touch(dict.writable(i))->resize(size);
+}
+
+ELM_Attribute *MOD_Edit::touch(ELM_Attribute *attribute)
+{
+    touched_.insert(attribute);
+    changed_ = true;
+    return attribute;
+}
+
+bool MOD_Edit::appendPoints(int64_t count)
+{
+    if (count < 0 || count > kMaxPoints - pointCount())
+        return fail(fmt::format("{} points cannot be added", count));
+    return attempt([&] {
+        if (count == 0)
+            return true;
+        resizeAttributes(ELM_OWNER_POINT, pointCount() + count);
+        data_.capacity[ELM_OWNER_POINT] += count;
+        changed_ = topologyChanged_ = true;
+        return true;
+    });
+}
+
+bool MOD_Edit::setVertexPoint(ELM_Offset vertex, ELM_Offset point)
+{
+    if (vertex < 0 || vertex >= vertexCount())
+        return fail(fmt::format("vertex {} is out of range [0, {})", vertex, vertexCount()));
+    if (point < -1 || point >= pointCount())
+        return fail(fmt::format("point {} is out of range [0, {})", point, pointCount()));
+    return attempt([&] {
+        const int64_t loose = (point < 0) - (data_.vertexPoint.value(vertex) < 0);
+        data_.vertexPoint.set(vertex, point);
+        data_.looseVertices += loose;
+        changed_ = topologyChanged_ = true;
+        return true;
+    });
+}
+
+ELM_Attribute *MOD_Edit::writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
+                                  ELM_TypeInfo typeInfo)
+{
+    ELM_Attribute *result = nullptr;
+    const auto make = [&] {
+        ELM_AttributeDict &dict = data_.attributes[owner];
+        const ELM_Attribute *known = dict.find(ELM_SCOPE_PUBLIC, name);
+        if (known && known->storage() == storage && known->tupleSize() == tupleSize && known->typeInfo() == typeInfo)
+            result = touch(dict.writable(ELM_SCOPE_PUBLIC, name));
+        else
+        {
+            touched_.erase(known);
+            result = touch(dict.insert(ELM_Attribute::create(owner, ELM_SCOPE_PUBLIC, BAS_StringHolder(name), storage,
+                                                             tupleSize, typeInfo, count(owner))));
+        }
+        return true;
+    };
+    if (owner < ELM_OWNER_VERTEX || owner > ELM_OWNER_DETAIL)
+        fail(fmt::format("{} is no owner of attributes", int(owner)));
+    else if (name.empty() || tupleSize < 1)
+        fail(fmt::format("attribute \"{}\" needs a name and a tuple size of at least 1, not {}", name, tupleSize));
+    else if (owner == ELM_OWNER_POINT && name == ELM_POSITION_NAME &&
+             (ELMstorageClass(storage) != ELM_STORAGE_CLASS_FLOAT || tupleSize != 3))
+        fail(fmt::format("\"{}\" needs floating-point values, 3 a point", name));
+    else
+        attempt(make);
+    return result;
+}
+
+ELM_Attribute *MOD_Edit::attribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
+                                   ELM_TypeInfo typeInfo)
+{
+    if (!ELMisNumeric(storage))
+    {
+        fail(fmt::format("attribute \"{}\" needs a numeric storage, not {}", name, int(storage)));
+        return nullptr;
+    }
+    return writable(owner, name, storage, tupleSize, typeInfo);
+}
+
+ELM_Attribute *MOD_Edit::stringAttribute(ELM_Owner owner, std::string_view name, int tupleSize)
+{
+    return writable(owner, name, ELM_STORAGE_STRING, tupleSize, ELM_TYPE_NONE);
+}
+
+ELM_Group *MOD_Edit::group(ELM_Owner owner, std::string_view name)
+{
+    ELM_Group *result = nullptr;
+    if (owner < ELM_OWNER_VERTEX || owner >= ELM_ELEMENT_OWNERS || name.empty())
+        fail(fmt::format("group \"{}\" of owner {} needs a name and elements", name, int(owner)));
+    else
+        attempt([&] {
+            result = data_.groups[owner].writable(owner, BAS_StringHolder(name));
+            changed_ = true;
+            return true;
+        });
+    return result;
+}
+
+void MOD_Edit::finishColumns()
+{
+    for (ELM_AttributeDict &dict : data_.attributes)
+        for (int64_t i = 0; i < dict.size(); ++i)
+            if (touched_.contains(&dict[i]))
+            {
+                ELM_Attribute *attribute = dict.writable(i);
+                attribute->renewDataId();
+                attribute->defragment();
+            }
+    if (topologyChanged_)
+    {
+        data_.topologyId = ELM_Attribute::nextDataId();
+        data_.vertexPoint.defragment();
+        data_.vertexStart.defragment();
+        data_.vertexCount.compress();
+        data_.type.compress();
+        data_.flags.compress();
+    }
+    ++data_.metaCacheCount;
+}
+
+MOD_ConstDetailHandle MOD_Edit::commit()
+{
+    if (!isOpen())
+        return detail_.read();
+    MOD_ConstDetailHandle published;
+    attempt([&] {
+        MOD_ConstDetailHandle previous = detail_.read();
+        if (changed_)
+        {
+            finishColumns();
+            BAS_IntrusivePtr<const MSH_Detail> next(new MSH_Detail(data_, previous.readLock()));
+            published = MOD_ConstDetailHandle(next.get());
+            const std::lock_guard lock(detail_.control_->pointer);
+            detail_.control_->current.swap(next);
+        }
+        else
+            published = std::move(previous);
+        return true;
+    });
+    if (published)
+        abort();
+    return published;
+}
+
+void MOD_Edit::abort()
+{
+    data_ = MSH_DetailData();
+    touched_.clear();
+    if (editing_)
+        editing_.unlock();
+}

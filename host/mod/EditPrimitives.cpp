@@ -1,0 +1,183 @@
+#include <host/mod/Edit.h>
+
+#include <atomic>
+#include <fmt/format.h>
+
+// Primitives of one type, flags, and numbers of vertices, to be added.
+struct MOD_Edit::Primitives
+{
+    ELM_PrimitiveTypeId type;
+    uint8_t flags;
+    int64_t count;
+    const int32_t *corners;  // null: each has `sameCorners` vertices
+    int32_t sameCorners;
+
+    int64_t vertices = 0;                // of all primitives
+    std::vector<int64_t> startOfPage{};  // with `corners`: vertices before the primitives of each page of offsets
+
+    bool addUp(ELM_Offset first);
+    void writeStarts(ELM_IndexColumn &starts, ELM_Offset first, int64_t firstVertex) const;
+};
+
+namespace
+{
+// A page of corner counts is added up in some 0.1 us.
+constexpr int64_t kPagesPerTask = 128;
+
+std::string badCount(const int32_t *corners, int64_t count)
+{
+    const int64_t bad = std::find_if(corners, corners + count, [](int32_t n) { return n < 0; }) - corners;
+    return fmt::format("polygon {} has {} vertices", bad, corners[bad]);
+}
+
+template <class Index> std::string badPoint(std::span<const Index> points, int64_t pointCount)
+{
+    const auto bad = std::find_if(points.begin(), points.end(), [=](Index p) { return p < 0 || p >= pointCount; });
+    return fmt::format("vertex {} refers to point {}, out of range [0, {})", bad - points.begin(), *bad, pointCount);
+}
+}  // namespace
+
+// Add up the vertices, page by page of the offsets that the primitives will have.  False when a count is negative.
+bool MOD_Edit::Primitives::addUp(ELM_Offset first)
+{
+    if (!corners)
+    {
+        vertices = count * sameCorners;
+        return true;
+    }
+    const int64_t firstPage = first >> ELM_PAGE_BITS;
+    const int64_t pages = count > 0 ? ((first + count - 1) >> ELM_PAGE_BITS) - firstPage + 1 : 0;
+    startOfPage.resize(size_t(pages));
+    std::atomic<bool> good{true};
+    host::parallelFor(pages, kPagesPerTask, [&](int64_t page) {
+        const int64_t begin = std::max<int64_t>(0, ((firstPage + page) << ELM_PAGE_BITS) - first);
+        const int64_t end = std::min(count, ((firstPage + page + 1) << ELM_PAGE_BITS) - first);
+        int64_t sum = 0;
+        int32_t smallest = 0;
+        for (int64_t i = begin; i < end; ++i)
+        {
+            sum += corners[i];
+            smallest = std::min(smallest, corners[i]);
+        }
+        startOfPage[size_t(page)] = sum;
+        if (smallest < 0)
+            good.store(false, std::memory_order_relaxed);
+    });
+    for (int64_t &start : startOfPage)
+    {
+        const int64_t sum = start;
+        start = vertices;
+        vertices += sum;
+    }
+    return good;
+}
+
+void MOD_Edit::Primitives::writeStarts(ELM_IndexColumn &starts, ELM_Offset first, int64_t firstVertex) const
+{
+    starts.writeBlocks(first, count, firstVertex + vertices, [&](auto *to, int64_t row, int64_t rows) {
+        using Index = std::remove_pointer_t<decltype(to)>;
+        if (!corners)
+        {
+            for (int64_t i = 0; i < rows; ++i)
+                to[i] = Index(firstVertex + (row + i - first) * sameCorners);
+            return;
+        }
+        int64_t start = firstVertex + startOfPage[size_t((row >> ELM_PAGE_BITS) - (first >> ELM_PAGE_BITS))];
+        for (int64_t i = 0; i < rows; ++i)
+        {
+            to[i] = Index(start);
+            start += corners[row + i - first];
+        }
+    });
+}
+
+template <class Index> bool MOD_Edit::appendPrimitives(Primitives &added, std::span<const Index> points)
+{
+    const ELM_Offset first = primitiveCount(), firstVertex = vertexCount();
+    if (!added.addUp(first))
+        return fail(badCount(added.corners, added.count));
+    if (added.vertices != int64_t(points.size()))
+        return fail(fmt::format("the polygons have {} vertices, but {} points are given", added.vertices, points.size()));
+    if (added.count == 0)
+        return true;
+    const int64_t vertices = firstVertex + added.vertices, primitives = first + added.count;
+
+    data_.vertexPoint.resize(vertices);
+    if (!data_.vertexPoint.write(firstVertex, points, 0, pointCount()))
+        return fail(badPoint(points, pointCount()));
+
+    data_.vertexStart.resize(primitives);
+    added.writeStarts(data_.vertexStart, first, firstVertex);
+    data_.vertexCount.resize(primitives);
+    if (added.corners)
+        data_.vertexCount.writeCompact(first, added.count, added.corners);
+    else
+        data_.vertexCount.fill(first, added.count, &added.sameCorners);
+    const int16_t type = int16_t(added.type);
+    data_.type.resize(primitives);
+    data_.type.fill(first, added.count, &type);
+    data_.flags.resize(primitives);
+    data_.flags.fill(first, added.count, &added.flags);
+
+    data_.typeCounts.resize(std::max(data_.typeCounts.size(), size_t(added.type) + 1));
+    resizeAttributes(ELM_OWNER_VERTEX, vertices);
+    resizeAttributes(ELM_OWNER_PRIMITIVE, primitives);
+    data_.typeCounts[size_t(added.type)] += added.count;
+    data_.capacity[ELM_OWNER_VERTEX] = vertices;
+    data_.capacity[ELM_OWNER_PRIMITIVE] = primitives;
+    changed_ = topologyChanged_ = true;
+    return true;
+}
+
+namespace
+{
+uint8_t flagsOf(bool closed) { return closed ? MSH_DetailData::kClosed : 0; }
+}  // namespace
+
+template <class Index>
+bool MOD_Edit::appendFaces(std::span<const int32_t> corners, std::span<const Index> points, bool closed)
+{
+    Primitives added{ELM_PRIMITIVE_POLYGON, flagsOf(closed), int64_t(corners.size()), corners.data(), 0};
+    return attempt([&] { return appendPrimitives(added, points); });
+}
+
+template <class Index> bool MOD_Edit::appendFaces(int32_t corners, std::span<const Index> points, bool closed)
+{
+    const int64_t given = int64_t(points.size());
+    if (corners < 1 || given % corners != 0)
+        return fail(fmt::format("{} points do not make polygons of {} vertices", given, corners));
+    Primitives added{ELM_PRIMITIVE_POLYGON, flagsOf(closed), given / corners, nullptr, corners};
+    return attempt([&] { return appendPrimitives(added, points); });
+}
+
+template <class Index> bool MOD_Edit::appendCloud(std::span<const Index> points)
+{
+    if (points.size() > size_t(INT32_MAX))
+        return fail(fmt::format("{} particles are too many for one primitive", points.size()));
+    Primitives added{ELM_PRIMITIVE_PARTICLES, 0, 1, nullptr, int32_t(points.size())};
+    return attempt([&] { return appendPrimitives(added, points); });
+}
+
+bool MOD_Edit::appendPolygons(std::span<const int32_t> corners, std::span<const int32_t> points, bool closed)
+{
+    return appendFaces(corners, points, closed);
+}
+
+bool MOD_Edit::appendPolygons(std::span<const int32_t> corners, std::span<const int64_t> points, bool closed)
+{
+    return appendFaces(corners, points, closed);
+}
+
+bool MOD_Edit::appendPolygons(int32_t corners, std::span<const int32_t> points, bool closed)
+{
+    return appendFaces(corners, points, closed);
+}
+
+bool MOD_Edit::appendPolygons(int32_t corners, std::span<const int64_t> points, bool closed)
+{
+    return appendFaces(corners, points, closed);
+}
+
+bool MOD_Edit::appendParticles(std::span<const int32_t> points) { return appendCloud(points); }
+
+bool MOD_Edit::appendParticles(std::span<const int64_t> points) { return appendCloud(points); }

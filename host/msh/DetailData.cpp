@@ -1,0 +1,21 @@
+#include <host/msh/DetailData.h>
+
+MSH_DetailData::MSH_DetailData() : topologyId(ELM_Attribute::nextDataId())
+{
+    attributes[ELM_OWNER_POINT].insert(ELM_Attribute::create(ELM_OWNER_POINT, ELM_SCOPE_PUBLIC,
+                                                             BAS_StringHolder::literal(ELM_POSITION_NAME),
+                                                             ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT, 0));
+}
+
+int64_t MSH_DetailData::memoryUsage() const
+{
+    int64_t bytes = vertexPoint.memoryUsage() + vertexStart.memoryUsage() + vertexCount.memoryUsage();
+    bytes += type.memoryUsage() + flags.memoryUsage() + int64_t(typeCounts.capacity() * sizeof(int64_t));
+    for (const ELM_AttributeDict &dict : attributes)
+        for (const ELM_Attribute &attribute : dict)
+            bytes += attribute.memoryUsage();
+    for (const ELM_GroupDict &dict : groups)
+        for (int64_t i = 0; i < dict.size(); ++i)
+            bytes += dict[i].memoryUsage();
+    return bytes;
+}

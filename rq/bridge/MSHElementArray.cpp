@@ -1,0 +1,159 @@
+#include <rq/bridge/MSHElementArray.h>
+
+#include <algorithm>
+
+#include <host/msh/Detail.h>
+#include <rq/bridge/typeFromHost.h>
+#include <rq/data/mixId.h>
+
+namespace
+{
+const ELM_Attribute *findIn(const MSH_Detail *detail, const ELM_Attribute &like)
+{
+    return detail ? detail->find(like.owner(), like.scope(), like.name().view()) : nullptr;
+}
+}  // namespace
+
+RQ_MSHElementArray::RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const ELM_Attribute *attribute,
+                                       const RQ_MSHOffsetList &offsets, ELM_Owner owner)
+    : detail_(detail), offsets_(offsets), owner_(owner)
+{
+    const MSH_Detail *snapshot = detail_.readLock();
+    if (attribute && snapshot && !snapshot->owns(*attribute))
+        attribute = findIn(snapshot, *attribute);
+    initAttribute(snapshot ? attribute : nullptr);
+}
+
+RQ_MSHElementArray::~RQ_MSHElementArray() = default;
+
+void RQ_MSHElementArray::initAttribute(const ELM_Attribute *attribute)
+{
+    if (!attribute || !(attribute->numericTuple() || attribute->strings()) || !chooseMapping(attribute->owner()))
+        return;
+    attribute_ = attribute;
+    storage_ = RQ_Storage(attribute->storage());
+    tupleSize_ = attribute->tupleSize();
+    type_ = RQtypeFromHost(attribute->typeInfo(), attribute->tupleSize());
+    backing_ = findBackingData();
+    setDataId(computeDataId());
+}
+
+bool RQ_MSHElementArray::chooseMapping(ELM_Owner attributeOwner)
+{
+    if (attributeOwner == ELM_OWNER_DETAIL)
+        mapping_ = Mapping::DETAIL;
+    else if (attributeOwner == owner_)
+        mapping_ = Mapping::DIRECT;
+    else if (owner_ == ELM_OWNER_VERTEX && attributeOwner == ELM_OWNER_POINT)
+        mapping_ = Mapping::VERTEX_TO_POINT;
+    else if (owner_ == ELM_OWNER_VERTEX && attributeOwner == ELM_OWNER_PRIMITIVE)
+        mapping_ = Mapping::VERTEX_TO_PRIMITIVE;
+    else
+        return false;
+    return true;
+}
+
+const void *RQ_MSHElementArray::findBackingData() const
+{
+    const bool one = mapping_ == Mapping::DETAIL && offsets_.entries() == 1;
+    const bool run = mapping_ == Mapping::DIRECT && offsets_.isTrivial() && offsets_.entries() > 0;
+    const void *block = one || run ? attribute_->contiguousData() : nullptr;
+    if (!block || one)
+        return block;
+    return static_cast<const char *>(block) + offsets_[0] * tupleSize_ * RQsizeof(storage_);
+}
+
+int64_t RQ_MSHElementArray::computeDataId() const
+{
+    const bool whole = offsets_.isTrivial() && offsets_.entries() == attribute_->size();
+    if (mapping_ == Mapping::DETAIL || (mapping_ == Mapping::DIRECT && whole))
+        return attribute_->dataId();
+
+    // Views that are made anew from the same inputs get the same id, so that caches keep what they know.
+    uint64_t id = RQmixId(uint64_t(attribute_->dataId())) + RQmixId(offsets_.hash());
+    if (mapping_ != Mapping::DIRECT)
+        id = RQmixId(id) + RQmixId(uint64_t(detail_.readLock()->topologyId()));
+    return rq::validId(id);
+}
+
+ELM_Offset RQ_MSHElementArray::getDataOffset(int64_t i) const
+{
+    switch (mapping_)
+    {
+    case Mapping::DETAIL:
+        return 0;
+    case Mapping::VERTEX_TO_POINT:
+        return detail_.readLock()->vertexPoint(offsets_[i]);
+    case Mapping::VERTEX_TO_PRIMITIVE:
+        return detail_.readLock()->vertexPrimitive().value(offsets_[i]);
+    default:
+        return offsets_[i];
+    }
+}
+
+const char *RQ_MSHElementArray::className() const { return "RQ_MSHElementArray"; }
+
+bool RQ_MSHElementArray::getPointerAliasing(const void *data) const
+{
+    const char *first = static_cast<const char *>(backing_), *asked = static_cast<const char *>(data);
+    return first && asked >= first && asked < first + entries() * tupleSize_ * RQsizeof(storage_);
+}
+
+BAS_StringHolder RQ_MSHElementArray::getS(int64_t offset, int idx) const
+{
+    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
+    return strings ? strings->get(getDataOffset(offset), idx) : BAS_StringHolder();
+}
+
+int64_t RQ_MSHElementArray::getStringIndexCount() const
+{
+    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
+    return strings ? int64_t(strings->table().size()) : -1;
+}
+
+int64_t RQ_MSHElementArray::getStringIndex(int64_t offset, int idx) const
+{
+    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
+    return strings ? strings->index(getDataOffset(offset), idx) : -1;
+}
+
+void RQ_MSHElementArray::getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const
+{
+    strings.clear();
+    indices.clear();
+    if (!attribute_ || !attribute_->strings())
+        return;
+    strings = attribute_->strings()->table();
+    for (size_t i = 0; i < strings.size(); ++i)
+        indices.push_back(int64_t(i));
+}
+
+void RQ_MSHElementArray::fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize, int stride) const
+{
+    const int64_t wanted = tsize < 1 ? tupleSize_ : tsize, step = stride < 1 ? wanted : stride;
+    for (int64_t i = 0; i < length; ++i)
+        for (int64_t c = 0; c < std::min(wanted, tupleSize_); ++c)
+            data[i * step + c] = getS(start + i, int(c));
+}
+
+void RQ_MSHElementArray::getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BAS_Array<int64_t> &indices) const
+{
+    dicts.clear();
+    indices.clear();
+}
+
+void RQ_MSHElementArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, const char *name, RQ_Owner, int)
+{
+    const MSH_Detail *newer = handle.readLock(), *older = detail_.readLock();
+    if (!newer || !attribute_ || handle == detail_)
+        return;
+    const ELM_Attribute *attribute = newer->find(attribute_->owner(), attribute_->scope(), name);
+    const bool mapped = mapping_ == Mapping::VERTEX_TO_POINT || mapping_ == Mapping::VERTEX_TO_PRIMITIVE;
+    if (!attribute || attribute->storage() != attribute_->storage() || attribute->tupleSize() != attribute_->tupleSize() ||
+        attribute->typeInfo() != attribute_->typeInfo() || newer->capacity(owner_) != older->capacity(owner_) ||
+        (mapped && newer->topologyId() != older->topologyId()))
+        return;
+    replaced_ = detail_;
+    detail_ = handle;
+    initAttribute(attribute);
+}

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <host/elm/Attribute.h>
+#include <rq/bridge/MSHOffsetList.h>
+#include <rq/data/TypedArray.h>
+
+/// A host attribute seen through a list of element offsets: the array that lets primitives read a detail in place.
+///
+/// Shape      row i is the attribute's value at element `offsets[i]`; vertex offsets reach point and primitive attributes
+///            through the detail's maps, and a detail attribute has the same row everywhere
+/// Failure    not valid, and without rows, when there is no such attribute or it belongs to elements that the offsets cannot
+///            reach
+/// Ownership  keeps the snapshot of the detail alive; the attribute stays the host's
+/// Threads    safe to read from any thread; `updateGeoDetail` must not race with readers
+/// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one block,
+///            `getArray` hands out that memory.  Everything else is gathered block by block.
+class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>
+{
+public:
+    /// An attribute of another snapshot stands for the one of the same owner, scope and name in this detail.
+    RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const ELM_Attribute *attribute, const RQ_MSHOffsetList &offsets,
+                       ELM_Owner owner);
+    ~RQ_MSHElementArray() override;
+
+    /// The element of the attribute's owner that row `i` reads.
+    ELM_Offset getDataOffset(int64_t i) const;
+
+    const RQ_MSHOffsetList &getOffsets() const { return offsets_; }
+
+    /// True when the array reads from this snapshot.
+    bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }
+
+    const char *className() const override;
+    RQ_Storage getStorage() const override { return storage_; }
+    int64_t entries() const override { return attribute_ ? offsets_.entries() : 0; }
+    int64_t getTupleSize() const override { return tupleSize_; }
+    int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + offsets_.offsetList().memoryUsage(); }
+    RQ_Type getTypeInfo() const override { return type_; }
+    bool isValid() const override { return attribute_; }
+    bool getPointerAliasing(const void *data) const override;
+    const void *getBackingData() const override { return backing_; }
+
+    BAS_StringHolder getS(int64_t offset, int idx = 0) const override;
+    int64_t getStringIndexCount() const override;
+    int64_t getStringIndex(int64_t offset, int idx = 0) const override;
+    void getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const override;
+    void fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize = -1, int stride = -1) const override;
+    int64_t getDictIndexCount() const override { return -1; }
+    int64_t getDictIndex(int64_t, int = 0) const override { return -1; }
+    void getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BAS_Array<int64_t> &indices) const override;
+
+    /// Read the attribute from a newer snapshot, provided that its shape, the number of elements and, where the topology takes
+    /// part, the topology are the same; otherwise the array stays as it is: see `isBoundTo`.  Pointers handed out before
+    /// stay good until the next re-binding.
+    void updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment) override;
+
+private:
+    friend RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;
+
+    /// How a row finds its element.
+    enum class Mapping
+    {
+        DIRECT,
+        DETAIL,
+        VERTEX_TO_POINT,
+        VERTEX_TO_PRIMITIVE
+    };
+
+    void initAttribute(const ELM_Attribute *attribute);
+    bool chooseMapping(ELM_Owner attributeOwner);
+    const void *findBackingData() const;
+    int64_t computeDataId() const;
+    void resolveRows(int64_t *rows, int64_t start, int64_t length) const;
+
+    template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
+    template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
+    template <class T, class S>
+    void fillRows(const ELM_PageArray<S> &pages, T *out, int64_t start, int64_t length, int components, int stride) const;
+
+    MOD_ConstDetailHandle detail_;
+    MOD_ConstDetailHandle replaced_;  // keeps pointers good that were handed out before the last re-binding
+    RQ_MSHOffsetList offsets_;
+    ELM_Owner owner_;
+    const ELM_Attribute *attribute_ = nullptr;
+    Mapping mapping_ = Mapping::DIRECT;
+    RQ_Storage storage_ = RQ_STORAGE_INVALID;
+    RQ_Type type_ = RQ_TYPE_NONE;
+    int64_t tupleSize_ = 0;
+    const void *backing_ = nullptr;
+};
+
+extern template class RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;

@@ -1,0 +1,167 @@
+#include <rq/bridge/MSHOffsetList.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <limits>
+
+#include <host/bas/Parallel.h>
+#include <host/msh/Detail.h>
+#include <rq/bridge/detail/HostIndices.h>
+#include <rq/data/DANumeric.h>
+#include <rq/data/mixId.h>
+
+namespace
+{
+ELM_OffsetList listOf(const ELM_Range &range)
+{
+    if (range.isRun())
+        return ELM_OffsetList(range.begin(), range.end() - range.begin());
+    ELM_OffsetList list;
+    for (const auto [begin, end] : range.blocks())
+        list.append(ELM_OffsetList(begin, end - begin));
+    return list;
+}
+
+/// Make an array of `count` integers in blocks of a page: `fill(values, first, count)`.
+template <class T, class Fill> RQ_DataArrayHandle makeIndices(int64_t count, Fill &&fill)
+{
+    auto *array = new RQ_DANumeric<T>(count, 1, RQ_TYPE_NONE);
+    const RQ_DataArrayHandle handle(array);
+    const int64_t blocks = (count + ELM_PAGE_SIZE - 1) / ELM_PAGE_SIZE;
+    // A block is some microseconds of work; eight of them outweigh a task.
+    host::parallelFor(blocks, 8, [&](int64_t block) {
+        const int64_t first = block * ELM_PAGE_SIZE;
+        fill(array->data() + first, first, std::min(ELM_PAGE_SIZE, count - first));
+    });
+    return handle;
+}
+}  // namespace
+
+RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_OffsetList &offsets) : list_(offsets) { checkMonotonic(); }
+
+RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_Offset *offsets, int64_t count)
+    : RQ_MSHOffsetList(ELM_OffsetList(std::span<const int64_t>(offsets, size_t(std::max<int64_t>(0, count)))))
+{
+}
+
+RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &detail, ELM_Owner owner) : RQ_MSHOffsetList(detail.offsets(owner)) {}
+RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &, const ELM_Range &range) : RQ_MSHOffsetList(listOf(range)) {}
+
+RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start, int64_t count)
+    : RQ_MSHOffsetList(source.list_.subList(start, count))
+{
+}
+
+RQ_MSHOffsetList RQ_MSHOffsetList::pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices)
+{
+    RQ_MSHOffsetList points;
+    points.reserve(vertices.entries());
+    for (int64_t i = 0; i < vertices.entries(); ++i)
+        points.append(detail.readLock()->vertexPoint(vertices[i]));
+    return points;
+}
+
+void RQ_MSHOffsetList::note(ELM_Offset offset, ELM_Offset before)
+{
+    monotonic_ = monotonic_ && offset >= before;
+    is32Bit_ = is32Bit_ && offset < ELM_INDEX32_LIMIT;
+}
+
+void RQ_MSHOffsetList::append(ELM_Offset offset)
+{
+    note(offset, entries() > 0 ? get(entries() - 1) : offset);
+    list_.append(offset);
+}
+
+void RQ_MSHOffsetList::concat(const RQ_MSHOffsetList &other)
+{
+    if (other.entries() == 0)
+        return;
+    note(other[0], entries() > 0 ? get(entries() - 1) : other[0]);
+    monotonic_ = monotonic_ && other.monotonic_;
+    is32Bit_ = is32Bit_ && other.is32Bit_;
+    list_.append(other.list_);
+}
+
+void RQ_MSHOffsetList::set(int64_t index, ELM_Offset offset)
+{
+    list_.set(index, offset);
+    note(offset, index > 0 ? get(index - 1) : offset);
+    if (index + 1 < entries())
+        monotonic_ = monotonic_ && get(index + 1) >= offset;
+}
+
+void RQ_MSHOffsetList::checkMonotonic()
+{
+    is32Bit_ = monotonic_ = true;
+    if (entries() == 0)
+        return;
+    if (isTrivial())
+    {
+        is32Bit_ = get(entries() - 1) < ELM_INDEX32_LIMIT;
+        return;
+    }
+    list_.visit([this](auto offsets) {
+        ELM_Offset before = offsets[0];
+        for (int64_t i = 0; i < entries() && (is32Bit_ || monotonic_); ++i)
+        {
+            note(offsets[i], before);
+            before = offsets[i];
+        }
+    });
+}
+
+uint64_t RQ_MSHOffsetList::hash() const
+{
+    uint64_t hash = RQmixId(uint64_t(entries()));
+    if (isTrivial())
+        return hash + RQmixId(uint64_t(entries() > 0 ? get(0) : 0));
+    list_.visit([&](auto offsets) {
+        for (int64_t i = 0; i < entries(); ++i)
+            hash = RQmixId(hash) + uint64_t(offsets[i]);
+    });
+    return hash;
+}
+
+RQ_DataArrayHandle RQ_MSHOffsetList::allocateArray() const
+{
+    const auto fill = [this](auto *values, int64_t first, int64_t count) {
+        list_.visit([&](auto offsets) {
+            for (int64_t i = 0; i < count; ++i)
+                values[i] = std::remove_pointer_t<decltype(values)>(offsets[first + i]);
+        });
+    };
+    return is32Bit_ ? makeIndices<int32_t>(entries(), fill) : makeIndices<int64_t>(entries(), fill);
+}
+
+RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MSH_Detail &detail) const
+{
+    return createVertexPointArray(MOD_ConstDetailHandle(&detail));
+}
+
+RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MOD_ConstDetailHandle &handle) const
+{
+    const MSH_Detail &detail = *handle.readLock();
+    const ELM_IndexColumn &points = detail.vertexPoint();
+    const bool narrow = is32Bit_ && !points.isWide() && detail.capacity(ELM_OWNER_POINT) <= std::numeric_limits<int32_t>::max();
+    const int32_t *block = narrow && isTrivial() ? points.contiguous32() : nullptr;
+    // The same vertices of the same topology have the same id, whenever they are asked for.
+    const int64_t id = rq::validId(RQmixId(uint64_t(detail.topologyId())) + RQmixId(hash()));
+    if (block && entries() > 0)
+        return new rq::HostIndices(handle, block + get(0), entries(), id);
+    const auto fill = [&](auto *values, int64_t first, int64_t count) { points.copyOut(values, list_, first, count); };
+    const RQ_DataArrayHandle array = narrow ? makeIndices<int32_t>(entries(), fill) : makeIndices<int64_t>(entries(), fill);
+    array->setDataId(id);
+    return array;
+}
+
+void RQ_MSHOffsetList::dump(const char *label, bool closeLine) const
+{
+    const auto text = [](bool flag) { return flag ? "true" : "false"; };
+    std::fprintf(stderr, "%s: ", label);
+    std::fprintf(stderr, "{ \"32\":%s, \"mono\":%s, \"data\":", text(is32Bit_), text(monotonic_));
+    for (int64_t i = 0; i < entries(); ++i)
+        std::fprintf(stderr, i > 0 ? ", %" PRId64 : "%" PRId64, get(i));
+    std::fprintf(stderr, "]%s\n", closeLine ? "" : ",");
+}

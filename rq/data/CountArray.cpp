@@ -1,0 +1,243 @@
+#include <rq/data/CountArray.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include <host/bas/JSONWriter.h>
+#include <host/bas/Parallel.h>
+#include <rq/data/Counts.h>
+#include <rq/data/DAConstantValue.h>
+#include <rq/data/DANumeric.h>
+#include <rq/data/DARange.h>
+#include <rq/data/detail/blocks.h>
+
+namespace
+{
+// A count costs some 0.5 ns, so a block is 10 us of work.
+constexpr int64_t kItemsPerBlock = 16384;
+
+// From here on an array of item numbers or totals needs 64 bits.
+constexpr int64_t kLimit32 = std::numeric_limits<int32_t>::max();
+
+// Greater counts, or totals, are no counts of anything: sums of a block stay far from overflow.
+constexpr int64_t kGreatestTotal = std::numeric_limits<int64_t>::max() / kItemsPerBlock;
+
+struct Scan
+{
+    int64_t min = kLimit32;
+    int64_t max = 0;
+    int64_t total = 0;
+};
+
+/// Call `visit(values, first, count)` over the counts of a block of items.
+template <class T, class Visitor> void visitCounts(const RQ_DataArray &counts, int64_t block, Visitor &&visit)
+{
+    const int64_t begin = block * kItemsPerBlock;
+    rq::visitBlocks<T>(counts, begin, std::min(counts.entries(), begin + kItemsPerBlock),
+                       [&](const T *values, int64_t first, int64_t count) {
+                           visit(values, first, count);
+                           return true;
+                       });
+}
+
+template <class T> std::vector<Scan> scanCounts(const RQ_DataArray &counts)
+{
+    std::vector<Scan> blocks(size_t((counts.entries() + kItemsPerBlock - 1) / kItemsPerBlock));
+    host::parallelFor(int64_t(blocks.size()), 1, [&](int64_t b) {
+        T min = std::numeric_limits<T>::max(), max = 0;
+        uint64_t total = 0;
+        visitCounts<T>(counts, b, [&](const T *values, int64_t, int64_t count) {
+            for (int64_t i = 0; i < count; ++i)
+            {
+                const T value = std::max<T>(0, values[i]);
+                min = std::min(min, value);
+                max = std::max(max, value);
+                total += uint64_t(value);
+            }
+        });
+        blocks[size_t(b)] = {std::min<int64_t>(kLimit32, min), max,
+                             max <= kGreatestTotal && total <= uint64_t(kGreatestTotal) ? int64_t(total) : -1};
+    });
+    return blocks;
+}
+
+/// Running totals: every block adds to the total of the blocks before it.
+template <class Total, class T> RQ_DataArrayHandle sumRunning(const RQ_DataArray &counts, const std::vector<Scan> &blocks)
+{
+    std::vector<int64_t> starts(blocks.size());
+    for (size_t b = 1; b < blocks.size(); ++b)
+        starts[b] = starts[b - 1] + blocks[b - 1].total;
+    const BAS_IntrusivePtr<RQ_DANumeric<Total>> totals(new RQ_DANumeric<Total>(counts.entries()));
+    host::parallelFor(int64_t(blocks.size()), 1, [&](int64_t b) {
+        int64_t total = starts[size_t(b)];
+        visitCounts<T>(counts, b, [&](const T *values, int64_t first, int64_t count) {
+            Total *ends = totals->data() + first;
+            for (int64_t i = 0; i < count; ++i)
+            {
+                total += std::max<T>(0, values[i]);
+                ends[i] = Total(total);
+            }
+        });
+    });
+    return totals;
+}
+
+/// Fill an array of `size` values in blocks: `fill(values, begin, end)`.
+template <class T, class Fill> RQ_DataArrayHandle makeArray(int64_t size, Fill &&fill)
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<T>> array(new RQ_DANumeric<T>(size));
+    host::parallelForRange(size, kItemsPerBlock, [&](int64_t begin, int64_t end) { fill(array->data(), begin, end); });
+    return array;
+}
+
+template <class T> RQ_DataArrayHandle repeatItems(const rq::Counts &counts)
+{
+    constexpr int64_t kElementsPerPiece = 65536;
+    const BAS_IntrusivePtr<RQ_DANumeric<T>> items(new RQ_DANumeric<T>(counts.sum()));
+    host::parallelForWeighted(
+        counts.entries(), kElementsPerPiece, [&](int64_t i) { return counts.end(i); },
+        [&](int64_t begin, int64_t end) {
+            for (int64_t i = begin; i < end; ++i)
+                std::fill(items->data() + counts.begin(i), items->data() + counts.end(i), T(i));
+        });
+    return items;
+}
+}  // namespace
+
+void RQ_CountArray::clear() { *this = RQ_CountArray(); }
+
+void RQ_CountArray::init(int64_t n, int64_t count)
+{
+    n = std::max<int64_t>(0, n);
+    minCount_ = maxCount_ = std::max<int64_t>(0, count);
+    int64_t end;
+    if (maxCount_ == 0)
+        offsets_ = new RQ_DAConstantValue<int32_t>(n, 0);
+    else if (n < std::numeric_limits<int64_t>::max() && !__builtin_mul_overflow(n + 1, maxCount_, &end))
+        offsets_ = new RQ_DARange(maxCount_, end, maxCount_);
+    else
+        clear();
+}
+
+void RQ_CountArray::init(const RQ_DataArrayHandle &counts, int64_t minCount, int64_t maxCount)
+{
+    clear();
+    if (!counts || counts->getTupleSize() != 1)
+        return;
+    const bool trusted = minCount >= 1 && maxCount >= 1;
+    if (trusted && minCount == maxCount)
+        return init(counts->entries(), minCount);
+    if (RQisInteger(counts->getStorage()) && counts->getStorage() != RQ_STORAGE_INT64)
+        initTotals<int32_t>(*counts, trusted, minCount, maxCount);
+    else
+        initTotals<int64_t>(*counts, trusted, minCount, maxCount);
+}
+
+template <class T>
+void RQ_CountArray::initTotals(const RQ_DataArray &counts, bool trusted, int64_t minCount, int64_t maxCount)
+{
+    const std::vector<Scan> blocks = scanCounts<T>(counts);
+    Scan all;
+    for (const Scan &block : blocks)
+    {
+        all.min = std::min(all.min, block.min);
+        all.max = std::max(all.max, block.max);
+        if (block.total < 0 || all.total > kGreatestTotal)
+            return;
+        all.total += block.total;
+    }
+    if (!trusted && all.min == all.max)
+        return init(counts.entries(), all.max);
+    minCount_ = trusted ? minCount : all.min;
+    maxCount_ = trusted ? maxCount : all.max;
+    // With hints their upper bound decides the width.
+    int64_t bound = all.total;
+    if (trusted && __builtin_mul_overflow(counts.entries(), maxCount, &bound))
+        bound = std::numeric_limits<int64_t>::max();
+    offsets_ = bound <= kLimit32 ? sumRunning<int32_t, T>(counts, blocks) : sumRunning<int64_t, T>(counts, blocks);
+}
+
+std::pair<int64_t, int64_t> RQ_CountArray::getOffsetCount(int64_t i) const
+{
+    const int64_t offset = getOffset(i);
+    return {offset, isUniform() ? maxCount_ : offsets_->getI64(i) - offset};
+}
+
+int64_t RQ_CountArray::sumCounts() const
+{
+    const int64_t count = entries();
+    return count > 0 ? offsets_->getI64(count - 1) : 0;
+}
+
+RQ_DataArrayHandle RQ_CountArray::extractCounts() const
+{
+    const rq::Counts counts(*this);
+    const bool wide = entries() >= kLimit32 || maxCount_ > kLimit32;
+    if (isUniform())
+        return wide ? RQ_DataArrayHandle(new RQ_DAConstantValue<int64_t>(entries(), maxCount_))
+                    : RQ_DataArrayHandle(new RQ_DAConstantValue<int32_t>(entries(), int32_t(maxCount_)));
+    const auto fill = [&](auto *values, int64_t begin, int64_t end) {
+        using T = std::remove_pointer_t<decltype(values)>;
+        for (int64_t i = begin; i < end; ++i)
+            values[i] = T(counts.count(i));
+    };
+    return wide ? makeArray<int64_t>(entries(), fill) : makeArray<int32_t>(entries(), fill);
+}
+
+RQ_DataArrayHandle RQ_CountArray::extractOffsets() const
+{
+    const rq::Counts counts(*this);
+    const int64_t size = entries() + 1;
+    if (isUniform() && maxCount_ == 0)
+        return RQ_DataArrayHandle(new RQ_DAConstantValue<int32_t>(size, 0));
+    if (isUniform())
+        return RQ_DataArrayHandle(new RQ_DARange(0, size * maxCount_, maxCount_));
+    const auto fill = [&](auto *values, int64_t begin, int64_t end) {
+        using T = std::remove_pointer_t<decltype(values)>;
+        for (int64_t i = begin; i < end; ++i)
+            values[i] = T(counts.begin(i));
+    };
+    return counts.sum() <= kLimit32 ? makeArray<int32_t>(size, fill) : makeArray<int64_t>(size, fill);
+}
+
+RQ_DataArrayHandle RQ_CountArray::buildRepeatList() const
+{
+    const rq::Counts counts(*this);
+    return entries() < kLimit32 ? repeatItems<int32_t>(counts) : repeatItems<int64_t>(counts);
+}
+
+void RQ_CountArray::harden()
+{
+    // Equal counts are a range, which views nothing.
+    if (!offsets_ || isUniform())
+        return;
+    if (const RQ_DataArrayHandle copy = offsets_->harden())
+        offsets_ = copy;
+}
+
+bool RQ_CountArray::isEqual(const RQ_CountArray &other) const
+{
+    const int64_t count = entries();
+    if (count != other.entries())
+        return false;
+    if (count == 0 || offsets_ == other.offsets_)
+        return true;
+    if (isUniform() && other.isUniform())
+        return maxCount_ == other.maxCount_;
+    // The totals may differ in width.
+    const rq::Counts left(*this), right(other);
+    for (int64_t i = 0; i < count; ++i)
+        if (left.end(i) != right.end(i))
+            return false;
+    return true;
+}
+
+bool RQ_CountArray::save(BAS_JSONWriter &writer) const
+{
+    const rq::Counts counts(*this);
+    bool good = writer.beginArray();
+    for (int64_t i = 0; i < counts.entries() && good; ++i)
+        good = writer.writeInt(counts.count(i));
+    return good && writer.endArray();
+}

@@ -1,0 +1,56 @@
+#include <rq/data/DAIndirect.h>
+
+#include <rq/data/convert.h>
+#include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/copyValues.h>
+
+RQ_DAIndirect::RQ_DAIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices)
+    : RQ_TypedArray(source), size_(indices->entries())
+{
+    if (indices->getStorage() == RQ_STORAGE_INT64)
+        indices64_ = indices->getI64Array(indices_);
+    else
+        indices32_ = indices->getI32Array(indices_);
+}
+
+RQ_DataArrayHandle RQ_DAIndirect::createIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices,
+                                                 bool flatten)
+{
+    if (!source || !indices || !indices->checkIndexing(RQ_INDEXING_AUTO))
+        return {};
+    const auto *inner = flatten ? dynamic_cast<const RQ_DAIndirect *>(source.get()) : nullptr;
+    if (!inner)
+        return RQ_DataArrayHandle(new RQ_DAIndirect(source, indices));
+    // The composed index array is the inner one, seen through the outer one.
+    const RQ_DataArrayHandle view(new RQ_DAIndirect(inner->indices_, indices));
+    RQ_DataArrayHandle composed;
+    if (inner->indices32_)
+        composed = rq::copyValues<int32_t>(*view);
+    else
+        composed = rq::copyValues<int64_t>(*view);
+    return createIndirect(inner->source_, composed, true);
+}
+
+const char *RQ_DAIndirect::className() const { return "RQ_DAIndirect"; }
+int64_t RQ_DAIndirect::getMemoryUsage() const { return int64_t(sizeof(*this)) + indices_->getMemoryUsage(); }
+
+template <RQ_NumericValue T> T RQ_DAIndirect::valueAs(int64_t offset, int component) const
+{
+    return source_->getValue<T>(getIndirect(offset), component);
+}
+
+template <RQ_NumericValue T>
+void RQ_DAIndirect::fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const
+{
+    const void *values = source_->getBackingData();
+    const int64_t tuple = getTupleSize();
+    if (values && indices32_)
+        rq::gatherRows(values, getStorage(), tuple, indices32_ + start, out, RQstorageOf<T>, stride, components, length);
+    else if (values)
+        rq::gatherRows(values, getStorage(), tuple, indices64_ + start, out, RQstorageOf<T>, stride, components, length);
+    else
+        for (int64_t i = 0; i < length; ++i)
+            source_->import(getIndirect(start + i), out + i * stride, components);
+}
+
+template class RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>;

@@ -1,0 +1,179 @@
+#include <rq/data/convert.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <host/bas/Parallel.h>
+#include <rq/data/detail/half.h>
+
+namespace rq
+{
+namespace
+{
+// A value costs 0.1 to 0.6 ns, so a piece is some 10 to 40 us of work.
+constexpr int64_t kValuesPerPiece = 65536;
+
+// Values that pass through a local buffer at a time.
+constexpr int64_t kBufferValues = 1024;
+
+struct Rows
+{
+    const void *from;
+    int64_t fromStride;
+    void *to;
+    int64_t toStride;
+    int64_t components;
+    int64_t rows;
+};
+
+using RowsFunction = void (*)(const Rows &);
+
+template <class To, class From> void convertSpan(const From *from, To *to, int64_t count)
+{
+    if constexpr (std::same_as<To, From>)
+        std::memcpy(static_cast<void *>(to), from, size_t(count) * sizeof(To));
+    else if constexpr (std::same_as<To, PLT_Half> && std::same_as<From, float>)
+        convertHalfs(from, to, count);
+    else if constexpr (std::same_as<From, PLT_Half> && std::same_as<To, float>)
+        convertHalfs(from, to, count);
+    else if constexpr (std::same_as<To, PLT_Half> || std::same_as<From, PLT_Half>)
+    {
+        float middle[kBufferValues];
+        for (int64_t i = 0; i < count; i += kBufferValues)
+        {
+            const int64_t length = std::min(count - i, kBufferValues);
+            convertSpan(from + i, middle, length);
+            convertSpan(static_cast<const float *>(middle), to + i, length);
+        }
+    }
+    else
+        for (int64_t i = 0; i < count; ++i)
+            to[i] = RQconvert<To>(from[i]);
+}
+
+template <class To, class From> void convertTable(const Rows &table)
+{
+    const From *from = static_cast<const From *>(table.from);
+    To *to = static_cast<To *>(table.to);
+    if (table.components == table.fromStride && table.components == table.toStride)
+        convertSpan(from, to, table.rows * table.components);
+    else
+        for (int64_t row = 0; row < table.rows; ++row)
+            for (int64_t c = 0; c < table.components; ++c)
+                to[row * table.toStride + c] = RQconvert<To>(from[row * table.fromStride + c]);
+}
+
+// The one place where two storages meet: 64 loops.
+RowsFunction findFunction(RQ_Storage fromStorage, RQ_Storage toStorage)
+{
+    RowsFunction function = nullptr;
+    dispatchStorage(fromStorage, [&](auto fromTag) {
+        dispatchStorage(toStorage, [&](auto toTag) {
+            function = convertTable<typename decltype(toTag)::type, typename decltype(fromTag)::type>;
+        });
+    });
+    return function;
+}
+
+// Gathering moves values of kSize bytes without looking at them.
+template <int kSize, class Index>
+void gatherRaw(const char *from, int64_t fromStride, const Index *indices, char *to, int64_t toStride, int64_t components,
+               int64_t rows)
+{
+    const int64_t rowBytes = components * kSize;
+    if (components == 1 || components == 3)
+        for (int64_t row = 0; row < rows; ++row)
+        {
+            const char *source = from + indices[row] * fromStride * kSize;
+            char *target = to + row * toStride * kSize;
+            if (components == 1)
+                std::memcpy(target, source, kSize);
+            else
+                std::memcpy(target, source, 3 * kSize);
+        }
+    else
+        for (int64_t row = 0; row < rows; ++row)
+            std::memcpy(to + row * toStride * kSize, from + indices[row] * fromStride * kSize, size_t(rowBytes));
+}
+
+template <class Index>
+void gatherOfSize(int size, const void *from, int64_t fromStride, const Index *indices, void *to, int64_t toStride,
+                  int64_t components, int64_t rows)
+{
+    const auto gather = size == 1   ? gatherRaw<1, Index>
+                        : size == 2 ? gatherRaw<2, Index>
+                        : size == 4 ? gatherRaw<4, Index>
+                                    : gatherRaw<8, Index>;
+    gather(static_cast<const char *>(from), fromStride, indices, static_cast<char *>(to), toStride, components, rows);
+}
+
+template <class Index>
+void gatherPiece(const void *from, RQ_Storage fromStorage, int64_t fromStride, const Index *indices, void *to,
+                 RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
+{
+    const int size = RQsizeof(fromStorage);
+    if (fromStorage == toStorage)
+        return gatherOfSize(size, from, fromStride, indices, to, toStride, components, rows);
+    // Rows of more components than the buffer holds go in parts.
+    alignas(8) char buffer[kBufferValues * sizeof(int64_t)];
+    const int64_t width = std::min(components, kBufferValues);
+    const int64_t height = std::max<int64_t>(1, kBufferValues / width);
+    for (int64_t c = 0; c < components; c += width)
+        for (int64_t row = 0; row < rows; row += height)
+        {
+            const int64_t columns = std::min(width, components - c);
+            const int64_t count = std::min(height, rows - row);
+            gatherOfSize(size, static_cast<const char *>(from) + c * size, fromStride, indices + row, buffer, columns,
+                         columns, count);
+            convertRows(buffer, fromStorage, columns, static_cast<char *>(to) + (row * toStride + c) * RQsizeof(toStorage),
+                        toStorage, toStride, columns, count);
+        }
+}
+
+template <class Index>
+void gatherParallel(const void *from, RQ_Storage fromStorage, int64_t fromStride, const Index *indices, void *to,
+                    RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
+{
+    if (components < 1 || !findFunction(fromStorage, toStorage))
+        return;
+    const int64_t toRow = toStride * RQsizeof(toStorage);
+    host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
+        gatherPiece(from, fromStorage, fromStride, indices + begin, static_cast<char *>(to) + begin * toRow, toStorage,
+                    toStride, components, end - begin);
+    });
+}
+}  // namespace
+
+void convertRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, void *to, RQ_Storage toStorage,
+                 int64_t toStride, int64_t components, int64_t rows)
+{
+    const RowsFunction function = findFunction(fromStorage, toStorage);
+    if (!function || components < 1 || rows < 1 || (from == to && fromStorage == toStorage && fromStride == toStride))
+        return;
+    if (rows <= kValuesPerPiece / components)
+        return function({from, fromStride, to, toStride, components, rows});
+    const int64_t fromRow = fromStride * RQsizeof(fromStorage);
+    const int64_t toRow = toStride * RQsizeof(toStorage);
+    host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
+        function({static_cast<const char *>(from) + begin * fromRow, fromStride, static_cast<char *>(to) + begin * toRow,
+                  toStride, components, end - begin});
+    });
+}
+
+void convertValues(const void *from, RQ_Storage fromStorage, void *to, RQ_Storage toStorage, int64_t count)
+{
+    convertRows(from, fromStorage, 1, to, toStorage, 1, 1, count);
+}
+
+void gatherRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, const int64_t *indices, void *to,
+                RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
+{
+    gatherParallel(from, fromStorage, fromStride, indices, to, toStorage, toStride, components, rows);
+}
+
+void gatherRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, const int32_t *indices, void *to,
+                RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
+{
+    gatherParallel(from, fromStorage, fromStride, indices, to, toStorage, toStride, components, rows);
+}
+}  // namespace rq

@@ -1,0 +1,289 @@
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "DetailModel.h"
+
+namespace
+{
+using tests::DetailModel;
+
+float *writePositions(MOD_Edit &edit)
+{
+    return edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>();
+}
+
+// Four points, two triangles and a polyline over three of them.
+MOD_DetailHandle smallDetail()
+{
+    MOD_DetailHandle detail;
+    MOD_Edit edit(detail);
+    const std::vector<int32_t> points = {0, 1, 2, 2, 1, 0}, line = {0, 1};
+    EXPECT_TRUE(edit.appendPoints(4));
+    EXPECT_TRUE(edit.appendPolygons(3, points, true));
+    EXPECT_TRUE(edit.appendPolygons(2, line, false));
+    edit.commit();
+    return detail;
+}
+}  // namespace
+
+TEST(Detail, RandomEditsMatchAModelAndOldSnapshotsStayAsTheyWere)
+{
+    for (unsigned seed = 0; seed < 25; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        MOD_DetailHandle detail;
+        DetailModel model;
+        std::vector<std::pair<MOD_ConstDetailHandle, DetailModel>> snapshots;
+        for (int commit = 0; commit < 10; ++commit)
+        {
+            MOD_Edit edit(detail);
+            DetailModel edited = model;
+            for (unsigned change = random() % 6; change > 0; --change)
+                edited.change(edit, random);
+            if (random() % 5 == 0)
+                edit.abort();
+            else
+            {
+                snapshots.emplace_back(edit.commit(), model = edited);
+                ASSERT_EQ(snapshots.back().first, detail.read());
+            }
+            model.expectEqual(*detail.read().readLock());
+            if (HasFatalFailure())
+                return;
+        }
+        for (const auto &[snapshot, was] : snapshots)
+            was.expectEqual(*snapshot.readLock());
+    }
+}
+
+TEST(Detail, StartsWithPositionsAndNothingElse)
+{
+    const MOD_ConstDetailHandle empty = MOD_DetailHandle().read();
+    const MSH_Detail &detail = *empty.readLock();
+    EXPECT_EQ(detail.pointCount() + detail.vertexCount() + detail.primitiveCount(), 0);
+    EXPECT_EQ(detail.capacity(ELM_OWNER_DETAIL), 1);
+    EXPECT_EQ(detail.positions().typeInfo(), ELM_TYPE_POINT);
+    EXPECT_EQ(detail.positions().storage(), ELM_STORAGE_REAL32);
+    EXPECT_FALSE(detail.hasUnusedPoints());
+    EXPECT_TRUE(detail.topologyIsValid());
+    EXPECT_EQ(detail.primitiveCount(ELM_PRIMITIVE_POLYGON), 0);
+    EXPECT_EQ(detail.primitiveCount(-7), 0);
+    EXPECT_EQ(detail.hidden(), nullptr);
+    EXPECT_EQ(detail.group(ELM_OWNER_DETAIL, "x"), nullptr);
+    EXPECT_EQ(detail.find(ELM_OWNER_INVALID, "P"), nullptr);
+    EXPECT_EQ(detail.vertexPrimitive().size(), 0);
+    EXPECT_EQ(MOD_ConstDetailHandle().readLock(), nullptr);
+}
+
+TEST(Detail, BulkLoadedColumnsAreTheMemoryThatConsumersGet)
+{
+    MOD_DetailHandle detail;
+    MOD_Edit edit(detail);
+    ASSERT_TRUE(edit.appendPoints(5000));
+    std::vector<int32_t> points(30000);
+    for (size_t i = 0; i < points.size(); ++i)
+        points[i] = int32_t(i * 7 % 5000);
+    ASSERT_TRUE(edit.appendPolygons(3, std::span(points).first(15000), true));
+    ASSERT_TRUE(edit.appendPolygons(std::vector<int32_t>(5000, 3), std::span(points).last(15000), true));
+    float *positions = writePositions(edit);
+    std::fill_n(positions, 15000, 1.5f);
+    const MOD_ConstDetailHandle snapshot = edit.commit();
+    const MSH_Detail &result = *snapshot.readLock();
+    EXPECT_EQ(result.positions().contiguousData(), positions);
+    ASSERT_NE(result.vertexPoint().contiguous32(), nullptr);
+    EXPECT_TRUE(std::equal(points.begin(), points.end(), result.vertexPoint().contiguous32()));
+    EXPECT_FALSE(result.hasUnusedPoints());
+    for (int64_t page = 0; page < result.data().vertexCount.pageCount(); ++page)
+        EXPECT_TRUE(result.data().vertexCount.isConstantPage(page)) << "page " << page;
+}
+
+TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
+{
+    const std::vector<int32_t> none, three = {3}, minus = {3, -1}, good = {0, 1, 2}, high = {0, 4, 2}, low = {0, 1, -1};
+    const std::vector<int64_t> wide = {0, 1, (int64_t(1) << 32) + 2};
+    using Step = std::function<bool(MOD_Edit &)>;
+    const struct
+    {
+        Step step;
+        const char *message;
+    } cases[] = {
+        {[&](MOD_Edit &e) { return e.appendPoints(-1); }, "-1 points cannot be added"},
+        {[&](MOD_Edit &e) { return e.appendPoints(int64_t(1) << 62); }, "4611686018427387904 points cannot be added"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(three, none, true); },
+         "the polygons have 3 vertices, but 0 points are given"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(none, good, true); },
+         "the polygons have 0 vertices, but 3 points are given"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(minus, good, true); }, "polygon 1 has -1 vertices"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(three, high, true); },
+         "vertex 1 refers to point 4, out of range [0, 4)"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(3, low, false); }, "vertex 2 refers to point -1, out of range [0, 4)"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(three, wide, true); },
+         "vertex 2 refers to point 4294967298, out of range [0, 4)"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(2, good, true); }, "3 points do not make polygons of 2 vertices"},
+        {[&](MOD_Edit &e) { return e.appendPolygons(0, none, true); }, "0 points do not make polygons of 0 vertices"},
+        {[&](MOD_Edit &e) { return e.appendParticles(high); }, "vertex 1 refers to point 4, out of range [0, 4)"},
+        {[&](MOD_Edit &e) { return e.setVertexPoint(8, 0); }, "vertex 8 is out of range [0, 8)"},
+        {[&](MOD_Edit &e) { return e.setVertexPoint(0, 4); }, "point 4 is out of range [0, 4)"},
+        {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_INVALID, "a", ELM_STORAGE_INT8); }, "-1 is no owner of attributes"},
+        {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_POINT, "a", ELM_STORAGE_STRING); },
+         "attribute \"a\" needs a numeric storage, not 8"},
+        {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_POINT, "a", ELM_STORAGE_INT8, 0); },
+         "attribute \"a\" needs a name and a tuple size of at least 1, not 0"},
+        {[&](MOD_Edit &e) { return e.stringAttribute(ELM_OWNER_POINT, "P"); },
+         "\"P\" needs floating-point values, 3 a point"},
+        {[&](MOD_Edit &e) { return e.group(ELM_OWNER_DETAIL, "g"); }, "group \"g\" of owner 3 needs a name and elements"},
+    };
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.message);
+        const MOD_DetailHandle detail = smallDetail();
+        MOD_Edit edit(detail);
+        EXPECT_FALSE(c.step(edit));
+        EXPECT_EQ(edit.message(), c.message);
+        EXPECT_TRUE(edit.appendPolygons(three, good, true)) << "the edit goes on";
+        const MOD_ConstDetailHandle snapshot = edit.commit();
+        EXPECT_EQ(snapshot.readLock()->pointCount(), 4);
+        EXPECT_EQ(snapshot.readLock()->vertexCount(), 11);
+        EXPECT_EQ(snapshot.readLock()->vertices(3), ELM_OffsetList(8, 3));
+        EXPECT_EQ(snapshot.readLock()->primitiveCount(ELM_PRIMITIVE_POLYGON), 4);
+        EXPECT_FALSE(edit.appendPoints(1));
+        EXPECT_EQ(edit.message(), "the edit has ended");
+    }
+}
+
+TEST(Edit, OnlyWhatIsTouchedTakesNewIds)
+{
+    const MOD_DetailHandle detail = smallDetail();
+    {
+        MOD_Edit edit(detail);
+        edit.attribute(ELM_OWNER_POINT, "Cd", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR);
+        edit.commit();
+    }
+    const struct
+    {
+        const char *what;
+        std::function<void(MOD_Edit &)> change;
+        bool snapshot, topology, positions, color;
+    } cases[] = {
+        {"nothing", [](MOD_Edit &) {}, false, false, false, false},
+        {"positions", [](MOD_Edit &e) { std::fill_n(writePositions(e), 12, 1.0f); }, true, false, true, false},
+        {"another attribute",
+         [](MOD_Edit &e) {
+             e.attribute(ELM_OWNER_POINT, "Cd", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR)->writeAll<float>()[0] = 1;
+         },
+         true, false, false, true},
+        {"a group", [](MOD_Edit &e) { e.group(ELM_OWNER_POINT, "g")->set(1); }, true, false, false, false},
+        {"polygons",
+         [](MOD_Edit &e) {
+             EXPECT_TRUE(e.appendPolygons(3, std::vector<int32_t>{0, 1, 3}, true));
+         },
+         true, true, false, false},
+        {"a vertex", [](MOD_Edit &e) { EXPECT_TRUE(e.setVertexPoint(0, 2)); }, true, true, false, false},
+        {"points", [](MOD_Edit &e) { EXPECT_TRUE(e.appendPoints(1)); }, true, true, true, true},
+    };
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const MOD_ConstDetailHandle before = detail.read();
+        const MSH_Detail &was = *before.readLock();
+        const BAS_BitArray &used = was.usedPoints();
+        MOD_Edit edit(detail);
+        c.change(edit);
+        const MOD_ConstDetailHandle after = edit.commit();
+        const MSH_Detail &is = *after.readLock();
+        EXPECT_EQ(is.uniqueId() != was.uniqueId(), c.snapshot);
+        EXPECT_EQ(is.metaCacheCount(), was.metaCacheCount() + c.snapshot);
+        EXPECT_EQ(is.topologyId() != was.topologyId(), c.topology);
+        EXPECT_EQ(is.positionId() != was.positionId(), c.positions);
+        const ELM_Attribute *colorWas = was.find(ELM_OWNER_POINT, "Cd"), *color = is.find(ELM_OWNER_POINT, "Cd");
+        EXPECT_EQ(color->dataId() != colorWas->dataId(), c.color);
+        EXPECT_EQ(is.owns(*colorWas), !c.color) << "unchanged attributes are shared";
+        EXPECT_EQ(&is.usedPoints() == &used, !c.topology) << "what was built for the same topology is shared";
+    }
+}
+
+TEST(Edit, AnAttributeOfAnotherShapeIsReplacedInItsPlace)
+{
+    const MOD_DetailHandle detail = smallDetail();
+    MOD_Edit edit(detail);
+    *edit.attribute(ELM_OWNER_DETAIL, "a", ELM_STORAGE_INT32)->writeAll<int32_t>() = 7;
+    edit.attribute(ELM_OWNER_DETAIL, "b", ELM_STORAGE_INT32);
+    EXPECT_EQ(edit.attribute(ELM_OWNER_DETAIL, "a", ELM_STORAGE_INT32)->pages<int32_t>()->value(0), 7);
+    ELM_Attribute *replaced = edit.attribute(ELM_OWNER_DETAIL, "a", ELM_STORAGE_REAL64, 2);
+    EXPECT_EQ(replaced->writeAll<float>(), nullptr) << "of another storage";
+    EXPECT_EQ(replaced->pages<double>()->value(0, 1), 0.0);
+    double *positions = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL64, 3, ELM_TYPE_POINT)->writeAll<double>();
+    std::fill_n(positions, 12, 0.5);
+    const MOD_ConstDetailHandle snapshot = edit.commit();
+    EXPECT_EQ(snapshot.readLock()->attributes(ELM_OWNER_DETAIL)[0].storage(), ELM_STORAGE_REAL64);
+    EXPECT_EQ(snapshot.readLock()->attributes(ELM_OWNER_DETAIL)[1].name(), "b");
+    EXPECT_EQ(snapshot.readLock()->positions().contiguousData<double>(), positions);
+}
+
+TEST(Edit, ReadersSeeWholeStatesWhileAWriterCommits)
+{
+    // In every state all positions equal the number of points, and every point is used.
+    const MOD_DetailHandle detail;
+    std::atomic<bool> done{false};
+    const auto read = [&] {
+        std::vector<MOD_ConstDetailHandle> held;
+        for (int64_t last = 0; !done;)
+        {
+            const MOD_ConstDetailHandle handle = detail.read();
+            const MSH_Detail &state = *handle.readLock();
+            const int64_t points = state.pointCount();
+            ASSERT_GE(points, last);
+            last = points;
+            for (int64_t i = 0; i < points; i += 97)
+                ASSERT_EQ(state.positions().pages<float>()->value(i, 1), float(points));
+            ASSERT_EQ(state.usedPoints().count(), points);
+            ASSERT_FALSE(state.hasUnusedPoints());
+            ASSERT_EQ(state.vertexPrimitive().size(), state.vertexCount());
+            if (held.size() < 20)
+                held.push_back(handle);
+        }
+        for (const MOD_ConstDetailHandle &handle : held)
+        {
+            const int64_t points = handle.readLock()->pointCount();
+            EXPECT_TRUE(points == 0 || handle.readLock()->positions().pages<float>()->value(points - 1, 2) == float(points));
+        }
+    };
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 3; ++i)
+        readers.emplace_back(read);
+    for (int i = 0; i < 60; ++i)
+    {
+        MOD_Edit edit(detail);
+        const int64_t first = edit.pointCount(), points = first + 100;
+        std::vector<int64_t> added(100);
+        for (int64_t k = 0; k < 100; ++k)
+            added[size_t(k)] = first + k;
+        ASSERT_TRUE(edit.appendPoints(100) && edit.appendPolygons(4, added, true));
+        std::fill_n(writePositions(edit), points * 3, float(points));
+        edit.commit();
+    }
+    done = true;
+    for (std::thread &reader : readers)
+        reader.join();
+}
+
+TEST(Edit, AWriterWaitsForTheOther)
+{
+    const MOD_DetailHandle detail;
+    std::vector<std::thread> writers;
+    for (int t = 0; t < 4; ++t)
+        writers.emplace_back([&detail] {
+            for (int i = 0; i < 50; ++i)
+            {
+                MOD_Edit edit(detail);
+                EXPECT_TRUE(edit.appendPoints(1));
+                edit.commit();
+            }
+        });
+    for (std::thread &writer : writers)
+        writer.join();
+    EXPECT_EQ(detail.read().readLock()->pointCount(), 200);
+}

@@ -1,0 +1,128 @@
+#include <bit>
+#include <cmath>
+#include <numeric>
+
+#include <rq/data/convert.h>
+
+#include "arrays.h"
+
+namespace
+{
+struct FloatCase
+{
+    double value;
+    uint8_t u8;
+    int8_t i8;
+    int16_t i16;
+    int32_t i32;
+    int64_t i64;
+};
+
+constexpr int32_t kMax32 = std::numeric_limits<int32_t>::max(), kMin32 = std::numeric_limits<int32_t>::min();
+constexpr int64_t kMax64 = std::numeric_limits<int64_t>::max(), kMin64 = std::numeric_limits<int64_t>::min();
+
+// Out of range: nothing is 0, narrow targets keep the low bits of the value saturated to 32 bits.
+const FloatCase kFloats[] = {
+    {NAN, 0, 0, 0, 0, 0},
+    {-0.0, 0, 0, 0, 0, 0},
+    {INFINITY, 255, -1, -1, kMax32, kMax64},
+    {-INFINITY, 0, 0, 0, kMin32, kMin64},
+    {-1.0, 255, -1, -1, -1, -1},
+    {-0.999, 0, 0, 0, 0, 0},
+    {300.7, 44, 44, 300, 300, 300},
+    {70000.5, 112, 112, 4464, 70000, 70000},
+    {2147483647.0, 255, -1, -1, kMax32, 2147483647},
+    {2147483648.0, 255, -1, -1, kMax32, 2147483648},
+    {-2147483648.0, 0, 0, 0, kMin32, -2147483648},
+    {0x1p62, 255, -1, -1, kMax32, int64_t(1) << 62},
+    {0x1p63, 255, -1, -1, kMax32, kMax64},
+    {-0x1p63, 0, 0, 0, kMin32, kMin64},
+    {-1e300, 0, 0, 0, kMin32, kMin64},
+};
+
+TEST(Convert, FollowsOnePolicyFromFloatsToIntegers)
+{
+    for (const FloatCase &c : kFloats)
+    {
+        SCOPED_TRACE(c.value);
+        // Values, rows and blocks must agree; the array is long enough for the loops' vectors and remainders.
+        const RQ_DataArrayHandle array = makeArray(std::vector<double>(37, c.value));
+        EXPECT_EQ(array->getU8(36), c.u8);
+        EXPECT_EQ(array->getI8(36), c.i8);
+        EXPECT_EQ(array->getI16(36), c.i16);
+        EXPECT_EQ(array->getI32(36), c.i32);
+        EXPECT_EQ(array->getI64(36), c.i64);
+        RQ_DataArrayHandle buffer;
+        for (const int i : {0, 36})
+        {
+            EXPECT_EQ(array->getArray<uint8_t>(buffer)[i], c.u8);
+            EXPECT_EQ(array->getArray<int8_t>(buffer)[i], c.i8);
+            EXPECT_EQ(array->getArray<int16_t>(buffer)[i], c.i16);
+            EXPECT_EQ(array->getArray<int32_t>(buffer)[i], c.i32);
+            EXPECT_EQ(array->getArray<int64_t>(buffer)[i], c.i64);
+        }
+    }
+}
+
+TEST(Convert, NeitherScalesNorClampsIntegers)
+{
+    RQ_DataArrayHandle buffer;
+    EXPECT_EQ(makeArray<uint8_t>({255})->getArray<float>(buffer)[0], 255.0f);
+    EXPECT_EQ(makeArray<int8_t>({-1})->getArray<float>(buffer)[0], -1.0f);
+    EXPECT_EQ(makeArray<int64_t>({(int64_t(1) << 40) + 5})->getArray<int32_t>(buffer)[0], 5);
+    EXPECT_EQ(makeArray<int64_t>({(int64_t(1) << 53) - 1})->getArray<double>(buffer)[0], 0x1p53 - 1);
+    EXPECT_EQ(makeArray<int32_t>({-2})->getArray<uint8_t>(buffer)[0], 254);
+}
+
+TEST(Convert, HalfBlocksHaveTheBitsOfHalfValues)
+{
+    // Every half, not-a-numbers of both kinds included.
+    std::vector<PLT_Half> halfs(65536);
+    for (size_t i = 0; i < halfs.size(); ++i)
+        halfs[i].setBits(uint16_t(i));
+    RQ_DataArrayHandle buffer;
+    const RQ_DataArrayHandle array = makeArray(halfs);
+    const float *floats = array->getArray<float>(buffer);
+    for (size_t i = 0; i < halfs.size(); ++i)
+        ASSERT_EQ(std::bit_cast<uint32_t>(floats[i]), std::bit_cast<uint32_t>(float(halfs[i]))) << "half " << i;
+
+    // Floats around every half and half way to the next.
+    std::vector<float> near;
+    for (size_t i = 0; i < halfs.size(); ++i)
+        for (const uint32_t low : {0u, 1u, 0xfffu, 0x1000u, 0x1001u, 0x1fffu})
+            near.push_back(std::bit_cast<float>(std::bit_cast<uint32_t>(float(halfs[i])) + low));
+    const RQ_DataArrayHandle nearArray = makeArray(near);
+    const PLT_Half *rounded = nearArray->getArray<PLT_Half>(buffer);
+    for (size_t i = 0; i < near.size(); ++i)
+        ASSERT_EQ(rounded[i].bits(), PLT_Half(near[i]).bits()) << "float " << near[i];
+}
+
+template <class T> class ConvertEvery : public testing::Test
+{};
+TYPED_TEST_SUITE(ConvertEvery, RQ_NumericTestTypes);
+
+// Rows with gaps, fewer components than the source has, gathered backwards: large enough to run in parallel.
+TYPED_TEST(ConvertEvery, RowsAndGatheredRowsMatchValues)
+{
+    const auto array = countingArray<TypeParam>(50000, 3);
+    std::vector<int32_t> indices(50000);
+    std::iota(indices.rbegin(), indices.rend(), 0);
+    const auto check = [&]<class To>(To) {
+        std::vector<To> rows(50000 * 4, To(77.0f)), gathered = rows;
+        rq::convertRows(array->data(), RQstorageOf<TypeParam>, 3, rows.data(), RQstorageOf<To>, 4, 2, 50000);
+        rq::gatherRows(array->data(), RQstorageOf<TypeParam>, 3, indices.data(), gathered.data(), RQstorageOf<To>, 4, 2,
+                       50000);
+        for (int64_t i = 0; i < 50000; ++i)
+            for (int c = 0; c < 4; ++c)
+            {
+                const int64_t expected = c < 2 ? (i * 3 + c) % 100 : 77, back = c < 2 ? ((49999 - i) * 3 + c) % 100 : 77;
+                ASSERT_EQ(float(rows[size_t(i * 4 + c)]), float(expected)) << i << ", " << c;
+                ASSERT_EQ(float(gathered[size_t(i * 4 + c)]), float(back)) << i << ", " << c;
+            }
+    };
+    check(uint8_t());
+    check(int64_t());
+    check(PLT_Half());
+    check(double());
+}
+}  // namespace

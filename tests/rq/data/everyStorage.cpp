@@ -1,0 +1,157 @@
+#include <functional>
+
+#include <rq/data/DAConstant.h>
+#include <rq/data/DAConstantValue.h>
+#include <rq/data/DAIndirect.h>
+#include <rq/data/DASubArray.h>
+#include <rq/data/Values.h>
+#include <rq/data/convert.h>
+
+#include "arrays.h"
+
+namespace
+{
+constexpr int64_t kSizes[] = {0, 1, 1023, 1024, 1025};
+
+struct View
+{
+    const char *what;
+    RQ_DataArrayHandle array;
+    /// Where entry i lies in the source.
+    std::function<int64_t(int64_t)> place;
+};
+
+template <class T> std::vector<View> viewsOf(const RQ_DataArrayHandle &source, int64_t size)
+{
+    std::vector<int32_t> forward, backward;
+    std::vector<int64_t> odd;
+    for (int64_t i = 0; i < size; ++i)
+    {
+        backward.push_back(int32_t(size - 1 - i));
+        odd.push_back(i * 7 % (size + 2));
+    }
+    const auto indices = makeArray(backward);
+    const auto back = RQ_DAIndirect::createIndirect(source, indices);
+    const auto last = [size](int64_t i) { return size - 1 - i; };
+    return {
+        {"the array itself", source, [](int64_t i) { return i; }},
+        {"window", RQ_DASubArray::createSubArray(source, 2, size), [](int64_t i) { return i + 2; }},
+        {"constant", RQ_DAConstant::createConstant(source, 1, size), [](int64_t) { return 1; }},
+        {"32-bit indirection", back, last},
+        {"64-bit indirection", RQ_DAIndirect::createIndirect(source, makeArray(odd)),
+         [size](int64_t i) { return i * 7 % (size + 2); }},
+        {"indirection twice", RQ_DAIndirect::createIndirect(back, indices), [](int64_t i) { return i; }},
+        {"indirection flattened", RQ_DAIndirect::createIndirect(back, indices, true), [](int64_t i) { return i; }},
+        {"window of an indirection", RQ_DASubArray::createSubArray(back, 0, size / 2), last},
+        {"constant of an indirection", RQ_DAConstant::createConstant(size ? back : source, 0, size),
+         [size](int64_t) { return std::max<int64_t>(0, size - 1); }},
+    };
+}
+
+/// All ways to read T must agree with the values of the source.
+template <class T, class Source> void expectReads(const View &view, const RQ_DANumeric<Source> &source)
+{
+    const RQ_DataArray &array = *view.array;
+    const int64_t tuple = 3, size = array.entries();
+    const auto expected = [&](int64_t i, int64_t c) { return RQconvert<T>(source.data()[view.place(i) * tuple + c]); };
+    const rq::Values<T> all(array);
+    std::vector<T> rows(size_t(size * 4), T(77.0f)), repeated(size_t(size * 6), T(0));
+    array.fillArray(rows.data(), 0, size, 2, 4);
+    array.extendedFill(repeated.data(), 0, size, 3, 2, 3);
+    for (int64_t i = 0; i < size; ++i)
+    {
+        T row[4] = {T(1.0f), T(1.0f), T(1.0f), T(77.0f)}, imported[3] = {T(77.0f), T(77.0f), T(77.0f)};
+        EXPECT_EQ(array.get(i, row, 4), row);
+        array.import(i, imported, 2);
+        for (int c = 0; c < 3; ++c)
+        {
+            ASSERT_EQ(array.getValue<T>(i, c), expected(i, c)) << "entry " << i;
+            ASSERT_EQ(row[c], expected(i, c)) << "entry " << i;
+            ASSERT_EQ(imported[c], c < 2 ? expected(i, c) : T(77.0f)) << "entry " << i;
+            ASSERT_EQ(all(i, c), expected(i, c)) << "entry " << i;
+            ASSERT_EQ(rows[size_t(i * 4 + c)], c < 2 ? expected(i, c) : T(77.0f)) << "entry " << i;
+            ASSERT_EQ(repeated[size_t(i * 6 + c)], expected(i, c)) << "entry " << i;
+            ASSERT_EQ(repeated[size_t(i * 6 + 3 + c)], expected(i, c)) << "entry " << i;
+        }
+        ASSERT_EQ(row[3], T(0.0f)) << "past the tuple";
+    }
+}
+
+template <class T> class EveryStorage : public testing::Test
+{};
+TYPED_TEST_SUITE(EveryStorage, RQ_NumericTestTypes);
+
+TYPED_TEST(EveryStorage, ViewsReadLikeTheirSource)
+{
+    for (const int64_t size : kSizes)
+    {
+        const auto source = countingArray<TypeParam>(size + 2, 3);
+        for (const View &view : viewsOf<TypeParam>(source, size))
+        {
+            SCOPED_TRACE(testing::Message() << view.what << ", " << size);
+            ASSERT_TRUE(view.array);
+            EXPECT_EQ(view.array->getStorage(), RQstorageOf<TypeParam>);
+            EXPECT_EQ(view.array->getTupleSize(), 3);
+            expectReads<TypeParam>(view, *source);
+            expectReads<double>(view, *source);
+            expectReads<int64_t>(view, *source);
+            expectReads<PLT_Half>(view, *source);
+            expectReads<uint8_t>(view, *source);
+        }
+    }
+}
+
+TYPED_TEST(EveryStorage, WholeArrayOperationsDoNotCareHowValuesAreHeld)
+{
+    for (const int64_t size : kSizes)
+    {
+        const auto source = countingArray<TypeParam>(size + 2, 3);
+        for (const View &view : viewsOf<TypeParam>(source, size))
+        {
+            SCOPED_TRACE(testing::Message() << view.what << ", " << size);
+            const RQ_DataArray &array = *view.array;
+            const RQ_DataArrayHandle owned = array.harden();
+            ASSERT_TRUE(owned);
+            EXPECT_STREQ(owned->className(), "RQ_DANumeric");
+            EXPECT_NE(owned.get(), &array);
+            EXPECT_EQ(owned->getDataId(), array.getDataId());
+            EXPECT_TRUE(owned->isEqual(array));
+            EXPECT_TRUE(array.isEqual(*owned));
+            EXPECT_EQ(owned->hash(), array.hash());
+
+            double min[3], max[3], low, high;
+            EXPECT_TRUE(array.getMinMax(min, max));
+            int64_t least, greatest;
+            for (int c = 0; c < 3; ++c)
+            {
+                double expectedMin = std::numeric_limits<double>::max(), expectedMax = -expectedMin;
+                for (int64_t i = 0; i < array.entries(); ++i)
+                {
+                    expectedMin = std::min(expectedMin, array.getF64(i, c));
+                    expectedMax = std::max(expectedMax, array.getF64(i, c));
+                }
+                EXPECT_EQ(min[c], expectedMin);
+                EXPECT_EQ(max[c], expectedMax);
+                array.getRange(low, high, c);
+                array.getRange(least, greatest, c);
+                EXPECT_EQ(low, array.entries() ? expectedMin : 1.7014117331926443e38);
+                EXPECT_EQ(high, array.entries() ? expectedMax : -5.877471754111438e-39);
+                EXPECT_EQ(least, array.entries() ? int64_t(expectedMin) : std::numeric_limits<int64_t>::max());
+                EXPECT_EQ(greatest, array.entries() ? int64_t(expectedMax) : std::numeric_limits<int64_t>::min());
+            }
+        }
+    }
+}
+
+TYPED_TEST(EveryStorage, ConstantValuesFillAllComponents)
+{
+    const RQ_DataArrayHandle array(new RQ_DAConstantValue<TypeParam>(1000, TypeParam(7.0f), 2, RQ_TYPE_COLOR));
+    const rq::Values<double> values(array);
+    ASSERT_EQ(values.size(), 2000);
+    EXPECT_EQ(std::count(values.begin(), values.end(), 7.0), 2000);
+    EXPECT_EQ(array->getI32(999, 1), 7);
+    EXPECT_EQ(array->getStorage(), RQstorageOf<TypeParam>);
+    EXPECT_EQ(array->getTypeInfo(), RQ_TYPE_COLOR);
+    EXPECT_TRUE(array->isEqual(*array->harden()));
+}
+}  // namespace

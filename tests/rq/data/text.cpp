@@ -1,0 +1,125 @@
+#include <cmath>
+
+#include <host/bas/JSONWriter.h>
+#include <rq/data/DAConstant.h>
+#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndirect.h>
+#include <rq/data/DARange.h>
+#include <rq/data/DASubArray.h>
+
+#include "arrays.h"
+
+namespace
+{
+using Strings = BAS_Array<BAS_StringHolder>;
+
+RQ_DataArrayHandle colours()
+{
+    const Strings values = {"red", "", "green", "red", "blue", "green"};
+    return RQ_DAIndexedString::createIndexed(values.data(), 6);
+}
+
+Strings read(const RQ_DataArray &array)
+{
+    Strings strings, filled(size_t(array.entries()));
+    array.fillStrings(strings);
+    array.fillStringArray(filled.data(), 0, array.entries());
+    EXPECT_EQ(strings, filled);
+    return strings;
+}
+
+TEST(DAIndexedString, KeepsDistinctTextsOnce)
+{
+    const RQ_DataArrayHandle array = colours();
+    EXPECT_EQ(read(*array), (Strings{"red", "", "green", "red", "blue", "green"}));
+    EXPECT_EQ(array->getStringIndexCount(), 3);
+    EXPECT_EQ(array->getStringIndex(1), -1);
+    EXPECT_EQ(array->getStringIndex(5), 1);
+    Strings distinct;
+    array->getStrings(distinct);
+    EXPECT_EQ(distinct, (Strings{"red", "green", "blue"}));
+    double low, high;
+    EXPECT_FALSE(array->getMinMax(&low, &high));
+    EXPECT_EQ(low, std::numeric_limits<double>::max());
+    EXPECT_EQ(array->getF64(0), 0.0);
+    EXPECT_EQ(array->getDictIndexCount(), -1);
+    EXPECT_TRUE(array->getDict(0).isEmpty());
+    EXPECT_EQ(RQ_DAIndexedString({"a"}, {0, 5, -7}).getS(1), BAS_StringHolder()) << "an index past the list";
+}
+
+TEST(DAIndexedString, IsSeenThroughViewsAndHardened)
+{
+    const RQ_DataArrayHandle back = RQ_DAIndirect::createIndirect(colours(), makeArray<int32_t>({5, 4, 3}));
+    const RQ_DataArrayHandle window = RQ_DASubArray::createSubArray(back, 1, 2);
+    EXPECT_EQ(read(*back), (Strings{"green", "blue", "red"}));
+    EXPECT_EQ(read(*RQ_DAConstant::createConstant(back, 1, 2)), (Strings{"blue", "blue"}));
+    const RQ_DataArrayHandle owned = window->harden();
+    EXPECT_STREQ(owned->className(), "RQ_DAIndexedString");
+    EXPECT_EQ(read(*owned), (Strings{"blue", "red"}));
+    EXPECT_EQ(owned->getStringIndexCount(), 2) << "texts that no entry shows are left behind";
+    EXPECT_EQ(owned->getDataId(), window->getDataId());
+    EXPECT_TRUE(owned->isEqual(*window));
+    EXPECT_EQ(owned->hash(), window->hash());
+}
+
+TEST(DataArray, NumbersHaveNoText)
+{
+    const RQ_DataArrayHandle array = makeArray<float>({1});
+    Strings strings = {"x"};
+    EXPECT_TRUE(array->getS(0).isEmpty());
+    EXPECT_EQ(array->getStringIndexCount(), -1);
+    EXPECT_EQ(array->getStringIndex(0), -1);
+    array->getStrings(strings);
+    EXPECT_TRUE(strings.empty());
+    EXPECT_FALSE(array->import(0, strings));
+    BAS_ValArray<float> values;
+    EXPECT_FALSE(array->getFA32(values, 0));
+}
+
+struct SaveCase
+{
+    const char *what;
+    RQ_DataArrayHandle array;
+    const char *plain, *described;
+};
+
+TEST(DataArray, SavesValues)
+{
+    const SaveCase cases[] = {
+        {"empty", makeArray<float>({}), "[]",
+         R"({"class":"RQ_DANumeric","storage":"real32","type":"","size":1,"values":[]})"},
+        {"numbers", makeArray<uint8_t>({1, 255}), "[1,255]",
+         R"({"class":"RQ_DANumeric","storage":"uint8","type":"","size":1,"values":[1,255]})"},
+        {"tuples", makeArray<float>({0.1f, NAN, INFINITY, -INFINITY}, 2, RQ_TYPE_VECTOR), R"([[0.1,"nan"],["inf","-inf"]])",
+         R"({"class":"RQ_DANumeric","storage":"real32","type":"vector","size":2,"values":[[0.1,"nan"],["inf","-inf"]]})"},
+        {"range", RQ_DataArrayHandle(new RQ_DARange(3)), "[0,1,2]",
+         R"({"class":"RQ_DARange","storage":"int32","type":"","size":1,"values":[0,1,2]})"},
+        {"texts", RQ_DAIndexedString::createIndexed(Strings{"a", "", "b", "\""}.data(), 2, 2), R"([["a",""],["b","\""]])",
+         R"({"class":"RQ_DAIndexedString","storage":"string","type":"","size":2,"values":[["a",""],["b","\""]]})"},
+    };
+    for (const SaveCase &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        std::string plain, described;
+        {
+            BAS_JSONWriter plainWriter(plain), describedWriter(described);
+            EXPECT_TRUE(c.array->save(plainWriter));
+            EXPECT_TRUE(c.array->save(describedWriter, true));
+        }
+        EXPECT_EQ(plain, c.plain);
+        EXPECT_EQ(described, c.described);
+    }
+}
+
+TEST(DataArray, DumpsValuesBesideTheirId)
+{
+    const RQ_DataArrayHandle array = makeArray<int32_t>({4, 5});
+    array->setDataId(42);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    array->dumpValues("P: ");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "P: {\"class\":\"RQ_DANumeric\",\"storage\":\"int32\",\"type\":\"\",\"size\":1,\"values\":[4,5]}\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[id:42]");
+}
+}  // namespace

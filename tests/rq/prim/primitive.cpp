@@ -1,0 +1,354 @@
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include <host/bas/StringMMPattern.h>
+#include <rq/data/mixId.h>
+#include <rq/prim/PrimitiveType.h>
+
+#include "TestPrimitive.h"
+
+namespace
+{
+BAS_BoundingBox box(float low, float high) { return {BAS_Vec3f(low), BAS_Vec3f(high)}; }
+
+// The place of a virtual operation in the table: its member pointer holds 1 + 8 * slot.
+template <class... Member> std::vector<intptr_t> slotsOf(Member... members)
+{
+    const auto slot = [](auto member) {
+        intptr_t pointer = 0;
+        std::memcpy(&pointer, &member, sizeof pointer);
+        return (pointer - 1) / 8;
+    };
+    return {slot(members)...};
+}
+}  // namespace
+
+TEST(PrimitiveType, Names)
+{
+    for (const int id : {-1, 31, 48, 49, 1000})
+        EXPECT_STREQ(RQprimitiveType(id), "<unknown>") << id;
+    EXPECT_STREQ(RQprimitiveType(0), "Collection");
+    EXPECT_STREQ(RQprimitiveType(5), "Primitive List");
+    EXPECT_STREQ(RQprimitiveType(RQ_PRIM_TUBE), "Tube");
+    EXPECT_STREQ(RQprimitiveType(RQ_PRIM_INSTANCE), "PackedInstance");
+    EXPECT_STREQ(RQprimitiveType(RQ_PRIM_CHANNEL), "Channel");
+}
+
+TEST(PrimitiveType, NewIdsBeginAt50)
+{
+    // Only the first run of a repeated test sees the first ids.
+    static const int first = RQ_Primitive::createPrimitiveTypeId();
+    EXPECT_EQ(first, 50);
+    EXPECT_GT(RQ_Primitive::createPrimitiveTypeId(), first);
+}
+
+TEST(Primitive, VirtualOperationsKeepTheirSlots)
+{
+    using P = RQ_Primitive;
+    const std::vector<intptr_t> slots = slotsOf(
+        &P::className, &P::getPrimitiveType, &P::getUniqueID, &P::enlargeBounds, &P::enlargeRenderBounds,
+        &P::getVelocityRange, &P::refine, &P::getMotionSegments, &P::getMemoryUsage, &P::getPointAttributes,
+        &P::getVertexAttributes, &P::getUniformAttributes, &P::getDetailAttributes, &P::hasDataArray, &P::updateGeoPrim,
+        &P::getTopologyVersion, &P::save, &P::viewportRefineOptions, &P::getVertexList, &P::createPointNormals,
+        &P::computePerimeter, &P::computeSurfaceArea, &P::computeVolume, &P::doHarden, &P::doSoftCopy, &P::doAttributeMerge);
+    // The destructor takes the first two.
+    for (size_t i = 0; i < slots.size(); ++i)
+        EXPECT_EQ(slots[i], intptr_t(i + 2));
+}
+
+TEST(Primitive, FindsAttributesByOwnerOrder)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    const RQ_DataArrayHandle vertex = numbers<float>({1}), point = numbers<double>({1, 2}, 2), detail = numbers<float>({3});
+    primitive->lists[RQ_OWNER_VERTEX] = listOf("a", {vertex})->addAttribute("null", RQ_DataArrayHandle(), true);
+    primitive->lists[RQ_OWNER_POINT] = listOf("a", {point})->addAttribute("null", point, true);
+    primitive->lists[RQ_OWNER_DETAIL] = listOf("d", {detail, vertex});
+
+    const struct
+    {
+        const char *name;
+        int segment;
+        RQ_DataArrayHandle array;
+        RQ_Owner owner;
+    } cases[] = {{"absent", 0, nullptr, RQ_OWNER_DETAIL},
+                 {"a", 0, vertex, RQ_OWNER_VERTEX},
+                 {"null", 0, point, RQ_OWNER_POINT},
+                 {"d", 0, detail, RQ_OWNER_DETAIL},
+                 {"d", 9, vertex, RQ_OWNER_DETAIL}};
+    for (const auto &c : cases)
+    {
+        RQ_Owner owner = RQ_OWNER_INVALID;
+        EXPECT_EQ(primitive->findAttribute(c.name, owner, c.segment), c.array) << c.name;
+        EXPECT_EQ(owner, c.owner) << c.name;
+    }
+
+    const RQ_Owner order[] = {RQ_OWNER_UNIFORM, RQ_OWNER_POINT, RQ_OWNER_VERTEX};
+    RQ_Storage storage = RQ_STORAGE_INVALID;
+    int64_t size = 0;
+    EXPECT_TRUE(primitive->hasDataArray("a", order, 3, &storage, &size));
+    EXPECT_EQ(storage, RQ_STORAGE_REAL64);
+    EXPECT_EQ(size, 2);
+    EXPECT_FALSE(primitive->hasDataArray("a", order, 1, &storage, &size));
+    EXPECT_FALSE(primitive->hasDataArray("a", nullptr, 0));
+}
+
+TEST(Primitive, DataIdHashIsMixedAndKept)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    const RQ_AttributeListHandle first = listOf("a", {numbers<float>({1}), numbers<float>({2})});
+    const RQ_AttributeListHandle second = listOf("b", {numbers<float>({1})});
+    primitive->lists[RQ_OWNER_DETAIL] = first;
+    primitive->lists[RQ_OWNER_VERTEX] = second;
+
+    uint64_t own = 0, detail = 0, hash = 0, again = 0;
+    ASSERT_TRUE(first->getDataIdHash(detail, 0));
+    ASSERT_TRUE(second->getDataIdHash(own, 0));
+    ASSERT_TRUE(primitive->getDataIdHash(hash, -1, true));
+    EXPECT_EQ(hash, RQmixId(detail) + own);
+
+    // Changed lists show that the kept hash is used, for this segment alone, by copies too, and until it is dropped.
+    primitive->lists[RQ_OWNER_VERTEX] = first;
+    EXPECT_TRUE(primitive->getDataIdHash(again, 0, false));
+    EXPECT_EQ(again, hash);
+    EXPECT_TRUE(primitive->getDataIdHash(again, 1, false));
+    EXPECT_NE(again, hash);
+    primitive->setStaticGeometry(true);
+    EXPECT_TRUE(primitive->clone()->getDataIdHash(again, 0, false));
+    EXPECT_EQ(again, hash);
+    primitive->dropDataIdHash();
+    EXPECT_TRUE(primitive->getDataIdHash(again, 0, false));
+    EXPECT_NE(again, hash);
+    EXPECT_TRUE(primitive->isStaticGeometry());
+
+    // A segment too great for the cache must not be taken for another.
+    const int64_t id = first->get(0, 1)->getDataId();
+    EXPECT_TRUE(primitive->getDataIdHash(again, 0x40000000, true));
+    uint64_t zero = 0;
+    EXPECT_TRUE(primitive->getDataIdHash(zero, 0, false));
+    EXPECT_NE(again, zero);
+
+    first->get(0, 1)->setDataId(-1);
+    EXPECT_FALSE(primitive->getDataIdHash(again, 1, true));
+    first->get(0, 1)->setDataId(id);
+}
+
+TEST(Primitive, WidthsGrowBounds)
+{
+    const double inf = std::numeric_limits<double>::infinity();
+    const RQ_AttributeListHandle none, empty = listOf("width", {numbers<float>({})});
+    const struct
+    {
+        const char *what;
+        RQ_AttributeListHandle list;
+        float byDefault;
+        float margin;
+        bool found;
+    } cases[] = {{"no attribute, no default", none, 0.0f, 0.0f, false},
+                 {"no attribute, negative default", none, -1.0f, 0.05f, false},
+                 {"no entries", empty, 9.0f, 0.0f, true},
+                 {"largest magnitude, whole", listOf("width", {numbers<float>({1, -3, 2})}), 9.0f, 3.0f, true},
+                 {"other name", listOf("pscale", {numbers<double>({2})}), 9.0f, 2.0f, true},
+                 {"not a number", listOf("width", {numbers<float>({NAN})}), 9.0f, 0.0f, true},
+                 {"infinite beside finite", listOf("width", {numbers<float>({inf, -2, NAN})}), 9.0f, 2.0f, true}};
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const TestPrimitiveHandle primitive(new TestPrimitive(c.list));
+        BAS_BoundingBox boxes[] = {box(-1, 1), box(-2, 2), BAS_BoundingBox()};
+        EXPECT_EQ(primitive->enlargeWidth(boxes, 3, c.byDefault), c.found);
+        EXPECT_EQ(boxes[0], box(-1 - c.margin, 1 + c.margin));
+        EXPECT_EQ(boxes[1], box(-2 - c.margin, 2 + c.margin));
+        EXPECT_TRUE(boxes[2].isEmpty());
+    }
+
+    const TestPrimitiveHandle moving(new TestPrimitive(listOf("width", {numbers<float>({1}), numbers<float>({2})})));
+    BAS_BoundingBox boxes[] = {box(0, 0), box(0, 0)};
+    EXPECT_TRUE(moving->enlargeWidth(boxes, 2, 0.0f));
+    EXPECT_EQ(boxes[0], box(-1, 1));
+    EXPECT_EQ(boxes[1], box(-2, 2));
+}
+
+TEST(Primitive, BoundsArePlacedByTheTransform)
+{
+    const RQ_DataArrayHandle corners = positions({0, 0, 0, 2, 1, 0, NAN, 5, 5});
+    const RQ_DataArrayHandle homogeneous = numbers<double>({2, 4, 6, 2, 9, 9, 9, 0}, 4, RQ_TYPE_HPOINT);
+    const BAS_Mat4d quarter(0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 0, 1);
+    const BAS_BoundingBox plain(BAS_Vec3f(0, 0, 0), BAS_Vec3f(2, 5, 5));
+    const struct
+    {
+        const char *what;
+        RQ_AttributeListHandle list;
+        RQ_TransformHandle transform;
+        BAS_BoundingBox expected;
+    } cases[] = {
+        {"no list", nullptr, RQ_Transform::identity(), {}},
+        {"no positions", listOf("Q", {corners}), RQ_Transform::identity(), {}},
+        {"too few components", listOf("P", {numbers<float>({1, 2}, 2)}), translation(1, 1, 1), {}},
+        {"as it is", listOf("P", {corners}), RQ_Transform::identity(), plain},
+        {"no transform", listOf("P", {corners}), nullptr, plain},
+        {"turned, not a number skipped",
+         listOf("P", {positions({0, 0, 0, 2, 1, 0, NAN, NAN, NAN})}),
+         transformOf(quarter),
+         {BAS_Vec3f(0, 0, 0), BAS_Vec3f(1, 2, 0)}},
+        {"homogeneous, w = 0 is the origin",
+         listOf("P", {homogeneous}),
+         RQ_Transform::identity(),
+         {BAS_Vec3f(0, 0, 0), BAS_Vec3f(1, 2, 3)}},
+        {"homogeneous, moved", listOf("P", {homogeneous}), translation(1, 1, 1), {BAS_Vec3f(1, 1, 1), BAS_Vec3f(2, 3, 4)}}};
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const TestPrimitiveHandle primitive(new TestPrimitive(c.list));
+        primitive->setPrimitiveTransform(c.transform);
+        BAS_BoundingBox boxes[2];
+        primitive->enlargeRenderBounds(boxes, 2);
+        EXPECT_EQ(boxes[0], c.expected);
+        EXPECT_EQ(boxes[1], c.expected);
+    }
+
+    BAS_BoundingBox undivided, divided;
+    TestPrimitive::enlargeP(undivided, *homogeneous);
+    TestPrimitive::enlargePw(divided, *numbers<float>({2, 4, 6, 2}, 4));
+    EXPECT_EQ(undivided, BAS_BoundingBox(BAS_Vec3f(2, 4, 6), BAS_Vec3f(9)));
+    EXPECT_EQ(divided, BAS_BoundingBox(BAS_Vec3f(1, 2, 3), BAS_Vec3f(1, 2, 3)));
+}
+
+TEST(Primitive, VelocityRange)
+{
+    const struct
+    {
+        const char *what;
+        RQ_Owner owner;
+        RQ_DataArrayHandle array;
+        BAS_Vec3f low, high;
+    } cases[] = {
+        {"absent", RQ_OWNER_POINT, nullptr, {0, 0, 0}, {0, 0, 0}},
+        {"integers", RQ_OWNER_POINT, numbers<int32_t>({1, 2, 3}, 3), {0, 0, 0}, {0, 0, 0}},
+        {"detail", RQ_OWNER_DETAIL, numbers<float>({1, 2, 3}, 3), {0, 0, 0}, {0, 0, 0}},
+        {"one component", RQ_OWNER_UNIFORM, numbers<double>({1, -2}), {-2, 0, 0}, {1, 0, 0}},
+        {"four components", RQ_OWNER_VERTEX, numbers<PLT_Half>({1, 2, 3, 9, -1, 4, 3, 9}, 4), {-1, 2, 3}, {1, 4, 3}}};
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const TestPrimitiveHandle primitive(new TestPrimitive);
+        primitive->lists[c.owner] = listOf("v", {c.array});
+        BAS_Vec3f low(7.0f), high(7.0f);
+        primitive->getVelocityRange(low, high, "v");
+        EXPECT_EQ(low, c.low);
+        EXPECT_EQ(high, c.high);
+    }
+}
+
+TEST(Primitive, TopologyVersion)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    int64_t version = 77;
+    EXPECT_FALSE(primitive->getTopologyVersion(version));
+    for (const RQ_DataArrayHandle &array : {numbers<int64_t>({}), numbers<int64_t>({-1}), numbers<int64_t>({5})})
+    {
+        EXPECT_EQ(version, 77);
+        primitive->lists[RQ_OWNER_DETAIL] = listOf("__topology", {array});
+        const bool found = primitive->getTopologyVersion(version);
+        EXPECT_EQ(found, version == 5);
+    }
+    EXPECT_EQ(version, 5);
+}
+
+TEST(Primitive, MergesAttributesThatFit)
+{
+    const RQ_AttributeListHandle destination = listOf("P", {numbers<float>({1, 2})});
+    const RQ_AttributeListHandle source = listOf("Cd", {numbers<float>({1, 2}), numbers<float>({3, 4})})
+                                              ->addAttribute("Cx", numbers<float>({1}), true)
+                                              ->addAttribute("P", numbers<float>({5, 6}), true);
+    const BAS_StringMMPattern colors("C*"), all("*"), nothing("zz");
+    const struct
+    {
+        const char *what;
+        RQ_AttributeListHandle destination, source;
+        const BAS_StringMMPattern *first, *second;
+        std::vector<std::string> names;
+        bool changed;
+    } cases[] = {{"no source", destination, nullptr, &all, &all, {"P"}, false},
+                 {"no pattern", destination, source, nullptr, nullptr, {"P"}, false},
+                 {"wrong length left out", destination, source, &colors, nullptr, {"P", "Cd"}, true},
+                 {"second pattern", destination, source, &nothing, &all, {"P", "Cd"}, true},
+                 {"no destination", nullptr, source, nullptr, &colors, {"Cd"}, true},
+                 {"nothing at all", nullptr, source, &nothing, nullptr, {}, false}};
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        bool changed = false;
+        const RQ_AttributeListHandle result =
+            RQ_Primitive::mergeAttributeLists(changed, c.destination, c.source, c.first, c.second);
+        EXPECT_EQ(changed, c.changed);
+        ASSERT_EQ(result ? result->entries() : 0, int(c.names.size()));
+        for (int i = 0; i < int(c.names.size()); ++i)
+            EXPECT_EQ(result->getName(i).view(), c.names[size_t(i)]);
+        if (!c.changed)
+            EXPECT_EQ(result, c.destination);
+        else
+            EXPECT_EQ(result->get("Cd", 1), source->get("Cd", 1));
+    }
+    bool changed = false;
+    EXPECT_EQ(RQ_Primitive::mergeAttributeLists(changed, destination, source, &all, nullptr)->get("P"), source->get("P"));
+}
+
+TEST(Primitive, CopyTransformedSharesWhereNothingChanges)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    const RQ_TransformHandle first = translation(1, 0, 0), second = transformOf(BAS_Mat4d().setScale(BAS_Vec3d(2.0)));
+    EXPECT_EQ(primitive->copyTransformed(RQ_Transform::identity()), primitive);
+    EXPECT_NE(primitive->copyTransformed(RQ_Transform::identity(), true), primitive);
+
+    primitive->setPrimitiveTransform(nullptr);
+    EXPECT_EQ(primitive->copyTransformed(nullptr), primitive);
+    EXPECT_EQ(primitive->copyTransformed(first)->getPrimitiveTransform(), first);
+
+    primitive->setPrimitiveTransform(first);
+    const RQ_PrimitiveHandle placed = primitive->copyTransformed(second);
+    EXPECT_TRUE(*placed->getPrimitiveTransform() == *first->multiply(second));
+    EXPECT_EQ(primitive->getPrimitiveTransform(), first);
+
+    const TestPrimitiveHandle child(new TestPrimitive);
+    child->refineCopyTransformFrom(*primitive);
+    EXPECT_EQ(child->getPrimitiveTransform(), first);
+    child->setPrimitiveTransform(second);
+    child->refineCopyTransformFrom(*primitive);
+    EXPECT_TRUE(*child->getPrimitiveTransform() == *second->multiply(first));
+    child->refineCopyTransformFrom(TestPrimitive());
+    EXPECT_TRUE(*child->getPrimitiveTransform() == *second->multiply(first));
+}
+
+TEST(Primitive, HardeningIsRefusedAloud)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    primitive->hardens = false;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(primitive->harden());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "TestPrimitive\n");
+    EXPECT_EQ(primitive->attributeMerge(*primitive, nullptr, nullptr, nullptr, nullptr), primitive);
+}
+
+TEST(Primitive, DumpsWhatItCanSave)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive(listOf("P", {positions({1, 2, 3})})));
+    EXPECT_EQ(jsonOf(*primitive), "[\"TestPrimitive\",\"::save() not implemented\"]");
+
+    primitive->setPrimitiveTransform(translation(4, 5, 6));
+    testing::internal::CaptureStdout();
+    primitive->dumpPrimitive();
+    const std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_NE(text.find("::save() not implemented"), std::string::npos);
+    const size_t lists = text.find("\"point\"");
+    EXPECT_LT(lists, text.find("\"transform\"")) << text;
+    EXPECT_EQ(text.find("\"constant\""), std::string::npos);
+
+    testing::internal::CaptureStdout();
+    primitive->dumpAttributeLists("mesh", false);
+    const std::string dump = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(dump.find("mesh: no detail attributes\nmesh: no uniform attributes\nmesh:Point 1 segments\n"), 0u) << dump;
+    EXPECT_NE(dump.find("mesh: no vertex attributes\n"), std::string::npos);
+}

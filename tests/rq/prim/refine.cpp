@@ -1,0 +1,279 @@
+#include <mutex>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include <host/bas/JSONValue.h>
+#include <host/bas/Parallel.h>
+#include <rq/prim/PrimitiveType.h>
+#include <rq/prim/RefineCollect.h>
+#include <rq/prim/RefineList.h>
+
+#include "TestPrimitive.h"
+
+namespace
+{
+using CollectHandle = BAS_IntrusivePtr<RQ_PrimCollect>;
+
+TestPrimitiveHandle leaf(double area = 0.0)
+{
+    const TestPrimitiveHandle primitive(new TestPrimitive);
+    primitive->area = area;
+    return primitive;
+}
+
+CollectHandle collectionOf(const std::vector<RQ_PrimitiveHandle> &children)
+{
+    const CollectHandle collection(new RQ_PrimCollect);
+    for (const RQ_PrimitiveHandle &child : children)
+        collection->appendPrimitive(child);
+    return collection;
+}
+
+// Unit cubes in a row, the last of them two units higher.
+CollectHandle rowOfBoxes(int count)
+{
+    const CollectHandle row(new RQ_PrimCollect);
+    for (int i = 0; i < count; ++i)
+    {
+        const double up = i + 1 == count ? 2 : 0;
+        row->appendPrimitive(
+            RQ_PrimitiveHandle(new TestPrimitive(listOf("P", {positions({double(i), up, 0, i + 1.0, up + 1, 1})}))));
+    }
+    return row;
+}
+
+class RecordingSink : public RQ_Refine
+{
+public:
+    explicit RecordingSink(bool threads) : threads_(threads) {}
+
+    bool allowThreading() const override { return threads_; }
+    void addPrimitive(const RQ_PrimitiveHandle &primitive) override
+    {
+        const std::lock_guard lock(mutex_);
+        received.push_back(primitive);
+    }
+
+    std::vector<RQ_PrimitiveHandle> received;
+
+private:
+    bool threads_;
+    std::mutex mutex_;
+};
+}  // namespace
+
+TEST(RefineCollect, AppendsOnlyToCollections)
+{
+    const CollectHandle three = collectionOf({leaf(), leaf(), leaf()});
+    RQ_RefineCollect onto(three), beside((leaf()));
+    EXPECT_EQ(onto.entries(), 3);
+    EXPECT_EQ(beside.entries(), 0);
+    onto.addPrimitive(nullptr);
+    EXPECT_EQ(onto.entries(), 3);
+    onto.addPrimitive(leaf());
+    EXPECT_EQ(three->entries(), 4);
+    EXPECT_EQ(onto.getPrim(), three);
+    EXPECT_FALSE(onto.getPrim(4));
+    EXPECT_FALSE(onto.getPrim(-1));
+
+    RQ_RefineCollect shared(onto);
+    shared.clear();
+    EXPECT_EQ(onto.entries(), 0);
+}
+
+TEST(RefineList, KeepsTheOrderAndNulls)
+{
+    RQ_RefineList list;
+    EXPECT_TRUE(list.begin().atEnd());
+    EXPECT_FALSE(list.refine(nullptr, nullptr));
+
+    const TestPrimitiveHandle parent = leaf();
+    EXPECT_FALSE(list.refine(parent.get(), nullptr));
+    parent->children = {leaf(), nullptr, leaf()};
+    EXPECT_TRUE(list.refine(parent.get(), nullptr));
+    RQ_RefineList copy(list);
+    EXPECT_TRUE(copy.refine(parent.get(), nullptr));
+    EXPECT_EQ(list.entries(), 3);
+    EXPECT_EQ(copy.entries(), 6);
+
+    int seen = 0;
+    for (RQ_RefineList::iterator it = list.begin(); !it.atEnd(); ++it, ++seen)
+        EXPECT_EQ(it.getPrimitive(), parent->children[size_t(it.getCurr())]);
+    EXPECT_EQ(seen, 3);
+    list.clear();
+    EXPECT_EQ(list.entries(), 0);
+}
+
+TEST(RefinePrimitive, StopsWhenNothingChanges)
+{
+    const RQ_PrimitiveHandle a = leaf(), b = leaf();
+    const TestPrimitiveHandle none = leaf(), one = leaf(), two = leaf();
+    one->children = {a};
+    two->children = {a, b};
+    EXPECT_FALSE(RQ_Primitive::refinePrimitive(nullptr, nullptr));
+    EXPECT_FALSE(RQ_Primitive::refinePrimitive(none, nullptr));
+    EXPECT_EQ(RQ_Primitive::refinePrimitive(one, nullptr), a);
+    EXPECT_EQ(RQ_Primitive::refinePrimitive(collectionOf({a}), nullptr), a);
+    EXPECT_FALSE(RQ_Primitive::refinePrimitive(collectionOf({}), nullptr));
+    EXPECT_FALSE(RQ_Primitive::refinePrimitive(collectionOf({a, b}), nullptr));
+
+    two->setStaticGeometry(true);
+    const RQ_PrimitiveHandle both = RQ_Primitive::refinePrimitive(two, nullptr);
+    ASSERT_TRUE(both);
+    EXPECT_EQ(both->getPrimitiveType(), RQ_PRIM_COLLECT);
+    EXPECT_TRUE(both->isStaticGeometry());
+    one->setStaticGeometry(true);
+    a->setStaticGeometry(false);
+    EXPECT_FALSE(RQ_Primitive::refinePrimitive(one, nullptr)->isStaticGeometry()) << "a known state is kept";
+}
+
+TEST(RefinePrimitive, MeasuresAreSums)
+{
+    const CollectHandle inner = collectionOf({leaf(1.0), nullptr, leaf(2.0)});
+    const TestPrimitiveHandle outer = leaf(100.0);
+    outer->children = {inner, leaf(4.0), nullptr};
+    EXPECT_EQ(outer->computeSurfaceArea(0), 7.0);
+    EXPECT_EQ(outer->computeSurfaceArea(2), 21.0);
+    EXPECT_EQ(outer->computePerimeter(0), 0.0);
+    EXPECT_EQ(outer->computeVolume(BAS_Vec3f(0.0f), 0), 0.0);
+}
+
+TEST(PrimCollect, HandsOutItsChildrenPlaced)
+{
+    const TestPrimitiveHandle own = leaf();
+    own->setPrimitiveTransform(translation(1, 0, 0));
+    const CollectHandle collection = collectionOf({own, nullptr, leaf()});
+    EXPECT_FALSE(RQ_PrimCollect().refine(*std::make_unique<RQ_RefineCollect>(), nullptr));
+
+    RQ_RefineList list;
+    EXPECT_TRUE(list.refine(collection.get(), nullptr));
+    ASSERT_EQ(list.entries(), 2);
+    EXPECT_EQ(list.getPrimitive(0), own);
+
+    list.clear();
+    collection->setPrimitiveTransform(translation(0, 2, 0));
+    EXPECT_TRUE(list.refine(collection.get(), nullptr));
+    ASSERT_EQ(list.entries(), 2);
+    EXPECT_NE(list.getPrimitive(0), own);
+    EXPECT_TRUE(*list.getPrimitive(0)->getPrimitiveTransform() == *translation(1, 2, 0));
+    EXPECT_TRUE(*own->getPrimitiveTransform() == *translation(1, 0, 0));
+    EXPECT_TRUE(*collection->clone()->getPrimitiveTransform() == *translation(0, 2, 0));
+}
+
+TEST(PrimCollect, GivesTheSamePrimitivesWithAndWithoutThreads)
+{
+    const CollectHandle wide(new RQ_PrimCollect);
+    wide->reserve(100000);
+    host::parallelFor(100000, 1000, [&](int64_t) { wide->appendPrimitive(leaf()); });
+    RecordingSink serial(false), threaded(true);
+    EXPECT_TRUE(wide->refine(serial, nullptr));
+    EXPECT_TRUE(wide->refine(threaded, nullptr));
+    ASSERT_EQ(serial.received.size(), 100000u);
+    for (int64_t i = 0; i < wide->entries(); ++i)
+        ASSERT_EQ(serial.received[size_t(i)], wide->getPrim(i)) << "child " << i;
+    using Set = std::set<RQ_PrimitiveHandle>;
+    EXPECT_EQ(Set(serial.received.begin(), serial.received.end()), Set(threaded.received.begin(), threaded.received.end()));
+}
+
+TEST(PrimCollect, RefinesIntoItselfOnlyOnce)
+{
+    for (const int count : {1, 3000})
+    {
+        const CollectHandle collection = rowOfBoxes(count);
+        RQ_RefineCollect onto(collection);
+        EXPECT_TRUE(collection->refine(onto, nullptr));
+        EXPECT_EQ(collection->entries(), 2 * count);
+    }
+}
+
+TEST(PrimCollect, BoundsDoNotDependOnTheCount)
+{
+    for (const int count : {1, 511, 512, 2000})
+    {
+        SCOPED_TRACE(count);
+        const CollectHandle row = rowOfBoxes(count);
+        row->appendPrimitive(nullptr);
+        row->setPrimitiveTransform(translation(100, 100, 100));
+        // More boxes than segments, and one that holds something already.
+        std::vector<BAS_BoundingBox> boxes(9);
+        boxes[8].enlarge(BAS_Vec3f(-5.0f));
+        row->enlargeBounds(boxes.data(), 9);
+        const BAS_Vec3f low(0, count == 1 ? 2 : 0, 0), high(float(count), 3, 1);
+        EXPECT_EQ(boxes[0], BAS_BoundingBox(low, high));
+        EXPECT_EQ(boxes[8], BAS_BoundingBox(BAS_Vec3f(-5.0f), high));
+        row->enlargeRenderBounds(nullptr, 0);
+    }
+}
+
+TEST(PrimCollect, SumsUpItsChildren)
+{
+    const TestPrimitiveHandle moving = leaf(), still = leaf();
+    moving->motionSegments = 3;
+    still->motionSegments = 2;
+    moving->lists[RQ_OWNER_POINT] = listOf("v", {numbers<float>({1, 1, 1, 2, 2, 2}, 3)});
+    EXPECT_EQ(RQ_PrimCollect().getMotionSegments(), 1);
+    EXPECT_EQ(collectionOf({nullptr})->getMotionSegments(), 1);
+    const CollectHandle collection = collectionOf({moving, nullptr, still});
+    EXPECT_EQ(collection->getMotionSegments(), 2);
+    EXPECT_EQ(collection->getMemoryUsage(), 96 + 2000);
+
+    BAS_Vec3f low, high;
+    collectionOf({moving})->getVelocityRange(low, high, "v");
+    EXPECT_EQ(low, BAS_Vec3f(0.0f));
+    EXPECT_EQ(high, BAS_Vec3f(2.0f));
+}
+
+TEST(PrimCollect, HardensWhatCanBeHardened)
+{
+    const TestPrimitiveHandle soft = leaf(), refuses = leaf();
+    refuses->hardens = false;
+    const CollectHandle collection = collectionOf({soft, nullptr, refuses});
+    testing::internal::CaptureStderr();
+    const RQ_PrimitiveHandle hardened = collection->harden();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "TestPrimitive\n");
+
+    const auto *result = dynamic_cast<const RQ_PrimCollect *>(hardened.get());
+    ASSERT_TRUE(result);
+    EXPECT_EQ(collection->getPrim(0), soft);
+    EXPECT_TRUE(result->getPrim(0));
+    EXPECT_NE(result->getPrim(0), soft);
+    EXPECT_FALSE(result->getPrim(1));
+    EXPECT_EQ(result->getPrim(2), refuses);
+}
+
+TEST(PrimCollect, SavesAsList)
+{
+    EXPECT_EQ(jsonOf(RQ_PrimCollect()), "[\"List\",[]]");
+    EXPECT_EQ(jsonOf(*collectionOf({nullptr, collectionOf({})})), "[\"List\",[[\"List\",[]]]]");
+    std::string text;
+    BAS_JSONWriter writer(text);
+    EXPECT_FALSE(collectionOf({leaf(), leaf()})->save(writer));
+    writer.flush();
+    BAS_JSONValue value;
+    std::string error;
+    EXPECT_TRUE(BAS_JSONValue::parse(text, value, error)) << text;
+}
+
+TEST(PrimCollect, NestsDeep)
+{
+    RQ_PrimitiveHandle nest(new TestPrimitive(listOf("P", {positions({1, 2, 3})})));
+    static_cast<TestPrimitive *>(nest.get())->area = 3.0;
+    for (int i = 0; i < 1000; ++i)
+        nest = collectionOf({nest});
+
+    BAS_BoundingBox box;
+    nest->enlargeBounds(&box, 1);
+    EXPECT_EQ(box.minimum(), BAS_Vec3f(1, 2, 3));
+    EXPECT_EQ(nest->computeSurfaceArea(0), 3.0);
+    EXPECT_EQ(nest->getMemoryUsage(), 1000 + 96000);
+    EXPECT_EQ(nest->getMotionSegments(), 1);
+
+    int depth = 0;
+    while (const RQ_PrimitiveHandle inner = RQ_Primitive::refinePrimitive(nest, nullptr))
+    {
+        nest = inner;
+        ++depth;
+    }
+    EXPECT_EQ(depth, 1000);
+}
