@@ -71,22 +71,23 @@ bool OBJAssembly::build(MOD_DetailHandle &detail)
     return true;
 }
 
-bool OBJAssembly::hasAny(Indices indices) const
-{
-    return std::any_of(blocks_.begin(), blocks_.end(), [&](const OBJBlock &block) { return !(block.*indices).empty(); });
-}
-
 // Turn what the corners of all blocks refer to into element numbers; nothing when no corner refers to this sort.
 bool OBJAssembly::resolve(const Slot &slot, std::vector<int32_t> &elements)
 {
-    if (!hasAny(slot.indices))
+    const int64_t total = before_.back().*slot.before;
+    if (total == 0 && slot.number != kPoint.number)
+    {
+        warnOfReferences(slot);
         return true;
+    }
+    if (std::none_of(blocks_.begin(), blocks_.end(), [&](const OBJBlock &block) { return !(block.*slot.indices).empty(); }))
+        return true;
+
     elements.resize(size_t(before_.back().corners), objIndex::kNone);
     std::vector<int64_t> failed(blocks_.size(), -1);
     host::parallelFor(int64_t(blocks_.size()), 1, [&](int64_t b) {
         const std::vector<int32_t> &indices = blocks_[size_t(b)].*slot.indices;
         const Before &before = before_[size_t(b)];
-        const int64_t total = before_.back().*slot.before;
         for (size_t i = 0; i < indices.size() && failed[size_t(b)] < 0; ++i)
         {
             if (!objIndex::resolve(indices[i], before.*slot.before, total, elements[size_t(before.corners) + i]))
@@ -94,15 +95,32 @@ bool OBJAssembly::resolve(const Slot &slot, std::vector<int32_t> &elements)
         }
     });
     const auto first = std::find_if(failed.begin(), failed.end(), [](int64_t corner) { return corner >= 0; });
-    return first == failed.end() || failAtCorner(blocks_[size_t(first - failed.begin())], *first, slot);
+    if (first == failed.end())
+        return true;
+    const char *place = findCorner(blocks_[size_t(first - failed.begin())].text, *first, slot.number);
+    return messages_.fail(source_.name, placeOf(source_.text, place), expectation(slot, place));
 }
 
-bool OBJAssembly::failAtCorner(const OBJBlock &block, int64_t corner, const Slot &slot)
+// Corners may name uv or normals that an exporter left out of the whole file: they lose nothing but these.
+void OBJAssembly::warnOfReferences(const Slot &slot)
 {
-    const char *place = findCorner(block.text, corner, slot.number);
-    return messages_.fail(source_.name, placeOf(source_.text, place),
-                          fmt::format("expected the number of a {}, of which the file has {}, found {}", slot.name,
-                                      before_.back().*slot.before, describe(source_.text, place)));
+    for (const OBJBlock &block : blocks_)
+    {
+        const std::vector<int32_t> &indices = block.*slot.indices;
+        const auto first =
+            std::find_if(indices.begin(), indices.end(), [](int32_t index) { return index != objIndex::kNone; });
+        if (first == indices.end())
+            continue;
+        const char *place = findCorner(block.text, first - indices.begin(), slot.number);
+        messages_.warn(source_.name, placeOf(source_.text, place), expectation(slot, place) + "; corners get none");
+        return;
+    }
+}
+
+std::string OBJAssembly::expectation(const Slot &slot, const char *place) const
+{
+    return fmt::format("expected the number of a {}, of which the file has {}, found {}", slot.name,
+                       before_.back().*slot.before, describe(source_.text, place));
 }
 
 // Primitives of the same kind that follow each other are appended together.

@@ -39,9 +39,9 @@ private:
     };
     static const Slot kPoint, kUV, kNormal;
 
-    bool hasAny(Indices indices) const;
     bool resolve(const Slot &slot, std::vector<int32_t> &elements);
-    bool failAtCorner(const OBJBlock &block, int64_t corner, const Slot &slot);
+    void warnOfReferences(const Slot &slot);
+    std::string expectation(const Slot &slot, const char *place) const;
     bool appendPrimitives(MOD_Edit &edit, const std::vector<int32_t> &points);
     bool appendRun(MOD_Edit &edit, OBJKind kind, std::span<const int32_t> counts, std::span<const int32_t> points);
     void writePoints(MOD_Edit &edit);

@@ -242,6 +242,8 @@ TEST(OBJ, SaysWhereARecordIsWrong)
 }
 
 const MessageCase kWarningCases[] = {
+    {kPoints + "f 1 2/-1 3/4",
+     "x.obj:5:7: warning: expected the number of a uv, of which the file has 0, found \"-1\"; corners get none"},
     {"", "x.obj: warning: expected points, found none"},
     {kPoints + "f\nf 1\nf 1 2\nf 1 2 3",
      "x.obj:5:1: warning: expected three or more corners, found fewer; 3 such faces are kept"},
