@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <apps/info.h>
+#include <apps/offline/render.h>
 #include <host/bas/Parallel.h>
 
 namespace
@@ -31,6 +32,21 @@ CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options
     addCommonOptions(*command, common);
     return command;
 }
+
+CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &options)
+{
+    CLI::App *command = program.add_subcommand("render", "Render a file to a picture, without a window");
+    command->add_option("FILE", options.file, "File to read; - is standard input")->required()->type_name("");
+    command->add_option("-o,--output", options.output, "PNG file to write")->required()->type_name("PNG");
+    command->add_option("--size", options.size, "Size of the picture in pixels")->type_name("WxH")->capture_default_str();
+    command->add_option("--samples", options.samples, "Rays per pixel")
+        ->type_name("N")
+        ->check(CLI::Range(1, 65536))
+        ->capture_default_str();
+    command->add_flag("!--no-ground", options.ground, "Leave out the floor under the object");
+    addCommonOptions(*command, common);
+    return command;
+}
 }  // namespace
 
 int main(int argc, char **argv)
@@ -41,7 +57,9 @@ int main(int argc, char **argv)
 
     CommonOptions common;
     InfoOptions info;
+    RenderOptions render;
     const CLI::App *infoCommand = addInfo(program, common, info);
+    const CLI::App *renderCommand = addRender(program, common, render);
     try
     {
         program.parse(argc, argv);
@@ -56,5 +74,7 @@ int main(int argc, char **argv)
         limit.emplace(common.threads);
     if (infoCommand->parsed())
         return runInfo(common, info);
+    if (renderCommand->parsed())
+        return runRender(common, render);
     return ExitUsage;
 }

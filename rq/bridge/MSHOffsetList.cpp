@@ -56,7 +56,6 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start
 RQ_MSHOffsetList RQ_MSHOffsetList::pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices)
 {
     RQ_MSHOffsetList points;
-    points.reserve(vertices.entries());
     for (int64_t i = 0; i < vertices.entries(); ++i)
         points.append(detail.readLock()->vertexPoint(vertices[i]));
     return points;

@@ -30,7 +30,6 @@ public:
 
     void append(ELM_Offset offset);
     void concat(const RQ_MSHOffsetList &other);
-    void reserve(int64_t count) { list_.reserve(count); }
     void clear() { *this = RQ_MSHOffsetList(); }
 
     /// Replace one offset.  A fact that the new one breaks becomes false; `checkMonotonic` finds out whether one is true again.

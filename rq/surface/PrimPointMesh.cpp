@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <host/bas/JSONWriter.h>
+#include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 
 RQ_PrimPointMesh::RQ_PrimPointMesh() = default;

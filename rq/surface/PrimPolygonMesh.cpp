@@ -4,6 +4,7 @@
 
 #include <host/bas/JSONWriter.h>
 #include <rq/data/DAConstantValue.h>
+#include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;

@@ -1,0 +1,106 @@
+#include <rq/bridge/MSHDetail.h>
+
+#include <host/bas/JSONWriter.h>
+#include <host/msh/Detail.h>
+#include <rq/bridge/MSHPrimCollectPoly.h>
+#include <rq/bridge/detail/DetailWalk.h>
+#include <rq/bridge/detail/makePoints.h>
+#include <rq/prim/PrimitiveJSON.h>
+#include <rq/prim/PrimitiveType.h>
+
+RQ_MSHDetail::RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
+    : RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{detail}, range)
+{
+}
+
+RQ_MSHDetail::RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range)
+    : details_(std::make_shared<RQ_MSHDetailList>(std::move(details))), range_(range)
+{
+}
+
+RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetail &other) = default;
+RQ_MSHDetail::~RQ_MSHDetail() = default;
+
+RQ_PrimitiveHandle RQ_MSHDetail::makeDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
+{
+    return new RQ_MSHDetail(detail, range);
+}
+
+RQ_PrimitiveHandle RQ_MSHDetail::makePolygonMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range,
+                                                 const RQ_RefineParms *parms)
+{
+    if (!detail)
+        return nullptr;
+    const auto details = std::make_shared<RQ_MSHDetailList>(detail);
+    RQ_MSHPrimCollectPolyData polygons(parms);
+    const MSH_Detail &snapshot = *detail.readLock();
+    RQ_MSHPrimCollectPoly().collectAll(&polygons, snapshot, range ? *range : snapshot.range(ELM_OWNER_PRIMITIVE), nullptr);
+    return polygons.makeMesh(details);
+}
+
+RQ_PrimitiveHandle RQ_MSHDetail::makePointMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
+{
+    if (!detail)
+        return nullptr;
+    const MSH_Detail &snapshot = *detail.readLock();
+    const RQ_MSHOffsetList points(snapshot, range ? *range : snapshot.range(ELM_OWNER_POINT));
+    return points.entries() > 0 ? rq::makePointMesh(RQ_MSHDetailList(detail), points, nullptr) : nullptr;
+}
+
+const char *RQ_MSHDetail::className() const { return "RQ_MSHDetail"; }
+int RQ_MSHDetail::getPrimitiveType() const { return RQ_PRIM_MSH_DETAIL; }
+
+void RQ_MSHDetail::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
+{
+    const MSH_Detail *detail = details_->getDetail();
+    if (!detail)
+        return;
+    RQ_MSHOffsetList points(*detail, ELM_OWNER_POINT);
+    if (range_)
+    {
+        RQ_MSHOffsetList vertices;
+        for (const auto [begin, end] : range_->blocks())
+            for (ELM_Offset primitive = begin; primitive < end; ++primitive)
+                vertices.concat(RQ_MSHOffsetList(detail->vertices(primitive)));
+        points = RQ_MSHOffsetList::pointFromVertex(details_->getHandle(), vertices);
+    }
+    enlargeP(boxes, segments, details_->getPointAttributes(nullptr, points));
+}
+
+void RQ_MSHDetail::getVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const BAS_StringHolder &name) const
+{
+    const MSH_Detail *detail = details_->getDetail();
+    const RQ_AttributeListHandle points =
+        detail ? details_->getPointAttributes(nullptr, RQ_MSHOffsetList(*detail, ELM_OWNER_POINT)) : nullptr;
+    computeVelocityRange(minimum, maximum, points ? points->get(name, 0) : nullptr);
+}
+
+bool RQ_MSHDetail::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const
+{
+    if (!details_->getDetail())
+        return false;
+    rq::DetailWalk(details_, range_.get(), getPrimitiveTransform(), sink, parms).run();
+    return true;
+}
+
+int64_t RQ_MSHDetail::getMemoryUsage() const
+{
+    return int64_t(sizeof(*this) + sizeof(RQ_MSHDetailList)) + details_->getSegments() * int64_t(sizeof(MOD_ConstDetailHandle));
+}
+
+bool RQ_MSHDetail::save(BAS_JSONWriter &writer) const
+{
+    const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_MSH_DETAIL));
+    const MSH_Detail *detail = details_->getDetail();
+    return record->beginMap() && record->writeKeyInt("points", detail ? detail->pointCount() : 0) &&
+           record->writeKeyInt("vertices", detail ? detail->vertexCount() : 0) &&
+           record->writeKeyInt("primitives", detail ? detail->primitiveCount() : 0) && record->endMap() &&
+           saveAttributeLists(*record);
+}
+
+RQ_PrimitiveHandle RQ_MSHDetail::doSoftCopy() const { return new RQ_MSHDetail(*this); }
+
+RQ_PrimitiveHandle RQ_Primitive::refineDetail(const MOD_ConstDetailHandle &detail, const RQ_RefineParms *parms)
+{
+    return refinePrimitive(RQ_MSHDetail::makeDetail(detail), parms);
+}

@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <rq/prim/Transform.h>
+#include <rq/surface/PrimPointMesh.h>
+#include <tests/rq/surface/Fixture.h>
+
+using namespace tests;
+
+TEST(UnusedPoints, AreDroppedInOrderWithARemap)
+{
+    for (const MeshShape &shape : meshShapes())
+    {
+        SCOPED_TRACE(shape.name);
+        std::vector<double> used, remap;
+        for (int point = 0; point < shape.pointCount(); ++point)
+        {
+            const bool isUsed = std::count(shape.indices.begin(), shape.indices.end(), point) > 0;
+            remap.push_back(isUsed ? double(used.size()) : -1.0);
+            if (isUsed)
+                used.push_back(point);
+            if (shape.pointCount() > 1000)
+                break;
+        }
+        if (shape.pointCount() > 1000)
+            continue;
+
+        const RQ_PolygonMeshHandle mesh = makeMesh(shape);
+        EXPECT_EQ(valuesOf(mesh->getUsedPointList()), used);
+        RQ_DataArrayHandle rows;
+        const RQ_PolygonMeshHandle kept = mesh->removeUnusedPoints(&rows);
+        EXPECT_EQ(valuesOf(rows), remap);
+        EXPECT_EQ(kept == mesh, int(used.size()) == shape.pointCount());
+        EXPECT_EQ(kept->getPointCount(), int64_t(used.size()));
+        for (int64_t corner = 0; corner < kept->getVertexCount(); ++corner)
+            for (int axis = 0; axis < 3; ++axis)
+            {
+                const double before = mesh->getShared()->get("P", 0)->getF64(mesh->getVertexList()->getI64(corner), axis);
+                const double after = kept->getShared()->get("P", 0)->getF64(kept->getVertexList()->getI64(corner), axis);
+                EXPECT_TRUE(before == after || (before != before && after != after)) << "corner " << corner;
+            }
+    }
+}
+
+TEST(Measures, FollowTheTransform)
+{
+    const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());
+    EXPECT_DOUBLE_EQ(mesh->computeSurfaceArea(0), 6.0);
+    EXPECT_DOUBLE_EQ(mesh->computePerimeter(0), 24.0);
+    EXPECT_DOUBLE_EQ(mesh->computeVolume(BAS_Vec3f(9.0f, 5.0f, 7.0f), 0), 1.0);
+    EXPECT_DOUBLE_EQ(makeMesh(meshShape("mirrored cube"))->computeVolume(BAS_Vec3f(0.0f), 0), -1.0);
+    EXPECT_DOUBLE_EQ(makeMesh(meshShape("dart"))->computeSurfaceArea(0), 1.5);
+    EXPECT_EQ(makeMesh(meshShape("empty"))->computeSurfaceArea(0), 0.0);
+
+    BAS_Mat4d matrix;
+    matrix.setScale(BAS_Vec3d(2.0, 3.0, 4.0));
+    matrix[3][0] = 10.0;
+    mesh->setPrimitiveTransform(new RQ_Transform(&matrix, 1));
+    EXPECT_DOUBLE_EQ(mesh->computeSurfaceArea(0), 2.0 * (6.0 + 8.0 + 12.0));
+    EXPECT_DOUBLE_EQ(mesh->computeVolume(BAS_Vec3f(0.0f), 0), 24.0);
+    BAS_BoundingBox box;
+    mesh->enlargeBounds(&box, 1);
+    EXPECT_EQ(box, BAS_BoundingBox(BAS_Vec3f(9.0f, -1.5f, -2.0f), BAS_Vec3f(11.0f, 1.5f, 2.0f)));
+}
+
+TEST(Mesh, ValidateNamesWhatDoesNotFit)
+{
+    const MeshShape cube = cubeShape();
+    const RQ_AttributeListHandle shared = oneAttribute("P", positions(cube.positions));
+    std::vector<int> outside = cube.indices, negative = cube.indices;
+    outside[5] = 8;
+    negative[7] = -1;
+    struct Case
+    {
+        const char *what;
+        RQ_PolygonMeshHandle mesh;
+        const char *message;
+    };
+    const Case cases[] = {
+        {"sound", makeMesh(cube), ""},
+        {"empty", new RQ_PrimPolygonMesh, ""},
+        {"point beyond the last", new RQ_PrimPolygonMesh(integers(cube.counts), integers(outside), shared), "corner 5 uses point 8"},
+        {"negative point", new RQ_PrimPolygonMesh(integers(cube.counts), integers(negative), shared), "corner 7 uses point -1"},
+        {"list too short", new RQ_PrimPolygonMesh(integers(cube.counts), integers({0, 1, 2}), shared), "vertex list has 3"},
+        {"list missing", new RQ_PrimPolygonMesh(integers(cube.counts), nullptr, shared), "vertex list has 0"},
+        {"vertex data too short",
+         new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared, oneAttribute("uv", integers({1}))),
+         "vertex attribute uv has 1 entries, expected 24"},
+        {"uniform data too long",
+         new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared, {}, oneAttribute("id", integers({1}))),
+         "uniform attribute id has 1 entries, expected 6"},
+    };
+    for (const Case &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        std::string why;
+        EXPECT_EQ(c.mesh->validate(&why), *c.message == '\0') << why;
+        EXPECT_EQ(why.substr(0, std::string(c.message).size()), c.message);
+    }
+}
+
+TEST(Mesh, EdgesLeadBackToTheFirstCorner)
+{
+    const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());
+    int64_t from = -1, to = -1;
+    mesh->getEdgePoints(1, 2, from, to);
+    EXPECT_EQ(std::make_pair(from, to), std::make_pair(int64_t(7), int64_t(6)));
+    mesh->getEdgePoints(1, 3, from, to);
+    EXPECT_EQ(std::make_pair(from, to), std::make_pair(int64_t(6), int64_t(4)));
+}
+
+TEST(Mesh, HardCopiesOwnTheirArraysAndSoftCopiesShareThem)
+{
+    const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape())->removeUnusedPoints();
+    mesh->setStaticGeometry(true);
+    const auto soft = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(mesh->RQ_Primitive::clone());
+    const auto hard = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(mesh->harden());
+    EXPECT_EQ(soft->getShared(), mesh->getShared());
+    EXPECT_NE(hard->getShared()->get("P", 0), mesh->getShared()->get("P", 0));
+    EXPECT_EQ(hard->getShared()->get("P", 0)->getDataId(), mesh->getShared()->get("P", 0)->getDataId());
+    EXPECT_TRUE(hard->isStaticGeometry());
+    EXPECT_DOUBLE_EQ(hard->computeVolume(BAS_Vec3f(0.0f), 0), 1.0);
+    EXPECT_TRUE(hard->validate());
+}
+
+TEST(PointMesh, BoundsGrowByTheLargestWidth)
+{
+    const RQ_AttributeListHandle points = oneAttribute("P", positions({0, 0, 0, 1, 2, 3}));
+    const float widths[] = {0.25f, -0.5f};
+    const RQ_AttributeListHandle wide =
+        points->addAttribute("width", RQ_DataArrayHandle(new RQ_DANumeric<float>(widths, 2)), true);
+    BAS_BoundingBox box(BAS_Vec3f(-9.0f), BAS_Vec3f(-8.0f));
+    RQ_PrimitiveHandle(new RQ_PrimPointMesh(wide))->enlargeBounds(&box, 1);
+    EXPECT_EQ(box, BAS_BoundingBox(BAS_Vec3f(-9.0f), BAS_Vec3f(1.5f, 2.5f, 3.5f)));
+
+    BAS_BoundingBox empty;
+    RQ_PrimitiveHandle(new RQ_PrimPointMesh)->enlargeBounds(&empty, 1);
+    EXPECT_TRUE(empty.isEmpty());
+}
