@@ -39,6 +39,17 @@ const ELM_Group *ELM_GroupDict::find(std::string_view name) const
     return nullptr;
 }
 
+void ELM_GroupDict::trim(ELM_Offset end)
+{
+    for (ELM_GroupHandle &group : groups_)
+        if (group->bits()->size() > end)
+        {
+            if (group->use_count() > 1)
+                group = group->clone();
+            group->trim(end);
+        }
+}
+
 ELM_Group *ELM_GroupDict::writable(ELM_Owner owner, const BAS_StringHolder &name)
 {
     for (ELM_GroupHandle &group : groups_)

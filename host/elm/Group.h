@@ -35,9 +35,17 @@ public:
     /// A bit for each offset up to the last that was ever set or cleared.
     const std::shared_ptr<BAS_BitArray> &bits() const { return bits_; }
 
-    /// Put an element in, or take it out.  Negative offsets are ignored.
+    /// Put an element in, or take it out.  Negative offsets are ignored, and those beyond the elements that the detail has
+    /// when the edit is committed are dropped then.
     void set(ELM_Offset offset, bool member = true) { setRange(offset, 1, member); }
     void setRange(ELM_Offset first, int64_t count, bool member = true);
+
+    /// Drop members from an offset on.
+    void trim(ELM_Offset end)
+    {
+        if (bits_->size() > end)
+            bits_->resize(end);
+    }
 
     int64_t memoryUsage() const { return int64_t(sizeof(*this)) + bits_->getMemoryUsage(); }
 
@@ -59,6 +67,9 @@ public:
 
     /// A group to write, created when there is none; a copy takes its place when others share it.
     ELM_Group *writable(ELM_Owner owner, const BAS_StringHolder &name);
+
+    /// Drop members from an offset on, from every group that has some.
+    void trim(ELM_Offset end);
 
 private:
     std::vector<ELM_GroupHandle> groups_;

@@ -65,6 +65,8 @@ void ELM_StringTuple::fill(int64_t first, int64_t count, int32_t index)
 
 bool ELM_StringTuple::writeIndices(int64_t first, int64_t count, const int32_t *indices)
 {
+    if (first < 0 || count < 0 || first > size() - count)
+        return false;
     const int32_t known = int32_t(table_->strings.size());
     for (int64_t i = 0; i < count * tupleSize(); ++i)
         if (indices[i] < -1 || indices[i] >= known)

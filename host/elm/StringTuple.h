@@ -10,6 +10,7 @@
 ///
 /// Shape      the table keeps the order in which strings first appeared; entries that no row uses any more stay in it
 /// Ownership  copies share table and indices; a write copies what it touches
+/// Failure    rows and indices are not checked where nothing is said
 /// Threads    reads are safe from any thread; writes need the only access to this copy
 class HOST_API ELM_StringTuple
 {
@@ -43,8 +44,8 @@ public:
     /// Let rows share one string of the table, or none (-1).  For bulk writing: `add` each distinct string once.
     void fill(int64_t first, int64_t count, int32_t index);
 
-    /// Replace the indices of rows, `tupleSize()` each.  False, and nothing changes, when one is neither -1 nor in the
-    /// table.
+    /// Replace the indices of rows, `tupleSize()` each.  False, and nothing changes, when the rows are not there or an
+    /// index is neither -1 nor in the table.
     bool writeIndices(int64_t first, int64_t count, const int32_t *indices);
 
     void resize(int64_t size) { indices_.resize(size); }

@@ -170,6 +170,8 @@ void MOD_Edit::finishColumns()
                 attribute->renewDataId();
                 attribute->defragment();
             }
+    for (int owner = 0; owner < ELM_ELEMENT_OWNERS; ++owner)
+        data_.groups[owner].trim(data_.capacity[owner]);
     if (topologyChanged_)
     {
         data_.topologyId = ELM_Attribute::nextDataId();

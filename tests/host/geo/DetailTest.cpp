@@ -205,6 +205,18 @@ TEST(Edit, OnlyWhatIsTouchedTakesNewIds)
     }
 }
 
+TEST(Edit, GroupsEndWhereTheElementsDo)
+{
+    const MOD_DetailHandle detail = smallDetail();
+    MOD_Edit edit(detail);
+    edit.group(ELM_OWNER_PRIMITIVE, ELM_HIDDEN_GROUP_NAME)->setRange(1, 5000);
+    const MOD_ConstDetailHandle snapshot = edit.commit();
+    ASSERT_NE(snapshot.readLock()->hidden(), nullptr);
+    EXPECT_EQ(snapshot.readLock()->hidden()->count(), 2);
+    for (const auto [begin, end] : ELM_Range(*snapshot.readLock()->hidden()).blocks())
+        EXPECT_LE(end, snapshot.readLock()->primitiveCount());
+}
+
 TEST(Edit, AnAttributeOfAnotherShapeIsReplacedInItsPlace)
 {
     const MOD_DetailHandle detail = smallDetail();

@@ -172,6 +172,7 @@ TEST(Attribute, StringsShareOneTable)
 
     const int32_t beyond[] = {0, 3}, good[] = {1, -1};
     EXPECT_FALSE(strings.writeIndices(0, 2, beyond));
+    EXPECT_FALSE(strings.writeIndices(1999, 2, good));
     EXPECT_EQ(strings.get(0).view(), "both");
     EXPECT_TRUE(strings.writeIndices(0, 2, good));
     EXPECT_EQ(strings.get(0).view(), "right");
