@@ -12,6 +12,7 @@ using ELM_AttributeHandle = BAS_IntrusivePtr<ELM_Attribute>;
 /// A named column of values, one per element of its owner (one for the detail).
 ///
 /// Ownership  intrusively counted and shared by all snapshots of a detail between which it did not change
+/// Failure    writes throw std::bad_alloc when memory is exhausted; catch it where the edit is opened
 /// Threads    constant in a published detail; the mutating members are for the edit that owns the attribute
 class HOST_API ELM_Attribute final : public BAS_IntrusiveRefCounter<ELM_Attribute>
 {
