@@ -143,7 +143,9 @@ std::string formatTable(const std::vector<Row> &rows)
     std::string text = "| Job | Mesh | Who | Threads | Mode | ms | ns an item | xM | Peak MB | Error | Against ours |\n"
                        "|---|---|---|---|---|---|---|---|---|---|---|\n";
     std::map<std::string, double> ours;
-    const auto key = [](const Row &row) { return fmt::format("{}/{}/{}/{}", row.job.job, row.job.mesh, row.job.threads, row.mode); };
+    const auto key = [](const Row &row) {
+        return fmt::format("{}/{}/{}/{}", row.job.job, row.job.mesh, row.job.threads, row.mode);
+    };
     for (const Row &row : rows)
         if (row.job.who == "ours")
             ours[key(row)] = row.seconds;
@@ -177,10 +179,11 @@ int main(int argc, char **argv)
     }
     const std::string table = formatTable(rows);
     writeJSON(rows, "bench-report.json");
-    std::ofstream("bench-report.md") << "# Benchmarks\n\n"
-                                     << "xM: the job's time over that of a memory copy that moves as many bytes, taken right "
-                                        "after it.  One thread: median processor time; more: median wall time.\n\n"
-                                     << table;
+    std::ofstream("bench-report.md")
+        << "# Benchmarks\n\n"
+        << "xM: the job's time over that of a memory copy that moves as many bytes, taken right "
+           "after it.  One thread: median processor time; more: median wall time.\n\n"
+        << table;
     fmt::print("{}", table);
     return 0;
 }

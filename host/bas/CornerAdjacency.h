@@ -22,15 +22,17 @@ template <class Index> struct CornerAdjacency
     Row corners;
 
     /// `pointOf(corner)` names the point of a corner; it must lie in [0, points).
-    template <class PointOf> CornerAdjacency(int64_t points, int64_t cornerCount, PointOf &&pointOf)
+    template <class PointOf>
+    CornerAdjacency(int64_t points, int64_t cornerCount, PointOf &&pointOf)
         : starts(size_t(points) + 1), corners(size_t(cornerCount))
     {
         // A count costs about 2 ns here, so a piece is some 30 us of work.
         constexpr int64_t kCornersPerTask = 16384;
         const auto cursor = [this](int64_t point) { return std::atomic_ref<Index>(starts[size_t(point)]); };
 
-        parallelForRange(points + 1, kCornersPerTask,
-                         [&](int64_t begin, int64_t end) { std::fill(starts.begin() + begin, starts.begin() + end, Index(0)); });
+        parallelForRange(points + 1, kCornersPerTask, [&](int64_t begin, int64_t end) {
+            std::fill(starts.begin() + begin, starts.begin() + end, Index(0));
+        });
         parallelFor(cornerCount, kCornersPerTask,
                     [&](int64_t corner) { cursor(pointOf(corner)).fetch_add(1, std::memory_order_relaxed); });
 

@@ -24,7 +24,8 @@ public:
     static void warn(std::string_view message);
 
     /// Format and warn when the verbose level is at least `level`.
-    template <class... Arguments> static void warn(int level, fmt::format_string<Arguments...> format, Arguments &&...arguments)
+    template <class... Arguments>
+    static void warn(int level, fmt::format_string<Arguments...> format, Arguments &&...arguments)
     {
         if (verboseLevel() >= level)
             warn(std::string_view(fmt::format(format, std::forward<Arguments>(arguments)...)));

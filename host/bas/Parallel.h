@@ -62,7 +62,8 @@ template <class Body> void parallelFor(int64_t count, int64_t grain, Body &&body
 
 /// Map fixed blocks of `block` items and merge the results in block order, so that the result has the same bits for any
 /// number of threads.  `map(begin, end)` returns a T; `merge(into, from)` adds a later block to an earlier one.
-template <class T, class Map, class Merge> T parallelReduce(int64_t count, int64_t block, T identity, Map &&map, Merge &&merge)
+template <class T, class Map, class Merge>
+T parallelReduce(int64_t count, int64_t block, T identity, Map &&map, Merge &&merge)
 {
     const int64_t blocks = (count + block - 1) / block;
     std::vector<T> partial(size_t(blocks), identity);

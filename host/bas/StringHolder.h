@@ -8,9 +8,9 @@
 
 /// A shared, immutable string; copying a handle costs one count.
 ///
-/// Shape      16 bytes a handle: the characters and the counted block that owns them (none for literals and the empty string)
-/// Ownership  copies share the block; the last one frees it
-/// Threads    handles may be copied and dropped on any thread; no global table, so making strings takes no lock
+/// Shape      16 bytes a handle: the characters and the counted block that owns them (none for literals and the empty
+/// string) Ownership  copies share the block; the last one frees it Threads    handles may be copied and dropped on any
+/// thread; no global table, so making strings takes no lock
 class HOST_API BAS_StringHolder
 {
 public:
@@ -40,7 +40,10 @@ public:
     /// Bytes of the shared block, 0 for literals.
     int64_t getMemoryUsage() const;
 
-    friend bool operator==(const BAS_StringHolder &a, const BAS_StringHolder &b) { return a.chars_ == b.chars_ || a.equals(b); }
+    friend bool operator==(const BAS_StringHolder &a, const BAS_StringHolder &b)
+    {
+        return a.chars_ == b.chars_ || a.equals(b);
+    }
     friend bool operator<(const BAS_StringHolder &a, const BAS_StringHolder &b) { return a.view() < b.view(); }
 
 private:

@@ -6,7 +6,8 @@
 
 #include <host/plt/types.h>
 
-/// A list of blank-separated name patterns: `*`, `?`, `[a-z]`; a leading `^` excludes.  The last pattern that matches decides.
+/// A list of blank-separated name patterns: `*`, `?`, `[a-z]`; a leading `^` excludes.  The last pattern that matches
+/// decides.
 ///
 /// Threads  immutable after construction
 class HOST_API BAS_StringMMPattern

@@ -15,3 +15,15 @@ using BAS_Mat3d = Imath::M33d;
 using BAS_Mat4f = Imath::M44f;
 using BAS_Mat4d = Imath::M44d;
 using BAS_Quatd = Imath::Quatd;
+
+namespace host
+{
+/// Place a point by a matrix whose fourth column counts as 0, 0, 0, 1: no division, so that every caller gets the same bits.
+inline BAS_Vec3d transformPoint(const BAS_Vec3d &p, const BAS_Mat4d &matrix)
+{
+    BAS_Vec3d placed;
+    for (int c = 0; c < 3; ++c)
+        placed[c] = p.x * matrix[0][c] + p.y * matrix[1][c] + p.z * matrix[2][c] + matrix[3][c];
+    return placed;
+}
+}  // namespace host

@@ -55,8 +55,8 @@ template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&posit
     return direction(newellVector(corners, position));
 }
 
-/// The angle in radians at corner `at` of a face.  Neighbours that lie on the corner are passed over, so that a quad with two
-/// corners in one place has the angles of the triangle that it is; 0 when all corners lie there.
+/// The angle in radians at corner `at` of a face.  Neighbours that lie on the corner are passed over, so that a quad with
+/// two corners in one place has the angles of the triangle that it is; 0 when all corners lie there.
 template <class Position> double cornerAngle(int64_t corners, int64_t at, Position &&position)
 {
     const BAS_Vec3d corner = position(at);

@@ -13,11 +13,12 @@
 RQ_PrimitiveHandle rq::makePointMesh(const RQ_MSHDetailList &details, const RQ_MSHOffsetList &points,
                                      const RQ_RefineParms *parms)
 {
-    return new RQ_PrimPointMesh(details.getPointAttributes(nullptr, points, parms), details.getDetailAttributes(nullptr, parms));
+    return new RQ_PrimPointMesh(details.getPointAttributes(nullptr, points, parms),
+                                details.getDetailAttributes(nullptr, parms));
 }
 
-rq::DetailWalk::DetailWalk(const RQ_MSHDetailListHandle &details, const ELM_Range *range, const RQ_TransformHandle &transform,
-                           RQ_Refine &sink, const RQ_RefineParms *parms)
+rq::DetailWalk::DetailWalk(const RQ_MSHDetailListHandle &details, const ELM_Range *range,
+                           const RQ_TransformHandle &transform, RQ_Refine &sink, const RQ_RefineParms *parms)
     : details_(details), detail_(*details->getDetail()), range_(range), transform_(transform), sink_(sink), parms_(parms),
       hidden_(!parms || parms->getSkipHidden() ? detail_.hidden() : nullptr),
       instances_(parms && parms->getPointInstanceEnable() && detail_.instanceFile())
@@ -44,7 +45,8 @@ bool rq::DetailWalk::wantsAllAsPoints() const
     if (RQ_RefineParms::getGeoPointMesh(parms_))
         return true;
     // With instance files the points are told apart by file below.
-    return detail_.primitiveCount() == 0 && !instances_ && !range_ && !refined_ && RQ_RefineParms::getShowUnusedPoints(parms_);
+    return detail_.primitiveCount() == 0 && !instances_ && !range_ && !refined_ &&
+           RQ_RefineParms::getShowUnusedPoints(parms_);
 }
 
 bool rq::DetailWalk::fitsBatch() const
@@ -153,9 +155,9 @@ void rq::DetailWalk::emitPoints(const RQ_MSHOffsetList &points, const BAS_String
         {
             const RQ_AttributeListHandle &detail = mesh->getDetailAttributes();
             const RQ_AttributeListHandle base = detail ? detail : new RQ_AttributeList(new RQ_AttributeMap, 1);
-            mesh = new RQ_PrimPointMesh(mesh->getPointAttributes(),
-                                        base->addAttribute(ELM_INSTANCE_FILE_NAME,
-                                                           RQ_DAIndexedString::createIndexed(&instanceFile, 1, 1), true));
+            mesh = new RQ_PrimPointMesh(
+                mesh->getPointAttributes(),
+                base->addAttribute(ELM_INSTANCE_FILE_NAME, RQ_DAIndexedString::createIndexed(&instanceFile, 1, 1), true));
         }
         emit(mesh);
     }

@@ -35,7 +35,8 @@ public:
     bool isValid(const ELM_Attribute &attribute) const override;
 };
 
-/// Leave out two attributes that a mesh of quadrics carries by itself.  The attributes must outlive the filter; null is none.
+/// Leave out two attributes that a mesh of quadrics carries by itself.  The attributes must outlive the filter; null is
+/// none.
 class RQ_API RQ_MSHQuadricAttributeFilter : public RQ_MSHAttributeFilter
 {
 public:

@@ -10,13 +10,11 @@
 
 RQ_MSHDetail::RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
     : RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{detail}, range)
-{
-}
+{}
 
 RQ_MSHDetail::RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range)
     : details_(std::make_shared<RQ_MSHDetailList>(std::move(details))), range_(range)
-{
-}
+{}
 
 RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetail &other) = default;
 RQ_MSHDetail::~RQ_MSHDetail() = default;
@@ -85,7 +83,8 @@ bool RQ_MSHDetail::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const
 
 int64_t RQ_MSHDetail::getMemoryUsage() const
 {
-    return int64_t(sizeof(*this) + sizeof(RQ_MSHDetailList)) + details_->getSegments() * int64_t(sizeof(MOD_ConstDetailHandle));
+    return int64_t(sizeof(*this) + sizeof(RQ_MSHDetailList)) +
+           details_->getSegments() * int64_t(sizeof(MOD_ConstDetailHandle));
 }
 
 bool RQ_MSHDetail::save(BAS_JSONWriter &writer) const

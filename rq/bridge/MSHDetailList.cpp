@@ -26,8 +26,7 @@ const RQ_MSHAttributeFilter &chooseFilter(const RQ_MSHAttributeFilter *filter, c
 
 RQ_MSHDetailList::RQ_MSHDetailList(const MOD_ConstDetailHandle &detail)
     : RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle>{detail})
-{
-}
+{}
 
 RQ_MSHDetailList::RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle> details) : details_(std::move(details))
 {
@@ -88,7 +87,8 @@ RQ_AttributeListHandle RQ_MSHDetailList::getDetailAttributes(const RQ_MSHAttribu
     return makeList(ELM_OWNER_DETAIL, filter, RQ_MSHOffsetList(ELM_OffsetList(0, 1)), parms);
 }
 
-RQ_AttributeListHandle RQ_MSHDetailList::getPointAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &points,
+RQ_AttributeListHandle RQ_MSHDetailList::getPointAttributes(const RQ_MSHAttributeFilter *filter,
+                                                            const RQ_MSHOffsetList &points,
                                                             const RQ_RefineParms *parms) const
 {
     return makeList(ELM_OWNER_POINT, filter, points, parms);
@@ -102,7 +102,8 @@ RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveAttributes(const RQ_MSHAttr
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getVertexAttributes(const RQ_MSHAttributeFilter *filter,
-                                                             const RQ_MSHOffsetList &vertices, const RQ_RefineParms *parms) const
+                                                             const RQ_MSHOffsetList &vertices,
+                                                             const RQ_RefineParms *parms) const
 {
     return makeList(ELM_OWNER_VERTEX, filter, vertices, parms);
 }

@@ -34,7 +34,8 @@ public:
     // Lists of element arrays, one per host attribute that the filter accepts (null: that of the parms, else every public
     // one), in the host's order and under the host's names.  Null when there is no such attribute.
 
-    RQ_AttributeListHandle getDetailAttributes(const RQ_MSHAttributeFilter *filter, const RQ_RefineParms *parms = nullptr) const;
+    RQ_AttributeListHandle getDetailAttributes(const RQ_MSHAttributeFilter *filter,
+                                               const RQ_RefineParms *parms = nullptr) const;
     RQ_AttributeListHandle getPointAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &points,
                                               const RQ_RefineParms *parms = nullptr) const;
     RQ_AttributeListHandle getPrimitiveAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &primitives,

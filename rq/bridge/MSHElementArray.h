@@ -12,7 +12,8 @@
 ///            reach
 /// Ownership  keeps the snapshot of the detail alive; the attribute stays the host's
 /// Threads    safe to read from any thread; `updateGeoDetail` must not race with readers
-/// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one block,
+/// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one
+/// block,
 ///            `getArray` hands out that memory.  Everything else is gathered block by block.
 class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>
 {
@@ -44,14 +45,15 @@ public:
     int64_t getStringIndexCount() const override;
     int64_t getStringIndex(int64_t offset, int idx = 0) const override;
     void getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const override;
-    void fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize = -1, int stride = -1) const override;
+    void fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize = -1,
+                         int stride = -1) const override;
     int64_t getDictIndexCount() const override { return -1; }
     int64_t getDictIndex(int64_t, int = 0) const override { return -1; }
     void getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BAS_Array<int64_t> &indices) const override;
 
-    /// Read the attribute from a newer snapshot, provided that its shape, the number of elements and, where the topology takes
-    /// part, the topology are the same; otherwise the array stays as it is: see `isBoundTo`.  Pointers handed out before
-    /// stay good until the next re-binding.
+    /// Read the attribute from a newer snapshot, provided that its shape, the number of elements and, where the topology
+    /// takes part, the topology are the same; otherwise the array stays as it is: see `isBoundTo`.  Pointers handed out
+    /// before stay good until the next re-binding.
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment) override;
 
 private:

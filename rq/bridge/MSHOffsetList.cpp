@@ -42,16 +42,14 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_OffsetList &offsets) : list_(offset
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_Offset *offsets, int64_t count)
     : RQ_MSHOffsetList(ELM_OffsetList(std::span<const int64_t>(offsets, size_t(std::max<int64_t>(0, count)))))
-{
-}
+{}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &detail, ELM_Owner owner) : RQ_MSHOffsetList(detail.offsets(owner)) {}
 RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &, const ELM_Range &range) : RQ_MSHOffsetList(listOf(range)) {}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start, int64_t count)
     : RQ_MSHOffsetList(source.list_.subList(start, count))
-{
-}
+{}
 
 RQ_MSHOffsetList RQ_MSHOffsetList::pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices)
 {
@@ -143,7 +141,8 @@ RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MOD_ConstDetai
 {
     const MSH_Detail &detail = *handle.readLock();
     const ELM_IndexColumn &points = detail.vertexPoint();
-    const bool narrow = is32Bit_ && !points.isWide() && detail.capacity(ELM_OWNER_POINT) <= std::numeric_limits<int32_t>::max();
+    const bool narrow =
+        is32Bit_ && !points.isWide() && detail.capacity(ELM_OWNER_POINT) <= std::numeric_limits<int32_t>::max();
     const int32_t *block = narrow && isTrivial() ? points.contiguous32() : nullptr;
     // The same vertices of the same topology have the same id, whenever they are asked for.
     const int64_t id = rq::validId(RQmixId(uint64_t(detail.topologyId())) + RQmixId(hash()));

@@ -32,7 +32,8 @@ public:
     void concat(const RQ_MSHOffsetList &other);
     void clear() { *this = RQ_MSHOffsetList(); }
 
-    /// Replace one offset.  A fact that the new one breaks becomes false; `checkMonotonic` finds out whether one is true again.
+    /// Replace one offset.  A fact that the new one breaks becomes false; `checkMonotonic` finds out whether one is true
+    /// again.
     void set(int64_t index, ELM_Offset offset);
 
     int64_t entries() const { return list_.size(); }
@@ -60,8 +61,8 @@ public:
     /// The offsets as an array: 32-bit integers when `is32Bit`, else 64-bit ones.
     RQ_DataArrayHandle allocateArray() const;
 
-    /// The point of every vertex of the list: 32-bit integers when both lists of offsets allow, else 64-bit ones.  The host's
-    /// own memory where the vertices are a run and the host keeps their points in one block; nothing is copied then.
+    /// The point of every vertex of the list: 32-bit integers when both lists of offsets allow, else 64-bit ones.  The
+    /// host's own memory where the vertices are a run and the host keeps their points in one block; nothing is copied then.
     RQ_DataArrayHandle createVertexPointArray(const MOD_ConstDetailHandle &detail) const;
     RQ_DataArrayHandle createVertexPointArray(const MSH_Detail &detail) const;
 

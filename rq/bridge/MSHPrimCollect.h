@@ -26,8 +26,8 @@ private:
 
 /// Turn host primitives of some types into primitives of the library, one by one or many into one.
 ///
-/// Within one refinement a collector in use gets `beginCollecting` once, `collect` for every primitive of its types in offset
-/// order, and `endCollecting` once.
+/// Within one refinement a collector in use gets `beginCollecting` once, `collect` for every primitive of its types in
+/// offset order, and `endCollecting` once.
 ///
 /// Ownership  bound collectors belong to the registry of the process
 /// Threads    shared by all concurrent refinements: everything that a run remembers lies in its data
@@ -39,7 +39,8 @@ public:
     /// Make the data of one run, owned by the caller.  Null when the collector needs none.
     virtual RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &details, const RQ_RefineParms *parms) const;
 
-    /// Take one host primitive, given once per motion segment.  What is to be emitted now, or null when the data absorbed it.
+    /// Take one host primitive, given once per motion segment.  What is to be emitted now, or null when the data absorbed
+    /// it.
     virtual RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &details, const MSH_Primitive *const *primitives,
                                        int segments, RQ_MSHPrimCollectData *data) const = 0;
 

@@ -24,8 +24,7 @@ bool hasAllPoints(const MSH_Detail &detail, const MSH_Detail::VertexRun &run)
 
 RQ_MSHPrimCollectPolyData::RQ_MSHPrimCollectPolyData(const RQ_RefineParms *parms)
     : parms_(parms), fastCompacting_(RQ_RefineParms::getFastPolyCompacting(parms))
-{
-}
+{}
 
 RQ_MSHPrimCollectPolyData::~RQ_MSHPrimCollectPolyData() = default;
 
@@ -88,13 +87,14 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeMesh(const RQ_MSHDetailListHan
     return mesh->removeUnusedPoints();
 }
 
-RQ_MSHPrimCollectData *RQ_MSHPrimCollectPoly::beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *parms) const
+RQ_MSHPrimCollectData *RQ_MSHPrimCollectPoly::beginCollecting(const RQ_MSHDetailListHandle &,
+                                                              const RQ_RefineParms *parms) const
 {
     return new RQ_MSHPrimCollectPolyData(parms);
 }
 
-RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *primitives, int,
-                                                  RQ_MSHPrimCollectData *data) const
+RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *primitives,
+                                                  int, RQ_MSHPrimCollectData *data) const
 {
     collectOne(data, primitives[0]->detail(), primitives[0]->offset());
     return nullptr;

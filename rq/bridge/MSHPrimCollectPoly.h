@@ -46,7 +46,8 @@ private:
 class RQ_API RQ_MSHPrimCollectPoly : public RQ_MSHPrimCollect
 {
 public:
-    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &details, const RQ_RefineParms *parms) const override;
+    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &details,
+                                           const RQ_RefineParms *parms) const override;
     RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &details, const MSH_Primitive *const *primitives, int segments,
                                RQ_MSHPrimCollectData *data) const override;
     RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override;
@@ -55,5 +56,6 @@ public:
     void collectOne(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, ELM_Offset primitive) const;
 
     /// Take all polygons of a range but those of a group (null: none), without a call for each.
-    void collectAll(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip) const;
+    void collectAll(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, const ELM_Range &range,
+                    const ELM_Group *skip) const;
 };

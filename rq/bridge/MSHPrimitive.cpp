@@ -46,7 +46,8 @@ bool RQ_MSHPrimitive::save(BAS_JSONWriter &writer) const
 {
     const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_MSH_PRIMITIVE));
     const ELM_PrimitiveDefinition *type = ELM_PrimitiveFactory::find(getHostType());
-    return record->writeString(type ? type->name.view() : "") && record->writeBool(isClosed()) && saveAttributeLists(*record);
+    return record->writeString(type ? type->name.view() : "") && record->writeBool(isClosed()) &&
+           saveAttributeLists(*record);
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimitive::doSoftCopy() const { return new RQ_MSHPrimitive(*this); }

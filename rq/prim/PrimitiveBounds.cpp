@@ -23,14 +23,6 @@ template <class PositionAt> void enlargeByAll(BAS_BoundingBox &box, int64_t coun
     box.enlarge(host::parallelReduce(count, kPositionsPerBlock, BAS_BoundingBox(), map, merge));
 }
 
-BAS_Vec3d placed(const BAS_Vec3d &p, const BAS_Mat4d &matrix)
-{
-    BAS_Vec3d result;
-    for (int c = 0; c < 3; ++c)
-        result[c] = p.x * matrix[0][c] + p.y * matrix[1][c] + p.z * matrix[2][c] + matrix[3][c];
-    return result;
-}
-
 const RQ_DataArrayHandle &positionsOf(const RQ_AttributeListHandle &points, int segment)
 {
     static const BAS_StringHolder kName = BAS_StringHolder::literal("P");
@@ -86,7 +78,8 @@ void RQ_Primitive::enlargeP(BAS_BoundingBox *boxes, int segments, const RQ_Attri
         transform_->getMatrix(matrix, s);
         const rq::Positions positions(positionsOf(points, s));
         positions.visit([&](auto &&position) {
-            enlargeByAll(boxes[s], positions.entries(), [&](int64_t i) { return placed(BAS_Vec3d(position(i)), matrix); });
+            enlargeByAll(boxes[s], positions.entries(),
+                         [&](int64_t i) { return host::transformPoint(BAS_Vec3d(position(i)), matrix); });
         });
     }
 }

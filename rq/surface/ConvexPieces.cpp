@@ -73,8 +73,7 @@ template <class T> void joinAll(const rq::ConvexTask &task, const std::vector<Pi
 {
     const auto narrow = [](int64_t value) { return T(value); };
     const RQ_DataArray &points = *task.vertexList;
-    arrays.vertexList =
-        join<T>(jobs, &Pieces::sourceVertex, [&points](int64_t vertex) { return T(points.getI64(vertex)); });
+    arrays.vertexList = join<T>(jobs, &Pieces::sourceVertex, [&points](int64_t vertex) { return T(points.getI64(vertex)); });
     if (task.wanted.sourceVertex)
         arrays.sourceVertex = join<T>(jobs, &Pieces::sourceVertex, narrow);
     if (task.wanted.sourceFace)

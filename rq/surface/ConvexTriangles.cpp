@@ -39,8 +39,7 @@ public:
                    Index *sourceFace, uint8_t *whole, int64_t firstTriangle)
         : topology_(topology), positions_(positions), flat_(positions.flat()), points_(points), sourceVertex_(sourceVertex),
           sourceFace_(sourceFace), whole_(whole), triangle_(firstTriangle)
-    {
-    }
+    {}
 
     void addFace(int64_t face, RQ_Convexer &convexer)
     {
@@ -102,13 +101,13 @@ private:
     int64_t triangle_;
 };
 
-template <class Index, class Topology> bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &arrays)
+template <class Index, class Topology>
+bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &arrays)
 {
     const int64_t jobs = task.jobs();
     std::vector<int64_t> firstTriangle(size_t(jobs) + 1, 0);
     host::parallelFor(jobs, 1, [&](int64_t job) {
-        firstTriangle[size_t(job) + 1] =
-            countTriangles(topology, task.firstFace(job, jobs), task.firstFace(job + 1, jobs));
+        firstTriangle[size_t(job) + 1] = countTriangles(topology, task.firstFace(job, jobs), task.firstFace(job + 1, jobs));
     });
     for (int64_t job = 0; job < jobs; ++job)
         firstTriangle[size_t(job) + 1] += firstTriangle[size_t(job)];

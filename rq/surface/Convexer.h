@@ -18,8 +18,8 @@ public:
 
     /// Cut the face of `count` corners that begins at `first` in `vertexList` (null: corners are positions themselves).
     ///
-    /// Pieces have at most max(`maxVertices`, 3) corners.  With `triangulate` a face that is cut leaves as triangles, without
-    /// it pieces are as large as the limit allows.  False only for a face of fewer than 3 corners.
+    /// Pieces have at most max(`maxVertices`, 3) corners.  With `triangulate` a face that is cut leaves as triangles,
+    /// without it pieces are as large as the limit allows.  False only for a face of fewer than 3 corners.
     bool processFace(const RQ_DataArrayHandle &positions, int64_t count, int64_t first, const RQ_DataArrayHandle &vertexList,
                      int maxVertices, bool triangulate);
 

@@ -11,8 +11,7 @@ RQ_PrimPointMesh::RQ_PrimPointMesh() = default;
 
 RQ_PrimPointMesh::RQ_PrimPointMesh(const RQ_AttributeListHandle &points, const RQ_AttributeListHandle &detail)
     : points_(points), detail_(detail)
-{
-}
+{}
 
 RQ_PrimPointMesh::RQ_PrimPointMesh(const RQ_PrimPointMesh &other) = default;
 RQ_PrimPointMesh::~RQ_PrimPointMesh() = default;

@@ -21,8 +21,7 @@ RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_Dat
                                        const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
                                        const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
     : shared_(shared), vertex_(vertex), uniform_(uniform), detail_(detail), vertexList_(vertexList), counts_(counts)
-{
-}
+{}
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
                                        const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
@@ -48,8 +47,8 @@ RQ_PrimPolygonMesh::~RQ_PrimPolygonMesh() = default;
 
 void RQ_PrimPolygonMesh::init(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
                               const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
-                              const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail, RQ_IndexingMode mode,
-                              int64_t minCount, int64_t maxCount)
+                              const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail,
+                              RQ_IndexingMode mode, int64_t minCount, int64_t maxCount)
 {
     RQ_CountArray ends;
     if (counts)
@@ -158,7 +157,8 @@ RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
 
 RQ_PrimitiveHandle RQ_PrimPolygonMesh::doSoftCopy() const { return clone(shared_, vertex_, uniform_, detail_); }
 
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &vertex) const
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexList,
+                                               const RQ_AttributeListHandle &vertex) const
 {
     return clone(vertexList, shared_, vertex, uniform_, detail_);
 }

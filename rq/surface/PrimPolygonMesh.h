@@ -41,16 +41,18 @@ public:
                        RQ_IndexingMode mode = RQ_INDEXING_AUTO, int64_t minCount = -1, int64_t maxCount = -1);
 
     /// From counts that were summed up before.
-    RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared,
-                       const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {},
-                       const RQ_AttributeListHandle &detail = {});
+    RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
+                       const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex = {},
+                       const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {});
 
     /// The topology and state of `other` with other attributes.
-    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
-                       const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail);
+    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
+                       const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                       const RQ_AttributeListHandle &detail);
 
     /// The faces of `other` over other points.
-    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_DataArrayHandle &vertexList, const RQ_AttributeListHandle &shared);
+    RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_DataArrayHandle &vertexList,
+                       const RQ_AttributeListHandle &shared);
 
     RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other);
     ~RQ_PrimPolygonMesh() override;
@@ -99,9 +101,10 @@ public:
 
     /// Cut the faces into convex pieces of at most `maxVertices` corners (at least 3; 3 makes triangles).
     ///
-    /// A concave face is cut right, whatever its shape; a face of n corners gives n - 2 triangles, one of fewer than 3 nothing.
-    /// With `triangulate` a face that must be cut leaves as triangles only.  Uniform and vertex attributes become views of
-    /// this mesh's.  Returns this mesh when all faces are triangles, null when "P" is missing or the user interrupted.
+    /// A concave face is cut right, whatever its shape; a face of n corners gives n - 2 triangles, one of fewer than 3
+    /// nothing. With `triangulate` a face that must be cut leaves as triangles only.  Uniform and vertex attributes become
+    /// views of this mesh's.  Returns this mesh when all faces are triangles, null when "P" is missing or the user
+    /// interrupted.
     RQ_PolygonMeshHandle convex(int maxVertices = 4, bool triangulate = false) const;
 
     /// Only the cutting of `convex`, to keep and apply to meshes of the same topology.  False as `convex` gives null.

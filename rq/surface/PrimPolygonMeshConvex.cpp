@@ -24,8 +24,8 @@ bool cut(const RQ_PrimPolygonMesh &mesh, const rq::ConvexWanted &wanted, int max
     if (!positions.isValid() || !mesh.getVertexList())
         return false;
     BAS_Progress progress("Convexing display geometry");
-    const rq::ConvexTask task{positions,   mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3),
-                              triangulate, wanted,                   progress};
+    const rq::ConvexTask task{
+        positions, mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3), triangulate, wanted, progress};
     return task.limit == 3 ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
 }
 }  // namespace
@@ -48,8 +48,10 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::adoptConvexing(const RQ_ConvexArrays &a
 {
     RQ_CountArray counts;
     counts.init(arrays.counts, arrays.minCount, arrays.maxCount);
-    const RQ_AttributeListHandle uniform = uniform_ && arrays.sourceFace ? uniform_->createIndirect(arrays.sourceFace) : uniform_;
-    const RQ_AttributeListHandle vertex = vertex_ && arrays.sourceVertex ? vertex_->createIndirect(arrays.sourceVertex) : vertex_;
+    const RQ_AttributeListHandle uniform =
+        uniform_ && arrays.sourceFace ? uniform_->createIndirect(arrays.sourceFace) : uniform_;
+    const RQ_AttributeListHandle vertex =
+        vertex_ && arrays.sourceVertex ? vertex_->createIndirect(arrays.sourceVertex) : vertex_;
     const RQ_PolygonMeshHandle mesh = clone(counts, arrays.vertexList, shared_, vertex, uniform, detail_);
     mesh->setConvexed(true);
     return mesh;

@@ -30,7 +30,7 @@ template <class Measure> double sumOverFaces(const RQ_PrimPolygonMesh &mesh, int
                 const int64_t begin = topology.begin(face);
                 part += measure(topology.end(face) - begin, [&](int64_t i) {
                     const BAS_Vec3d point = positions[topology.point(begin + i)];
-                    return placed ? point * matrix : point;
+                    return placed ? host::transformPoint(point, matrix) : point;
                 });
             }
             return part;

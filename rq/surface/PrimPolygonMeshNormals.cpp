@@ -61,7 +61,7 @@ void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::Positions &positions,
         using Topology = std::remove_cvref_t<decltype(topology)>;
         using Position = std::remove_cvref_t<decltype(position)>;
         visit(host::NormalKernel<typename Topology::Index, Topology, Position>(topology, position, positions.entries(),
-                                                                              mesh.getVertexCount(), weights));
+                                                                               mesh.getVertexCount(), weights));
     });
 }
 
@@ -144,7 +144,8 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::createVertexNormals(int segment, const ch
     });
 }
 
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createPointNormalsIfMissing(const char *positions, bool normalize, bool &changed) const
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createPointNormalsIfMissing(const char *positions, bool normalize,
+                                                                     bool &changed) const
 {
     changed = false;
     if (existingNormals(*this))
@@ -158,8 +159,8 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createPointNormalsIfMissing(const char 
     return clone(shared, vertex_, uniform_, detail_);
 }
 
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
-                                                                      bool &changed) const
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createVertexNormalsIfMissing(const char *positions, double cuspAngle,
+                                                                      bool normalize, bool &changed) const
 {
     changed = false;
     if (existingNormals(*this))

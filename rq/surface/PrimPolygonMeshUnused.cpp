@@ -6,6 +6,7 @@
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
+#include <rq/data/mixId.h>
 #include <rq/surface/detail/topology.h>
 
 namespace
@@ -20,8 +21,9 @@ public:
     UsedPoints(const RQ_CountArray &counts, const RQ_DataArray &vertexList, int64_t points)
         : used_(size_t(points)), before_(size_t((points + kItemsPerTask - 1) / kItemsPerTask) + 1, 0)
     {
-        host::parallelForRange(points, kItemsPerTask,
-                               [this](int64_t begin, int64_t end) { std::fill(used_.begin() + begin, used_.begin() + end, 0); });
+        host::parallelForRange(points, kItemsPerTask, [this](int64_t begin, int64_t end) {
+            std::fill(used_.begin() + begin, used_.begin() + end, 0);
+        });
         rq::visitTopology(counts, vertexList, [&](const auto &topology) {
             host::parallelFor(counts.sumCounts(), kItemsPerTask, [&](int64_t corner) {
                 // Several corners mark one point: all write the same value.
@@ -118,5 +120,10 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *
 
     const RQ_DataArrayHandle kept = narrow ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
     const RQ_DataArrayHandle list = narrow ? renumber<int32_t>(*vertexList_, rows) : renumber<int64_t>(*vertexList_, rows);
+
+    // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids.
+    const uint64_t origin = RQmixId(uint64_t(vertexList_->getDataId())) + RQmixId(uint64_t(points));
+    kept->setDataId(rq::validId(RQmixId(origin)));
+    list->setDataId(rq::validId(RQmixId(origin + 1)));
     return clone(list, shared_->createIndirect(kept), vertex_, uniform_, detail_);
 }

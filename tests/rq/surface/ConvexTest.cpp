@@ -48,8 +48,8 @@ std::vector<Areas> areasByFace(const MeshShape &shape, const RQ_ConvexArrays &ar
 }
 
 // Their outline crosses itself, folds, or does not lie in a plane: pieces cannot tile it, only their number is fixed.
-const std::set<std::string> kNotSimple = {"faces of no, one and two corners", "line", "bow tie", "bow tie of eight corners",
-                                          "not a number", "non-planar quad"};
+const std::set<std::string> kNotSimple = {"faces of no, one and two corners", "line",         "bow tie",
+                                          "bow tie of eight corners",         "not a number", "non-planar quad"};
 
 bool sameValues(const RQ_DataArrayHandle &a, const RQ_DataArrayHandle &b) { return valuesOf(a) == valuesOf(b); }
 
@@ -186,8 +186,9 @@ TEST(Convexer, ChoosesTheDiagonalThatLiesInsideTheFace)
         SCOPED_TRACE(c.what);
         const MeshShape shape = faceShape(c.what, c.points);
         RQ_Convexer convexer;
-        EXPECT_EQ(convexer.processFace(positions(shape.positions), int64_t(c.points.size()), 0, nullptr, c.limit, c.triangulate),
-                  c.points.size() >= 3);
+        EXPECT_EQ(
+            convexer.processFace(positions(shape.positions), int64_t(c.points.size()), 0, nullptr, c.limit, c.triangulate),
+            c.points.size() >= 3);
         EXPECT_EQ(valuesOf(convexer.getPolyMeshFaceList()), std::vector<double>(c.counts.begin(), c.counts.end()));
         EXPECT_EQ(valuesOf(convexer.getPolyMeshVertexList()), std::vector<double>(c.corners.begin(), c.corners.end()));
     }

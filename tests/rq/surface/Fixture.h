@@ -37,8 +37,9 @@ inline RQ_PolygonMeshHandle makeMesh(const MeshShape &shape)
         corners[i] = int(i);
     for (size_t i = 0; i < faces.size(); ++i)
         faces[i] = int(i);
-    return new RQ_PrimPolygonMesh(integers(shape.counts), integers(shape.indices), oneAttribute("P", positions(shape.positions)),
-                                  oneAttribute("corner", integers(corners)), oneAttribute("face", integers(faces)));
+    return new RQ_PrimPolygonMesh(integers(shape.counts), integers(shape.indices),
+                                  oneAttribute("P", positions(shape.positions)), oneAttribute("corner", integers(corners)),
+                                  oneAttribute("face", integers(faces)));
 }
 
 inline BAS_Vec3d pointOf(const MeshShape &shape, int64_t point)
@@ -58,5 +59,8 @@ inline std::vector<double> valuesOf(const RQ_DataArrayHandle &array)
     return values;
 }
 
-inline BAS_Vec3d vectorOf(const RQ_DataArray &array, int64_t i) { return {array.getF64(i, 0), array.getF64(i, 1), array.getF64(i, 2)}; }
+inline BAS_Vec3d vectorOf(const RQ_DataArray &array, int64_t i)
+{
+    return {array.getF64(i, 0), array.getF64(i, 1), array.getF64(i, 2)};
+}
 }  // namespace tests

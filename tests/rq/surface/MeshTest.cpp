@@ -78,15 +78,18 @@ TEST(Mesh, ValidateNamesWhatDoesNotFit)
     const Case cases[] = {
         {"sound", makeMesh(cube), ""},
         {"empty", new RQ_PrimPolygonMesh, ""},
-        {"point beyond the last", new RQ_PrimPolygonMesh(integers(cube.counts), integers(outside), shared), "corner 5 uses point 8"},
-        {"negative point", new RQ_PrimPolygonMesh(integers(cube.counts), integers(negative), shared), "corner 7 uses point -1"},
+        {"point beyond the last", new RQ_PrimPolygonMesh(integers(cube.counts), integers(outside), shared),
+         "corner 5 uses point 8"},
+        {"negative point", new RQ_PrimPolygonMesh(integers(cube.counts), integers(negative), shared),
+         "corner 7 uses point -1"},
         {"list too short", new RQ_PrimPolygonMesh(integers(cube.counts), integers({0, 1, 2}), shared), "vertex list has 3"},
         {"list missing", new RQ_PrimPolygonMesh(integers(cube.counts), nullptr, shared), "vertex list has 0"},
         {"vertex data too short",
          new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared, oneAttribute("uv", integers({1}))),
          "vertex attribute uv has 1 entries, expected 24"},
         {"uniform data too long",
-         new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared, {}, oneAttribute("id", integers({1}))),
+         new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared, {},
+                                oneAttribute("id", integers({1}))),
          "uniform attribute id has 1 entries, expected 6"},
     };
     for (const Case &c : cases)

@@ -29,7 +29,10 @@ public:
         }
     }
 
-    BAS_Vec3d pointNormal(int point) const { return normal(point, [](const BAS_Vec3d &) { return true; }); }
+    BAS_Vec3d pointNormal(int point) const
+    {
+        return normal(point, [](const BAS_Vec3d &) { return true; });
+    }
 
     BAS_Vec3d cornerNormal(size_t corner, double cosine) const
     {
@@ -118,7 +121,8 @@ TEST(Normals, PointOutwardOnCubesOfEverySizeAndInwardWhenMirrored)
         const RQ_DataArrayHandle normals = makeMesh(shape)->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL32);
         for (int64_t p = 0; p < 8; ++p)
             for (int axis = 0; axis < 3; ++axis)
-                EXPECT_NEAR(normals->getF64(p, axis), std::copysign(side * third, side * shape.positions[size_t(3 * p + axis)]), 1e-7);
+                EXPECT_NEAR(normals->getF64(p, axis),
+                            std::copysign(side * third, side * shape.positions[size_t(3 * p + axis)]), 1e-7);
     }
 }
 
@@ -147,8 +151,7 @@ TEST(Normals, AreZeroWithoutAreaAndSpoiltByNoNeighbour)
         EXPECT_EQ(vectorOf(*normals, p), BAS_Vec3d(0, 0, 1)) << "point " << p;
     EXPECT_EQ(vectorOf(*normals, 4), BAS_Vec3d(0.0));
 
-    const RQ_DataArrayHandle flat =
-        makeMesh(meshShape("line"))->createVertexNormals(0, "P", 60.0, true, RQ_STORAGE_REAL32);
+    const RQ_DataArrayHandle flat = makeMesh(meshShape("line"))->createVertexNormals(0, "P", 60.0, true, RQ_STORAGE_REAL32);
     for (const double value : valuesOf(flat))
         EXPECT_EQ(value, 0.0);
 }
