@@ -44,6 +44,9 @@ CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &opt
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();
     command->add_flag("!--no-ground", options.ground, "Leave out the floor under the object");
+    command->add_option("--up", options.up, "Axis that points up; auto takes z for what lies flat in x and y")
+        ->check(CLI::IsMember({"auto", "y", "z"}))
+        ->capture_default_str();
     addCommonOptions(*command, common);
     return command;
 }

@@ -1,16 +1,17 @@
 #pragma once
 
-#include <host/bas/BoundingBox.h>
+#include <span>
+
 #include <host/bas/Vector.h>
 
-namespace offline
+namespace rq::offline
 {
-/// A perspective camera that stands where it sees a whole box from three quarters, y up.
+/// A perspective camera that stands where it sees all of an object from three quarters.  The y axis points up.
 class Camera
 {
 public:
-    /// Frame `box` in a picture of the given width over height.
-    Camera(const BAS_BoundingBox &box, float aspect);
+    /// Frame the points in a picture of the given width over height.  Without points: the unit sphere around the origin.
+    Camera(std::span<const BAS_Vec3f> points, float aspect);
 
     const BAS_Vec3f &origin() const { return origin_; }
 
@@ -21,11 +22,13 @@ public:
     }
 
 private:
+    void centre(std::span<const BAS_Vec3f> points);
+
     BAS_Vec3f origin_;
     BAS_Vec3f forward_;
     BAS_Vec3f right_;
     BAS_Vec3f up_;
-    float halfWidth_;
+    float halfWidth_;  // of the picture at distance 1
     float halfHeight_;
 };
-}  // namespace offline
+}  // namespace rq::offline

@@ -2,36 +2,44 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include <png.h>
 
+namespace rq::offline
+{
 namespace
 {
-/// The sRGB transfer curve (IEC 61966-2-1), after a shoulder that keeps bright surfaces from clipping.
-uint8_t encode(float light)
+/// Linear up to a knee; above it light approaches white without ever clipping.
+float shoulder(float light)
 {
-    const float bounded = std::max(0.0f, light);
-    const float toned = bounded < 0.7f ? bounded : 0.7f + 0.3f * (1.0f - std::exp((0.7f - bounded) / 0.3f));
-    const float curve = toned <= 0.0031308f ? 12.92f * toned : 1.055f * std::pow(toned, 1.0f / 2.4f) - 0.055f;
-    return uint8_t(std::clamp(curve, 0.0f, 1.0f) * 255.0f + 0.5f);
+    constexpr float kKnee = 0.75f, kRoom = 1.0f - kKnee;
+    return light <= kKnee ? std::max(light, 0.0f) : 1.0f - kRoom * std::exp((kKnee - light) / kRoom);
 }
 }  // namespace
 
-std::string offline::Image::writePNG(const std::string &path) const
+float encodeSRGB(float light)
+{
+    return light <= 0.0031308f ? 12.92f * light : 1.055f * std::pow(light, 1.0f / 2.4f) - 0.055f;
+}
+
+float decodeSRGB(float value) { return value <= 0.04045f ? value / 12.92f : std::pow((value + 0.055f) / 1.055f, 2.4f); }
+
+bool Image::writePNG(const std::string &path, std::string &error) const
 {
     std::vector<uint8_t> bytes;
-    bytes.reserve(3 * pixels.size());
-    for (const BAS_Vec3f &pixel : pixels)
+    bytes.reserve(3 * pixels_.size());
+    for (const BAS_Vec3f &pixel : pixels_)
         for (int channel = 0; channel < 3; ++channel)
-            bytes.push_back(encode(pixel[channel]));
+            bytes.push_back(uint8_t(encodeSRGB(shoulder(pixel[channel])) * 255.0f + 0.5f));
 
-    png_image picture;
-    std::memset(&picture, 0, sizeof picture);
+    png_image picture = {};
     picture.version = PNG_IMAGE_VERSION;
-    picture.width = png_uint_32(width);
-    picture.height = png_uint_32(height);
+    picture.width = png_uint_32(width_);
+    picture.height = png_uint_32(height_);
     picture.format = PNG_FORMAT_RGB;
-    const bool written = png_image_write_to_file(&picture, path.c_str(), 0, bytes.data(), 0, nullptr);
-    return written ? std::string() : path + ": error: " + picture.message;
+    if (png_image_write_to_file(&picture, path.c_str(), 0, bytes.data(), 0, nullptr))
+        return true;
+    error = picture.message;
+    return false;
 }
+}  // namespace rq::offline

@@ -1,29 +1,27 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <vector>
 
-#include <rq/data/Values.h>
-#include <rq/prim/Primitive.h>
+#include <apps/offline/Drawable.h>
+#include <host/bas/BoundingBox.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
-namespace offline
+namespace rq::offline
 {
-/// A ray's first hit, as the integrator wants it: in the object's own colours, with normals on the viewer's side.
-struct Hit
+/// Which axis of the input points up.  `Auto` takes z for what lies flat in x and y, such as terrain, and y else.
+enum class UpAxis
 {
-    BAS_Vec3f position;
-    BAS_Vec3f shadowOrigin;  ///< where rays to lights start: lifted off the facets of a smooth surface
-    BAS_Vec3f facetNormal;
-    BAS_Vec3f normal;
-    BAS_Vec3f colour;
-    float distance;
+    Auto,
+    Y,
+    Z
 };
 
 /// Geometry that rays can be shot at: polygon meshes as triangles, point meshes as spheres.
 ///
-/// Reads primitives through `RQ_Primitive` alone.
+/// Shape    everything is moved to the unit sphere around the origin with y up, so that neither tiny nor distant models cost
+///          precision
+/// Threads  filled by one thread; rays may then be shot from any
 class Scene
 {
 public:
@@ -33,32 +31,41 @@ public:
     Scene &operator=(const Scene &) = delete;
 
     /// Add what a primitive refines to.  Kinds that are not drawn are counted.
-    void add(const RQ_PrimitiveHandle &primitive);
+    void add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms);
 
     /// Build the search structure.  Call once, after the last `add`.
-    void commit();
+    void commit(UpAxis up);
 
     bool intersect(const BAS_Vec3f &origin, const BAS_Vec3f &direction, Hit &hit) const;
 
     /// True when anything lies along the ray.
     bool occluded(const BAS_Vec3f &origin, const BAS_Vec3f &direction) const;
 
-    /// Of everything that can be drawn.
-    const BAS_BoundingBox &bounds() const { return bounds_; }
+    /// Enough points of the geometry to frame it.
+    const std::vector<BAS_Vec3f> &outline() const { return outline_; }
+    float lowest() const { return lowest_; }
+
     int64_t triangles() const { return triangles_; }
+    int64_t spheres() const { return spheres_; }
     int64_t notDrawn() const { return notDrawn_; }
 
 private:
     struct Embree;
-    struct Object;
 
+    void add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms, int depth);
     void addMesh(const RQ_PrimPolygonMesh &mesh);
-    void addPoints(const RQ_Primitive &points);
+    BAS_Mat4d placement(UpAxis up) const;
+    void attachTriangles(const Drawable &drawable);
+    void attachSpheres(const Drawable &drawable);
+    void addOutline(const Drawable &drawable);
 
     std::unique_ptr<Embree> embree_;
-    std::vector<std::unique_ptr<Object>> objects_;
-    BAS_BoundingBox bounds_;
+    std::vector<RQ_PrimitiveHandle> leaves_;
+    std::vector<std::unique_ptr<Drawable>> drawables_;
+    std::vector<BAS_Vec3f> outline_;
+    float lowest_ = 0.0f;
     int64_t triangles_ = 0;
+    int64_t spheres_ = 0;
     int64_t notDrawn_ = 0;
 };
-}  // namespace offline
+}  // namespace rq::offline

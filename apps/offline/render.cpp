@@ -1,37 +1,47 @@
 #include <apps/offline/render.h>
 
 #include <charconv>
-#include <chrono>
 #include <cstdio>
 
 #include <fmt/format.h>
 
 #include <apps/RefinedFile.h>
+#include <apps/TerminalProgress.h>
 #include <apps/offline/Integrator.h>
 
 namespace rq::app
 {
 namespace
 {
-// The largest side of a picture: what a PNG of it, in memory, still fits a small machine.
-constexpr int kLargestSide = 16384;
-
-/// Read "WIDTHxHEIGHT".
-bool readSize(const std::string &text, offline::Settings &settings)
-{
-    const char *end = text.data() + text.size();
-    const auto [x, widthError] = std::from_chars(text.data(), end, settings.width);
-    if (widthError != std::errc() || x == end || *x != 'x')
-        return false;
-    const auto [last, heightError] = std::from_chars(x + 1, end, settings.height);
-    return heightError == std::errc() && last == end && std::min(settings.width, settings.height) >= 1 &&
-           std::max(settings.width, settings.height) <= kLargestSide;
-}
+// Each pixel takes 15 bytes on its way to the file: at most 1 GB.
+constexpr int64_t kMostPixels = int64_t(1) << 26;
 
 ExitCode fail(ExitCode code, const std::string &message)
 {
     fmt::print(stderr, "rq: error: {}\n", message);
     return code;
+}
+
+/// Read "WIDTHxHEIGHT".
+bool readSize(const std::string &text, offline::Settings &settings)
+{
+    const char *const end = text.data() + text.size();
+    const auto [x, widthError] = std::from_chars(text.data(), end, settings.width);
+    if (widthError != std::errc() || x == end || *x != 'x')
+        return false;
+    const auto [last, heightError] = std::from_chars(x + 1, end, settings.height);
+    return heightError == std::errc() && last == end && settings.width >= 1 && settings.height >= 1 &&
+           int64_t(settings.width) * settings.height <= kMostPixels;
+}
+
+ExitCode draw(const offline::Scene &scene, const offline::Settings &settings, const std::string &output)
+{
+    const offline::Camera camera(scene.outline(), float(settings.width) / float(settings.height));
+    const std::unique_ptr<offline::Image> image = offline::render(scene, camera, settings);
+    std::string error = "interrupted";
+    if (!image || !image->writePNG(output, error))
+        return fail(ExitFailure, output + ": " + error);
+    return ExitDone;
 }
 }  // namespace
 
@@ -45,22 +55,22 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     settings.samples = options.samples;
     settings.ground = options.ground;
     if (!readSize(options.size, settings))
-        return fail(ExitUsage, fmt::format("--size {}: expected WIDTHxHEIGHT, each from 1 to {}", options.size, kLargestSide));
+        return fail(ExitUsage,
+                    fmt::format("--size {}: expected WIDTHxHEIGHT, at most {} pixels", options.size, kMostPixels));
 
     RefinedFile refined;
     if (const ExitCode code = refineFile(options.file, common, parms, refined); code != ExitDone)
         return code;
+
+    const TerminalProgress progress;
     offline::Scene scene;
     for (const RefinedPrimitive &entry : refined.primitives)
-        scene.add(entry.primitive);
+        scene.add(entry.primitive, &parms);
+    scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
     if (scene.notDrawn() > 0)
-        fmt::print(stderr, "{}: warning: {} primitives are of kinds that are not drawn\n", options.file, scene.notDrawn());
-    if (scene.bounds().isEmpty())
+        fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", options.file, scene.notDrawn());
+    if (scene.outline().empty())
         return fail(ExitFailure, options.file + ": there is nothing to draw");
-    scene.commit();
-
-    const offline::Camera camera(scene.bounds(), float(settings.width) / float(settings.height));
-    error = offline::render(scene, camera, settings).writePNG(options.output);
-    return error.empty() ? ExitDone : fail(ExitFailure, error);
+    return draw(scene, settings, options.output);
 }
 }  // namespace rq::app

@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <numbers>
+
+#include <apps/offline/Integrator.h>
+#include <host/bas/Parallel.h>
+#include <rq/attrib/AttributeList.h>
+#include <rq/data/DANumeric.h>
+#include <rq/surface/PrimPointMesh.h>
+
+namespace
+{
+using namespace rq::offline;
+
+constexpr int kWidth = 96, kHeight = 54;
+
+RQ_DataArrayHandle triples(const std::vector<BAS_Vec3f> &values, RQ_Type type)
+{
+    return RQ_DataArrayHandle(new RQ_DANumeric<float>(&values.data()->x, int64_t(values.size()), 3, type));
+}
+
+RQ_DataArrayHandle integers(const std::vector<int32_t> &values)
+{
+    return RQ_DataArrayHandle(new RQ_DANumeric<int32_t>(values.data(), int64_t(values.size())));
+}
+
+RQ_AttributeListHandle listOf(const char *name, const RQ_DataArrayHandle &array)
+{
+    const RQ_AttributeListHandle none(new RQ_AttributeList(nullptr));
+    return none->addAttribute(name, array, false);
+}
+
+/// A globe of quads around the origin, closed by triangles at the poles.
+struct Globe
+{
+    std::vector<BAS_Vec3f> points;
+    std::vector<int32_t> counts, corners;
+
+    Globe(int around, int up)
+    {
+        for (int row = 0; row <= up; ++row)
+            for (int i = 0; i < around; ++i)
+            {
+                const float turn = 2.0f * std::numbers::pi_v<float> * float(i) / float(around);
+                const float lift = std::numbers::pi_v<float> * (float(row) / float(up) - 0.5f);
+                points.emplace_back(std::cos(lift) * std::sin(turn), std::sin(lift), std::cos(lift) * std::cos(turn));
+            }
+        for (int row = 0; row < up; ++row)
+            for (int i = 0; i < around; ++i)
+            {
+                const int a = row * around, next = (i + 1) % around;
+                counts.push_back(4);
+                corners.insert(corners.end(), {a + i, a + next, a + around + next, a + around + i});
+            }
+    }
+
+    RQ_PrimitiveHandle mesh(const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {}) const
+    {
+        return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(integers(counts), integers(corners),
+                                                         listOf("P", triples(points, RQ_TYPE_POINT)), vertex, uniform));
+    }
+};
+
+/// The part of each direction of the picture that the object spans; 2 when it touches the border.
+Imath::V2f spanned(const Scene &scene)
+{
+    const Camera camera(scene.outline(), float(kWidth) / float(kHeight));
+    Imath::V2i low(kWidth, kHeight), high(-1, -1);
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+        {
+            Hit hit;
+            const BAS_Vec3f direction = camera.direction(2.0f * (float(x) + 0.5f) / float(kWidth) - 1.0f,
+                                                         1.0f - 2.0f * (float(y) + 0.5f) / float(kHeight));
+            if (!scene.intersect(camera.origin(), direction, hit))
+                continue;
+            low = {std::min(low.x, x), std::min(low.y, y)};
+            high = {std::max(high.x, x), std::max(high.y, y)};
+        }
+    const bool cut = low.x == 0 || low.y == 0 || high.x == kWidth - 1 || high.y == kHeight - 1;
+    return cut ? Imath::V2f(2.0f)
+               : Imath::V2f(float(high.x - low.x + 1) / float(kWidth), float(high.y - low.y + 1) / float(kHeight));
+}
+
+std::unique_ptr<Image> picture(const RQ_PrimitiveHandle &primitive, int samples = 4)
+{
+    Scene scene;
+    scene.add(primitive, nullptr);
+    scene.commit(UpAxis::Y);
+    Settings settings;
+    settings.width = kWidth;
+    settings.height = kHeight;
+    settings.samples = samples;
+    return render(scene, Camera(scene.outline(), float(kWidth) / float(kHeight)), settings);
+}
+
+BAS_Vec3f middle(Image &image) { return image.at(kWidth / 2, kHeight / 2); }
+
+double difference(Image &a, Image &b)
+{
+    double sum = 0.0;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            sum += (a.at(x, y) - b.at(x, y)).length();
+    return sum / (kWidth * kHeight);
+}
+}  // namespace
+
+TEST(Renderer, FramesObjectsOfAnySizeAndPlace)
+{
+    const struct
+    {
+        const char *what;
+        float scale, offset;
+    } kCases[] = {{"as it is", 1.0f, 0.0f},
+                  {"tiny", 1e-15f, 0.0f},
+                  {"huge", 1e15f, 0.0f},
+                  {"far away", 1.0f, 4096.0f},
+                  {"tiny elsewhere", 1e-3f, 1.0f}};
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        Globe globe(32, 16);
+        for (BAS_Vec3f &point : globe.points)
+            point = point * c.scale + BAS_Vec3f(c.offset);
+        Scene scene;
+        scene.add(globe.mesh(), nullptr);
+        scene.commit(UpAxis::Auto);
+        const Imath::V2f part = spanned(scene);
+        EXPECT_GT(part.y, 0.8f);
+        EXPECT_LT(part.y, 0.95f);
+        EXPECT_NEAR(part.x * kWidth, part.y * kHeight, 2.0f) << "a globe is as wide as high";
+    }
+}
+
+TEST(Renderer, DrawsPointsAsSpheres)
+{
+    RQ_AttributeListHandle list = listOf("P", triples({{0, 0, 0}, {10, 0, 0}, {5, 4, 0}}, RQ_TYPE_POINT));
+    const float widths[] = {2.0f, 1.0f, 1.0f};
+    list = list->addAttribute("width", RQ_DataArrayHandle(new RQ_DANumeric<float>(widths, 3)), false);
+    Scene scene;
+    scene.add(RQ_PrimitiveHandle(new RQ_PrimPointMesh(list)), nullptr);
+    scene.commit(UpAxis::Y);
+    EXPECT_EQ(scene.spheres(), 3);
+    EXPECT_GT(spanned(scene).x, 0.6f);
+}
+
+TEST(Renderer, SurvivesUglyInput)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const RQ_PrimitiveHandle noFaces(
+        new RQ_PrimPolygonMesh(integers({}), integers({}), listOf("P", triples({{0, 0, 0}}, RQ_TYPE_POINT))));
+    const RQ_PrimitiveHandle noPositions(
+        new RQ_PrimPolygonMesh(integers({3}), integers({0, 0, 0}), RQ_AttributeListHandle(new RQ_AttributeList(nullptr))));
+    Globe holed(8, 4);
+    holed.points[11] = BAS_Vec3f(nan);
+    Globe flat(8, 4);
+    for (BAS_Vec3f &point : flat.points)
+        point = BAS_Vec3f(1.0f);
+    const struct
+    {
+        const char *what;
+        RQ_PrimitiveHandle primitive;
+    } kCases[] = {{"nothing", nullptr},
+                  {"no faces", noFaces},
+                  {"no positions", noPositions},
+                  {"a point that is no number", holed.mesh()},
+                  {"all points in one place", flat.mesh()}};
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        const std::unique_ptr<Image> image = picture(c.primitive, 1);
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x)
+                ASSERT_TRUE(std::isfinite(image->at(x, y).length())) << x << ' ' << y;
+    }
+}
+
+TEST(Renderer, PicturesDoNotDependOnTheThreads)
+{
+    const Globe globe(40, 20);
+    const std::unique_ptr<Image> many = picture(globe.mesh(), 7);
+    const BAS_Threads::Limit limit(1);
+    EXPECT_EQ(difference(*many, *picture(globe.mesh(), 7)), 0.0);
+}
+
+TEST(Renderer, TakesColoursFromAnyOwner)
+{
+    const Globe globe(24, 12);
+    const BAS_Vec3f red(0.9f, 0.1f, 0.1f);
+    const auto colours = [&](size_t count) { return triples(std::vector<BAS_Vec3f>(count, red), RQ_TYPE_COLOR); };
+    const RQ_AttributeListHandle vertex = listOf("Cd", colours(globe.corners.size()));
+    const RQ_AttributeListHandle uniform = listOf("Cd", colours(globe.counts.size()));
+    const std::unique_ptr<Image> byVertex = picture(globe.mesh(vertex)), byFace = picture(globe.mesh({}, uniform));
+    EXPECT_GT(middle(*byVertex).x, 4.0f * middle(*byVertex).y);
+    EXPECT_LT(difference(*byVertex, *byFace), 1e-6);
+    const BAS_Vec3f clay = middle(*picture(globe.mesh()));
+    EXPECT_LT(clay.x, 1.5f * clay.z);
+}
+
+TEST(Renderer, BothSidesOfASurfaceLookAlike)
+{
+    const Globe globe(24, 12);
+    Globe reversed = globe;
+    for (size_t face = 0; face < reversed.counts.size(); ++face)
+        std::swap(reversed.corners[4 * face + 1], reversed.corners[4 * face + 3]);
+    const std::unique_ptr<Image> image = picture(globe.mesh(), 16);
+    EXPECT_LT(difference(*image, *picture(reversed.mesh(), 16)), 0.02);
+
+    // Normals of the file that point inward, as if its faces wound the other way.
+    std::vector<BAS_Vec3f> inward;
+    for (const int32_t point : globe.corners)
+        inward.push_back(-globe.points[size_t(point)]);
+    EXPECT_LT(difference(*image, *picture(globe.mesh(listOf("N", triples(inward, RQ_TYPE_NORMAL))), 16)), 0.02);
+}
+
+TEST(Renderer, CoarseSmoothSurfacesHaveNoBlackSpeckles)
+{
+    const std::unique_ptr<Image> image = picture(Globe(12, 6).mesh(), 16);
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            ASSERT_GT(image->at(x, y).length(), 0.08f) << x << ' ' << y;
+}
+
+TEST(Renderer, EncodesAndDecodesTheSameCurve)
+{
+    for (const float value : {0.0f, 0.001f, 0.04f, 0.2f, 0.5f, 1.0f})
+        EXPECT_NEAR(encodeSRGB(decodeSRGB(value)), value, 1e-5f);
+    std::string error;
+    EXPECT_FALSE(Image(1, 1).writePNG("/no such folder/picture.png", error));
+    EXPECT_FALSE(error.empty());
+}
