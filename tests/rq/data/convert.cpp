@@ -8,7 +8,11 @@
 
 namespace
 {
-struct FloatCase
+constexpr int32_t kMax32 = std::numeric_limits<int32_t>::max(), kMin32 = std::numeric_limits<int32_t>::min();
+constexpr int64_t kMax64 = std::numeric_limits<int64_t>::max(), kMin64 = std::numeric_limits<int64_t>::min();
+
+// Out of range: nothing is 0, narrow targets keep the low bits of the value saturated to 32 bits.
+const struct
 {
     double value;
     uint8_t u8;
@@ -16,13 +20,7 @@ struct FloatCase
     int16_t i16;
     int32_t i32;
     int64_t i64;
-};
-
-constexpr int32_t kMax32 = std::numeric_limits<int32_t>::max(), kMin32 = std::numeric_limits<int32_t>::min();
-constexpr int64_t kMax64 = std::numeric_limits<int64_t>::max(), kMin64 = std::numeric_limits<int64_t>::min();
-
-// Out of range: nothing is 0, narrow targets keep the low bits of the value saturated to 32 bits.
-const FloatCase kFloats[] = {
+} kFloats[] = {
     {NAN, 0, 0, 0, 0, 0},
     {-0.0, 0, 0, 0, 0, 0},
     {INFINITY, 255, -1, -1, kMax32, kMax64},
@@ -42,25 +40,22 @@ const FloatCase kFloats[] = {
 
 TEST(Convert, FollowsOnePolicyFromFloatsToIntegers)
 {
-    for (const FloatCase &c : kFloats)
+    for (const auto &c : kFloats)
     {
-        SCOPED_TRACE(c.value);
-        // Values, rows and blocks must agree; the array is long enough for the loops' vectors and remainders.
+        // Values and blocks must agree; the array is long enough for the loops' vectors and remainders.
         const RQ_DataArrayHandle array = makeArray(std::vector<double>(37, c.value));
-        EXPECT_EQ(array->getU8(36), c.u8);
-        EXPECT_EQ(array->getI8(36), c.i8);
-        EXPECT_EQ(array->getI16(36), c.i16);
-        EXPECT_EQ(array->getI32(36), c.i32);
-        EXPECT_EQ(array->getI64(36), c.i64);
-        RQ_DataArrayHandle buffer;
-        for (const int i : {0, 36})
-        {
-            EXPECT_EQ(array->getArray<uint8_t>(buffer)[i], c.u8);
-            EXPECT_EQ(array->getArray<int8_t>(buffer)[i], c.i8);
-            EXPECT_EQ(array->getArray<int16_t>(buffer)[i], c.i16);
-            EXPECT_EQ(array->getArray<int32_t>(buffer)[i], c.i32);
-            EXPECT_EQ(array->getArray<int64_t>(buffer)[i], c.i64);
-        }
+        const auto check = [&]<class T>(T expected) {
+            SCOPED_TRACE(testing::Message() << c.value << " as " << RQstorage(RQstorageOf<T>));
+            RQ_DataArrayHandle buffer;
+            EXPECT_EQ(array->getValue<T>(36), expected);
+            EXPECT_EQ(array->getArray<T>(buffer)[0], expected);
+            EXPECT_EQ(array->getArray<T>(buffer)[36], expected);
+        };
+        check(c.u8);
+        check(c.i8);
+        check(c.i16);
+        check(c.i32);
+        check(c.i64);
     }
 }
 

@@ -4,13 +4,11 @@
 
 namespace
 {
-struct NameCase
+const struct
 {
     const char *name;
     int storage, type, owner;
-};
-
-const NameCase kNames[] = {
+} kNames[] = {
     {nullptr, -1, -1, -1},   {"", -1, -1, -1},          {"Float", -1, -1, -1},    {" float", -1, -1, -1},
     {"float", 6, -1, -1},    {"double64", 7, -1, -1},   {"float64", 7, -1, -1},   {"unsigned char", 0, -1, -1},
     {"long", 4, -1, -1},     {"dictionary", 9, -1, -1}, {"rgba", -1, 4, -1},      {"box_16", -1, 11, -1},
@@ -21,7 +19,7 @@ const NameCase kNames[] = {
 
 TEST(Vocabulary, LooksUpExactNames)
 {
-    for (const NameCase &c : kNames)
+    for (const auto &c : kNames)
     {
         SCOPED_TRACE(c.name ? c.name : "(null)");
         EXPECT_EQ(RQstorage(c.name), c.storage);
