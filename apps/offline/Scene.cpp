@@ -35,6 +35,27 @@ bool hasPositions(const RQ_Primitive &primitive)
     return Positions(points ? points->get("P") : nullptr).isValid();
 }
 
+/// The box around the points of a primitive that lie somewhere: a single infinite one must not blow it up.
+BAS_BoundingBox finiteBounds(const RQ_Primitive &primitive)
+{
+    // A point costs about 5 ns.
+    constexpr int64_t kPointsPerBlock = 16384;
+    BAS_Mat4d place;
+    if (const RQ_TransformHandle &transform = primitive.getPrimitiveTransform())
+        transform->getMatrix(place, 0);
+    const Positions positions(primitive.getPointAttributes()->get("P"));
+    return host::parallelReduce(
+        positions.entries(), kPointsPerBlock, BAS_BoundingBox(),
+        [&](int64_t begin, int64_t end) {
+            BAS_BoundingBox box;
+            for (int64_t i = begin; i < end; ++i)
+                if (const BAS_Vec3f point(positions[i] * place); isFinite(point))
+                    box.enlarge(point);
+            return box;
+        },
+        [](BAS_BoundingBox &into, const BAS_BoundingBox &from) { into.enlarge(from); });
+}
+
 RTCRay makeRay(const BAS_Vec3f &origin, const BAS_Vec3f &direction)
 {
     RTCRay ray = {};
@@ -106,7 +127,8 @@ void Scene::addMesh(const RQ_PrimPolygonMesh &mesh)
     bool changed = false;
     const RQ_PolygonMeshHandle smooth = mesh.createVertexNormalsIfMissing("P", kCuspAngle, true, changed);
     const RQ_PolygonMeshHandle triangles = smooth && hasPositions(*smooth) ? smooth->convex(3) : nullptr;
-    if (triangles && triangles->getFaceCount() > 0 && triangles->getMinVertexCount() == 3 && triangles->getMaxVertexCount() == 3)
+    if (triangles && triangles->getFaceCount() > 0 && triangles->getMinVertexCount() == 3 &&
+        triangles->getMaxVertexCount() == 3)
         leaves_.push_back(triangles);
     else
         ++notDrawn_;
@@ -116,7 +138,7 @@ BAS_Mat4d Scene::placement(UpAxis up) const
 {
     BAS_BoundingBox box;
     for (const RQ_PrimitiveHandle &leaf : leaves_)
-        leaf->enlargeBounds(&box, 1);
+        box.enlarge(finiteBounds(*leaf));
     if (box.isEmpty())
         return BAS_Mat4d();
 
@@ -147,8 +169,8 @@ void Scene::commit(UpAxis up)
         addOutline(drawable);
     }
     lowest_ = std::isfinite(lowest_) ? lowest_ : -1.0f;
-    // One thread builds the tree: its shape, and with it which of two triangles that share an edge is hit, must not depend on
-    // the number of threads.
+    // One thread builds the tree: its shape, and with it which of two triangles that share an edge is hit, must not depend
+    // on the number of threads.
     const BAS_Threads::Limit one(1);
     rtcCommitScene(embree_->scene);
 }

@@ -148,6 +148,20 @@ TEST(Renderer, DrawsPointsAsSpheres)
     EXPECT_GT(spanned(scene).x, 0.6f);
 }
 
+TEST(Renderer, OneLostPointDoesNotSpoilThePicture)
+{
+    for (const float lost : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
+    {
+        Globe globe(32, 16);
+        globe.points[40].x = lost;
+        Scene scene;
+        scene.add(globe.mesh(), nullptr);
+        scene.commit(UpAxis::Auto);
+        EXPECT_GT(spanned(scene).y, 0.8f);
+        EXPECT_LT(spanned(scene).y, 0.95f);
+    }
+}
+
 TEST(Renderer, SurvivesUglyInput)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
