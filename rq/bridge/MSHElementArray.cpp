@@ -102,7 +102,8 @@ bool RQ_MSHElementArray::getPointerAliasing(const void *data) const
 BAS_StringHolder RQ_MSHElementArray::getS(int64_t offset, int idx) const
 {
     const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
-    return strings ? strings->get(getDataOffset(offset), idx) : BAS_StringHolder();
+    const ELM_Offset row = strings ? getDataOffset(offset) : ELM_INVALID_OFFSET;
+    return row >= 0 ? strings->get(row, idx) : BAS_StringHolder();
 }
 
 int64_t RQ_MSHElementArray::getStringIndexCount() const
@@ -114,7 +115,8 @@ int64_t RQ_MSHElementArray::getStringIndexCount() const
 int64_t RQ_MSHElementArray::getStringIndex(int64_t offset, int idx) const
 {
     const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
-    return strings ? strings->index(getDataOffset(offset), idx) : -1;
+    const ELM_Offset row = strings ? getDataOffset(offset) : ELM_INVALID_OFFSET;
+    return row >= 0 ? strings->index(row, idx) : -1;
 }
 
 void RQ_MSHElementArray::getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const

@@ -9,7 +9,7 @@
 /// Shape      row i is the attribute's value at element `offsets[i]`; vertex offsets reach point and primitive attributes
 ///            through the detail's maps, and a detail attribute has the same row everywhere
 /// Failure    not valid, and without rows, when there is no such attribute or it belongs to elements that the offsets cannot
-///            reach
+///            reach; a vertex without a point reads the point attributes as zero and as no string
 /// Ownership  keeps the snapshot of the detail alive; the attribute stays the host's
 /// Threads    safe to read from any thread; `updateGeoDetail` must not race with readers
 /// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one

@@ -36,6 +36,8 @@ template <RQ_NumericValue T> T RQ_MSHElementArray::valueAs(int64_t offset, int c
     if (!numbers)
         return T(0);
     const ELM_Offset row = getDataOffset(offset);
+    if (row < 0)
+        return T(0);
     return numbers->visit([&](const auto &pages) { return RQconvert<T>(pages.value(row, component)); });
 }
 
@@ -55,6 +57,11 @@ void RQ_MSHElementArray::fillRows(const ELM_PageArray<S> &pages, T *out, int64_t
         resolveRows(rows, start + done, count);
         for (int64_t i = 0; i < count; ++i)
         {
+            if (rows[i] < 0)
+            {
+                std::fill_n(out + (done + i) * stride, components, T(0));
+                continue;
+            }
             const S *tuple = reader.tuple(rows[i]);
             for (int c = 0; c < components; ++c)
                 out[(done + i) * stride + c] = RQconvert<T>(tuple[c]);

@@ -292,6 +292,30 @@ TEST(ElementArray, FollowsOtherTopologyOnlyWhereThatTakesNoPart)
     EXPECT_TRUE(static_cast<const RQ_MSHElementArray &>(*mapped).isBoundTo(older));
 }
 
+TEST(ElementArray, ReadsNothingWhereAVertexHasNoPoint)
+{
+    MOD_Edit edit{MOD_DetailHandle()};
+    append(edit, cubeShape());
+    ELM_StringTuple *names = edit.stringAttribute(ELM_OWNER_POINT, "name")->strings();
+    for (int64_t point = 0; point < 8; ++point)
+        names->set(point, "named");
+    ASSERT_TRUE(edit.setVertexPoint(3, -1));
+    const MOD_ConstDetailHandle handle = edit.commit();
+    const RQ_MSHOffsetList vertices(*handle.readLock(), ELM_OWNER_VERTEX);
+    const RQ_DataArrayHandle p(new RQ_MSHElementArray(handle, &handle.readLock()->positions(), vertices, ELM_OWNER_VERTEX));
+    const ELM_Attribute *name = handle.readLock()->find(ELM_OWNER_POINT, "name");
+    const RQ_DataArrayHandle text(new RQ_MSHElementArray(handle, name, vertices, ELM_OWNER_VERTEX));
+    RQ_DataArrayHandle buffer;
+    for (int c = 0; c < 3; ++c)
+    {
+        EXPECT_EQ(p->getArray<float>(buffer)[9 + c], 0.0f);
+        EXPECT_EQ(p->getF64(3, c), 0.0);
+    }
+    EXPECT_EQ(text->getStringIndex(3), -1);
+    EXPECT_EQ(text->getS(3).view(), "");
+    EXPECT_EQ(text->getS(2).view(), "named");
+}
+
 TEST(ElementArray, KnowsWhatHostTypesMean)
 {
     struct Case
