@@ -7,7 +7,7 @@
 
 void RQ_DAConstant::init(const RQ_DataArrayHandle &source, int64_t index, int64_t size)
 {
-    source_ = source;
+    setSource(source);
     index_ = index;
     size_ = source ? std::max<int64_t>(0, size) : 0;
 }

@@ -4,6 +4,12 @@
 #include <rq/data/detail/blocks.h>
 #include <rq/data/detail/numericTypes.h>
 
+void RQ_DAInherit::setSource(const RQ_DataArrayHandle &source)
+{
+    source_ = source;
+    sourceId_ = source ? source->getDataId() : -1;
+}
+
 RQ_Storage RQ_DAInherit::getStorage() const { return source_ ? source_->getStorage() : RQ_STORAGE_INVALID; }
 int64_t RQ_DAInherit::itemSize(int64_t offset) const { return source_->itemSize(getIndirect(offset)); }
 int64_t RQ_DAInherit::getTupleSize() const { return source_ ? source_->getTupleSize() : 0; }
@@ -100,8 +106,9 @@ void RQ_DAInherit::updateGeoDetail(const MOD_ConstDetailHandle &detail, const ch
 {
     if (!source_)
         return;
-    const int64_t before = source_->getDataId();
     source_->updateGeoDetail(detail, name, owner, segment);
-    if (source_->getDataId() != before)
-        setDataId(ELM_Attribute::nextDataId());
+    if (source_->getDataId() == sourceId_)
+        return;
+    sourceId_ = source_->getDataId();
+    setDataId(ELM_Attribute::nextDataId());
 }

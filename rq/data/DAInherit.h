@@ -59,7 +59,12 @@ public:
 
 protected:
     RQ_DAInherit() = default;
-    explicit RQ_DAInherit(const RQ_DataArrayHandle &source) : source_(source) {}
+    explicit RQ_DAInherit(const RQ_DataArrayHandle &source) { setSource(source); }
+
+    void setSource(const RQ_DataArrayHandle &source);
 
     RQ_DataArrayHandle source_;
+
+private:
+    int64_t sourceId_ = -1;  // as last seen: another view of the source may have had it re-bound
 };

@@ -1,8 +1,10 @@
 #include <functional>
 
+#include <rq/data/DAClamp.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAConstantValue.h>
 #include <rq/data/DAIndirect.h>
+#include <rq/data/DAList.h>
 #include <rq/data/DASubArray.h>
 #include <rq/data/Values.h>
 #include <rq/data/convert.h>
@@ -43,6 +45,16 @@ template <class T> std::vector<View> viewsOf(const RQ_DataArrayHandle &source, i
         {"indirection twice", RQ_DAIndirect::createIndirect(back, indices), [](int64_t i) { return i; }},
         {"indirection flattened", RQ_DAIndirect::createIndirect(back, indices, true), [](int64_t i) { return i; }},
         {"window of an indirection", RQ_DASubArray::createSubArray(back, 0, size / 2), last},
+        {"list of three and an empty one",
+         RQ_DAList::createList({RQ_DASubArray::createSubArray(source, 0, size / 3),
+                                RQ_DASubArray::createSubArray(source, 0, 0),
+                                RQ_DASubArray::createSubArray(back, size / 3, size - size / 3), source}),
+         [size](int64_t i) { return i < size / 3 ? i
+                                    : i < size   ? size - 1 - i
+                                                 : i - size; }},
+        {"clamped", RQ_DAClamp::createClamp(source, size + 1500), [size](int64_t i) { return std::min(i, size + 1); }},
+        {"clamped indirection", RQ_DAClamp::createClamp(size ? back : source, size + 5),
+         [size](int64_t i) { return size ? std::max<int64_t>(0, size - 1 - i) : std::min<int64_t>(i, 1); }},
         {"constant of an indirection", RQ_DAConstant::createConstant(size ? back : source, 0, size),
          [size](int64_t) { return std::max<int64_t>(0, size - 1); }},
     };

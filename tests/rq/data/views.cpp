@@ -1,0 +1,140 @@
+#include <functional>
+
+#include <rq/data/DAClamp.h>
+#include <rq/data/DAConstantValue.h>
+#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndirect.h>
+#include <rq/data/DAList.h>
+#include <rq/data/DAParametric.h>
+#include <rq/data/DASubArray.h>
+#include <rq/data/Values.h>
+
+#include "arrays.h"
+
+namespace
+{
+RQ_DataArrayHandle texts(std::vector<BAS_StringHolder> values)
+{
+    return RQ_DAIndexedString::createIndexed(values.data(), int64_t(values.size()));
+}
+
+const RQ_DataArrayHandle kNone;
+
+TEST(DAList, TakesOnlyPartsThatFit)
+{
+    const auto two = makeArray<float>({1, 2, 3, 4}, 2), one = makeArray<float>({1, 2, 3}), empty = makeArray<float>({}, 2);
+    const RQ_DataArrayHandle huge(new RQ_DAConstantValue<float>(int64_t(1) << 62, 3.0f));
+    const struct
+    {
+        const char *what;
+        BAS_Array<RQ_DataArrayHandle> parts;
+        int64_t entries;  // -1: no list
+    } kCases[] = {
+        {"no part", {}, -1},
+        {"null part", {two, kNone}, -1},
+        {"null first", {kNone, two}, -1},
+        {"other storage", {one, makeArray<double>({1})}, -1},
+        {"other tuple size", {one, two}, -1},
+        {"other tuple size, though empty", {one, empty}, -1},
+        {"more than 64 bits hold", {huge, huge}, -1},
+        {"only empty", {empty, empty}, 0},
+        {"two", {two, two}, 4},
+        {"beyond 32 bits", {huge, one}, (int64_t(1) << 62) + 3},
+    };
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        RQ_DAList list;
+        EXPECT_EQ(list.init(c.parts), c.entries >= 0);
+        EXPECT_EQ(list.isValid(), c.entries >= 0);
+        EXPECT_EQ(list.entries(), std::max<int64_t>(0, c.entries));
+        const RQ_DataArrayHandle array = RQ_DAList::createList(c.parts);
+        EXPECT_EQ(array ? array->entries() : -1, c.entries);
+    }
+    EXPECT_EQ(RQ_DAList::createList({empty, two, empty}), two);
+    const RQ_DataArrayHandle nested = RQ_DAList::createList({RQ_DAList::createList({two, two}), two});
+    EXPECT_EQ(static_cast<const RQ_DAList &>(*nested).parts().size(), 3u);
+    EXPECT_EQ(RQ_DAList::createList({huge, one})->getF32((int64_t(1) << 62) + 1), 2.0f);
+}
+
+TEST(DAList, AnIndexMeansTheSameTextInAllParts)
+{
+    const auto list = RQ_DAList::createList({texts({"a", "b", ""}), texts({"b", "c", "a"})});
+    const std::vector<std::string> expected = {"a", "b", "", "b", "c", "a"};
+    BAS_Array<BAS_StringHolder> distinct(6), filled(6);
+    list->fillStringArray(filled.data(), 0, 6);
+    list->getStrings(distinct);
+    EXPECT_EQ(list->getStringIndexCount(), 3);
+    for (int64_t i = 0; i < 6; ++i)
+    {
+        const int64_t index = list->getStringIndex(i);
+        EXPECT_EQ(list->getS(i).view(), expected[size_t(i)]);
+        EXPECT_EQ(filled[size_t(i)].view(), expected[size_t(i)]);
+        EXPECT_EQ(index < 0 ? BAS_StringHolder() : distinct[size_t(index)], list->getS(i)) << "entry " << i;
+    }
+    EXPECT_TRUE(list->isEqual(*list->harden()));
+}
+
+TEST(DAClamp, MakesOnlyWhatIsNeeded)
+{
+    const auto source = makeArray<int32_t>({5, 6, 7}), empty = makeArray<int32_t>({});
+    const auto clamped = RQ_DAClamp::createClamp(source, 5);
+    const struct
+    {
+        const char *what;
+        RQ_DataArrayHandle array;
+        std::vector<int32_t> values;
+    } kCases[] = {
+        {"of nothing, to nothing", RQ_DAClamp::createClamp(empty, -2), {}},
+        {"window", RQ_DAClamp::createClamp(source, 2), {5, 6}},
+        {"clamped", clamped, {5, 6, 7, 7, 7}},
+        {"clamped again", RQ_DAClamp::createClamp(clamped, 6), {5, 6, 7, 7, 7, 7}},
+    };
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        const rq::Values<int32_t> values(c.array);
+        EXPECT_EQ(std::vector<int32_t>(values.begin(), values.end()), c.values);
+    }
+    EXPECT_EQ(RQ_DAClamp::createClamp(source, 3), source);
+    EXPECT_FALSE(RQ_DAClamp::createClamp(kNone, 3));
+    EXPECT_FALSE(RQ_DAClamp::createClamp(empty, 1)) << "nothing to repeat";
+    EXPECT_EQ(clamped->getI32(100), 7);
+    EXPECT_EQ(clamped->getI32(-100), 5);
+}
+
+TEST(DAParametric, SamplesTheGrid)
+{
+    using Grid = RQ_DAParametric;
+    const struct
+    {
+        const char *what;
+        Grid *grid;
+        std::vector<float> values;
+    } kCases[] = {
+        {"nothing", new Grid({0}, {3}), {}},
+        {"counts below 0", new Grid({-1}, {-1}), {}},
+        {"one sample is the beginning", new Grid({1, 2, 3}, {1, 4, 5}), {2, 4}},
+        {"along a curve", new Grid({3}), {0, 0, 0.5f, 0, 1, 0}},
+        {"u fastest, v downward", new Grid({2, 0, 1}, {3, 1, 0}), {0, 1, 1, 1, 0, 0.5f, 1, 0.5f, 0, 0, 1, 0}},
+        {"ends are exact", new Grid({2, 1e20, 0.1f}), {1e20f, 0, 0.1f, 0}},
+    };
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        const RQ_DataArrayHandle grid(c.grid);
+        const rq::Values<float> values(grid);
+        EXPECT_EQ(std::vector<float>(values.begin(), values.end()), c.values);
+        for (int64_t i = 0; i < values.size(); ++i)
+            EXPECT_EQ(grid->getF64(i / 2, int(i % 2)), double(c.values[size_t(i)])) << "value " << i;
+    }
+    const RQ_DataArrayHandle odd(new Grid({1023, -1, 1}, {3, 0, 7}));
+    const RQ_DataArrayHandle hard = odd->harden(), window = RQ_DASubArray::createSubArray(odd, 1000, 1100);
+    EXPECT_TRUE(odd->isEqual(*hard));
+    EXPECT_EQ(window->hash(), hard->hashRange(1000, 2100)) << "blocks may begin inside a row";
+
+    const int64_t many = int64_t(1) << 40;
+    EXPECT_EQ(Grid({many}, {many}).entries(), std::numeric_limits<int64_t>::max());
+    EXPECT_EQ(Grid({many}, {3}).getF32(2 * many + many / 2, 1), 1.0f);
+}
+}  // namespace
