@@ -47,7 +47,7 @@ void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &optio
 ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms, RefinedFile &refined)
 {
     auto start = std::chrono::steady_clock::now();
-    refined.file = file;
+    refined.file = file == "-" ? "<stdin>" : file;
     MOD_DetailHandle detail;
     io::Messages messages;
     const bool loaded = io::load(file, detail, messages);

@@ -35,7 +35,8 @@ std::string describe(const HostFacts &host)
 
 std::string describe(const PrimitiveFacts &primitive)
 {
-    std::string text = fmt::format("  {:>{}}{} ({})", "", 2 * primitive.depth, primitive.className, primitive.type);
+    const std::string indent(size_t(2 * primitive.depth), ' ');
+    std::string text = fmt::format("  {}{} ({})", indent, primitive.className, primitive.type);
     if (primitive.faces)
         text += fmt::format(": {} faces", *primitive.faces);
     if (primitive.minCount && primitive.maxCount)
@@ -45,17 +46,18 @@ std::string describe(const PrimitiveFacts &primitive)
     text += '\n';
 
     const BAS_Vec3f &low = primitive.bounds.minimum(), &high = primitive.bounds.maximum();
+    text += indent + "    bounds     ";
     if (primitive.bounds.isEmpty())
-        text += "    bounds     none\n";
+        text += "none\n";
     else
-        text += fmt::format("    bounds     ({}, {}, {}) to ({}, {}, {})\n", low.x, low.y, low.z, high.x, high.y, high.z);
+        text += fmt::format("({}, {}, {}) to ({}, {}, {})\n", low.x, low.y, low.z, high.x, high.y, high.z);
     if (primitive.area && primitive.volume && primitive.perimeter)
-        text += fmt::format("    measures   area {:.9g}, volume {:.9g}, perimeter {:.9g}\n", *primitive.area,
+        text += fmt::format("{}    measures   area {:.9g}, volume {:.9g}, perimeter {:.9g}\n", indent, *primitive.area,
                             *primitive.volume, *primitive.perimeter);
-    text += fmt::format("    memory     {} bytes, {} segment{}\n", primitive.memory, primitive.segments,
+    text += fmt::format("{}    memory     {} bytes, {} segment{}\n", indent, primitive.memory, primitive.segments,
                         primitive.segments == 1 ? "" : "s");
     for (const AttributeFacts &attribute : primitive.attributes)
-        text += describe(attribute);
+        text += indent + describe(attribute);
     return text;
 }
 

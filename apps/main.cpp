@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <optional>
 
 #include <CLI/CLI.hpp>
@@ -56,7 +57,7 @@ int main(int argc, char **argv)
 {
     CLI::App program("Render-ready geometry from files", "rq");
     program.set_version_flag("--version", "rq " RQ_VERSION);
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
 
     CommonOptions common;
     InfoOptions info;
@@ -75,9 +76,18 @@ int main(int argc, char **argv)
     std::optional<BAS_Threads::Limit> limit;
     if (common.threads > 0)
         limit.emplace(common.threads);
-    if (infoCommand->parsed())
-        return runInfo(common, info);
-    if (renderCommand->parsed())
-        return runRender(common, render);
+    try
+    {
+        if (infoCommand->parsed())
+            return runInfo(common, info);
+        if (renderCommand->parsed())
+            return runRender(common, render);
+    }
+    catch (const std::exception &error)
+    {
+        std::fprintf(stderr, "rq: error: %s\n", error.what());
+        return ExitFailure;
+    }
+    std::fputs("rq: error: a subcommand is required\nRun with --help for more information.\n", stderr);
     return ExitUsage;
 }
