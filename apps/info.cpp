@@ -1,5 +1,7 @@
 #include <apps/info.h>
 
+#include <apps/TerminalProgress.h>
+
 namespace rq::app
 {
 ExitCode runInfo(const CommonOptions &common, const InfoOptions &options)
@@ -12,6 +14,7 @@ ExitCode runInfo(const CommonOptions &common, const InfoOptions &options)
         return ExitUsage;
     }
 
+    const TerminalProgress progress;
     ExitCode code = ExitDone;
     std::vector<FileFacts> facts;
     for (const std::string &file : options.files)

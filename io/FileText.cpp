@@ -1,5 +1,6 @@
 #include <io/FileText.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>

@@ -1,13 +1,15 @@
 #include <io/OBJReader.h>
 
-#include <algorithm>
-#include <filesystem>
+#include <atomic>
+#include <new>
 
 #include <fmt/format.h>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/Progress.h>
 #include <io/Scanner.h>
 #include <io/detail/OBJAssembly.h>
+#include <io/detail/OBJWarnings.h>
 
 namespace rq::io
 {
@@ -45,106 +47,57 @@ std::vector<OBJBlock> cutIntoBlocks(std::string_view text)
     return blocks;
 }
 
-class OBJWarnings
-{
-public:
-    OBJWarnings(const OBJSource &source, Messages &messages) : source_(source), messages_(messages) {}
-
-    void tallies(const std::vector<OBJBlock> &blocks)
-    {
-        if (const OBJTally tally = sum(blocks, &OBJBlock::unknownWords); tally.count > 0)
-            warn(tally.first,
-                 fmt::format("expected a known word, found {}; {} passed over", describe(source_.text, tally.first),
-                             counted(tally.count, "line is", "lines are")));
-        if (const OBJTally tally = sum(blocks, &OBJBlock::surplusNumbers); tally.count > 0)
-            warn(tally.first, fmt::format("expected the end of the line, found more; what is too much on {} is passed over",
-                                          counted(tally.count, "line", "lines")));
-        if (const OBJTally tally = sum(blocks, &OBJBlock::smallFaces); tally.count > 0)
-            warn(tally.first, fmt::format("expected three or more corners, found fewer; {} kept",
-                                          counted(tally.count, "such face is", "such faces are")));
-    }
-
-    void materialFiles(const std::vector<OBJBlock> &blocks)
-    {
-        const char *first = nullptr;
-        int64_t missing = 0;
-        for (const OBJBlock &block : blocks)
-        {
-            for (const std::string_view names : block.materialFiles)
-            {
-                if (exists(names) || allExist(names))
-                    continue;
-                first = missing++ == 0 ? names.data() : first;
-            }
-        }
-        if (missing > 0)
-            warn(first, fmt::format("expected a material file, found none of this name; {} missing, material names are kept",
-                                    counted(missing, "file is", "files are")));
-    }
-
-private:
-    static std::string counted(int64_t count, const char *one, const char *many)
-    {
-        return fmt::format("{} {}", count, count == 1 ? one : many);
-    }
-
-    static OBJTally sum(const std::vector<OBJBlock> &blocks, OBJTally OBJBlock::*member)
-    {
-        OBJTally sum;
-        for (const OBJBlock &block : blocks)
-            sum.add(block.*member);
-        return sum;
-    }
-
-    // A line names one file with blanks in its name, or several without.
-    bool allExist(std::string_view names) const
-    {
-        Scanner scanner(names);
-        while (scanner.toWord())
-        {
-            if (!exists(scanner.word()))
-                return false;
-        }
-        return true;
-    }
-
-    bool exists(std::string_view name) const
-    {
-        std::error_code ignored;
-        return std::filesystem::exists(std::filesystem::path(source_.name).parent_path() / name, ignored);
-    }
-
-    void warn(const char *at, std::string text) { messages_.warn(source_.name, placeOf(source_.text, at), std::move(text)); }
-
-    const OBJSource &source_;
-    Messages &messages_;
-};
-
 // UTF-16 begins with its byte order mark.
 bool isWideText(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
-}  // namespace
 
-bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
+// Parse in parallel.  False when the user interrupted.
+bool parse(std::vector<OBJBlock> &blocks)
 {
-    const OBJSource source{text, name};
-    if (isWideText(text))
-        return messages.fail(name, placeOf(text, text.data()), "expected UTF-8 text, found UTF-16 text");
-    if (text.starts_with("\xef\xbb\xbf"))
-        text.remove_prefix(3);
+    BAS_Progress progress("Reading");
+    std::atomic<int64_t> done{0};
+    std::atomic<bool> stopped{false};
+    host::parallelFor(std::ssize(blocks), 1, [&](int64_t i) {
+        if (progress.interrupted(double(done++) / double(blocks.size())))
+            stopped = true;
+        else
+            blocks[size_t(i)].parse();
+    });
+    return !stopped;
+}
 
-    std::vector<OBJBlock> blocks = cutIntoBlocks(text);
-    host::parallelFor(int64_t(blocks.size()), 1, [&](int64_t i) { blocks[size_t(i)].parse(); });
+bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
+{
+    if (isWideText(source.text))
+        return messages.fail(source.name, placeOf(source.text, source.text.data()),
+                             "expected UTF-8 text, found UTF-16 text");
+
+    std::vector<OBJBlock> blocks = cutIntoBlocks(source.text);
+    if (!parse(blocks))
+        return messages.fail(source.name, {}, "reading was interrupted");
     for (const OBJBlock &block : blocks)
     {
         if (block.failedAt)
             return messages.fail(
-                name, placeOf(source.text, block.failedAt),
+                source.name, placeOf(source.text, block.failedAt),
                 fmt::format("expected {}, found {}", block.expected, describe(source.text, block.failedAt)));
     }
-
-    OBJWarnings warnings(source, messages);
-    warnings.tallies(blocks);
-    warnings.materialFiles(blocks);
+    warnOfOddities(source, blocks, messages);
     return OBJAssembly(source, blocks, messages).build(detail);
+}
+}  // namespace
+
+bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
+{
+    // Columns count from the first character.
+    constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+    text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+    try
+    {
+        return read({text, name}, detail, messages);
+    }
+    catch (const std::bad_alloc &)
+    {
+        return messages.fail(name, {}, "needs more memory than there is");
+    }
 }
 }  // namespace rq::io

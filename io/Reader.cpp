@@ -1,7 +1,6 @@
 #include <io/Reader.h>
 
 #include <algorithm>
-#include <new>
 
 #include <fmt/format.h>
 
@@ -48,14 +47,7 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages)
             endings += (endings.empty() ? "" : ", ") + std::string(known.ending);
         return messages.fail(path, {}, fmt::format("expected a file whose name ends with {}", endings));
     }
-    try
-    {
-        FileText file;
-        return file.open(path, messages) && format->read(file.text(), file.name(), detail, messages);
-    }
-    catch (const std::bad_alloc &)
-    {
-        return messages.fail(path == "-" ? "<stdin>" : path, {}, "needs more memory than there is");
-    }
+    FileText file;
+    return file.open(path, messages) && format->read(file.text(), file.name(), detail, messages);
 }
 }  // namespace rq::io

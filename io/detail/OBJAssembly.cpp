@@ -1,6 +1,7 @@
 #include <io/detail/OBJAssembly.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include <fmt/format.h>
 
@@ -126,30 +127,28 @@ std::string OBJAssembly::expectation(const Slot &slot, const char *place) const
 // Primitives of the same kind that follow each other are appended together.
 bool OBJAssembly::appendPrimitives(MOD_Edit &edit, const std::vector<int32_t> &points)
 {
-    size_t corner = 0;
-    for (const OBJBlock &block : blocks_)
+    std::vector<int32_t> counts;
+    counts.reserve(size_t(before_.back().primitives));
+    std::vector<std::pair<OBJKind, int64_t>> runs;
+    for (size_t b = 0; b < blocks_.size(); ++b)
     {
-        size_t first = 0;
-        OBJKind kind = OBJKind::Face;
-        const auto appendUpTo = [&](size_t end) {
-            const std::span<const int32_t> counts(block.counts.data() + first, end - first);
-            size_t corners = 0;
-            for (const int32_t count : counts)
-                corners += size_t(count);
-            first = end;
-            corner += corners;
-            return counts.empty() || appendRun(edit, kind, counts, std::span(points.data() + corner - corners, corners));
-        };
-        for (const OBJChange &change : block.changes)
+        counts.insert(counts.end(), blocks_[b].counts.begin(), blocks_[b].counts.end());
+        for (const OBJChange &change : blocks_[b].changes)
         {
-            if (change.what != OBJChange::Kind)
-                continue;
-            if (!appendUpTo(size_t(change.primitive)))
-                return false;
-            kind = change.kind;
+            if (change.what == OBJChange::Kind && (runs.empty() || runs.back().first != change.kind))
+                runs.emplace_back(change.kind, before_[b].primitives + change.primitive);
         }
-        if (!appendUpTo(block.counts.size()))
+    }
+
+    const int32_t *corners = points.data();
+    for (size_t r = 0; r < runs.size(); ++r)
+    {
+        const size_t first = size_t(runs[r].second), end = r + 1 < runs.size() ? size_t(runs[r + 1].second) : counts.size();
+        const std::span<const int32_t> run(counts.data() + first, end - first);
+        const size_t sum = std::accumulate(run.begin(), run.end(), size_t(0));
+        if (!appendRun(edit, runs[r].first, run, {corners, sum}))
             return false;
+        corners += sum;
     }
     return true;
 }

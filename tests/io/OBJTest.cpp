@@ -198,7 +198,7 @@ struct MessageCase
 const MessageCase kErrorCases[] = {
     {"v 1 2\nf 1", "x.obj:1:6: error: expected a number, found the end of the line"},
     {"v 1 2", "x.obj:1:6: error: expected a number, found the end of the file"},
-    {"v", "x.obj:1:2: error: expected a number, found the end of the file"},
+    {"\xef\xbb\xbfv", "x.obj:1:2: error: expected a number, found the end of the file"},
     {"v 1 2 # 3", "x.obj:1:7: error: expected a number, found the end of the line"},
     {"# one\r\nv 1 b 3", "x.obj:2:5: error: expected a number, found \"b\""},
     {"v 1 2 3.1+e2", "x.obj:1:7: error: expected a number, found \"3.1+e2\""},
