@@ -104,7 +104,7 @@ void RQ_AttributeList::updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_O
 {
     for (int segment = 0; segment < segments_; ++segment)
         for (int i = 0; i < entries_; ++i)
-            if (const RQ_DataArrayHandle &array = get(i, segment))
+            if (const RQ_DataArrayHandle &array = get(i, segment); array && (segment == 0 || array != get(i, segment - 1)))
                 array->updateGeoDetail(detail, getName(i).c_str(), owner, segment);
 }
 

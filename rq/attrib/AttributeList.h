@@ -4,7 +4,9 @@
 #include <rq/data/DataArray.h>
 
 class RQ_AttributeList;
+struct RQ_AttributeMerge;
 using RQ_AttributeListHandle = BAS_IntrusivePtr<RQ_AttributeList>;
+using RQ_TransformHandle = BAS_IntrusivePtr<RQ_Transform>;
 
 /// The attributes of one class of element: for every motion segment one array per name of a shared map.
 ///
@@ -13,7 +15,9 @@ using RQ_AttributeListHandle = BAS_IntrusivePtr<RQ_AttributeList>;
 /// Ownership  counted; arrays and the map are shared, so that deriving a list copies no values
 /// Threads    `set`, `setAllSegments`, `copySegment`, `harden` and `updateGeoDetail` belong to the one owner of a list
 ///            that is not yet shared; everything else is safe from any thread
-/// Cost       deriving a list costs a handle per attribute and segment
+/// Cost       deriving a list costs a handle per attribute and segment.  The same list made again from the same arrays has
+/// the
+///            same data ids, so that caches recognise it
 class RQ_API RQ_AttributeList : public BAS_IntrusiveRefCounter<RQ_AttributeList>
 {
 public:
@@ -87,8 +91,43 @@ public:
     /// `size` times entry `offset`.
     RQ_AttributeListHandle createConstant(int64_t offset, int64_t size) const;
 
+    /// This list with the parametric coordinates of a grid of `nu` by `nv` points, in place of an attribute of that name. Of
+    /// one point, a direction has the lower bound.
+    RQ_AttributeListHandle createUV(int64_t nu, int64_t nv, double u0, double u1, double v0, double v1,
+                                    const BAS_StringHolder &name = "uv") const;
+
+    /// Transform what the meaning of its values says (see `RQ_Transform::transform`) in as many segments as the longer side
+    /// has; this list itself when nothing changes.
+    RQ_AttributeListHandle transform(const RQ_TransformHandle &transform) const;
+
     /// This list and every attribute of `other` (null: none) whose name it lacks; this list itself when it lacks none.
     RQ_AttributeListHandle mergeNewAttributes(const RQ_AttributeListHandle &other) const;
+
+    /// The entries of all lists end to end, in as many segments as the first one has; null lists do not count.
+    ///
+    /// Null without lists, when their names differ, and when the arrays of a name differ in storage or tuple size or only
+    /// some are null.
+    static RQ_AttributeListHandle concatenateLists(const BAS_Array<RQ_AttributeListHandle> &lists);
+
+    /// The entries of `a` and then those of `b`, with the attributes of both.
+    ///
+    /// Where a side lacks an attribute it has entry 0 of the attribute of that name in its constants (converted where they
+    /// differ in form), or else zeros and empty text.  A null list lacks all.  Null when an array does not have the count of
+    /// its side, when the arrays of a name differ in storage or tuple size, and when dictionaries or arrays of arrays have
+    /// nothing to stand in.
+    static RQ_AttributeListHandle createMerged(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
+                                               int64_t aCount, const RQ_AttributeListHandle &b, int64_t bCount,
+                                               const RQ_AttributeListHandle &aConstants = nullptr,
+                                               const RQ_AttributeListHandle &bConstants = nullptr);
+
+    /// `count` times entry 0 of `a`, under the merged names; null arrays for those that it lacks.
+    static RQ_AttributeListHandle createConstantMerge(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
+                                                      int64_t count);
+
+    /// The entries of `a`, which may be a merged list, and then `count` times entry 0 of `b`; zeros and empty text where a
+    /// side lacks an attribute.  `aCount` below 0 is the length of the first array.  Null as for `createMerged`.
+    static RQ_AttributeListHandle expandConstantMerge(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
+                                                      const RQ_AttributeListHandle &b, int64_t count, int64_t aCount = -1);
 
     /// Replace every array, of all segments or of one, by a copy that owns its values; one that has no such form stays.
     /// Segments that share an array share its copy.

@@ -1,9 +1,12 @@
 #include <rq/attrib/AttributeList.h>
 
 #include <algorithm>
+#include <bit>
 
+#include <rq/attrib/detail/viewId.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndirect.h>
+#include <rq/data/DAParametric.h>
 #include <rq/data/DASubArray.h>
 
 namespace
@@ -54,17 +57,45 @@ void RQ_AttributeList::harden(int segment)
 
 RQ_AttributeListHandle RQ_AttributeList::createIndirect(const RQ_DataArrayHandle &indices, bool flatten) const
 {
-    return derived([&](const RQ_DataArrayHandle &array) { return RQ_DAIndirect::createIndirect(array, indices, flatten); });
+    const int64_t id = indices ? indices->getDataId() : -1;
+    const uint64_t key = rq::viewKey(rq::View::INDIRECT, {uint64_t(id)});
+    return derived([&](const RQ_DataArrayHandle &array) {
+        const RQ_DataArrayHandle view = RQ_DAIndirect::createIndirect(array, indices, flatten);
+        rq::setViewId(view, array, key);
+        if (view && id == -1)
+            view->setDataId(-1);
+        return view;
+    });
 }
 
 RQ_AttributeListHandle RQ_AttributeList::createSubArray(int64_t start, int64_t count) const
 {
-    return derived([&](const RQ_DataArrayHandle &array) { return RQ_DASubArray::createSubArray(array, start, count); });
+    const uint64_t key = rq::viewKey(rq::View::WINDOW, {uint64_t(start), uint64_t(count)});
+    return derived([&](const RQ_DataArrayHandle &array) {
+        const RQ_DataArrayHandle view = RQ_DASubArray::createSubArray(array, start, count);
+        rq::setViewId(view, array, key);
+        return view;
+    });
 }
 
 RQ_AttributeListHandle RQ_AttributeList::createConstant(int64_t offset, int64_t size) const
 {
-    return derived([&](const RQ_DataArrayHandle &array) { return RQ_DAConstant::createConstant(array, offset, size); });
+    const uint64_t key = rq::viewKey(rq::View::CONSTANT, {uint64_t(offset), uint64_t(size)});
+    return derived([&](const RQ_DataArrayHandle &array) {
+        const RQ_DataArrayHandle view = RQ_DAConstant::createConstant(array, offset, size);
+        rq::setViewId(view, array, key);
+        return view;
+    });
+}
+
+RQ_AttributeListHandle RQ_AttributeList::createUV(int64_t nu, int64_t nv, double u0, double u1, double v0, double v1,
+                                                  const BAS_StringHolder &name) const
+{
+    const RQ_DataArrayHandle grid(new RQ_DAParametric({nu, u0, u1}, {nv, v0, v1}));
+    const auto bits = [](double value) { return std::bit_cast<uint64_t>(value); };
+    grid->setDataId(rq::validId(
+        rq::viewKey(rq::View::PARAMETRIC, {uint64_t(nu), uint64_t(nv), bits(u0), bits(u1), bits(v0), bits(v1)})));
+    return addAttribute(name, grid, true);
 }
 
 RQ_AttributeListHandle RQ_AttributeList::addAttribute(const BAS_StringHolder &name, const RQ_DataArrayHandle &array,

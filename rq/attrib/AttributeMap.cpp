@@ -8,6 +8,8 @@ namespace
 constexpr size_t kScannedNames = 32;
 }  // namespace
 
+RQ_AttributeMapFilter::~RQ_AttributeMapFilter() = default;
+
 RQ_AttributeMap::RQ_AttributeMap() = default;
 RQ_AttributeMap::RQ_AttributeMap(const RQ_AttributeMap &other) = default;
 RQ_AttributeMap::~RQ_AttributeMap() = default;
@@ -74,6 +76,22 @@ void RQ_AttributeMap::addExportName(const BAS_StringHolder &name, const BAS_Stri
         exportNames_.erase(name);
     else if (hasName(name))
         exportNames_[name] = exportName;
+}
+
+RQ_AttributeMapHandle RQ_AttributeMap::filter(const RQ_AttributeMapFilter &filter, BAS_Array<int> &sources) const
+{
+    const RQ_AttributeMapHandle kept(new RQ_AttributeMap);
+    sources.clear();
+    for (int i = 0; i < entries(); ++i)
+    {
+        if (!filter.keep(*this, i))
+            continue;
+        const int index = kept->add(getName(i), false);
+        kept->setOriginalOwner(index, getOriginalOwner(i));
+        kept->addExportName(index, getExportName(i));
+        sources.push_back(i);
+    }
+    return kept;
 }
 
 std::string RQ_AttributeMap::getLabel() const

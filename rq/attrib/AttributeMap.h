@@ -8,6 +8,17 @@
 #include <rq/api.h>
 #include <rq/data/types.h>
 
+class RQ_AttributeMap;
+using RQ_AttributeMapHandle = BAS_IntrusivePtr<RQ_AttributeMap>;
+
+/// Chooses attributes of a map.
+class RQ_API RQ_AttributeMapFilter
+{
+public:
+    virtual ~RQ_AttributeMapFilter();
+    virtual bool keep(const RQ_AttributeMap &map, int index) const = 0;
+};
+
 /// Names of attributes with dense numbers: many lists share one map and keep their arrays in plain rows.
 ///
 /// Shape      the number of a name is its place in the order of adding; removing moves later names down by one
@@ -47,6 +58,10 @@ public:
     RQ_Owner getOriginalOwner(int index) const { return owners_[size_t(index)]; }
     void setOriginalOwner(int index, RQ_Owner owner) { owners_[size_t(index)] = owner; }
 
+    /// A map of the names that `filter` keeps, in order, with their owners and export names; `sources` becomes their numbers
+    /// here.
+    RQ_AttributeMapHandle filter(const RQ_AttributeMapFilter &filter, BAS_Array<int> &sources) const;
+
     /// The names, separated by blanks, for printing.
     std::string getLabel() const;
 
@@ -85,5 +100,3 @@ private:
     std::unordered_map<BAS_StringHolder, int> index_;  // empty while the names are few
     BAS_Array<RQ_Owner> owners_;
 };
-
-using RQ_AttributeMapHandle = BAS_IntrusivePtr<RQ_AttributeMap>;

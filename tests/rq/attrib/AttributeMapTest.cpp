@@ -72,4 +72,21 @@ TEST(AttributeMap, ComparesNamesInOrder)
     EXPECT_FALSE(*map == *mapOf({"N", "P"}));
     EXPECT_FALSE(*map == *mapOf({"P"}));
 }
+
+TEST(AttributeMap, FiltersInOrderWithOwnersAndExportNames)
+{
+    struct Longer : RQ_AttributeMapFilter
+    {
+        bool keep(const RQ_AttributeMap &map, int index) const override { return map.getName(index).length() > 1; }
+    };
+    const RQ_AttributeMapHandle map = mapOf({"P", "Cd", "N", "uv"});
+    map->setOriginalOwner(3, RQ_OWNER_VERTEX);
+    map->addExportName("uv", "st");
+    BAS_Array<int> sources = {7};
+    const RQ_AttributeMapHandle kept = map->filter(Longer(), sources);
+    EXPECT_EQ(kept->getLabel(), "Cd uv");
+    EXPECT_EQ(sources, (BAS_Array<int>{1, 3}));
+    EXPECT_EQ(kept->getOriginalOwner(1), RQ_OWNER_VERTEX);
+    EXPECT_EQ(kept->getExportName(1).view(), "st");
+}
 }  // namespace
