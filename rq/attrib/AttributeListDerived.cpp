@@ -62,7 +62,7 @@ RQ_AttributeListHandle RQ_AttributeList::createIndirect(const RQ_DataArrayHandle
     return derived([&](const RQ_DataArrayHandle &array) {
         const RQ_DataArrayHandle view = RQ_DAIndirect::createIndirect(array, indices, flatten);
         rq::setViewId(view, array, key);
-        if (view && id == -1)
+        if (id == -1 && rq::isFresh(view))
             view->setDataId(-1);
         return view;
     });

@@ -21,19 +21,16 @@ RQ_DataArrayHandle repeated(const RQ_DataArrayHandle &array, int64_t count)
 RQ_DataArrayHandle joined(const BAS_Array<RQ_DataArrayHandle> &parts)
 {
     const RQ_DataArrayHandle list = RQ_DAList::createList(parts);
-    if (!list || std::find(parts.begin(), parts.end(), list) != parts.end())
+    if (!rq::isFresh(list))
         return list;
     uint64_t key = rq::viewKey(rq::View::LIST, {parts.size()});
+    bool known = true;
     for (const RQ_DataArrayHandle &part : parts)
     {
-        if (part->getDataId() == -1)
-        {
-            list->setDataId(-1);
-            return list;
-        }
+        known = known && part->getDataId() != -1;
         key = RQmixId(key) + RQmixId(uint64_t(part->getDataId()));
     }
-    list->setDataId(rq::validId(key));
+    list->setDataId(known ? rq::validId(key) : -1);
     return list;
 }
 

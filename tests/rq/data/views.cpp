@@ -1,5 +1,6 @@
-#include <functional>
+#include <utility>
 
+#include <host/mod/DetailHandle.h>
 #include <rq/data/DAClamp.h>
 #include <rq/data/DAConstantValue.h>
 #include <rq/data/DAIndexedString.h>
@@ -136,5 +137,47 @@ TEST(DAParametric, SamplesTheGrid)
     const int64_t many = int64_t(1) << 40;
     EXPECT_EQ(Grid({many}, {many}).entries(), std::numeric_limits<int64_t>::max());
     EXPECT_EQ(Grid({many}, {3}).getF32(2 * many + many / 2, 1), 1.0f);
+}
+
+/// Entry i is i; a newer detail has one entry less.
+class Shrinking final : public RQ_DANumbers
+{
+public:
+    const char *className() const override { return "Shrinking"; }
+    RQ_Storage getStorage() const override { return RQ_STORAGE_INT32; }
+    int64_t entries() const override { return entries_; }
+    int64_t getTupleSize() const override { return 1; }
+    int64_t getMemoryUsage() const override { return sizeof(*this); }
+    uint8_t getU8(int64_t offset, int) const override { return uint8_t(offset); }
+    int32_t getI32(int64_t offset, int) const override { return int32_t(offset); }
+    float getF32(int64_t offset, int) const override { return float(offset); }
+    void updateGeoDetail(const MOD_ConstDetailHandle &, const char *, RQ_Owner, int) override
+    {
+        if (std::exchange(entries_, 2) != 2)
+            setDataId(getDataId() + 1000000);
+    }
+
+private:
+    int64_t entries_ = 3;
+};
+
+TEST(Views, AllNoticeANewerDetail)
+{
+    const RQ_DataArrayHandle source(new Shrinking);
+    const RQ_DataArrayHandle views[] = {RQ_DASubArray::createSubArray(source, 0, 1),
+                                        RQ_DASubArray::createSubArray(source, 1, 1), RQ_DAClamp::createClamp(source, 5),
+                                        RQ_DAList::createList({source, source})};
+    for (const RQ_DataArrayHandle &view : views)
+    {
+        const int64_t before = view->getDataId();
+        view->updateGeoDetail(MOD_ConstDetailHandle(), "id", RQ_OWNER_POINT, 0);
+        const int64_t after = view->getDataId();
+        EXPECT_NE(after, before) << view->className();
+        view->updateGeoDetail(MOD_ConstDetailHandle(), "id", RQ_OWNER_POINT, 0);
+        EXPECT_EQ(view->getDataId(), after) << "nothing new in " << view->className();
+    }
+    EXPECT_EQ(views[2]->getI32(4), 1);
+    EXPECT_EQ(views[3]->entries(), 4);
+    EXPECT_EQ(views[3]->getI32(3), 1);
 }
 }  // namespace
