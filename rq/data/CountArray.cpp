@@ -11,6 +11,7 @@
 #include <rq/data/DANumeric.h>
 #include <rq/data/DARange.h>
 #include <rq/data/detail/blocks.h>
+#include <rq/data/detail/clones.h>
 
 namespace
 {
@@ -30,6 +31,26 @@ struct Scan
     int64_t total = 0;
 };
 
+template <class T> struct Extent
+{
+    T min = std::numeric_limits<T>::max();
+    T max = 0;
+    uint64_t total = 0;
+};
+
+template <class T> RQ_CLONES void addCounts(const T *values, int64_t count, Extent<T> &extent)
+{
+    Extent<T> all = extent;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const T value = std::max<T>(0, values[i]);
+        all.min = std::min(all.min, value);
+        all.max = std::max(all.max, value);
+        all.total += uint64_t(value);
+    }
+    extent = all;
+}
+
 /// Call `visit(values, first, count)` over the counts of a block of items.
 template <class T, class Visitor> void visitCounts(const RQ_DataArray &counts, int64_t block, Visitor &&visit)
 {
@@ -45,21 +66,32 @@ template <class T> std::vector<Scan> scanCounts(const RQ_DataArray &counts)
 {
     std::vector<Scan> blocks(size_t((counts.entries() + kItemsPerBlock - 1) / kItemsPerBlock));
     host::parallelFor(int64_t(blocks.size()), 1, [&](int64_t b) {
-        T min = std::numeric_limits<T>::max(), max = 0;
-        uint64_t total = 0;
-        visitCounts<T>(counts, b, [&](const T *values, int64_t, int64_t count) {
-            for (int64_t i = 0; i < count; ++i)
-            {
-                const T value = std::max<T>(0, values[i]);
-                min = std::min(min, value);
-                max = std::max(max, value);
-                total += uint64_t(value);
-            }
-        });
-        blocks[size_t(b)] = {std::min<int64_t>(kLimit32, min), max,
-                             max <= kGreatestTotal && total <= uint64_t(kGreatestTotal) ? int64_t(total) : -1};
+        Extent<T> all;
+        visitCounts<T>(counts, b, [&](const T *values, int64_t, int64_t count) { addCounts(values, count, all); });
+        const bool sane = all.max <= kGreatestTotal && all.total <= uint64_t(kGreatestTotal);
+        blocks[size_t(b)] = {std::min<int64_t>(kLimit32, all.min), all.max, sane ? int64_t(all.total) : -1};
     });
     return blocks;
+}
+
+/// Write the running totals of counts that follow a given total; answers the last one.  Four at a time, so that one addition
+/// and not four must wait for the total.
+template <class Total, class T> int64_t addRunning(const T *values, int64_t count, int64_t total, Total *ends)
+{
+    int64_t i = 0;
+    for (; i + 4 <= count; i += 4)
+    {
+        const int64_t a = std::max<T>(0, values[i]), b = a + std::max<T>(0, values[i + 1]);
+        const int64_t c = b + std::max<T>(0, values[i + 2]), d = c + std::max<T>(0, values[i + 3]);
+        ends[i] = Total(total + a);
+        ends[i + 1] = Total(total + b);
+        ends[i + 2] = Total(total + c);
+        ends[i + 3] = Total(total + d);
+        total += d;
+    }
+    for (; i < count; ++i)
+        ends[i] = Total(total += std::max<T>(0, values[i]));
+    return total;
 }
 
 /// Running totals: every block adds to the total of the blocks before it.
@@ -72,12 +104,7 @@ template <class Total, class T> RQ_DataArrayHandle sumRunning(const RQ_DataArray
     host::parallelFor(int64_t(blocks.size()), 1, [&](int64_t b) {
         int64_t total = starts[size_t(b)];
         visitCounts<T>(counts, b, [&](const T *values, int64_t first, int64_t count) {
-            Total *ends = totals->data() + first;
-            for (int64_t i = 0; i < count; ++i)
-            {
-                total += std::max<T>(0, values[i]);
-                ends[i] = Total(total);
-            }
+            total = addRunning(values, count, total, totals->data() + first);
         });
     });
     return totals;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/repeatRow.h>
 
 void RQ_DAConstant::init(const RQ_DataArrayHandle &source, int64_t index, int64_t size)
 {
@@ -38,8 +39,7 @@ template <RQ_NumericValue T> T RQ_DAConstant::valueAs(int64_t, int component) co
 template <RQ_NumericValue T> void RQ_DAConstant::fillBlock(T *out, int64_t, int64_t length, int components, int stride) const
 {
     source_->fillArray(out, index_, 1, components, components);
-    for (int64_t i = 1; i < length; ++i)
-        std::copy_n(out, components, out + i * stride);
+    rq::repeatRow(out, length, components, stride);
 }
 
 bool RQ_DAConstant::computeMinMax(double *min, double *max) const

@@ -5,6 +5,7 @@
 
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/stream.h>
 
 template <RQ_NumericValue T>
 RQ_DAConstantValue<T>::RQ_DAConstantValue(int64_t size, T value, int64_t tupleSize, RQ_Type type)
@@ -16,6 +17,18 @@ template <RQ_NumericValue T> const char *RQ_DAConstantValue<T>::className() cons
 template <RQ_NumericValue T> template <RQ_NumericValue To> To RQ_DAConstantValue<T>::valueAs(int64_t, int) const
 {
     return RQconvert<To>(value_);
+}
+
+template <RQ_NumericValue T>
+template <RQ_NumericValue To>
+void RQ_DAConstantValue<T>::fillBlock(To *out, int64_t, int64_t length, int components, int stride) const
+{
+    const To value = RQconvert<To>(value_);
+    if (components == stride)
+        rq::writeBlocks(out, length * components, [&](To *to, int64_t, int64_t count) { std::fill_n(to, count, value); });
+    else
+        for (int64_t i = 0; i < length; ++i)
+            std::fill_n(out + i * stride, components, value);
 }
 
 template <RQ_NumericValue T> bool RQ_DAConstantValue<T>::computeMinMax(double *min, double *max) const

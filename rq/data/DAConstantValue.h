@@ -25,6 +25,7 @@ private:
     friend RQ_TypedArray<RQ_DAConstantValue<T>, RQ_DANumbers>;
 
     template <RQ_NumericValue To> To valueAs(int64_t offset, int component) const;
+    template <RQ_NumericValue To> void fillBlock(To *out, int64_t start, int64_t length, int components, int stride) const;
     bool computeMinMax(double *min, double *max) const override;
 
     int64_t size_;

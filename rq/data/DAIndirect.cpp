@@ -1,8 +1,17 @@
 #include <rq/data/DAIndirect.h>
 
+#include <algorithm>
+
+#include <host/bas/Parallel.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 #include <rq/data/detail/copyValues.h>
+
+namespace
+{
+// A row costs 1 to 5 ns through stacked views, so a piece is some 20 to 80 us of work.
+constexpr int64_t kEntriesPerPiece = 16384;
+}  // namespace
 
 RQ_DAIndirect::RQ_DAIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices)
     : RQ_TypedArray(source), size_(indices->entries())
@@ -49,8 +58,34 @@ void RQ_DAIndirect::fillBlock(T *out, int64_t start, int64_t length, int compone
     else if (values)
         rq::gatherRows(values, getStorage(), tuple, indices64_ + start, out, RQstorageOf<T>, stride, components, length);
     else
+        host::parallelForRange(length, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
+            for (int64_t i = begin; i < end; i += rq::kBlockEntries)
+                fillThroughViews(out + i * stride, start + i, std::min(end - i, rq::kBlockEntries), components, stride);
+        });
+}
+
+template <RQ_NumericValue T>
+void RQ_DAIndirect::fillThroughViews(T *out, int64_t start, int64_t length, int components, int stride) const
+{
+    int64_t rows[rq::kBlockEntries];
+    for (int64_t i = 0; i < length; ++i)
+        rows[i] = getIndirect(start + i);
+    const RQ_DataArray *source = source_.get();
+    while (const auto *view = source->getBackingData() ? nullptr : dynamic_cast<const RQ_DAInherit *>(source))
+    {
+        if (const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view))
+            for (int64_t i = 0; i < length; ++i)
+                rows[i] = indirect->getIndirect(rows[i]);
+        else
+            for (int64_t i = 0; i < length; ++i)
+                rows[i] = view->getIndirect(rows[i]);
+        source = view->source().get();
+    }
+    if (const void *values = source->getBackingData())
+        rq::gatherRows(values, getStorage(), getTupleSize(), rows, out, RQstorageOf<T>, stride, components, length);
+    else
         for (int64_t i = 0; i < length; ++i)
-            source_->import(getIndirect(start + i), out + i * stride, components);
+            source->import(rows[i], out + i * stride, components);
 }
 
 template class RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>;

@@ -9,8 +9,8 @@
 /// Failure    indices are not checked: each must be an entry of the source
 /// Ownership  shares the source and the indices through handles; `harden` makes an owning copy
 /// Threads    immutable after construction, safe to read from any thread
-/// Cost       one extra virtual call per value; blocks of contiguous sources are gathered by plain loops, in parallel when
-/// large
+/// Cost       one extra virtual call per value; blocks of contiguous sources, and of views of them, are gathered by plain
+///            loops, in parallel when large
 class RQ_API RQ_DAIndirect final : public RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>
 {
 public:
@@ -36,6 +36,11 @@ private:
 
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
+
+    // A block of a source that has no memory of its own: the indices of stacked views are composed first, then the rows of
+    // what lies beneath are read.
+    template <RQ_NumericValue T>
+    void fillThroughViews(T *out, int64_t start, int64_t length, int components, int stride) const;
 
     RQ_DataArrayHandle indices_;  // contiguous 32- or 64-bit integers; one of the pointers below
     const int32_t *indices32_ = nullptr;

@@ -2,9 +2,24 @@
 
 #include <algorithm>
 #include <limits>
+#include <type_traits>
 
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/clones.h>
+#include <rq/data/detail/stream.h>
+
+namespace
+{
+template <class T, class Integer> RQ_CLONES void fillSequence(T *out, Integer first, Integer step, int64_t length)
+{
+    // Unsigned, because the step behind the last value may wrap around.
+    using Unsigned = std::make_unsigned_t<Integer>;
+    Unsigned value = Unsigned(first);
+    for (int64_t i = 0; i < length; ++i, value += Unsigned(step))
+        out[i] = RQconvert<T>(Integer(value));
+}
+}  // namespace
 
 RQ_DARange::RQ_DARange(RQ_Type type) : type_(type) {}
 RQ_DARange::RQ_DARange(int64_t end, RQ_Type type) : end_(end), type_(type) {}
@@ -40,6 +55,17 @@ template <RQ_NumericValue T> T RQ_DARange::valueAs(int64_t offset, int) const
 
 template <RQ_NumericValue T> void RQ_DARange::fillBlock(T *out, int64_t start, int64_t length, int, int stride) const
 {
+    if (stride == 1 && start >= 0 && start + length <= entries())
+    {
+        // All values lie between start and end, so the arithmetic of the storage does.
+        const bool narrow = getStorage() == RQ_STORAGE_INT32;
+        return rq::writeBlocks(out, length, [&](T *to, int64_t first, int64_t count) {
+            if (narrow)
+                fillSequence(to, valueAs<int32_t>(start + first, 0), int32_t(step_), count);
+            else
+                fillSequence(to, valueAs<int64_t>(start + first, 0), step_, count);
+        });
+    }
     for (int64_t i = 0; i < length; ++i)
         out[i * stride] = valueAs<T>(start + i, 0);
 }

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <bit>
+#include <cstring>
 
 #include <host/bas/Parallel.h>
 #include <rq/data/detail/blocks.h>
@@ -12,49 +13,86 @@ constexpr int64_t kEntriesPerBlock = 16384;
 
 uint64_t combine(uint64_t hash, uint64_t value) { return RQmixId(hash ^ (value + 0x9e3779b97f4a7c15u)); }
 
-/// The bits that stand for a value: equal values have equal bits.
-template <class T> uint64_t bitsOf(T value)
+// A stripe feeds every lane one word.  Eight lanes hide the time of the multiplication.
+constexpr int kLanes = 8;
+constexpr size_t kStripeBytes = kLanes * sizeof(uint64_t);
+
+/// Write the bits that stand for `count` values: equal values have equal bits.
+template <class T> void writeBits(const T *values, size_t count, char *bytes)
 {
     if constexpr (std::is_integral_v<T>)
-        return uint64_t(value);
+        std::memcpy(bytes, values, count * sizeof(T));
     else
-    {
-        // Adding 0 turns -0 into 0.
-        using Bits = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
-        using Wide = std::conditional_t<sizeof(T) == 8, double, float>;
-        return std::bit_cast<Bits>(Wide(value) + Wide(0));
-    }
+        for (size_t i = 0; i < count; ++i)
+        {
+            T value;
+            if constexpr (std::same_as<T, PLT_Half>)
+                value.setBits(values[i].bits() == 0x8000 ? 0 : values[i].bits());
+            else
+                value = values[i] + T(0);  // turns -0 into 0
+            std::memcpy(bytes + i * sizeof(T), &value, sizeof(T));
+        }
 }
 
-/// Hashes a run of values in four lanes, which do not wait for each other.  Independent of how the run is handed over.
+/// Hashes a run of values as a stream of bytes.  Independent of how the run is handed over.
 class RunHash
 {
 public:
     template <class T> void add(const T *values, int64_t count)
     {
-        int64_t i = 0;
-        for (; i < count && (count_ & 3); ++i)
-            addTo(count_++ & 3, bitsOf(values[i]));
-        for (; i + 4 <= count; i += 4, count_ += 4)
-            for (int64_t lane = 0; lane < 4; ++lane)
-                addTo(lane, bitsOf(values[i + lane]));
-        for (; i < count; ++i)
-            addTo(count_++ & 3, bitsOf(values[i]));
+        constexpr size_t kPerStripe = kStripeBytes / sizeof(T);
+        char bytes[kStripeBytes];
+        size_t i = 0;
+        if (waiting_ == 0)
+            for (; i + kPerStripe <= size_t(count); i += kPerStripe)
+            {
+                writeBits(values + i, kPerStripe, bytes);
+                addStripe(bytes);
+            }
+        for (size_t length; i < size_t(count); i += length)
+        {
+            length = std::min(kPerStripe, size_t(count) - i);
+            writeBits(values + i, length, bytes);
+            addBytes(bytes, length * sizeof(T));
+        }
     }
 
-    uint64_t result() const
+    uint64_t result()
     {
-        uint64_t hash = uint64_t(count_);
+        uint64_t hash = total_ + waiting_;
+        std::fill(stripe_ + waiting_, stripe_ + kStripeBytes, char(0));
+        addStripe(stripe_);
         for (const uint64_t lane : lanes_)
             hash = combine(hash, lane);
         return hash;
     }
 
 private:
-    void addTo(int64_t lane, uint64_t bits) { lanes_[lane] = std::rotl(lanes_[lane] ^ bits, 27) * 0x9fb21c651e98df25u; }
+    void addBytes(const char *bytes, size_t count)
+    {
+        const size_t fitting = std::min(count, kStripeBytes - waiting_);
+        std::memcpy(stripe_ + waiting_, bytes, fitting);
+        waiting_ += fitting;
+        if (waiting_ < kStripeBytes)
+            return;
+        addStripe(stripe_);
+        waiting_ = count - fitting;
+        std::memcpy(stripe_, bytes + fitting, waiting_);
+    }
 
-    uint64_t lanes_[4] = {1, 2, 3, 4};
-    int64_t count_ = 0;
+    void addStripe(const char *bytes)
+    {
+        uint64_t words[kLanes];
+        std::memcpy(words, bytes, kStripeBytes);
+        for (int lane = 0; lane < kLanes; ++lane)
+            lanes_[lane] = std::rotl(lanes_[lane] ^ words[lane], 27) * 0x9fb21c651e98df25u;
+        total_ += kStripeBytes;
+    }
+
+    uint64_t lanes_[kLanes] = {1, 2, 3, 4, 5, 6, 7, 8};
+    uint64_t total_ = 0;  // bytes in whole stripes
+    size_t waiting_ = 0;  // bytes in the one that is begun
+    char stripe_[kStripeBytes];
 };
 
 template <class T> uint64_t hashEntries(const RQ_DataArray &array, int64_t begin, int64_t end)

@@ -2,11 +2,34 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/detail/blocks.h>
+#include <rq/data/detail/clones.h>
 
 namespace
 {
 // A value costs 0.1 to 1 ns, so a block of three components is 5 to 50 us of work.
 constexpr int64_t kEntriesPerBlock = 16384;
+
+// Whole tuples of 1, 2, 3, 4, 6, 8, 12 and 24 components fit, and enough independent minima to keep the processor busy.
+constexpr int64_t kLanes = 24;
+
+/// The comparisons are false for not-a-number.  Answers how many values were seen: all whole groups of lanes.
+template <class T> RQ_CLONES int64_t findLaneExtremes(const T *values, int64_t count, T *lowest, T *highest)
+{
+    T low[kLanes], high[kLanes];
+    std::copy_n(lowest, kLanes, low);
+    std::copy_n(highest, kLanes, high);
+    int64_t i = 0;
+    for (; i + kLanes <= count; i += kLanes)
+        for (int64_t lane = 0; lane < kLanes; ++lane)
+        {
+            const T value = values[i + lane];
+            low[lane] = value < low[lane] ? value : low[lane];
+            high[lane] = value > high[lane] ? value : high[lane];
+        }
+    std::copy_n(low, kLanes, lowest);
+    std::copy_n(high, kLanes, highest);
+    return i;
+}
 
 /// Least and greatest value of every component.  A component without any value keeps a minimum above its maximum.
 template <class T> class Extremes
@@ -44,9 +67,6 @@ private:
     static constexpr T kLow =
         std::numeric_limits<T>::has_infinity ? -std::numeric_limits<T>::infinity() : std::numeric_limits<T>::lowest();
 
-    // Whole tuples of 1, 2, 3, 4, 6, 8, 12 and 24 components fit, and enough independent minima to keep the processor busy.
-    static constexpr int64_t kLanes = 24;
-
     // The comparisons are false for not-a-number.
     void addValue(size_t c, T value)
     {
@@ -59,21 +79,14 @@ private:
         T low[kLanes], high[kLanes];
         std::fill(low, low + kLanes, kHigh);
         std::fill(high, high + kLanes, kLow);
-        int64_t i = 0;
-        for (; i + kLanes <= count; i += kLanes)
-            for (int64_t lane = 0; lane < kLanes; ++lane)
-            {
-                const T value = values[i + lane];
-                low[lane] = value < low[lane] ? value : low[lane];
-                high[lane] = value > high[lane] ? value : high[lane];
-            }
+        const int64_t seen = findLaneExtremes(values, count, low, high);
         for (int64_t lane = 0; lane < kLanes; ++lane)
         {
             const size_t c = size_t(lane) % min_.size();
             min_[c] = std::min(min_[c], low[lane]);
             max_[c] = std::max(max_[c], high[lane]);
         }
-        return i;
+        return seen;
     }
 
     std::vector<T> min_, max_;

@@ -4,7 +4,10 @@
 #include <cstring>
 
 #include <host/bas/Parallel.h>
+#include <rq/data/detail/clones.h>
 #include <rq/data/detail/half.h>
+#include <rq/data/detail/stream.h>
+#include <rq/data/detail/truncate.h>
 
 namespace rq
 {
@@ -24,9 +27,30 @@ struct Rows
     int64_t toStride;
     int64_t components;
     int64_t rows;
+    bool streamed;  // whether the whole output is so large that it passes the caches by
 };
 
 using RowsFunction = void (*)(const Rows &);
+
+template <class To, class From> RQ_CLONES void convertLoop(const From *from, To *to, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+        to[i] = RQconvert<To>(from[i]);
+}
+
+template <class To, class From> void convertSpan(const From *from, To *to, int64_t count);
+
+/// Convert by way of Middle, block by block.
+template <class Middle, class To, class From> void convertThrough(const From *from, To *to, int64_t count)
+{
+    Middle middle[kBufferValues];
+    for (int64_t i = 0; i < count; i += kBufferValues)
+    {
+        const int64_t length = std::min(count - i, kBufferValues);
+        convertSpan(from + i, middle, length);
+        convertSpan(static_cast<const Middle *>(middle), to + i, length);
+    }
+}
 
 template <class To, class From> void convertSpan(const From *from, To *to, int64_t count)
 {
@@ -37,18 +61,13 @@ template <class To, class From> void convertSpan(const From *from, To *to, int64
     else if constexpr (std::same_as<From, PLT_Half> && std::same_as<To, float>)
         convertHalfs(from, to, count);
     else if constexpr (std::same_as<To, PLT_Half> || std::same_as<From, PLT_Half>)
-    {
-        float middle[kBufferValues];
-        for (int64_t i = 0; i < count; i += kBufferValues)
-        {
-            const int64_t length = std::min(count - i, kBufferValues);
-            convertSpan(from + i, middle, length);
-            convertSpan(static_cast<const float *>(middle), to + i, length);
-        }
-    }
+        convertThrough<float>(from, to, count);
+    else if constexpr (std::is_floating_point_v<From> && std::same_as<To, int32_t>)
+        truncateValues(from, to, count);
+    else if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To> && sizeof(To) < sizeof(int32_t))
+        convertThrough<int32_t>(from, to, count);
     else
-        for (int64_t i = 0; i < count; ++i)
-            to[i] = RQconvert<To>(from[i]);
+        convertLoop(from, to, count);
 }
 
 template <class To, class From> void convertTable(const Rows &table)
@@ -56,7 +75,8 @@ template <class To, class From> void convertTable(const Rows &table)
     const From *from = static_cast<const From *>(table.from);
     To *to = static_cast<To *>(table.to);
     if (table.components == table.fromStride && table.components == table.toStride)
-        convertSpan(from, to, table.rows * table.components);
+        writeBlocks(to, table.rows * table.components, table.streamed && sizeof(To) >= 2 * sizeof(From),
+                    [&](To *out, int64_t first, int64_t count) { convertSpan(from + first, out, count); });
     else
         for (int64_t row = 0; row < table.rows; ++row)
             for (int64_t c = 0; c < table.components; ++c)
@@ -151,12 +171,12 @@ void convertRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, v
     if (!function || components < 1 || rows < 1 || (from == to && fromStorage == toStorage && fromStride == toStride))
         return;
     if (rows <= kValuesPerPiece / components)
-        return function({from, fromStride, to, toStride, components, rows});
+        return function({from, fromStride, to, toStride, components, rows, false});
     const int64_t fromRow = fromStride * RQsizeof(fromStorage);
     const int64_t toRow = toStride * RQsizeof(toStorage);
     host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
         function({static_cast<const char *>(from) + begin * fromRow, fromStride, static_cast<char *>(to) + begin * toRow,
-                  toStride, components, end - begin});
+                  toStride, components, end - begin, rows * toRow >= kStreamedBytes});
     });
 }
 
