@@ -1,189 +1,132 @@
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <fstream>
-#include <map>
-#include <memory>
-#include <vector>
+#include <cstdlib>
+#include <exception>
 
-#include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
-#include <bench/Job.h>
-#include <host/bas/JSONWriter.h>
-#include <host/bas/LargeBlocks.h>
-#include <host/bas/Parallel.h>
+#include <bench/report.h>
 
 namespace
 {
-constexpr int kRepetitions = 7;
+constexpr const char *kHelp =
+    "rq_bench [--mode warm|cold|all] [--list] [FILTER]\n"
+    "Run the jobs whose \"job/mesh/who\" contains FILTER; write bench-report.md and bench-report.json.\n"
+    "  --mode   memory that was touched before (warm), fresh from the system (cold), or both (all, the default)\n"
+    "  --list   print the names of the jobs\n";
 
-struct Row
-{
-    bench::Job job;
-    const char *mode;
-    double seconds = 0.0;
-    double copies = 0.0;  // the job's time over that of a memory copy of the same traffic
-    int64_t peakBytes = 0;
-    double error = 0.0;
-};
-
-std::vector<bench::Job> &jobs()
+std::vector<bench::Job> &jobList()
 {
     static std::vector<bench::Job> list;
     return list;
 }
 
-double wallTime() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
-
-double processorTime()
+struct Arguments
 {
-    timespec now;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
-}
+    std::string filter;
+    std::string mode = "all";
+    const char *row = nullptr;
+    bool list = false;
+    bool help = false;
+    bool good = true;
+};
 
-int64_t statusBytes(const char *key)
+Arguments parse(int argc, char **argv)
 {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.rfind(key, 0) == 0)
-            return 1024 * std::strtoll(line.c_str() + std::strlen(key), nullptr, 10);
-    return 0;
-}
-
-void resetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
-
-/// The fastest of three copies that move as many bytes as the job, in memory that was touched before.
-double copyTime(double bytes)
-{
-    const size_t half = size_t(bytes / 2.0);
-    static std::vector<char> from, to;
-    if (from.size() < half)
+    Arguments result;
+    for (int i = 1; i < argc; ++i)
     {
-        from.assign(half, 1);
-        to.assign(half, 2);
+        const std::string word = argv[i];
+        if (word == "--help")
+            result.help = true;
+        else if (word == "--list")
+            result.list = true;
+        else if (word == "--mode" && i + 1 < argc)
+            result.mode = argv[++i];
+        else if (word == "--row" && i + 1 < argc)  // for the program itself
+            result.row = argv[++i];
+        else if (word.empty() || word[0] != '-')
+            result.filter = word;
+        else
+            result.good = false;
     }
-    double best = 1e9;
-    for (int turn = 0; turn < 3; ++turn)
-    {
-        const double start = wallTime();
-        std::memcpy(to.data(), from.data(), half);
-        benchmark::ClobberMemory();
-        best = std::min(best, wallTime() - start);
-    }
-    return best;
+    result.good = result.good && (result.mode == "all" || result.mode == "warm" || result.mode == "cold");
+    return result;
 }
 
-double median(std::vector<double> values)
+/// Measure what the arguments ask for; the names of jobs that failed go to `failed`.
+std::vector<bench::Row> measureAll(const Arguments &arguments, std::vector<std::string> &failed)
 {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    std::vector<bench::Row> rows;
+    for (const bench::Mode mode : {bench::Mode::warm, bench::Mode::cold})
+    {
+        const bool cold = mode == bench::Mode::cold;
+        if (arguments.mode != "all" && cold != (arguments.mode == "cold"))
+            continue;
+        for (size_t i = 0; i < jobList().size(); ++i)
+        {
+            const bench::Job &job = jobList()[i];
+            if (job.name().find(arguments.filter) == std::string::npos || (cold && !job.cold))
+                continue;
+            bench::Row row;
+            if (bench::measureApart(i, mode, row))
+                rows.push_back(row);
+            else
+                failed.push_back(job.name());
+        }
+    }
+    return rows;
 }
 
-/// Time a job: processor time on one thread, wall time on more; right after each turn the memory copy it is held against.
-Row measure(const bench::Job &job, bool cold)
+int run(int argc, char **argv)
 {
-    Row row{job, cold ? "cold" : "warm"};
-    const BAS_Threads::Limit limit(job.threads);
-    row.error = job.check();
-    std::vector<double> seconds, copies;
-    for (int turn = 0; turn < kRepetitions; ++turn)
+    const Arguments arguments = parse(argc, argv);
+    if (!arguments.good || arguments.help)
     {
-        if (cold)
-            BAS_LargeBlocks::trim();
-        resetPeak();
-        const int64_t before = statusBytes("VmRSS:");
-        const auto clock = job.threads == 1 ? processorTime : wallTime;
-        const double start = clock();
-        const std::function<void()> release = job.run();
-        seconds.push_back(clock() - start);
-        row.peakBytes = std::max(row.peakBytes, statusBytes("VmHWM:") - before);
-        if (release)
-            release();
-        copies.push_back(seconds.back() / copyTime(job.bytes));
+        std::fputs(kHelp, arguments.good ? stdout : stderr);
+        return arguments.good ? 0 : 1;
     }
-    row.seconds = median(seconds);
-    row.copies = median(copies);
-    return row;
-}
-
-void writeJSON(const std::vector<Row> &rows, const char *path)
-{
-    std::string text;
-    BAS_Options indent;
-    indent.set("int json:indentstep", int64_t(2));
-    BAS_JSONWriter writer(text, indent);
-    writer.beginArray();
-    for (const Row &row : rows)
+    if (arguments.row)
     {
-        writer.beginMap();
-        writer.writeKeyString("job", row.job.job);
-        writer.writeKeyString("mesh", row.job.mesh);
-        writer.writeKeyString("who", row.job.who);
-        writer.writeKeyInt("threads", row.job.threads);
-        writer.writeKeyString("mode", row.mode);
-        writer.writeKeyReal("seconds", row.seconds);
-        writer.writeKeyReal("items", row.job.items);
-        writer.writeKeyReal("bytes", row.job.bytes);
-        writer.writeKeyReal("xM", row.copies);
-        writer.writeKeyInt("peak_bytes", row.peakBytes);
-        writer.writeKeyReal("correct", row.error);
-        writer.endMap();
+        bench::measureForParent(std::strtoul(arguments.row, nullptr, 10),
+                                arguments.mode == "cold" ? bench::Mode::cold : bench::Mode::warm);
+        return 0;
     }
-    writer.endArray();
-    writer.flush();
-    std::ofstream(path) << text << "\n";
-}
-
-std::string formatTable(const std::vector<Row> &rows)
-{
-    std::string text = "| Job | Mesh | Who | Threads | Mode | ms | ns an item | xM | Peak MB | Error | Against ours |\n"
-                       "|---|---|---|---|---|---|---|---|---|---|---|\n";
-    std::map<std::string, double> ours;
-    const auto key = [](const Row &row) {
-        return fmt::format("{}/{}/{}/{}", row.job.job, row.job.mesh, row.job.threads, row.mode);
-    };
-    for (const Row &row : rows)
-        if (row.job.who == "ours")
-            ours[key(row)] = row.seconds;
-    for (const Row &row : rows)
+    if (arguments.list)
     {
-        const auto base = ours.find(key(row));
-        text += fmt::format("| {} | {} | {} | {} | {} | {:.2f} | {:.2f} | {:.2f} | {:.0f} | {:.1e} | {} |\n", row.job.job,
-                            row.job.mesh, row.job.who, row.job.threads, row.mode, 1e3 * row.seconds,
-                            1e9 * row.seconds / row.job.items, row.copies, double(row.peakBytes) / 1048576.0, row.error,
-                            base != ours.end() ? fmt::format("{:.2f}", row.seconds / base->second) : "");
+        for (const bench::Job &job : jobList())
+            fmt::print("{} {}\n", job.name(), job.threads);
+        return 0;
     }
-    return text;
+    std::vector<std::string> failed;
+    const std::vector<bench::Row> rows = measureAll(arguments, failed);
+    if (rows.empty() && failed.empty())
+    {
+        fmt::print(stderr, "rq_bench: no job matches '{}'\n", arguments.filter);
+        return 1;
+    }
+    fmt::print("{}", bench::formatTable(rows));
+    for (const std::string &name : failed)
+        fmt::print(stderr, "rq_bench: {} failed\n", name);
+    if (bench::writeReport(rows))
+        return failed.empty() ? 0 : 3;
+    fmt::print(stderr, "rq_bench: cannot write bench-report.md and bench-report.json\n");
+    return 3;
 }
 }  // namespace
 
-void bench::add(Job job) { jobs().push_back(std::move(job)); }
+void bench::add(Job job) { jobList().push_back(std::move(job)); }
 
-/// rq_bench [FILTER]: run the jobs whose "job/mesh/who" contains FILTER, write bench-report.json and bench-report.md.
+const std::vector<bench::Job> &bench::jobs() { return jobList(); }
+
 int main(int argc, char **argv)
 {
-    const std::string filter = argc > 1 ? argv[1] : "";
-    std::vector<Row> rows;
-    for (const bool cold : {false, true})
-        for (const bench::Job &job : jobs())
-            if (fmt::format("{}/{}/{}", job.job, job.mesh, job.who).find(filter) != std::string::npos)
-                rows.push_back(measure(job, cold));
-    if (rows.empty())
+    try
     {
-        fmt::print(stderr, "rq_bench: no job matches '{}'\n", filter);
-        return 1;
+        return run(argc, argv);
     }
-    const std::string table = formatTable(rows);
-    writeJSON(rows, "bench-report.json");
-    std::ofstream("bench-report.md")
-        << "# Benchmarks\n\n"
-        << "xM: the job's time over that of a memory copy that moves as many bytes, taken right "
-           "after it.  One thread: median processor time; more: median wall time.\n\n"
-        << table;
-    fmt::print("{}", table);
-    return 0;
+    catch (const std::exception &failure)
+    {
+        fmt::print(stderr, "rq_bench: {}\n", failure.what());
+        return 3;
+    }
 }
