@@ -7,7 +7,7 @@
 #include <rq/bridge/MSHPrimCollectPoly.h>
 #include <rq/bridge/MSHPrimitive.h>
 #include <rq/bridge/detail/makePoints.h>
-#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/surface/PrimPointMesh.h>
 
 RQ_PrimitiveHandle rq::makePointMesh(const RQ_MSHDetailList &details, const RQ_MSHOffsetList &points,

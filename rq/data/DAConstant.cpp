@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <rq/data/DASubArray.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 #include <rq/data/detail/repeatRow.h>
 
@@ -44,6 +45,8 @@ template <RQ_NumericValue T> void RQ_DAConstant::fillBlock(T *out, int64_t, int6
 
 bool RQ_DAConstant::computeMinMax(double *min, double *max) const
 {
+    if (size_ > 0 && hasArrayEntries())
+        return RQ_DASubArray::createSubArray(source_, index_, 1)->getMinMax(min, max);
     std::vector<double> row(static_cast<size_t>(getTupleSize()));
     if (size_ > 0)
         source_->fillArray(row.data(), index_, 1);

@@ -38,7 +38,7 @@ public:
     virtual const char *className() const = 0;
 
     /// Make a copy that owns its values and keeps the data id.  The array itself when its entries are arrays or its storage
-    /// is invalid; null when its storage has no owning form (dictionaries have none yet).
+    /// is invalid; null when its storage has no owning form.
     virtual RQ_DataArrayHandle harden() const;
 
     virtual RQ_Storage getStorage() const = 0;
@@ -245,7 +245,8 @@ public:
     void dumpValues(const char *label) const;
 
     /// Write as JSON: the plain values (numbers, or arrays of them for larger tuples), or with `describe` a map of "class",
-    /// "storage", "type", "size" and "values".  False when the writer failed.
+    /// "storage", "type", "size" and "values", from which `rq::loadArray` makes the array again.  The class of views and of
+    /// random values is the one that owns such values.  False when the writer failed.
     bool save(BAS_JSONWriter &writer, bool describe = false) const;
 
     void setDataId(int64_t id) { dataId_ = id; }

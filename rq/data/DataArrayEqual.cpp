@@ -165,6 +165,11 @@ template <class Value> uint64_t hashTexts(const RQ_DataArray &array, int64_t beg
     for (int64_t i = begin; i < end; ++i)
     {
         rq::readTexts(array, i, values);
+        if (array.hasArrayEntries())
+        {
+            const int64_t size = int64_t(values.size());
+            run.add(&size, 1);
+        }
         for (const Value &value : values)
         {
             const int64_t bits = int64_t(value.hash());

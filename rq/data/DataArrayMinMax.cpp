@@ -109,7 +109,7 @@ bool RQ_DataArray::computeMinMax(double *min, double *max) const
             entries(), kEntriesPerBlock, Extremes<T>(getTupleSize()),
             [&](int64_t begin, int64_t end) {
                 Extremes<T> part(getTupleSize());
-                rq::visitBlocks<T>(*this, begin, end, [&](const T *values, int64_t, int64_t count) {
+                rq::visitTuples<T>(*this, begin, end, [&](const T *values, int64_t, int64_t count) {
                     part.add(values, count);
                     return true;
                 });
@@ -167,7 +167,7 @@ void RQ_DataArray::getRange(int64_t &min, int64_t &max, int idx) const
         idx < 0 || idx >= tuple ? 0 : entries(), kEntriesPerBlock, Range(),
         [&](int64_t begin, int64_t end) {
             Range part;
-            rq::visitBlocks<int64_t>(*this, begin, end, [&](const int64_t *values, int64_t, int64_t count) {
+            rq::visitTuples<int64_t>(*this, begin, end, [&](const int64_t *values, int64_t, int64_t count) {
                 for (int64_t i = 0; i < count; ++i)
                 {
                     part.min = std::min(part.min, values[i * tuple + idx]);

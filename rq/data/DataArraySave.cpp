@@ -3,6 +3,7 @@
 
 #include <host/bas/JSONWriter.h>
 #include <rq/data/detail/blocks.h>
+#include <rq/data/detail/savedClass.h>
 
 namespace
 {
@@ -82,7 +83,7 @@ bool RQ_DataArray::save(BAS_JSONWriter &writer, bool describe) const
     if (describe)
     {
         const char *storage = RQstorage(getStorage());
-        good = writer.beginMap() && writer.writeKeyString("class", className()) &&
+        good = writer.beginMap() && writer.writeKeyString("class", rq::savedClass(*this)) &&
                writer.writeKeyString("storage", storage ? storage : "") &&
                writer.writeKeyString("type", RQtype(getTypeInfo())) && writer.writeKeyInt("size", getTupleSize()) &&
                writer.key("values");

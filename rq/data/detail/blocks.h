@@ -48,6 +48,25 @@ bool visitBlocks(const RQ_DataArray &array, int64_t begin, int64_t end, Visitor 
     return true;
 }
 
+/// Call `visit` as above with the values of entries [begin, end), whole tuples of them.  The values of entries that are
+/// arrays come end to end, so `count` is the number of tuples then.
+template <RQ_NumericValue T, class Visitor>
+bool visitTuples(const RQ_DataArray &array, int64_t begin, int64_t end, Visitor &&visit)
+{
+    const int64_t tuple = array.getTupleSize();
+    if (!array.hasArrayEntries() || tuple < 1)
+        return visitBlocks<T>(array, begin, end, visit);
+    BAS_Array<T> values;
+    BAS_Array<int> sizes;
+    for (int64_t first = begin; first < end; first += kBlockEntries)
+    {
+        array.fillArray(values, sizes, first, std::min(end - first, kBlockEntries));
+        if (!visit(static_cast<const T *>(values.data()), first, int64_t(values.size()) / tuple))
+            return false;
+    }
+    return true;
+}
+
 /// Read the texts or dictionaries of an entry: its components, or its values when entries are arrays.
 inline void readTexts(const RQ_DataArray &array, int64_t entry, BAS_Array<BAS_StringHolder> &values)
 {

@@ -3,7 +3,7 @@
 #include <host/mod/DetailHandle.h>
 #include <rq/data/DAClamp.h>
 #include <rq/data/DAConstantValue.h>
-#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DAList.h>
 #include <rq/data/DAParametric.h>

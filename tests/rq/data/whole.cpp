@@ -4,7 +4,7 @@
 #include <host/bas/JSONWriter.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAConstantValue.h>
-#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DARange.h>
 #include <rq/data/DASubArray.h>

@@ -1,0 +1,168 @@
+#include <cmath>
+
+#include <host/bas/BitArray.h>
+#include <rq/data/DABool.h>
+#include <rq/data/DAConstant.h>
+#include <rq/data/DANumericArray.h>
+#include <rq/data/DARandom.h>
+#include <rq/data/DASubArray.h>
+#include <rq/data/DATextArray.h>
+#include <rq/data/Values.h>
+#include <rq/data/convert.h>
+
+#include "arrays.h"
+
+namespace
+{
+template <class T> class EveryOwnArray : public testing::Test
+{};
+TYPED_TEST_SUITE(EveryOwnArray, RQ_NumericTestTypes);
+
+// However it is read, a random value depends on its place alone, and all values lie inside the bounds.
+TYPED_TEST(EveryOwnArray, RandomValuesAreFixedByTheirPlace)
+{
+    using T = TypeParam;
+    for (const int64_t size : {0, 1, 1023, 1024, 1025})
+    {
+        const RQ_DataArrayHandle array(new RQ_DARandom<T>(size, 7, T(10.0f), T(90.0f), 3, RQ_TYPE_COLOR));
+        const rq::Values<T> all(array);
+        std::vector<T> rows(size_t(size * 4));
+        array->fillArray(rows.data(), 0, size, 2, 4);
+        double sum = 0.0;
+        for (int64_t i = 0; i < size; ++i)
+            for (int c = 0; c < 3; ++c)
+            {
+                const T value = array->getValue<T>(i, c);
+                ASSERT_EQ(value, all(i, c)) << i;
+                ASSERT_EQ(array->getF64(i, c), double(value));
+                ASSERT_EQ(rows[size_t(i * 4 + c)], c < 2 ? value : T(0.0f));
+                ASSERT_GE(double(value), 10.0);
+                ASSERT_LE(double(value), 90.0);
+                sum += double(value);
+            }
+        if (size > 1000)
+        {
+            EXPECT_NEAR(sum / double(size * 3), 50.0, 2.0);
+            const RQ_DataArrayHandle window = RQ_DASubArray::createSubArray(array, 501, 300);
+            EXPECT_EQ(window->hash(), array->hashRange(501, 801));
+        }
+    }
+    const RQ_DARandom<T> one(1000, 1), other(1000, 2), flat(10, 1, T(5.0f), T(5.0f));
+    EXPECT_FALSE(one.isEqual(other));
+    EXPECT_TRUE(one.isEqual(RQ_DARandom<T>(1000, 1)));
+    EXPECT_EQ(flat.getF64(9), 5.0);
+}
+
+TEST(DARandom, IsTheSameOnEveryMachine)
+{
+    EXPECT_EQ(
+        RQ_DARandom<int64_t>(9, 42, std::numeric_limits<int64_t>::min(), std::numeric_limits<int64_t>::max()).getI64(8),
+        4329828226119001998);
+    EXPECT_EQ(RQ_DARandom<int32_t>(9, 42, -1000000, 1000000).getI32(7), 509064);
+    EXPECT_EQ(RQ_DARandom<double>(9, 42).getF64(8), 0x1.782d47a99890cp-1);
+    // The greatest value stays below the bound although the sum would round up to it.
+    const RQ_DARandom<float> narrow(100000, 3, 1.0f, std::nextafter(1.0f, 2.0f));
+    double min, max;
+    EXPECT_TRUE(narrow.getMinMax(&min, &max));
+    EXPECT_EQ(max, 1.0);
+}
+
+TEST(DABool, HoldsABitPerValue)
+{
+    const BAS_IntrusivePtr<RQ_DABool> array(new RQ_DABool(130, 2, RQ_TYPE_NONE));
+    for (const int64_t i : {0, 63, 64, 129, 130, -1})
+        array->setBit(i, true, 1);
+    array->setAllBits(true, 0);
+    array->setBit(5, false);
+    array->setBit(0, true, 2);
+    const rq::Values<float> values(*array);
+    for (int64_t i = 0; i < 130; ++i)
+    {
+        ASSERT_EQ(values(i, 0), i == 5 ? 0.0f : 1.0f) << i;
+        ASSERT_EQ(values(i, 1), i == 0 || i == 63 || i == 64 || i == 129 ? 1.0f : 0.0f) << i;
+        ASSERT_EQ(array->getI32(i, 1), int(values(i, 1)));
+    }
+    std::vector<uint8_t> rows(66 * 3, 9);
+    array->fillArray(rows.data(), 62, 66, 2, 3);
+    EXPECT_EQ(std::vector<uint8_t>(rows.begin(), rows.begin() + 9), (std::vector<uint8_t>{1, 0, 9, 1, 1, 9, 1, 1, 9}));
+    EXPECT_EQ(array->getU8(-1), 0);
+    EXPECT_EQ(array->getU8(130), 0);
+    EXPECT_EQ(array->getMemoryUsage(), 48 + (3 + 4) * 2 * 8);
+    double min[2], max[2];
+    EXPECT_TRUE(array->getMinMax(min, max));
+    EXPECT_EQ(min[0], 0.0);
+    EXPECT_EQ(max[1], 1.0);
+    EXPECT_EQ(RQ_DABool(5, 0).entries(), 0);
+    EXPECT_TRUE(array->isEqual(*array->harden()));
+}
+
+/// Entries of 2, 0, 3 and 1 values.
+template <class T> RQ_DataArrayHandle rag(std::vector<T> values = {T(1.0f), T(2.0f), T(3.0f), T(4.0f), T(5.0f), T(6.0f)})
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<T>> all(new RQ_DANumeric<T>(values.data(), int64_t(values.size())));
+    return RQ_DataArrayHandle(new RQ_DANumericArray<T>(all, RQ_CountArray(makeArray<int32_t>({2, 0, 3, 1}))));
+}
+
+TYPED_TEST(EveryOwnArray, ArraysOfNumbersAreReadAlone)
+{
+    using T = TypeParam;
+    const RQ_DataArrayHandle array = rag<T>();
+    // Windows, indirections and constants pass entries on.
+    const std::pair<RQ_DataArrayHandle, std::vector<int64_t>> views[] = {
+        {array, {0, 1, 2, 3}},
+        {RQ_DASubArray::createSubArray(array, 1, 2), {1, 2}},
+        {RQ_DAConstant::createConstant(array, 2, 3), {2, 2, 2}},
+    };
+    const std::vector<float> entries[] = {{1, 2}, {}, {3, 4, 5}, {6}};
+    for (const auto &[view, places] : views)
+    {
+        ASSERT_TRUE(view->hasArrayEntries());
+        EXPECT_EQ(view->harden(), view);
+        BAS_Array<T> data;
+        BAS_Array<int> sizes, expectedSizes;
+        std::vector<float> expected;
+        for (size_t i = 0; i < places.size(); ++i)
+        {
+            const std::vector<float> &entry = entries[places[i]];
+            BAS_ValArray<float> values(7, -1.0f);
+            EXPECT_TRUE(view->getFA32(values, int64_t(i)));
+            EXPECT_EQ(std::vector<float>(values.begin(), values.end()), entry);
+            EXPECT_EQ(view->itemSize(int64_t(i)), int64_t(entry.size()));
+            EXPECT_EQ(view->getI32(int64_t(i), 2), entry.size() > 2 ? int(entry[2]) : 0);
+            expected.insert(expected.end(), entry.begin(), entry.end());
+            expectedSizes.push_back(int(entry.size()));
+        }
+        view->fillArray(data, sizes, 0, view->entries());
+        EXPECT_EQ(std::vector<float>(data.begin(), data.end()), expected);
+        EXPECT_EQ(sizes, expectedSizes);
+        EXPECT_EQ(view->getTotalArrayEntries(), int64_t(expected.size()));
+        double min, max;
+        EXPECT_TRUE(view->getMinMax(&min, &max));
+        EXPECT_EQ(max, *std::max_element(expected.begin(), expected.end()));
+    }
+    EXPECT_TRUE(array->isEqual(*rag<T>()));
+    EXPECT_EQ(array->hash(), rag<T>()->hash());
+    EXPECT_FALSE(array->isEqual(*rag<T>({T(1.0f), T(2.0f), T(3.0f), T(4.0f), T(5.0f), T(7.0f)})));
+    EXPECT_EQ(RQ_DANumericArray<T>({}, RQ_CountArray(2, 3)).entries(), 0) << "fewer values than the counts want";
+}
+
+TEST(DATextArray, KnowsWhereEntriesEnd)
+{
+    using Strings = BAS_Array<BAS_StringHolder>;
+    const auto make = [](std::vector<int32_t> counts) {
+        return RQ_DataArrayHandle(new RQ_DAStringArray({"a", "b", "c"}, RQ_CountArray(makeArray(std::move(counts)))));
+    };
+    const RQ_DataArrayHandle array = make({1, 0, 2});
+    Strings strings = {"x"};
+    EXPECT_TRUE(RQ_DASubArray::createSubArray(array, 1, 2)->import(1, strings));
+    EXPECT_EQ(strings, (Strings{"b", "c"}));
+    EXPECT_EQ(array->getS(2, 1), "c");
+    EXPECT_TRUE(array->getS(2, 2).isEmpty());
+    EXPECT_NE(array->hash(), make({0, 1, 2})->hash());
+    EXPECT_FALSE(array->isEqual(*make({0, 1, 2})));
+    EXPECT_TRUE(array->isEqual(*make({1, 0, 2})));
+    BAS_Array<BAS_OptionsHolder> dicts;
+    EXPECT_FALSE(array->import(0, dicts));
+    EXPECT_EQ(make({2, 2})->entries(), 0) << "fewer values than the counts want";
+}
+}  // namespace
