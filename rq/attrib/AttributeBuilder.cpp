@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cinttypes>
 
-#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/convert.h>
 

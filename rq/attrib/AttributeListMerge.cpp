@@ -5,7 +5,7 @@
 #include <rq/attrib/AttributeMerge.h>
 #include <rq/attrib/detail/viewId.h>
 #include <rq/data/DAConstant.h>
-#include <rq/data/DAIndexedString.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/data/DAList.h>
 #include <rq/data/DANumeric.h>
 

@@ -3,9 +3,10 @@
 #include <algorithm>
 
 #include <host/bas/Parallel.h>
+#include <rq/data/DANumeric.h>
+#include <rq/data/Values.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/copyValues.h>
 
 namespace
 {
@@ -22,22 +23,45 @@ RQ_DAIndirect::RQ_DAIndirect(const RQ_DataArrayHandle &source, const RQ_DataArra
         indices32_ = indices->getI32Array(indices_);
 }
 
+namespace
+{
+/// The entries that `indices` show in the array at the end of a chain of views, outermost view first.
+template <class T>
+RQ_DataArrayHandle composeIndices(const RQ_DataArray &indices, const BAS_Array<const RQ_DAInherit *> &views)
+{
+    const rq::Values<int64_t> outer(indices);
+    const BAS_IntrusivePtr<RQ_DANumeric<T>> inner(new RQ_DANumeric<T>(outer.size()));
+    host::parallelForRange(outer.size(), kEntriesPerPiece, [&](int64_t begin, int64_t end) {
+        for (int64_t i = begin; i < end; ++i)
+        {
+            int64_t index = outer[i];
+            for (const RQ_DAInherit *view : views)
+                index = view->getIndirect(index);
+            inner->data()[i] = T(index);
+        }
+    });
+    return inner;
+}
+}  // namespace
+
 RQ_DataArrayHandle RQ_DAIndirect::createIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices,
                                                  bool flatten)
 {
     if (!source || !indices || !indices->checkIndexing(RQ_INDEXING_AUTO))
         return {};
-    const auto *inner = flatten ? dynamic_cast<const RQ_DAIndirect *>(source.get()) : nullptr;
-    if (!inner)
+    BAS_Array<const RQ_DAInherit *> views;
+    RQ_DataArrayHandle root = source;
+    for (const RQ_DAInherit *view; flatten && (view = dynamic_cast<const RQ_DAInherit *>(root.get())) && view->source();)
+    {
+        views.push_back(view);
+        root = view->source();
+    }
+    if (views.empty())
         return RQ_DataArrayHandle(new RQ_DAIndirect(source, indices));
-    // The composed index array is the inner one, seen through the outer one.
-    const RQ_DataArrayHandle view(new RQ_DAIndirect(inner->indices_, indices));
-    RQ_DataArrayHandle composed;
-    if (inner->indices32_)
-        composed = rq::copyValues<int32_t>(*view);
-    else
-        composed = rq::copyValues<int64_t>(*view);
-    return createIndirect(inner->source_, composed, true);
+    const bool narrow = root->entries() <= std::numeric_limits<int32_t>::max();
+    const RQ_DataArrayHandle composed =
+        narrow ? composeIndices<int32_t>(*indices, views) : composeIndices<int64_t>(*indices, views);
+    return RQ_DataArrayHandle(new RQ_DAIndirect(root, composed));
 }
 
 const char *RQ_DAIndirect::className() const { return "RQ_DAIndirect"; }

@@ -16,9 +16,10 @@ class RQ_API RQ_DAIndirect final : public RQ_TypedArray<RQ_DAIndirect, RQ_DAInhe
 public:
     /// View `source` through `indices`.
     ///
-    /// With `flatten`, a source that itself is an indirection is replaced by its own source, with the indices composed:
-    /// reads then take one step, and the new index array costs memory.  Returns a null handle when either array is null or
-    /// the indices are not one integer component.
+    /// With `flatten`, a source that is a view of entries of another array, such as an indirection, window, clamp or
+    /// constant, is replaced by the array at the end of the chain, with the indices composed: reads then take one step, and
+    /// the new index array costs memory.  Returns a null handle when either array is null or the indices are not one integer
+    /// component.
     static RQ_DataArrayHandle createIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices,
                                              bool flatten = false);
 

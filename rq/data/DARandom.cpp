@@ -1,5 +1,6 @@
 #include <rq/data/DARandom.h>
 
+#include <bit>
 #include <cmath>
 
 #include <rq/data/convert.h>
@@ -37,88 +38,96 @@ template <class T> T below(T bound)
 
 template <RQ_NumericValue T>
 RQ_DARandom<T>::RQ_DARandom(int64_t size, uint64_t seed, T low, T high, int64_t tupleSize, RQ_Type type)
-    : state_(scatter(seed + kStep)), span_(1), size_(std::max<int64_t>(0, size)),
-      tupleSize_(std::max<int64_t>(0, tupleSize)), low_(low), high_(low), last_(low), type_(type)
+    : state_(scatter(seed + kStep)), mapping_{Drawn(low), Drawn(low), Drawn(low)}, size_(std::max<int64_t>(0, size)),
+      tupleSize_(std::max<int64_t>(0, tupleSize)), type_(type)
 {
     if (!(Drawn(low) < Drawn(high)))
         return;
-    high_ = Drawn(high);
-    last_ = Drawn(below(high));
+    mapping_.high = high;
+    mapping_.last = below(high);
     if constexpr (std::is_integral_v<T>)
-        span_ = uint64_t(high) - uint64_t(low) + 1;
+        mapping_.span = uint64_t(high) - uint64_t(low) + 1;
 }
 
 template <RQ_NumericValue T> const char *RQ_DARandom<T>::className() const { return "RQ_DARandom"; }
+
+template <RQ_NumericValue T> typename RQ_DARandom<T>::Drawn RQ_DARandom<T>::Mapping::operator()(Bits bits) const
+{
+    if constexpr (std::same_as<T, int64_t>)
+    {
+        __extension__ using Wide = unsigned __int128;
+        return int64_t(uint64_t(low) + (span ? uint64_t((Wide(bits) * span) >> 64) : bits));
+    }
+    else if constexpr (std::is_integral_v<T>)
+        return T(int64_t(low) + int64_t(bits * span >> 32));
+    else
+    {
+        // All values of one exponent are evenly spaced: random digits behind a one make [1, 2).
+        constexpr int kDigits = std::numeric_limits<Drawn>::digits - 1;
+        constexpr Bits kOne = std::bit_cast<Bits>(Drawn(1));
+        const Drawn t = std::bit_cast<Drawn>(Bits(bits >> (8 * sizeof(Bits) - kDigits) | kOne)) - Drawn(1);
+        return std::min(std::max(low * (Drawn(1) - t) + high * t, low), last);
+    }
+}
 
 template <RQ_NumericValue T> uint64_t RQ_DARandom<T>::hashOf(uint64_t place) const
 {
     return scatter(state_ + place * kStep);
 }
 
-/// The value that stands for 64 random bits, or for the upper 32 where the storage has no more.
-template <RQ_NumericValue T> typename RQ_DARandom<T>::Drawn RQ_DARandom<T>::valueOf(uint64_t bits) const
+// Narrow values share a hash between two.
+template <RQ_NumericValue T> typename RQ_DARandom<T>::Bits RQ_DARandom<T>::bitsOf(uint64_t place) const
 {
-    if constexpr (std::same_as<T, int64_t>)
-    {
-        __extension__ using Wide = unsigned __int128;
-        return int64_t(uint64_t(low_) + (span_ ? uint64_t((Wide(bits) * span_) >> 64) : bits));
-    }
-    else if constexpr (std::is_integral_v<T>)
-        return T(int64_t(low_) + int64_t((bits >> 32) * span_ >> 32));
+    if constexpr (sizeof(Bits) == 4)
+        return Bits(hashOf(place >> 1) >> (place & 1 ? 32 : 0));
     else
-    {
-        constexpr int kDigits = std::numeric_limits<Drawn>::digits;
-        constexpr Drawn kUnit = Drawn(1) / Drawn(uint64_t(1) << kDigits);
-        const Drawn t = Drawn(int64_t(bits >> (64 - kDigits))) * kUnit;
-        return std::min(std::max(low_ * (Drawn(1) - t) + high_ * t, low_), last_);
-    }
+        return hashOf(place);
 }
 
-template <RQ_NumericValue T> typename RQ_DARandom<T>::Drawn RQ_DARandom<T>::draw(uint64_t place) const
-{
-    // Narrow values share a hash between two.
-    if constexpr (sizeof(Drawn) <= 4)
-        return valueOf(hashOf(place >> 1) << (place & 1 ? 32 : 0));
-    else
-        return valueOf(hashOf(place));
-}
-
-template <RQ_NumericValue T> void RQ_DARandom<T>::drawRun(Drawn *out, uint64_t first, int64_t count) const
+template <RQ_NumericValue T> void RQ_DARandom<T>::drawBits(Bits *out, uint64_t first, int64_t count) const
 {
     int64_t i = 0;
-    if constexpr (sizeof(Drawn) <= 4)
+    if constexpr (sizeof(Bits) == 4)
     {
         if (count > 0 && (first & 1))
-            out[i++] = draw(first);
+            out[i++] = bitsOf(first);
         for (; i + 2 <= count; i += 2)
         {
             const uint64_t bits = hashOf((first + uint64_t(i)) >> 1);
-            out[i] = valueOf(bits);
-            out[i + 1] = valueOf(bits << 32);
+            out[i] = Bits(bits);
+            out[i + 1] = Bits(bits >> 32);
         }
     }
     for (; i < count; ++i)
-        out[i] = draw(first + uint64_t(i));
+        out[i] = bitsOf(first + uint64_t(i));
 }
 
 template <RQ_NumericValue T> template <class To> void RQ_DARandom<T>::fillRun(To *out, uint64_t first, int64_t count) const
 {
-    if constexpr (std::same_as<To, T> && std::same_as<T, Drawn>)
-        return drawRun(out, first, count);
-    Drawn drawn[rq::kBlockEntries];
-    T rounded[rq::kBlockEntries];
-    for (int64_t i = 0; i < count; i += rq::kBlockEntries)
+    // Bits and values go in separate loops, because the second vectorises.
+    constexpr bool kDirect = std::same_as<To, T> && std::same_as<T, Drawn>;
+    const Mapping mapping = mapping_;
+    Bits bits[rq::kBlockEntries];
+    [[maybe_unused]] Drawn drawn[kDirect ? 1 : rq::kBlockEntries];
+    [[maybe_unused]] T rounded[kDirect ? 1 : rq::kBlockEntries];
+    for (int64_t done = 0; done < count; done += rq::kBlockEntries)
     {
-        const int64_t length = std::min(count - i, rq::kBlockEntries);
-        drawRun(drawn, first + uint64_t(i), length);
-        rq::convertValues(drawn, RQstorageOf<Drawn>, rounded, RQstorageOf<T>, length);
-        rq::convertValues(rounded, RQstorageOf<T>, out + i, RQstorageOf<To>, length);
+        const int64_t length = std::min(count - done, rq::kBlockEntries);
+        drawBits(bits, first + uint64_t(done), length);
+        if constexpr (kDirect)
+            std::transform(bits, bits + length, out + done, mapping);
+        else
+        {
+            std::transform(bits, bits + length, drawn, mapping);
+            rq::convertValues(drawn, RQstorageOf<Drawn>, rounded, RQstorageOf<T>, length);
+            rq::convertValues(rounded, RQstorageOf<T>, out + done, RQstorageOf<To>, length);
+        }
     }
 }
 
 template <RQ_NumericValue T> template <RQ_NumericValue To> To RQ_DARandom<T>::valueAs(int64_t offset, int component) const
 {
-    return RQconvert<To>(T(draw(uint64_t(offset * tupleSize_ + component))));
+    return RQconvert<To>(T(mapping_(bitsOf(uint64_t(offset * tupleSize_ + component)))));
 }
 
 template <RQ_NumericValue T>

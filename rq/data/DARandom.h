@@ -29,21 +29,29 @@ private:
 
     // Half floats are drawn as floats, and rounded after that.
     using Drawn = std::conditional_t<std::same_as<T, PLT_Half>, float, T>;
+    using Bits = std::conditional_t<sizeof(Drawn) <= 4, uint32_t, uint64_t>;
+
+    /// From random bits to a value between the bounds.
+    struct Mapping
+    {
+        Drawn operator()(Bits bits) const;
+
+        Drawn low, high, last;  // `last` is the greatest value
+        uint64_t span = 1;      // of integers: how many there are, 0 for all 2^64
+    };
 
     template <RQ_NumericValue To> To valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue To> void fillBlock(To *out, int64_t start, int64_t length, int components, int stride) const;
 
     uint64_t hashOf(uint64_t place) const;
-    Drawn valueOf(uint64_t bits) const;
-    Drawn draw(uint64_t place) const;
-    void drawRun(Drawn *out, uint64_t first, int64_t count) const;
+    Bits bitsOf(uint64_t place) const;
+    void drawBits(Bits *out, uint64_t first, int64_t count) const;
     template <class To> void fillRun(To *out, uint64_t first, int64_t count) const;
 
     uint64_t state_;
-    uint64_t span_;  // of integers: how many there are, 0 for all 2^64
+    Mapping mapping_;
     int64_t size_;
     int64_t tupleSize_;
-    Drawn low_, high_, last_;  // `last_` is the greatest value
     RQ_Type type_;
 };
 
