@@ -100,7 +100,8 @@ public:
     uint32_t hash() const { return store_.hash(); }
     bool isEqual(const RQ_RefineParms &other) const { return store_.isEqual(other.store_, 0.0); }
 
-    /// Take over every entry of `options`; the keys of flags set the flags as well.  Always true.
+    /// Take over every entry of `options`; the keys of flags set the flags as well, and whole numbers become floats where the
+    /// option is one.  Always true.
     bool load(const BAS_Options &options);
 
     /// Append one JSON object with the stored options and the flags that have keys, which `load` takes back.

@@ -56,6 +56,14 @@ const RQ_RefineOption *RQ_RefineParms::findOption(const BAS_StringHolder &key)
 bool RQ_RefineParms::load(const BAS_Options &options)
 {
     store_.merge(options);
+    for (const auto &[key, value] : options)
+    {
+        // Text does not tell 45 from 45.0: a whole number is what the option wants it to be.
+        const RQ_RefineOption *option = findOption(key);
+        const int64_t *whole = std::get_if<int64_t>(&value);
+        if (option && whole && std::holds_alternative<double>(option->defaultValue))
+            store_.set(key, double(*whole));
+    }
     for (const Flag &flag : kFlags)
     {
         const BAS_Options::Value *value = flag.key ? options.find(flag.key) : nullptr;

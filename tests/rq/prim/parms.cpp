@@ -71,11 +71,13 @@ TEST(RefineParms, LoadSetsFlags)
     options.set("viewport:packed_lod", true);
     options.set("polys_as_subdivision", int64_t(1));
     options.set("viewport:override_lod", BAS_StringHolder("box"));
+    options.set("cuspangle", int64_t(45));
     EXPECT_TRUE(parms.load(options));
     EXPECT_TRUE(parms.getPackedViewportLOD());
     EXPECT_TRUE(parms.get("viewport:packed_lod", false));
     EXPECT_FALSE(parms.getPolysAsSubdivision()) << "only a bool sets a flag";
     EXPECT_EQ(parms.getOverridePackedViewportLOD(), 2);
+    EXPECT_EQ(parms.getCuspAngle(), 45.0f) << "text does not tell 45 from 45.0";
 }
 
 TEST(RefineParms, DumpsWhatLoadTakesBack)
