@@ -50,20 +50,15 @@ inline std::vector<RQ_PrimitiveHandle> refine(const MOD_ConstDetailHandle &detai
     return primitives;
 }
 
-inline std::string textOf(const RQ_Primitive &primitive)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(primitive.save(writer));
-    writer.flush();
-    return text;
-}
-
 inline std::string textOf(const std::vector<RQ_PrimitiveHandle> &primitives)
 {
     std::string text;
+    BAS_JSONWriter writer(text);
+    writer.beginArray();
     for (const RQ_PrimitiveHandle &primitive : primitives)
-        text += textOf(*primitive) + "\n";
+        EXPECT_TRUE(primitive->save(writer));
+    writer.endArray();
+    writer.flush();
     return text;
 }
 
