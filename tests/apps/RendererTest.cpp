@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numbers>
 
@@ -97,8 +97,6 @@ std::unique_ptr<Image> picture(const RQ_PrimitiveHandle &primitive, int samples 
     return render(scene, Camera(scene.outline(), float(kWidth) / float(kHeight)), settings);
 }
 
-BAS_Vec3f middle(Image &image) { return image.at(kWidth / 2, kHeight / 2); }
-
 double difference(Image &a, Image &b)
 {
     double sum = 0.0;
@@ -109,23 +107,25 @@ double difference(Image &a, Image &b)
 }
 }  // namespace
 
-TEST(Renderer, FramesObjectsOfAnySizeAndPlace)
+TEST(Renderer, FramesObjectsOfAnySizeAndPlaceAndWithLostPoints)
 {
     const struct
     {
         const char *what;
-        float scale, offset;
-    } kCases[] = {{"as it is", 1.0f, 0.0f},
-                  {"tiny", 1e-15f, 0.0f},
-                  {"huge", 1e15f, 0.0f},
-                  {"far away", 1.0f, 4096.0f},
-                  {"tiny elsewhere", 1e-3f, 1.0f}};
+        float scale, offset, lost;  // the last is added to one coordinate of one point
+    } kCases[] = {{"tiny", 1e-15f, 0.0f, 0.0f},
+                  {"huge", 1e15f, 0.0f, 0.0f},
+                  {"far away", 1.0f, 4096.0f, 0.0f},
+                  {"tiny elsewhere", 1e-3f, 1.0f, 0.0f},
+                  {"one point is no number", 1.0f, 0.0f, std::numeric_limits<float>::quiet_NaN()},
+                  {"one point is infinitely far", 1.0f, 0.0f, std::numeric_limits<float>::infinity()}};
     for (const auto &c : kCases)
     {
         SCOPED_TRACE(c.what);
         Globe globe(32, 16);
         for (BAS_Vec3f &point : globe.points)
             point = point * c.scale + BAS_Vec3f(c.offset);
+        globe.points[40].x += c.lost;
         Scene scene;
         scene.add(globe.mesh(), nullptr);
         scene.commit(UpAxis::Auto);
@@ -148,48 +148,28 @@ TEST(Renderer, DrawsPointsAsSpheres)
     EXPECT_GT(spanned(scene).x, 0.6f);
 }
 
-TEST(Renderer, OneLostPointDoesNotSpoilThePicture)
-{
-    for (const float lost : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
-    {
-        Globe globe(32, 16);
-        globe.points[40].x = lost;
-        Scene scene;
-        scene.add(globe.mesh(), nullptr);
-        scene.commit(UpAxis::Auto);
-        EXPECT_GT(spanned(scene).y, 0.8f);
-        EXPECT_LT(spanned(scene).y, 0.95f);
-    }
-}
-
 TEST(Renderer, SurvivesUglyInput)
 {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
     const RQ_PrimitiveHandle noFaces(
         new RQ_PrimPolygonMesh(integers({}), integers({}), listOf("P", triples({{0, 0, 0}}, RQ_TYPE_POINT))));
     const RQ_PrimitiveHandle noPositions(
         new RQ_PrimPolygonMesh(integers({3}), integers({0, 0, 0}), RQ_AttributeListHandle(new RQ_AttributeList(nullptr))));
-    Globe holed(8, 4);
-    holed.points[11] = BAS_Vec3f(nan);
+    Image black(kWidth, kHeight);
     Globe flat(8, 4);
-    for (BAS_Vec3f &point : flat.points)
-        point = BAS_Vec3f(1.0f);
-    const struct
+    std::ranges::fill(flat.points, BAS_Vec3f(1.0f));
+    Globe lost(8, 4);
+    lost.points[11] = BAS_Vec3f(std::numeric_limits<float>::quiet_NaN());
+    const std::pair<const char *, RQ_PrimitiveHandle> cases[] = {
+        {"nothing", nullptr},
+        {"no faces", noFaces},
+        {"no positions", noPositions},
+        {"all points in one place", flat.mesh()},
+        {"a point that is no number", lost.mesh()},
+    };
+    for (const auto &[what, primitive] : cases)
     {
-        const char *what;
-        RQ_PrimitiveHandle primitive;
-    } kCases[] = {{"nothing", nullptr},
-                  {"no faces", noFaces},
-                  {"no positions", noPositions},
-                  {"a point that is no number", holed.mesh()},
-                  {"all points in one place", flat.mesh()}};
-    for (const auto &c : kCases)
-    {
-        SCOPED_TRACE(c.what);
-        const std::unique_ptr<Image> image = picture(c.primitive, 1);
-        for (int y = 0; y < kHeight; ++y)
-            for (int x = 0; x < kWidth; ++x)
-                ASSERT_TRUE(std::isfinite(image->at(x, y).length())) << x << ' ' << y;
+        SCOPED_TRACE(what);
+        EXPECT_TRUE(std::isfinite(difference(*picture(primitive, 1), black)));
     }
 }
 
@@ -206,29 +186,20 @@ TEST(Renderer, TakesColoursFromAnyOwner)
     const Globe globe(24, 12);
     const BAS_Vec3f red(0.9f, 0.1f, 0.1f);
     const auto colours = [&](size_t count) { return triples(std::vector<BAS_Vec3f>(count, red), RQ_TYPE_COLOR); };
-    const RQ_AttributeListHandle vertex = listOf("Cd", colours(globe.corners.size()));
-    const RQ_AttributeListHandle uniform = listOf("Cd", colours(globe.counts.size()));
-    const std::unique_ptr<Image> byVertex = picture(globe.mesh(vertex)), byFace = picture(globe.mesh({}, uniform));
-    EXPECT_GT(middle(*byVertex).x, 4.0f * middle(*byVertex).y);
-    EXPECT_LT(difference(*byVertex, *byFace), 1e-6);
-    const BAS_Vec3f clay = middle(*picture(globe.mesh()));
-    EXPECT_LT(clay.x, 1.5f * clay.z);
+    const std::unique_ptr<Image> byVertex = picture(globe.mesh(listOf("Cd", colours(globe.corners.size()))));
+    const BAS_Vec3f middle = byVertex->at(kWidth / 2, kHeight / 2);
+    EXPECT_GT(middle.x, 4.0f * middle.y);
+    EXPECT_LT(difference(*byVertex, *picture(globe.mesh({}, listOf("Cd", colours(globe.counts.size()))))), 1e-6);
 }
 
-TEST(Renderer, BothSidesOfASurfaceLookAlike)
+TEST(Renderer, NormalsOfTheFileMayPointInward)
 {
     const Globe globe(24, 12);
-    Globe reversed = globe;
-    for (size_t face = 0; face < reversed.counts.size(); ++face)
-        std::swap(reversed.corners[4 * face + 1], reversed.corners[4 * face + 3]);
-    const std::unique_ptr<Image> image = picture(globe.mesh(), 16);
-    EXPECT_LT(difference(*image, *picture(reversed.mesh(), 16)), 0.02);
-
-    // Normals of the file that point inward, as if its faces wound the other way.
     std::vector<BAS_Vec3f> inward;
     for (const int32_t point : globe.corners)
         inward.push_back(-globe.points[size_t(point)]);
-    EXPECT_LT(difference(*image, *picture(globe.mesh(listOf("N", triples(inward, RQ_TYPE_NORMAL))), 16)), 0.02);
+    const RQ_PrimitiveHandle reversed = globe.mesh(listOf("N", triples(inward, RQ_TYPE_NORMAL)));
+    EXPECT_LT(difference(*picture(globe.mesh(), 16), *picture(reversed, 16)), 0.02);
 }
 
 TEST(Renderer, CoarseSmoothSurfacesHaveNoBlackSpeckles)
@@ -237,13 +208,4 @@ TEST(Renderer, CoarseSmoothSurfacesHaveNoBlackSpeckles)
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             ASSERT_GT(image->at(x, y).length(), 0.08f) << x << ' ' << y;
-}
-
-TEST(Renderer, EncodesAndDecodesTheSameCurve)
-{
-    for (const float value : {0.0f, 0.001f, 0.04f, 0.2f, 0.5f, 1.0f})
-        EXPECT_NEAR(encodeSRGB(decodeSRGB(value)), value, 1e-5f);
-    std::string error;
-    EXPECT_FALSE(Image(1, 1).writePNG("/no such folder/picture.png", error));
-    EXPECT_FALSE(error.empty());
 }

@@ -87,20 +87,14 @@ const struct
     std::string text;
     const char *topology;
 } kTopologyCases[] = {
-    {"a triangle", kPoints + "f 1 2 3\n", "4 points, f 0 1 2"},
     {"no line end", kPoints + "f 1 2 3", "4 points, f 0 1 2"},
     {"faces, lines and points in the file's order", kPoints + "f 1 2 3\nl 1 4\np 2 3\np 1\nf 4 3 2 1",
      "4 points, f 0 1 2, l 0 3, p 1 2, p 0, f 3 2 1 0"},
     {"relative numbers count from where they stand", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\nv 5 5 5\nf -1 -2 1",
      "4 points, f 0 1 2, f 3 2 0"},
     {"points after the face that uses them", "f 1 2 3\n" + kPoints, "4 points, f 0 1 2"},
-    {"a repeated corner", kPoints + "f 1 1 2 1", "4 points, f 0 0 1 0"},
-    {"lines of carriage returns", "v 0 0 0\rv 1 0 0\rv 0 1 0\rf 1 2 3\r", "3 points, f 0 1 2"},
-    {"lines of both", "v 0 0 0\r\nv 1 0 0\r\n\r\nv 0 1 0\r\nf 1 2 3\r\n", "3 points, f 0 1 2"},
     {"continued lines", "v 0 \\\n0 0\nv 1 0 0\\\r\n\r\nv 0 1 0\nf \\\n1 \\\r\n2\\\n 3", "3 points, f 0 1 2"},
-    {"comments", kPoints + "f 1 2 3 # 4\n#f 1 2 4\n  # \\\nf 2 3 4", "4 points, f 0 1 2, f 1 2 3"},
     {"byte order mark", "\xef\xbb\xbfv 0 0 0\np 1", "1 points, p 0"},
-    {"tabs and blanks", "\tv\t0  0\v0 \nv 0 0 0\f\n p  1\t2 ", "2 points, p 0 1"},
     {"weights, colours and both", "v 0 0 0 1\nv 0 0 0 1 1 1\nv 0 0 0 1 1 1 1\np 3", "3 points, p 2"},
     {"slashes that nothing follows", kPoints + "f 1/ 2// 3/", "4 points, f 0 1 2"},
     {"tags of subdivision surfaces", kPoints + "f 1 2 3\nt crease 2/1/0 0 1 5.0\nt interpolateboundary 1/0/0 1",
@@ -125,21 +119,15 @@ const struct
     std::string text;
     const char *name, *values;
 } kAttributeCases[] = {
-    {"positions", "v 1 2 3\nv -1e1 .5 0", "P", "1 2 3;-10 0.5 0;"},
-    {"no colours", kPoints, "Cd", "none"},
     {"points without a colour are white", "v 0 0 0\nv 0 0 0 .5 .25 0\nv 0 0 0", "Cd", "1 1 1;0.5 0.25 0;1 1 1;"},
-    {"a colour after a weight", "v 0 0 0 9 .5 .25 0", "Cd", "0.5 0.25 0;"},
     {"uv by their own numbers", kPoints + "vt 1 2\nvt 3 4\nf 1/2 2/1 3/2", "uv", "3 4;1 2;3 4;"},
     {"corners without uv get zeros", kPoints + "vt 1 2\nf 1 2/1 3\nf 1/1 2 3", "uv", "0 0;1 2;0 0;1 2;0 0;0 0;"},
     {"three numbers somewhere", kPoints + "vt 1\nvt 1 2 3\nl 1/1 2/2", "uv", "1 0 0;1 2 3;"},
-    {"uv that no corner uses", kPoints + "vt 1 2\nf 1 2 3", "uv", "none"},
     {"relative uv", kPoints + "vt 1 2\nvt 3 4\nl 1/-1 2/-2\nvt 5 6\nl 1/-1 2", "uv", "3 4;1 2;5 6;0 0;"},
-    {"normals", kPoints + "vn 0 0 1\nvn 0 2 0\nf 1//1 2//-1 3", "N", "0 0 1;0 2 0;0 0 0;"},
     {"normals behind uv", kPoints + "vt 7 7\nvn 0 0 1\nf 1/1/1 2/1/1 3/1", "N", "0 0 1;0 0 1;0 0 0;"},
     {"materials, blanks and all", kPoints + "p 1\nusemtl a b # 1 \np 2\nusemtl\np 3", "material", ";a b # 1;;"},
     {"objects", kPoints + "o one\np 1\no two\np 2\np 3", "object", "one;two;two;"},
     {"smoothing groups", kPoints + "p 1\ns 3\np 2\ns off\np 3\ns on\np 3\ns\np 1", "smoothing", "0;3;0;1;0;"},
-    {"no material", kPoints + "f 1 2 3", "material", "none"},
 };
 
 TEST(OBJ, GivesAttributesToTheirOwners)
@@ -176,31 +164,18 @@ struct MessageCase
 
 const MessageCase kErrorCases[] = {
     {"v 1 2\nf 1", "x.obj:1:6: error: expected a number, found the end of the line"},
-    {"v 1 2", "x.obj:1:6: error: expected a number, found the end of the file"},
-    {"\xef\xbb\xbfv", "x.obj:1:2: error: expected a number, found the end of the file"},
-    {"v 1 2 # 3", "x.obj:1:7: error: expected a number, found the end of the line"},
     {"# one\r\nv 1 b 3", "x.obj:2:5: error: expected a number, found \"b\""},
+    {kPoints + "f 1 2 " + std::string(60, '7') + "x",
+     "x.obj:5:7: error: expected a corner as point/uv/normal, found \"7777777777777777777777777777777777777777...\""},
     {"v 1 2 3 x", "x.obj:1:9: error: expected a number or the end of the line, found \"x\""},
-    {"vn 1 2", "x.obj:1:7: error: expected a number, found the end of the file"},
     {kPoints + "f 1 2 0", "x.obj:5:7: error: expected a number from 1 up, or a relative one from -1 down, found \"0\""},
-    {kPoints + "vt 0 0\nf 1/0 2 3",
-     "x.obj:6:5: error: expected a number from 1 up, or a relative one from -1 down, found \"0\""},
-    {kPoints + "f 1 2 x", "x.obj:5:7: error: expected a corner as point/uv/normal, found \"x\""},
     {kPoints + "f 1 2 3///4", "x.obj:5:7: error: expected a corner as point/uv/normal, found \"3///4\""},
-    {kPoints + "f 1 2/x 3", "x.obj:5:5: error: expected a corner as point/uv/normal, found \"2/x\""},
-    {kPoints + "f 1 2 5", "x.obj:5:7: error: expected the number of a point, of which the file has 4, found \"5\""},
     {kPoints + "# f 9\nf 1 2 \\\n 99999999999999999999",
      "x.obj:7:2: error: expected the number of a point, of which the file has 4, found "
      "\"99999999999999999999\""},
-    {kPoints + "f 1 2 -5", "x.obj:5:7: error: expected the number of a point, of which the file has 4, found \"-5\""},
-    {"f -1 -2 -3", "x.obj:1:3: error: expected the number of a point, of which the file has 0, found \"-1\""},
     {kPoints + "vt 0 0\nl 1/1 2/-2", "x.obj:6:9: error: expected the number of a uv, of which the file has 1, found \"-2\""},
-    {kPoints + "vn 0 0 1\nl 1//1 2//2",
-     "x.obj:6:11: error: expected the number of a normal, of which the file has 1, found \"2\""},
     {"s some", "x.obj:1:3: error: expected the number of a smoothing group or off, found \"some\""},
     {std::string("v 0 0 0\n\177E\0L", 12), "x.obj:2:1: error: expected a text, found \"\\x7fE\\x00L\""},
-    {std::string("\xff\xfev\0", 4), "x.obj:1:1: error: expected UTF-8 text, found UTF-16 text"},
-    {std::string("\xfe\xff\0v", 4), "x.obj:1:1: error: expected UTF-8 text, found UTF-16 text"},
 };
 
 TEST(OBJ, SaysWhereARecordIsWrong)
@@ -224,9 +199,6 @@ const MessageCase kWarningCases[] = {
      "x.obj:5:1: warning: expected a known word, found \"curv\"; 3 lines are passed over"},
     {"v 0 0 0 0 0\nvn 0 0 1 0",
      "x.obj:1:12: warning: expected the end of the line, found more; what is too much on 2 lines is passed over"},
-    {kPoints + "mtllib no such file.mtl",
-     "x.obj:5:8: warning: expected a material file, found none of this name; 1 file is missing, material "
-     "names are kept"},
 };
 
 TEST(OBJ, WarnsOnceOfEachOddity)
@@ -237,36 +209,26 @@ TEST(OBJ, WarnsOnceOfEachOddity)
         EXPECT_TRUE(loaded.good) << c.text;
         EXPECT_EQ(loaded.messages.toString(), c.messages + std::string("\n")) << c.text;
     }
-    EXPECT_EQ(topology(*Loaded(kPoints + "f\nf 1\nf 1 2")), "4 points, f, f 0, f 0 1") << "small faces are kept";
 }
 
 TEST(OBJ, LooksForMaterialFilesBesideTheFile)
 {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "rq obj test";
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder / "a.mtl") << "newmtl a\n";
-    std::ofstream(folder / "b c.mtl") << "newmtl b\n";
-    const auto warnings = [&](const char *names) {
-        return Loaded(kPoints + "mtllib " + names, (folder / "x.obj").string()).messages.warnings();
-    };
-    EXPECT_EQ(warnings("a.mtl"), 0);
-    EXPECT_EQ(warnings("b c.mtl"), 0);
-    EXPECT_EQ(warnings("a.mtl a.mtl"), 0);
-    EXPECT_EQ(warnings("a.mtl d.mtl"), 1);
-    std::filesystem::remove_all(folder);
+    const std::string folder = testing::TempDir();
+    std::ofstream(folder + "rq a.mtl") << "newmtl a\n";
+    EXPECT_EQ(Loaded("v 0 0 0\nmtllib rq a.mtl", folder + "x.obj").messages.toString(), "");
+    std::filesystem::remove(folder + "rq a.mtl");
 }
 
-// A file of several blocks, with relative numbers, state, and continued lines wherever a block may be cut.
+// A file of several blocks, with relative numbers, groups, and continued lines wherever a block may be cut.
 std::string largeFile(int64_t quads)
 {
     std::string text;
     for (int64_t i = 0; i < quads; ++i)
     {
-        text += fmt::format("v {} 0 0\\\r\n\r\nv {} 1 0\r\nv {} 1 1 # padding \\\r\nv {} 0 1\r\n", i, i, i, i);
-        text +=
-            i % 2 ? "f -4 -3\\\r\n -2 -1\r\n" : fmt::format("f {} {} {} {}\r\n", 4 * i + 1, 4 * i + 2, 4 * i + 3, 4 * i + 4);
         if (i % 1000 == 0)
             text += fmt::format("g group{}\r\n", i / 1000);
+        text += fmt::format("v {} 0 0\\\r\n\r\nv {} 1 0\r\nv {} 1 1 # padding \\\r\nv {} 0 1\r\n", i, i, i, i);
+        text += i % 2 ? "f -4 -3\\\r\n -2 -1\r\n" : fmt::format("f {} -3 -2 {}\r\n", 4 * i + 1, 4 * i + 4);
     }
     return text;
 }
@@ -280,57 +242,37 @@ TEST(OBJ, ReadsBlocksAsOneFile)
     ASSERT_EQ(loaded.messages.toString(), "");
     ASSERT_EQ(loaded->pointCount(), 4 * kQuads);
     ASSERT_EQ(loaded->primitiveCount(), kQuads);
-    const auto *positions = loaded->positions().pages<float>();
+    const float *positions = loaded->positions().contiguousData<float>();
+    ASSERT_NE(positions, nullptr) << "positions are one block of memory";
     for (int64_t v = 0; v < 4 * kQuads; ++v)
     {
         ASSERT_EQ(loaded->vertexPoint(v), v);
-        ASSERT_EQ(positions->value(v, 0), float(v / 4));
+        ASSERT_EQ(positions[3 * v], float(v / 4));
     }
     EXPECT_EQ(loaded->group(ELM_OWNER_PRIMITIVE, "group7")->count(), 1000);
     EXPECT_TRUE(loaded->group(ELM_OWNER_PRIMITIVE, "group7")->contains(7001));
-    EXPECT_NE(loaded->positions().contiguousData<float>(), nullptr) << "positions are one block of memory";
 
-    const int64_t lines = std::count(text.begin(), text.end(), '\n');
-    const Loaded broken(text + "f 1 2 160001\r\n");
-    EXPECT_EQ(
-        broken.messages.toString(),
-        fmt::format("x.obj:{}:7: error: expected the number of a point, of which the file has 160000, found \"160001\"\n",
-                    lines + 1));
     const BAS_Threads::Limit limit(1);
     EXPECT_EQ(Loaded(text + "v x").messages.toString(),
-              fmt::format("x.obj:{}:3: error: expected a number, found \"x\"\n", lines + 1));
+              fmt::format("x.obj:{}:3: error: expected a number, found \"x\"\n", std::ranges::count(text, '\n') + 1));
 }
 
 // Mutants of small files must load or fail with a message, and never crash.
 TEST(OBJ, SurvivesMutants)
 {
-    const std::string seeds[] = {
-        kPoints + "vt 0 0\nvt 1 1\nvn 0 0 1\ng a b\nusemtl m\ns 1\nf 1/1/1 2/2/1 3//1\nl 1 -2 \\\n 3\np 4\no x\nf -4/-1 "
-                  "-3/-1 -2/-2\n",
-        "v 1e10 -.5e-3 nan 1 .5 .5 .5\r\nv 1 2 3\rv 99999999 0.000000001 1\nmtllib a.mtl\nt crease 2/1/0 0 1 5\nf 1 2 3 1 2 "
-        "3\n",
-    };
-    const std::string_view alphabet = "0123456789-+./ \\\n\r\tvnftglpse#\0\xff";
+    const std::string whole = kPoints + "v 1e10 -.5e-3 nan 1 .5 .5 .5\r\nvt 0 0\nvn 0 0 1\ng a b\nusemtl m\ns 1\n"
+                                        "f 1/1/1 2/1/1 3//1\nl 1 -2 \\\n 3\np 4\no x\nt crease 2/1/0 0 1 5\n";
+    const std::string_view alphabet = "0123456789-+./ \\\n\r\tvnftglpse#\xff";
     int64_t failures = 0;
     for (uint32_t seed = 0; seed < 4000; ++seed)
     {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        std::string text = seeds[seed % 2];
+        std::string text = whole;
         for (uint32_t edits = 1 + random() % 6; edits > 0; --edits)
         {
-            const size_t at = random() % text.size();
-            const char c = alphabet[random() % alphabet.size()];
-            const uint32_t kind = random() % 4;
-            if (kind == 0)
-                text[at] = c;
-            else if (kind == 1)
-                text.insert(at, 1, c);
-            else if (kind == 2)
-                text.erase(at, 1 + random() % 4);
-            else
-                text.insert(at, text.substr(random() % text.size(), random() % 12));
-            text += text.empty() ? "v" : "";
+            const size_t at = random() % text.size(), removed = random() % 4, added = random() % 3;
+            text.replace(at, removed, added, alphabet[random() % alphabet.size()]);
         }
         const Loaded loaded(text);
         ASSERT_EQ(loaded.good, loaded.messages.errors() == 0);
@@ -348,11 +290,8 @@ TEST(Reader, SaysWhatCannotBeOpened)
     MOD_DetailHandle detail;
     Messages messages;
     EXPECT_FALSE(load("/nowhere/x.obj", detail, messages));
-    EXPECT_FALSE(load(testing::TempDir() + "x.unknown", detail, messages));
-    std::filesystem::create_directories(testing::TempDir() + "folder.obj");
-    EXPECT_FALSE(load(testing::TempDir() + "folder.obj", detail, messages));
-    EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n" +
-                                       testing::TempDir() + "x.unknown: error: expected a file whose name ends with .obj\n" +
-                                       testing::TempDir() + "folder.obj: error: cannot be read: Is a directory\n");
+    EXPECT_FALSE(load("/nowhere/x.unknown", detail, messages));
+    EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n"
+                                   "/nowhere/x.unknown: error: expected a file whose name ends with .obj\n");
 }
 }  // namespace

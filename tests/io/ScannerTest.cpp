@@ -3,7 +3,6 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 
@@ -33,17 +32,12 @@ const struct
     const char *what;
     std::string_view text, words;
 } kWordCases[] = {
-    {"empty", "", ""},
     {"only blanks", " \t ", "|"},
-    {"only a line end", "\n", "|"},
     {"three kinds of line ends", "a\nb\r\nc\rd", "a,|b,|c,|d,|"},
-    {"empty lines between carriage returns", "a\r\rb", "a,||b,|"},
     {"comment", "a #b c\n# d\ne", "a,||e,|"},
-    {"a number sign inside a word", "a#b", "a#b,|"},
     {"continued line", "a\\\nb \\\r\n c\nd", "a,b,c,|d,|"},
     {"continuation into the end", "a \\\n", "a,|"},
     {"a backslash that continues nothing", "a\\b \\ c\\", "a\\b,\\,c\\,|"},
-    {"a comment is not continued", "# a\\\nb", "|b,|"},
     {"a zero byte is part of a word", {"a\0b c", 5}, {"a\0b,c,|", 7}},
 };
 
@@ -53,32 +47,16 @@ TEST(Scanner, SplitsLinesAndWords)
         EXPECT_EQ(wordsOf(c.text), c.words) << c.what;
 }
 
-TEST(Scanner, PassesOverTheRestOfALine)
-{
-    Scanner scanner("name of it # too \t\nx rest \\\n of it\ny");
-    EXPECT_EQ(scanner.restOfLine(), "name of it # too");
-    scanner.toNextLine();
-    EXPECT_EQ(scanner.word(), "x");
-    scanner.toNextLine();
-    EXPECT_EQ(scanner.word(), "y");
-}
-
 constexpr const char *kNoNumbers[] = {"",    "-",  ".",      "+-1", "--1",  "e5",    "1e",
                                       "1e+", "1x", "3.1+e2", "1,5", "0x10", "1.#IN", "nanx"};
 
 const std::pair<const char *, float> kNumbers[] = {
-    {"0", 0.0f},
     {"-0", -0.0f},
-    {"+1", 1.0f},
-    {"2.", 2.0f},
     {".5", 0.5f},
     {"-.5e1", -5.0f},
-    {"1E2", 100.0f},
-    {"1e-050", 0.0f},
     {"1e+002", 100.0f},
     {"3.4028235e38", 3.4028235e38f},
     {"-1e-400", -0.0f},
-    {"1e-45", 1e-45f},
     {"1.17549435e-38", 1.17549435e-38f},
     {"000000000000000000000000000000001.5", 1.5f},
 };
@@ -117,29 +95,15 @@ TEST(Scanner, RoundsNumbersToTheNearestFloat)
     std::mt19937_64 random(1);
     for (int i = 0; i < 20000; ++i)
     {
+        // Halfway between two floats, or a last digit beside it.
         const float near = std::bit_cast<float>(uint32_t(random() % 0x7f000000));
-        // Half the texts lie halfway between two floats, or a last digit beside it.
         const double half = (double(near) + double(std::nextafter(near, kInfinity))) / 2;
         char text[64];
-        const int digits = 1 + int(random() % 17);
-        const auto end = i % 2 == 0 ? std::to_chars(text, text + 64, half, std::chars_format::general, digits)
-                                    : std::to_chars(text, text + 64, near, std::chars_format::fixed, digits % 8);
-        if (end.ec != std::errc())
-            continue;
+        char *end = std::to_chars(text, text + 64, half, std::chars_format::general, 1 + int(random() % 17)).ptr;
         float expected = 0.0f, value = 1.0f;
-        if (std::from_chars(text, end.ptr, expected).ec != std::errc())
+        if (std::from_chars(text, end, expected).ec != std::errc())
             continue;
-        Scanner scanner({text, size_t(end.ptr - text)});
-        ASSERT_TRUE(scanner.real(value)) << text;
-        EXPECT_EQ(value, expected) << std::string(text, end.ptr);
-    }
-    for (const char *text :
-         {"16777217", "16777219", "16777217.0000001", "9007199254740993", "0.500000029802322387695312499"})
-    {
-        Scanner scanner(text);
-        float expected = 0.0f, value = 1.0f;
-        std::from_chars(text, text + strlen(text), expected);
-        EXPECT_TRUE(scanner.real(value) && value == expected) << text;
+        EXPECT_TRUE(Scanner({text, size_t(end - text)}).real(value) && value == expected) << std::string(text, end);
     }
 }
 
@@ -161,40 +125,5 @@ TEST(Scanner, ReadsIntegersOfAnyLength)
         int64_t value = 1;
         EXPECT_FALSE(Scanner(text).integer(value)) << text;
     }
-}
-
-TEST(Scanner, NamesPlacesAndWhatIsFound)
-{
-    const std::string_view text = "ab c\r\n\r\td\n\n\x01"
-                                  "e";
-    const auto at = [&](size_t offset) {
-        const Place place = placeOf(text, text.data() + offset);
-        return std::to_string(place.line) + ":" + std::to_string(place.column) + "@" + std::to_string(place.offset);
-    };
-    EXPECT_EQ(at(0), "1:1@0");
-    EXPECT_EQ(at(3), "1:4@3");
-    EXPECT_EQ(at(6), "2:1@6");
-    EXPECT_EQ(at(8), "3:2@8");
-    EXPECT_EQ(at(11), "5:1@11");
-
-    const auto found = [&](size_t offset) { return describe(text, text.data() + offset); };
-    EXPECT_EQ(found(0), "\"ab\"");
-    EXPECT_EQ(found(4), "the end of the line");
-    EXPECT_EQ(found(11), "\"\\x01e\"");
-    EXPECT_EQ(found(text.size()), "the end of the file");
-
-    const std::string longWord(100, 'x');
-    EXPECT_EQ(describe(longWord, longWord.data()), '"' + std::string(40, 'x') + "...\"");
-}
-
-TEST(Message, SaysWhere)
-{
-    Messages messages;
-    messages.warn("a.obj", {.line = 3, .column = 7, .offset = 20}, "one");
-    EXPECT_FALSE(messages.fail("b.ply", {.offset = 12}, "two"));
-    EXPECT_FALSE(messages.fail("<stdin>", {}, "three"));
-    EXPECT_EQ(messages.toString(), "a.obj:3:7: warning: one\nb.ply:@12: error: two\n<stdin>: error: three\n");
-    EXPECT_EQ(messages.warnings(), 1);
-    EXPECT_EQ(messages.errors(), 2);
 }
 }  // namespace
