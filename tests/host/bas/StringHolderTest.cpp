@@ -26,18 +26,6 @@ TEST(StringHolder, HoldsAnyText)
     EXPECT_EQ(BAS_StringHolder::literal("uv"), BAS_StringHolder(std::string("uv")));
 }
 
-TEST(StringHolder, SurvivesMovesAndSelfAssignment)
-{
-    BAS_StringHolder text("first");
-    BAS_StringHolder &same = text;
-    text = same;
-    EXPECT_EQ(text.view(), "first");
-    const BAS_StringHolder moved = std::move(text);
-    text = BAS_StringHolder("second");
-    EXPECT_EQ(moved.view(), "first");
-    EXPECT_EQ(text.view(), "second");
-}
-
 TEST(StringMMPattern, TheLastMatchDecides)
 {
     const struct

@@ -5,7 +5,6 @@
 #include <host/elm/Attribute.h>
 #include <host/elm/PrimitiveFactory.h>
 #include <host/elm/Range.h>
-#include <host/msh/viewportLOD.h>
 
 namespace
 {
@@ -141,15 +140,5 @@ TEST(PrimitiveFactory, FixedTypesComeFirstAndAddedOnesAreSeenByAll)
         EXPECT_EQ(ELM_PrimitiveFactory::find(name(t))->id, ids[t]);
     }
     EXPECT_EQ(ELM_PrimitiveFactory::add("polygon", "Again", false), ELM_PRIMITIVE_NONE);
-}
-
-TEST(ViewportLOD, ReadsNamesAndNumbersAndWritesThemBack)
-{
-    const std::pair<const char *, int> cases[] = {{nullptr, -1}, {"", -1},   {"boxes", -1}, {"box", 2},   {"2", 2},
-                                                  {"-3", -3},    {"99", -1}, {"2x", -1},    {"unset", -1}};
-    for (const auto &[name, level] : cases)
-        EXPECT_EQ(MSHviewportLOD(name), level) << (name ? name : "null");
-    for (int level = -16; level < 16; ++level)
-        EXPECT_EQ(MSHviewportLOD(MSHviewportLOD(level).c_str()), level);
 }
 }  // namespace
