@@ -1,5 +1,9 @@
+#include <fmt/format.h>
+
 #include <host/bas/CopyCounter.h>
 #include <host/bas/JSONWriter.h>
+#include <host/bas/MemoryTracker.h>
+#include <rq/data/mixId.h>
 
 #include "lists.h"
 
@@ -23,12 +27,20 @@ TEST(AttributeList, ClampsSegmentsAndAnswersNullForBadIndices)
     } cases[] = {
         {"before the first index", -1, 0, kNone},
         {"behind the last index", 1, 0, kNone},
+        {"first segment", 0, 0, kFirst},
         {"before the first segment", 0, -3, kFirst},
         {"behind the last segment", 0, 7, kSecond},
     };
     for (const auto &c : cases)
         EXPECT_EQ(list->get(c.index, c.segment), c.array) << c.what;
     EXPECT_FALSE(list->get("N", 1));
+    EXPECT_EQ(listOf({{"P", kFirst}}, 0)->getSegments(), 1);
+
+    const RQ_AttributeListHandle none(new RQ_AttributeList(nullptr, 3));
+    EXPECT_EQ(none->getIndex("P"), -1);
+    EXPECT_TRUE(none->getNames().empty());
+    EXPECT_TRUE(none->begin().atEnd());
+    EXPECT_EQ(none->addAttribute("P", kFirst, false)->get("P", 2), kFirst);
 }
 
 TEST(AttributeList, AddsAndReplaces)
@@ -44,6 +56,7 @@ TEST(AttributeList, AddsAndReplaces)
     EXPECT_EQ(wide->getSegments(), 3);
     for (int segment = 0; segment < 3; ++segment)
     {
+        EXPECT_EQ(wide->get("P", segment), list->get("P"));
         EXPECT_EQ(wide->get("v", segment), moving[segment]);
         EXPECT_EQ(wide->get("w", segment), moving[std::min(segment, 1)]) << "the shorter side repeats its last";
     }
@@ -55,6 +68,7 @@ TEST(AttributeList, RemovesTheArrayWithTheName)
     const RQ_AttributeListHandle list = sampleList()->addAttribute("id", kThird, false);
     EXPECT_EQ(list->removeAttribute("absent"), list);
     const RQ_AttributeListHandle less = list->removeAttribute("width");
+    EXPECT_EQ(less->entries(), 2);
     EXPECT_EQ(less->get(1), kThird);
     EXPECT_EQ(less->getIndex("id"), 1);
     EXPECT_EQ(list->removeAttributes({"P", "id", "absent", "width"})->entries(), 0);
@@ -70,6 +84,7 @@ TEST(AttributeList, DerivedListsShareWithoutCopying)
     EXPECT_EQ(list->createIndirect(makeArray<int32_t>({3, 3, 0}))->get("width")->getF32(1), 103.0f);
     EXPECT_EQ(list->createConstant(2, 1000000)->get("width")->getF32(999999), 102.0f);
     RQ_DataArrayHandle buffer;
+    EXPECT_EQ(window->get("P")->entries(), 2);
     EXPECT_EQ(window->get("P")->getF32Array(buffer), list->get("P")->getF32Array(buffer) + 3);
     EXPECT_FALSE(window->get("gone"));
     EXPECT_FALSE(list->createSubArray(2, 3)->get("P")) << "the window does not fit";
@@ -78,28 +93,90 @@ TEST(AttributeList, DerivedListsShareWithoutCopying)
 
 TEST(AttributeList, SegmentsThatShareKeepSharing)
 {
-    const RQ_DataArrayHandle moving[] = {kFirst, kSecond, kFirst};
+    const RQ_DataArrayHandle moving[] = {kFirst, kSecond, makeArray<float>({9, 9, 9, 9})};
     const RQ_AttributeListHandle window = sampleList()->addAttribute("v", moving, 3, false)->createSubArray(1, 2);
     EXPECT_EQ(window->get("P", 0), window->get("P", 2));
-    EXPECT_NE(window->get("v", 0), window->get("v", 1));
+    EXPECT_NE(window->get("v", 0), window->get("v", 2));
+
+    const RQ_AttributeListHandle all(new RQ_AttributeList(*window)), one(new RQ_AttributeList(*window));
+    all->harden();
+    EXPECT_EQ(all->get("P", 0), all->get("P", 2));
+    EXPECT_NE(all->get("P", 0), window->get("P", 0));
+    EXPECT_TRUE(all->get("P", 0)->isEqual(*window->get("P", 0)));
+    one->harden(1);
+    EXPECT_EQ(one->get("P", 0), window->get("P", 0));
+    EXPECT_NE(one->get("P", 1), window->get("P", 1));
+}
+
+TEST(AttributeList, CopiesASegmentOfTheSameNames)
+{
+    const RQ_AttributeListHandle list = listOf({{"P", kNone}, {"width", kNone}}, 2);
+    EXPECT_TRUE(list->copySegment(5, *sampleList(), 0));
+    EXPECT_FALSE(list->get("P", 0));
+    EXPECT_EQ(list->get("P", 1)->getF32(1, 0), 3.0f);
+    EXPECT_FALSE(list->copySegment(0, *listOf({{"width", kNone}, {"P", kNone}}), 0));
+    EXPECT_TRUE(RQ_AttributeList::matchDefinition(nullptr, RQ_AttributeListHandle()));
+    EXPECT_FALSE(RQ_AttributeList::matchDefinition(list, RQ_AttributeListHandle()));
 }
 
 TEST(AttributeList, MergesOnlyNewNames)
 {
     const RQ_AttributeListHandle list = sampleList();
     EXPECT_EQ(list->mergeNewAttributes(nullptr), list);
-    const RQ_AttributeListHandle merged = list->mergeNewAttributes(listOf({{"width", kFirst}, {"Cd", kSecond}}, 2));
+    EXPECT_EQ(list->mergeNewAttributes(sampleList()), list);
+    const RQ_AttributeListHandle other = listOf({{"width", kFirst}, {"Cd", kFirst}}, 2);
+    other->set(1, kSecond, 1);
+    other->getMap()->setOriginalOwner(1, RQ_OWNER_VERTEX);
+    other->getMap()->addExportName(1, "color");
+    const RQ_AttributeListHandle merged = list->mergeNewAttributes(other);
     EXPECT_EQ(merged->getSegments(), 2);
     EXPECT_EQ(merged->get("width", 1), list->get("width"));
     EXPECT_EQ(merged->get("Cd", 1), kSecond);
+    EXPECT_EQ(merged->getOriginalOwner(2), RQ_OWNER_VERTEX);
+    EXPECT_EQ(merged->getExportName(2).view(), "color");
 }
 
-TEST(AttributeList, SavesInTheFixedForm)
+TEST(AttributeList, HashFollowsTheDataIds)
 {
+    const RQ_AttributeListHandle list = sampleList();
+    list->get(0)->setDataId(11);
+    list->get(1)->setDataId(12);
+    uint64_t hash = 0;
+    ASSERT_TRUE(list->getDataIdHash(hash, 0));
+    EXPECT_EQ(hash, RQmixId(RQmixId(2) + RQmixId(11)) + RQmixId(12));
+    ASSERT_TRUE(list->addAttribute("gone", kNone, false)->getDataIdHash(hash, 0));
+    EXPECT_EQ(hash, RQmixId(RQmixId(3) + RQmixId(11)) + RQmixId(12)) << "a null array counts in the start only";
+    list->get(1)->setDataId(-1);
+    EXPECT_FALSE(list->getDataIdHash(hash, 0));
+}
+
+TEST(AttributeList, GivesItsMemoryBack)
+{
+    const int64_t before = BAS_MemoryTracker::current(BAS_MEMORY_LIST);
+    {
+        const RQ_AttributeListHandle list = listOf({{"P", kNone}, {"N", kNone}, {"Cd", kNone}}, 4),
+                                     copy(new RQ_AttributeList(*list));
+        EXPECT_EQ(BAS_MemoryTracker::current(BAS_MEMORY_LIST), before + 2 * (3 * 4 * 8 + 24));
+    }
+    EXPECT_EQ(BAS_MemoryTracker::current(BAS_MEMORY_LIST), before);
+}
+
+TEST(AttributeList, DumpsAndSavesInTheFixedForm)
+{
+    const RQ_AttributeListHandle list = listOf({{"P", makeArray<float>({1, 2, 3}, 3, RQ_TYPE_POINT)}, {"gone", kNone}}, 2);
+    testing::internal::CaptureStdout();
+    list->dumpList("points");
+    std::fflush(stdout);
+    const std::string body = fmt::format("  real32:3 point P [1] (RQ_DANumeric) id={} {}b\n  gone <null>\n",
+                                         list->get(0)->getDataId(), list->get(0)->getMemoryUsage());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "points 2 segments\n--- segment 0 ---\n" + body + "--- segment 1 ---\n" + body);
+
     std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(listOf({{"P", makeArray<float>({1, 2, 3}, 3, RQ_TYPE_POINT)}, {"gone", kNone}}, 2)->save(writer));
-    writer.flush();
+    {
+        BAS_JSONWriter writer(text);
+        EXPECT_TRUE(list->save(writer));
+    }
     const std::string array = R"({"class":"RQ_DANumeric","storage":"real32","type":"point","size":3,"values":[[1,2,3]]})";
     EXPECT_EQ(text, "{\"P\":[" + array + "," + array + "],\"gone\":[null,null]}");
 }

@@ -2,13 +2,39 @@
 
 namespace
 {
+TEST(AttributeMap, NumbersNamesInOrder)
+{
+    RQ_AttributeMap map;
+    EXPECT_EQ(map.remove("P"), -1);
+    EXPECT_TRUE(map.begin().atEnd());
+    const struct
+    {
+        const char *what, *name;
+        bool replace;
+        int index;
+    } cases[] = {{"first", "P", false, 0},
+                 {"second", "N", true, 1},
+                 {"third", "Cd", false, 2},
+                 {"again", "N", true, 1},
+                 {"again, not to be replaced", "N", false, -1},
+                 {"an empty name is an ordinary one", "", false, 3}};
+    for (const auto &c : cases)
+        EXPECT_EQ(map.add(c.name, c.replace), c.index) << c.what;
+    EXPECT_EQ(map.get(""), 3);
+    EXPECT_EQ(map.entries(), 4);
+}
+
 TEST(AttributeMap, RemovingMovesLaterOnesDown)
 {
     const RQ_AttributeMapHandle map = mapOf({"P", "N", "Cd"});
+    map->setOriginalOwner(2, RQ_OWNER_VERTEX);
     map->addExportName("Cd", "color");
+    map->addExportName("absent", "thing");
     EXPECT_EQ(map->remove("N"), 1);
     EXPECT_EQ(map->remove("N"), -1);
+    EXPECT_EQ(map->entries(), 2);
     EXPECT_EQ(map->get("Cd"), 1);
+    EXPECT_EQ(map->getOriginalOwner(1), RQ_OWNER_VERTEX);
     EXPECT_EQ(map->getExportName(1).view(), "color");
     EXPECT_EQ(map->getExportName(0).view(), "P") << "the name itself where none is registered";
     EXPECT_EQ(map->remove("Cd"), 1);
@@ -24,7 +50,6 @@ TEST(AttributeMap, AnswersTheSameWhenItGrowsLarge)
     {
         ASSERT_EQ(map.add(numbered(i), false), i);
         ASSERT_EQ(map.add(numbered(i / 2), false), -1);
-        ASSERT_EQ(map.add(numbered(i / 2), true), i / 2) << "to be replaced";
     }
     for (int i = 0; i < 200; i += 2)
         ASSERT_EQ(map.remove(numbered(i)), i / 2);
@@ -36,5 +61,32 @@ TEST(AttributeMap, AnswersTheSameWhenItGrowsLarge)
         ASSERT_EQ(map.get(numbered(2 * index)), -1);
     }
     EXPECT_EQ(index, 100);
+}
+
+TEST(AttributeMap, ComparesNamesInOrder)
+{
+    const RQ_AttributeMapHandle map = mapOf({"P", "N"}), twin = mapOf({"P", "N"});
+    twin->setOriginalOwner(0, RQ_OWNER_POINT);
+    twin->addExportName(0, "position");
+    EXPECT_TRUE(*map == *twin);
+    EXPECT_FALSE(*map == *mapOf({"N", "P"}));
+    EXPECT_FALSE(*map == *mapOf({"P"}));
+}
+
+TEST(AttributeMap, FiltersInOrderWithOwnersAndExportNames)
+{
+    struct Longer : RQ_AttributeMapFilter
+    {
+        bool keep(const RQ_AttributeMap &map, int index) const override { return map.getName(index).length() > 1; }
+    };
+    const RQ_AttributeMapHandle map = mapOf({"P", "Cd", "N", "uv"});
+    map->setOriginalOwner(3, RQ_OWNER_VERTEX);
+    map->addExportName("uv", "st");
+    BAS_Array<int> sources = {7};
+    const RQ_AttributeMapHandle kept = map->filter(Longer(), sources);
+    EXPECT_EQ(kept->getLabel(), "Cd uv");
+    EXPECT_EQ(sources, (BAS_Array<int>{1, 3}));
+    EXPECT_EQ(kept->getOriginalOwner(1), RQ_OWNER_VERTEX);
+    EXPECT_EQ(kept->getExportName(1).view(), "st");
 }
 }  // namespace

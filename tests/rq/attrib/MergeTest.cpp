@@ -49,7 +49,9 @@ TEST(AttributeListMerge, ConcatenatesListsOfTheSameNames)
         BAS_Array<RQ_AttributeListHandle> lists;
         Floats x;
     } kCases[] = {
-        {"nothing", {none}, {}},
+        {"nothing", {}, {}},
+        {"only null", {none, none}, {}},
+        {"one", {none, a}, {1, 2}},
         {"other names", {a, fewer}, {}},
         {"other storage", {a, wide}, {}},
         {"some arrays null", {a, gone}, {}},
@@ -61,6 +63,9 @@ TEST(AttributeListMerge, ConcatenatesListsOfTheSameNames)
         EXPECT_EQ(valuesOf(list, "x"), c.x) << c.what;
         EXPECT_EQ(bool(list), !c.x.empty()) << c.what;
     }
+    const auto empty = RQ_AttributeList::concatenateLists({gone, gone});
+    EXPECT_FALSE(empty->get("x"));
+    EXPECT_EQ(empty->get("v")->entries(), 2);
 }
 
 TEST(AttributeListMerge, FillsWhatASideLacks)
@@ -73,7 +78,9 @@ TEST(AttributeListMerge, FillsWhatASideLacks)
 
     const auto plain = RQ_AttributeList::createMerged(merge, a, 2, b, 1);
     EXPECT_EQ(valuesOf(plain, "x"), (Floats{1, 2, 3}));
+    EXPECT_EQ(valuesOf(plain, "v"), (Floats{1, 2, 3, 4, 5, 6, 0, 0, 0}));
     EXPECT_EQ(valuesOf(plain, "y"), (Floats{0, 0, 8}));
+    EXPECT_EQ(plain->get("v")->getTypeInfo(), RQ_TYPE_VECTOR);
 
     const auto filled = RQ_AttributeList::createMerged(merge, a, 2, b, 1, twins, twins);
     EXPECT_EQ(valuesOf(filled, "y"), (Floats{7, 7, 8}));
@@ -82,27 +89,46 @@ TEST(AttributeListMerge, FillsWhatASideLacks)
     EXPECT_EQ(valuesOf(RQ_AttributeList::createMerged(merge, a, 2, nullptr, 2), "x"), (Floats{1, 2, 0, 0}));
     EXPECT_FALSE(RQ_AttributeList::createMerged(merge, a, 3, b, 1)) << "the count is another";
     EXPECT_FALSE(RQ_AttributeList::createMerged({a->getMap(), clash->getMap()}, a, 2, clash, 1));
+
+    const auto constant = RQ_AttributeList::createConstantMerge(merge, a, 2);
+    EXPECT_EQ(valuesOf(constant, "x"), (Floats{1, 1}));
+    EXPECT_FALSE(constant->get("y"));
+    const auto expanded = RQ_AttributeList::expandConstantMerge(merge, constant, b, 3);
+    EXPECT_EQ(valuesOf(expanded, "x"), (Floats{1, 1, 3, 3, 3}));
+    EXPECT_EQ(valuesOf(expanded, "y"), (Floats{0, 0, 8, 8, 8}));
+    EXPECT_EQ(valuesOf(RQ_AttributeList::expandConstantMerge(merge, nullptr, b, 1, 2), "y"), (Floats{0, 0, 8}));
 }
 
 TEST(AttributeListMerge, TheSameListMadeAgainHasTheSameIds)
 {
     const auto a = listOf({{"point float x", {1, 2, 3, 4}}}), b = listOf({{"point vector v", {7, 8, 9}}});
-    const RQ_DataArrayHandle order(new RQ_DARange(1, 3));
+    const RQ_DataArrayHandle order(new RQ_DARange(1, 3)), other(new RQ_DARange(1, 3));
     const RQ_AttributeMerge merge(a->getMap(), b->getMap());
     const std::function<RQ_AttributeListHandle()> kMakers[] = {
         [&] { return a; },
         [&] { return a->createIndirect(order); },
+        [&] { return a->createIndirect(other); },
         [&] { return a->createSubArray(0, 2); },
+        [&] { return a->createSubArray(2, 0); },
         [&] { return a->createConstant(0, 2); },
+        [&] { return a->createUV(2, 3, 0, 1, 0, 1); },
         [&] { return a->createUV(3, 2, 0, 1, 0, 1); },
+        [&] {
+            return RQ_AttributeList::concatenateLists({a, a});
+        },
         [&] { return RQ_AttributeList::createMerged(merge, a, 4, b, 1); },
     };
     std::set<uint64_t> hashes;
     for (const auto &make : kMakers)
     {
         uint64_t first = 0, second = 0;
-        ASSERT_TRUE(make()->getDataIdHash(first, 0) && make()->getDataIdHash(second, 0));
+        ASSERT_TRUE(make()->getDataIdHash(first, 0));
+        ASSERT_TRUE(make()->getDataIdHash(second, 0));
         EXPECT_EQ(first, second) << "maker " << &make - kMakers;
         EXPECT_TRUE(hashes.insert(first).second) << "maker " << &make - kMakers;
     }
+    uint64_t hash;
+    EXPECT_EQ(a->createUV(3, 1, 0, 2, 5, 6)->get("uv")->getF32(1, 0), 1.0f);
+    order->setDataId(-1);
+    EXPECT_FALSE(a->createIndirect(order)->getDataIdHash(hash, 0)) << "what has no id gives none";
 }

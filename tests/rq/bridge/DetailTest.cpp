@@ -8,20 +8,15 @@ using namespace tests;
 
 namespace
 {
-MOD_DetailHandle detailOf(const std::vector<MeshShape> &shapes)
-{
-    const MOD_DetailHandle detail;
-    MOD_Edit edit(detail);
-    for (const MeshShape &shape : shapes)
-        append(edit, shape);
-    edit.commit();
-    return detail;
-}
-
 /// A cube, and a square beside it: two primitives groups' worth of faces, all points used.
 MOD_DetailHandle makeCubeAndSquare()
 {
-    return detailOf({cubeShape(), faceShape("square", {{5, 0}, {6, 0}, {6, 1}, {5, 1}})});
+    const MOD_DetailHandle detail;
+    MOD_Edit edit(detail);
+    append(edit, cubeShape());
+    append(edit, faceShape("square", {{5, 0}, {6, 0}, {6, 1}, {5, 1}}));
+    edit.commit();
+    return detail;
 }
 
 MOD_ConstDetailHandle withGroup(const MOD_DetailHandle &detail, const char *name, const std::vector<ELM_Offset> &members)
@@ -73,7 +68,13 @@ TEST(Detail, GivesTheSameInOneBatchAndOneByOne)
     for (const MeshShape &shape : meshShapes())
     {
         SCOPED_TRACE(shape.name);
-        const MOD_DetailHandle detail = detailOf({cubeShape(), shape});
+        const MOD_DetailHandle detail;
+        {
+            MOD_Edit edit(detail);
+            append(edit, cubeShape());
+            append(edit, shape);
+            edit.commit();
+        }
         const std::string batch = textOf(refine(detail.read()));
         // A group of hidden primitives, be it empty, makes the walk look at every primitive.
         EXPECT_EQ(textOf(refine(withGroup(detail, ELM_HIDDEN_GROUP_NAME, {}))), batch);
@@ -90,6 +91,8 @@ TEST(Detail, ReadsTheHostInPlace)
     RQ_DataArrayHandle buffer;
     EXPECT_EQ(mesh->getVertexList()->getArray<int32_t>(buffer), detail.vertexPoint().contiguous32());
     EXPECT_EQ(mesh->getShared()->get("P")->getArray<float>(buffer), detail.positions().contiguousData<float>());
+    EXPECT_EQ(mesh->getMinVertexCount(), 4);
+    EXPECT_EQ(mesh->getMaxVertexCount(), 4);
 }
 
 TEST(Detail, HasTheSameIdsWheneverItIsRefined)
@@ -102,6 +105,8 @@ TEST(Detail, HasTheSameIdsWheneverItIsRefined)
         return std::pair(mesh->getVertexList()->getDataId(), mesh->getShared()->get("P")->getDataId());
     };
     const auto ids = idsOf(first);
+    EXPECT_NE(ids.first, -1);
+    EXPECT_NE(ids.second, -1);
     EXPECT_EQ(idsOf(first), ids);
 
     MOD_Edit edit(detail);
@@ -113,54 +118,145 @@ TEST(Detail, HasTheSameIdsWheneverItIsRefined)
 
 TEST(Detail, SkipsHiddenPrimitives)
 {
-    const MOD_ConstDetailHandle handle = withGroup(makeCubeAndSquare(), ELM_HIDDEN_GROUP_NAME, {0, 1, 2, 3, 4, 5});
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle);
-    ASSERT_NE(onlyMesh(primitives), nullptr);
-    EXPECT_EQ(onlyMesh(primitives)->getFaceCount(), 1);
-    EXPECT_EQ(onlyMesh(primitives)->getPointCount(), 4) << "the points of what is hidden are not the mesh's";
+    const MOD_DetailHandle detail = makeCubeAndSquare();
+    const MOD_ConstDetailHandle hidden = withGroup(detail, ELM_HIDDEN_GROUP_NAME, {0, 1, 2, 3, 4, 5});
+    const std::vector<RQ_PrimitiveHandle> primitives = refine(hidden);
+    const RQ_PrimPolygonMesh *mesh = onlyMesh(primitives);
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(mesh->getFaceCount(), 1);
+    EXPECT_EQ(mesh->getPointCount(), 4) << "the points of what is hidden are not the mesh's";
+
+    RQ_RefineParms parms;
+    parms.setSkipHidden(false);
+    const std::vector<RQ_PrimitiveHandle> all = refine(hidden, &parms);
+    ASSERT_NE(onlyMesh(all), nullptr);
+    EXPECT_EQ(onlyMesh(all)->getFaceCount(), 7);
 }
 
 TEST(Detail, RefinesOneGroupWhenAsked)
 {
-    const MOD_ConstDetailHandle handle = withGroup(makeCubeAndSquare(), "some", {1, 6});
+    const MOD_DetailHandle detail = makeCubeAndSquare();
+    {
+        MOD_Edit edit(detail);
+        ASSERT_TRUE(edit.appendPoints(3));
+        edit.commit();
+    }
+    const MOD_ConstDetailHandle handle = withGroup(detail, "some", {1, 6});
     RQ_RefineParms parms;
     parms.setGeoRefineGroup("some");
     const std::vector<RQ_PrimitiveHandle> some = refine(handle, &parms);
-    ASSERT_NE(onlyMesh(some), nullptr);
-    EXPECT_EQ(onlyMesh(some)->getFaceCount(), 2);
-    EXPECT_EQ(onlyMesh(some)->getPointCount(), 8);
+    const RQ_PrimPolygonMesh *mesh = onlyMesh(some);
+    ASSERT_NE(mesh, nullptr) << "and no loose points";
+    EXPECT_EQ(mesh->getFaceCount(), 2);
+    EXPECT_EQ(mesh->getPointCount(), 8);
+
     parms.setGeoRefineGroup("no such group");
     EXPECT_EQ(textOf(refine(handle, &parms)), textOf(refine(handle)));
 }
 
+TEST(Detail, WalksARangeOnly)
+{
+    const MOD_ConstDetailHandle handle = makeCubeAndSquare().read();
+    const auto range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, 4, 7);
+    RQ_RefineList list;
+    EXPECT_TRUE(list.refine(RQ_MSHDetail::makeDetail(handle, range).get(), nullptr));
+    ASSERT_EQ(list.entries(), 1);
+    EXPECT_EQ(as<RQ_PrimPolygonMesh>(list.getPrimitive(0))->getFaceCount(), 3);
+}
+
+struct PointCase
+{
+    const char *what;
+    bool unusedPoints, allPoints, pointMesh;
+    std::vector<int64_t> pointMeshes;  // points of each
+    bool polygons;
+};
+
 TEST(Detail, TurnsLoosePointsIntoPointMeshes)
 {
     const MOD_ConstDetailHandle handle = makeDetail(meshShape("unused points"));  // 7 points, 3 of them unused
-    const struct
-    {
-        const char *what;
-        bool unusedPoints, allPoints;
-        int64_t most;
-        std::vector<int64_t> pointMeshes;  // points of each
-    } cases[] = {
-        {"as always", true, false, 1000, {3}},
-        {"no unused points", false, false, 1000, {}},
-        {"all points", true, true, 1000, {7}},
-        {"cut", true, false, 2, {2, 1}},
-    };
-    for (const auto &c : cases)
+    for (const PointCase &c :
+         {PointCase{"as always", true, false, false, {3}, true},
+          PointCase{"no unused points", false, false, false, {}, true},
+          PointCase{"all points", true, true, false, {7}, true}, PointCase{"points only", true, false, true, {7}, false}})
     {
         SCOPED_TRACE(c.what);
         RQ_RefineParms parms;
         parms.setShowUnusedPoints(c.unusedPoints);
         parms.setShowAllPoints(c.allPoints);
-        parms.setMaxPointMeshSize(c.most);
+        parms.setGeoPointMesh(c.pointMesh);
         std::vector<int64_t> points;
+        int meshes = 0;
         for (const RQ_PrimitiveHandle &primitive : refine(handle, &parms))
             if (const auto *mesh = as<RQ_PrimPointMesh>(primitive))
                 points.push_back(mesh->getPointCount());
+            else if (as<RQ_PrimPolygonMesh>(primitive))
+                ++meshes;
         EXPECT_EQ(points, c.pointMeshes);
+        EXPECT_EQ(meshes, int(c.polygons));
     }
+}
+
+TEST(Detail, LeavesUnusedPointsInTheMeshUnlessTheyAreSearched)
+{
+    const MOD_ConstDetailHandle handle = makeDetail(meshShape("unused points"));
+    for (const bool fast : {true, false})
+    {
+        RQ_RefineParms parms;
+        parms.setFastPolyCompacting(fast);
+        const std::vector<RQ_PrimitiveHandle> primitives = refine(handle, &parms);
+        const auto *mesh = as<RQ_PrimPolygonMesh>(primitives.back());
+        ASSERT_NE(mesh, nullptr);
+        EXPECT_EQ(mesh->getPointCount(), fast ? 7 : 4);
+        EXPECT_TRUE(mesh->validate());
+    }
+}
+
+TEST(Detail, WithoutPrimitivesIsOnePointMesh)
+{
+    const std::vector<RQ_PrimitiveHandle> primitives = refine(makeDetail(meshShape("points only")));
+    ASSERT_EQ(primitives.size(), 1u);
+    const auto *points = as<RQ_PrimPointMesh>(primitives[0]);
+    ASSERT_NE(points, nullptr);
+    EXPECT_EQ(points->getPointCount(), 3);
+    EXPECT_EQ(points->getPoints()->get("P")->getF32(1, 0), 1.0f);
+
+    EXPECT_TRUE(refine(MOD_DetailHandle().read()).empty());
+    EXPECT_TRUE(refine(MOD_ConstDetailHandle()).empty());
+}
+
+TEST(Detail, CutsLargePointMeshes)
+{
+    const MOD_ConstDetailHandle handle = makeDetail(meshShape("points only"));
+    RQ_RefineParms parms;
+    parms.setMaxPointMeshSize(2);
+    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle, &parms);
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_EQ(as<RQ_PrimPointMesh>(primitives[0])->getPointCount(), 2);
+    EXPECT_EQ(as<RQ_PrimPointMesh>(primitives[1])->getPointCount(), 1);
+}
+
+TEST(Detail, GathersPointsByTheirInstanceFile)
+{
+    const MOD_DetailHandle detail;
+    MOD_Edit edit(detail);
+    append(edit, meshShape("unused points"));
+    ELM_StringTuple *files = edit.stringAttribute(ELM_OWNER_POINT, ELM_INSTANCE_FILE_NAME)->strings();
+    files->set(6, "tree.obj");
+    files->set(3, "rock.obj");
+    files->set(1, "used.obj");
+    const MOD_ConstDetailHandle handle = edit.commit();
+    RQ_RefineParms parms;
+    parms.setPointInstanceEnable(true);
+    std::vector<std::pair<std::string, int64_t>> meshes;
+    for (const RQ_PrimitiveHandle &primitive : refine(handle, &parms))
+        if (const auto *points = as<RQ_PrimPointMesh>(primitive))
+        {
+            const RQ_AttributeListHandle &list = points->getDetailAttributes();
+            meshes.emplace_back(list ? list->get(ELM_INSTANCE_FILE_NAME)->getS(0).view() : "", points->getPointCount());
+        }
+    const std::vector<std::pair<std::string, int64_t>> expected = {{"", 1}, {"rock.obj", 1}, {"tree.obj", 1}};
+    EXPECT_EQ(meshes, expected);
 }
 
 TEST(Detail, WrapsWhatHasNoCollector)
@@ -175,13 +271,20 @@ TEST(Detail, WrapsWhatHasNoCollector)
     ASSERT_EQ(primitives.size(), 2u);
     const auto *particles = as<RQ_MSHPrimitive>(primitives[0]);
     ASSERT_NE(particles, nullptr);
+    EXPECT_EQ(particles->getHostType(), ELM_PRIMITIVE_PARTICLES);
     EXPECT_EQ(particles->getVertexCount(), 2);
+
     const auto *both = as<RQ_PrimCollect>(primitives[1]);
     ASSERT_NE(both, nullptr) << "the closed mesh and the open polygon";
     ASSERT_EQ(both->entries(), 2);
+    EXPECT_NE(as<RQ_PrimPolygonMesh>(both->getPrim(0)), nullptr);
     const RQ_PrimitiveHandle open = both->getPrim(1);
     ASSERT_NE(as<RQ_MSHPrimitive>(open), nullptr);
     EXPECT_FALSE(as<RQ_MSHPrimitive>(open)->isClosed());
+    BAS_BoundingBox box;
+    open->enlargeBounds(&box, 1);
+    EXPECT_EQ(box.minimum(), BAS_Vec3f(-0.5f, -0.5f, -0.5f));
+    EXPECT_EQ(box.maximum(), BAS_Vec3f(0.5f, 0.5f, -0.5f));
 }
 
 TEST(Detail, FollowsMotionWhileTheTopologyStays)
@@ -193,12 +296,17 @@ TEST(Detail, FollowsMotionWhileTheTopologyStays)
     const MOD_ConstDetailHandle second = edit.commit();
     RQ_RefineList list;
     const RQ_PrimitiveHandle moving(new RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{first, second}));
+    EXPECT_EQ(moving->getMotionSegments(), 2);
     EXPECT_TRUE(list.refine(moving.get(), nullptr));
     ASSERT_EQ(list.entries(), 1);
     const RQ_AttributeListHandle &points = list.getPrimitive(0)->getPointAttributes();
     EXPECT_EQ(points->getSegments(), 2);
     EXPECT_EQ(points->get("P", 0)->getF32(0, 0), -0.5f);
     EXPECT_EQ(points->get("P", 1)->getF32(0, 0), 50.0f);
+    BAS_BoundingBox boxes[2];
+    moving->enlargeBounds(boxes, 2);
+    EXPECT_EQ(boxes[0].maximum().x, 6.0f);
+    EXPECT_EQ(boxes[1].maximum().x, 50.0f);
 }
 
 TEST(Detail, PlacesEverythingByItsTransform)
@@ -209,34 +317,66 @@ TEST(Detail, PlacesEverythingByItsTransform)
     placed->setPrimitiveTransform(RQ_TransformHandle(new RQ_Transform(&up, 1)));
     RQ_RefineList list;
     EXPECT_TRUE(list.refine(placed.get(), nullptr));
-    BAS_BoundingBox box;
-    for (int i = 0; i < list.entries(); ++i)
+    ASSERT_EQ(list.entries(), 2);
+    for (int i = 0; i < 2; ++i)
+    {
+        BAS_BoundingBox box;
         list.getPrimitive(i)->enlargeBounds(&box, 1);
-    EXPECT_EQ(box.minimum().z, 10.0f) << "points and polygons";
+        EXPECT_GE(box.minimum().z, 10.0f) << list.getPrimitive(i)->className();
+    }
 }
 
-/// Leaves primitives out.
-class Leaver final : public RQ_MSHPrimCollect
+/// Counts what it is given, and emits one thing at the end.
+class Counter final : public RQ_MSHPrimCollect
 {
 public:
-    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *, int,
-                               RQ_MSHPrimCollectData *) const override
+    struct Data final : RQ_MSHPrimCollectOffsets
+    {};
+
+    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *) const override
     {
+        return new Data;
+    }
+    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *primitives, int,
+                               RQ_MSHPrimCollectData *data) const override
+    {
+        static_cast<Data *>(data)->append(*primitives[0]);
         return nullptr;
+    }
+    RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
+    {
+        return new RQ_PrimPointMesh(details->getPrimitiveAttributes(nullptr, static_cast<Data *>(data)->getPrimitives()),
+                                    details->getPointAttributes(nullptr, static_cast<Data *>(data)->getPrimitives()));
     }
 };
 
 TEST(Collectors, OfCallersWinAndSurviveNewTypes)
 {
+    const MOD_ConstDetailHandle handle = makeDetail(cubeShape());
     const auto builtIn = RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON);
     ASSERT_NE(builtIn, nullptr);
-    RQ_MSHPrimCollect::bind(std::make_shared<Leaver>(), ELM_PRIMITIVE_POLYGON);
-    // The built-in ones are registered anew for it.
+    const auto counter = std::make_shared<Counter>();
+    RQ_MSHPrimCollect::bind(counter, ELM_PRIMITIVE_POLYGON);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), counter);
     EXPECT_NE(ELM_PrimitiveFactory::add("collectors_test_type", "Test", false), ELM_PRIMITIVE_NONE);
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(makeDetail(cubeShape()));
-    RQ_MSHPrimCollect::bind(nullptr, ELM_PRIMITIVE_POLYGON);
-    EXPECT_TRUE(primitives.empty());
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), counter) << "after a rebuild";
+    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle);
+    ASSERT_EQ(primitives.size(), 1u);
+    ASSERT_NE(as<RQ_PrimPointMesh>(primitives[0]), nullptr);
+    EXPECT_EQ(primitives[0]->getDetailAttributes()->get("P")->entries(), 6) << "one collect for each face";
+
+    // A bare collector may be bound to several types, and again.
+    const RQ_MSHPrimCollect *bare = new Counter;
+    bare->bind(ELM_PRIMITIVE_POLYGON);
+    bare->bind(ELM_PRIMITIVE_PARTICLES);
+    bare->bind(ELM_PRIMITIVE_POLYGON);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON).get(), bare);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_PARTICLES).get(), bare);
+
+    for (const ELM_PrimitiveTypeId type : {ELM_PRIMITIVE_POLYGON, ELM_PRIMITIVE_PARTICLES})
+        RQ_MSHPrimCollect::bind(nullptr, type);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), builtIn);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_PARTICLES), nullptr);
 }
 
 TEST(Collectors, LeaveOutFacesWithAVertexThatHasNoPoint)

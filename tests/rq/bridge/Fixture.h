@@ -50,15 +50,20 @@ inline std::vector<RQ_PrimitiveHandle> refine(const MOD_ConstDetailHandle &detai
     return primitives;
 }
 
-inline std::string textOf(const std::vector<RQ_PrimitiveHandle> &primitives)
+inline std::string textOf(const RQ_Primitive &primitive)
 {
     std::string text;
     BAS_JSONWriter writer(text);
-    writer.beginArray();
-    for (const RQ_PrimitiveHandle &primitive : primitives)
-        EXPECT_TRUE(primitive->save(writer));
-    writer.endArray();
+    EXPECT_TRUE(primitive.save(writer));
     writer.flush();
+    return text;
+}
+
+inline std::string textOf(const std::vector<RQ_PrimitiveHandle> &primitives)
+{
+    std::string text;
+    for (const RQ_PrimitiveHandle &primitive : primitives)
+        text += textOf(*primitive) + "\n";
     return text;
 }
 
