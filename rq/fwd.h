@@ -10,3 +10,4 @@ class RQ_PrimCollect;
 class RQ_Refine;
 class RQ_RefineParms;
 class RQ_Transform;
+class RQ_TransformArray;

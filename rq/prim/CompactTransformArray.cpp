@@ -1,0 +1,217 @@
+#include <rq/prim/CompactTransformArray.h>
+
+#include <algorithm>
+#include <memory>
+
+#include <host/bas/MemoryTracker.h>
+#include <host/bas/Parallel.h>
+#include <rq/prim/detail/transformInverse.h>
+
+namespace
+{
+// Copying a matrix costs 10 ns, inverting or combining one 40 to 60: a task is 10 to 60 us of work.
+constexpr int64_t kMatricesPerTask = 1024;
+
+bool hasPlainColumn(const BAS_Mat4d &m) { return m[0][3] == 0.0 && m[1][3] == 0.0 && m[2][3] == 0.0 && m[3][3] == 1.0; }
+
+bool hasPlainColumn(const RQ_Transform &transform)
+{
+    for (int s = 0; s < transform.getSegments(); ++s)
+    {
+        BAS_Mat4d matrix;
+        transform.getMatrix(matrix, s);
+        if (!hasPlainColumn(matrix))
+            return false;
+    }
+    return true;
+}
+}  // namespace
+
+RQ_CompactTransformArray::RQ_CompactTransformArray() = default;
+
+RQ_CompactTransformArray::RQ_CompactTransformArray(const BAS_Mat4d *matrices, int64_t count, int segments)
+{
+    RQ_CompactTransformArray::setMatrices(matrices, count, segments);
+}
+
+RQ_CompactTransformArray::RQ_CompactTransformArray(const RQ_CompactTransformArray &other)
+    : RQ_TransformArray(other), entries_(other.entries_), segments_(other.segments_), columns_(other.columns_),
+      matrices_(other.matrices_)
+{
+    changed();
+}
+
+RQ_CompactTransformArray::~RQ_CompactTransformArray()
+{
+    dropInverses();
+    BAS_MemoryTracker::add(BAS_MEMORY_TRANSFORM, -trackedBytes_);
+}
+
+int64_t RQ_CompactTransformArray::slot(int64_t index, int segment) const
+{
+    return index * segments_ + std::clamp(segment, 0, segments_ - 1);
+}
+
+BAS_Mat4d RQ_CompactTransformArray::read(const Block &block, int64_t slot) const
+{
+    BAS_Mat4d matrix;
+    const double *from = block.data() + slot * 4 * columns_;
+    for (int row = 0; row < 4; ++row)
+        for (int column = 0; column < columns_; ++column)
+            matrix[row][column] = *from++;
+    return matrix;
+}
+
+void RQ_CompactTransformArray::write(Block &block, int64_t slot, const BAS_Mat4d &matrix) const
+{
+    double *to = block.data() + slot * 4 * columns_;
+    for (int row = 0; row < 4; ++row)
+        for (int column = 0; column < columns_; ++column)
+            *to++ = matrix[row][column];
+}
+
+// Drop what was derived from the matrices, and account for their block.
+void RQ_CompactTransformArray::changed()
+{
+    dropInverses();
+    const int64_t bytes = int64_t(matrices_.capacity() * sizeof(double));
+    if (bytes != trackedBytes_)
+        BAS_MemoryTracker::add(BAS_MEMORY_TRANSFORM, bytes - trackedBytes_);
+    trackedBytes_ = bytes;
+}
+
+template <class MatrixAt> void RQ_CompactTransformArray::fill(int64_t count, int segments, int columns, MatrixAt &&matrixAt)
+{
+    entries_ = std::max<int64_t>(count, 0);
+    segments_ = segments;
+    columns_ = columns;
+    const int64_t slots = entries_ * segments_;
+    matrices_.clear();
+    matrices_.resize(size_t(slots * 4 * columns_));
+    host::parallelFor(slots, kMatricesPerTask, [&](int64_t i) { write(matrices_, i, matrixAt(i)); });
+    changed();
+}
+
+void RQ_CompactTransformArray::setMatrices(const BAS_Mat4d *matrices, int64_t count, int segments)
+{
+    // Transforms without a segment read as the identity.
+    if (segments < 1)
+        return fill(count, 1, 3, [](int64_t) { return BAS_Mat4d(); });
+
+    const auto allAffine = [=](int64_t begin, int64_t end) {
+        return std::all_of(matrices + begin, matrices + end, [](const BAS_Mat4d &matrix) { return hasPlainColumn(matrix); });
+    };
+    const auto both = [](bool &into, bool from) { into = into && from; };
+    const bool affine =
+        host::parallelReduce(std::max<int64_t>(count, 0) * segments, kMatricesPerTask, true, allAffine, both);
+    fill(count, segments, affine ? 3 : 4, [=](int64_t i) { return matrices[i]; });
+}
+
+void RQ_CompactTransformArray::reshape(int segments, int columns)
+{
+    const RQ_CompactTransformArray old(*this);
+    segments_ = segments;
+    columns_ = columns;
+    matrices_ = Block(size_t(entries_ * segments_ * 4 * columns_));
+    host::parallelFor(entries_, kMatricesPerTask, [&](int64_t i) {
+        for (int s = 0; s < segments_; ++s)
+            write(matrices_, slot(i, s), old.read(old.matrices_, old.slot(i, s)));
+    });
+}
+
+RQ_TransformHandle RQ_CompactTransformArray::get(int64_t index) const
+{
+    if (index < 0 || index >= entries_)
+        return {};
+    const RQ_TransformHandle transform(new RQ_Transform);
+    transform->alloc(segments_);
+    for (int s = 0; s < segments_; ++s)
+        transform->setMatrix(read(matrices_, slot(index, s)), s);
+    return transform;
+}
+
+void RQ_CompactTransformArray::set(int64_t index, const RQ_TransformHandle &transform)
+{
+    if (index < 0 || index >= entries_)
+        return;
+    const RQ_Transform &source = transform ? *transform : *RQ_Transform::identity();
+    const int segments = std::max(segments_, source.getSegments());
+    const int columns = hasPlainColumn(source) ? columns_ : 4;
+    if (segments != segments_ || columns != columns_)
+        reshape(segments, columns);
+    for (int s = 0; s < segments_; ++s)
+    {
+        BAS_Mat4d matrix;
+        source.getMatrix(matrix, s);
+        write(matrices_, slot(index, s), matrix);
+    }
+    changed();
+}
+
+void RQ_CompactTransformArray::setEntries(int64_t count)
+{
+    const int64_t known = entries_;
+    entries_ = std::max<int64_t>(count, 0);
+    matrices_.resize(size_t(entries_ * segments_ * 4 * columns_));
+    for (int64_t i = known * segments_; i < entries_ * segments_; ++i)
+        write(matrices_, i, BAS_Mat4d());
+    changed();
+}
+
+void RQ_CompactTransformArray::getMatrix(BAS_Mat4d &matrix, int64_t index, int segment) const
+{
+    const bool exists = index >= 0 && index < entries_;
+    matrix = exists ? read(matrices_, slot(index, segment)) : BAS_Mat4d();
+}
+
+void RQ_CompactTransformArray::getInverse(BAS_Mat4d &matrix, int64_t index, int segment) const
+{
+    const bool exists = index >= 0 && index < entries_;
+    matrix = exists ? read(inverses(), slot(index, segment)) : BAS_Mat4d();
+}
+
+// Computed without a lock: threads that ask at the same time all compute, and the first to finish publishes.
+const RQ_CompactTransformArray::Block &RQ_CompactTransformArray::inverses() const
+{
+    if (const Block *cached = inverses_.load(std::memory_order_acquire))
+        return *cached;
+
+    auto made = std::make_unique<Block>(matrices_.size());
+    host::parallelFor(entries_ * segments_, kMatricesPerTask, [&](int64_t i) {
+        BAS_Mat4d inverse;
+        rq::invert(read(matrices_, i), inverse);
+        write(*made, i, inverse);
+    });
+    const Block *published = nullptr;
+    if (!inverses_.compare_exchange_strong(published, made.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+        return *published;
+    BAS_MemoryTracker::add(BAS_MEMORY_TRANSFORM, int64_t(made->size() * sizeof(double)));
+    return *made.release();
+}
+
+void RQ_CompactTransformArray::dropInverses()
+{
+    const std::unique_ptr<const Block> dropped(inverses_.exchange(nullptr, std::memory_order_relaxed));
+    if (dropped)
+        BAS_MemoryTracker::add(BAS_MEMORY_TRANSFORM, -int64_t(dropped->size() * sizeof(double)));
+}
+
+int64_t RQ_CompactTransformArray::getMemoryUsage() const
+{
+    const Block *cached = inverses_.load(std::memory_order_acquire);
+    return int64_t(sizeof(*this) + (matrices_.capacity() + (cached ? cached->capacity() : 0)) * sizeof(double));
+}
+
+RQ_TransformArrayHandle RQ_CompactTransformArray::combined(const RQ_TransformHandle &transform, bool transformFirst) const
+{
+    const BAS_IntrusivePtr<RQ_CompactTransformArray> result(new RQ_CompactTransformArray);
+    const int segments = std::max(segments_, transform->getSegments());
+    result->fill(entries_, segments, hasPlainColumn(*transform) ? columns_ : 4, [&, segments](int64_t i) {
+        const int segment = int(i % segments);
+        BAS_Mat4d other;
+        transform->getMatrix(other, segment);
+        const BAS_Mat4d own = read(matrices_, slot(i / segments, segment));
+        return transformFirst ? other * own : own * other;
+    });
+    return result;
+}
