@@ -14,6 +14,8 @@ ExitCode runInfo(const CommonOptions &common, const InfoOptions &options)
         return ExitUsage;
     }
 
+    if (options.parms && !options.json)
+        printParms(stdout);
     const TerminalProgress progress;
     ExitCode code = ExitDone;
     std::vector<FileFacts> facts;
@@ -28,7 +30,9 @@ ExitCode runInfo(const CommonOptions &common, const InfoOptions &options)
         else
             printText(gatherFacts(refined, before), stdout);
     }
-    const bool written = !options.json || facts.empty() || printJSON(facts, options.files.size() > 1, stdout);
+    bool written = !options.json || facts.empty() || printJSON(facts, options.files.size() > 1, stdout);
+    if (options.parms && options.json)
+        written = printParmsJSON(stdout);
     if (!written || std::fflush(stdout) != 0)
     {
         std::perror("rq: error: standard output");

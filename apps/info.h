@@ -10,11 +10,16 @@ struct InfoOptions
 {
     std::vector<std::string> files;
     bool json = false;
+    bool parms = false;  ///< print the refinement options instead, no files are needed
 };
 
 /// Print what is in the files and what they refine to.  A file that cannot be read does not keep the others from being
 /// printed.
 ExitCode runInfo(const CommonOptions &common, const InfoOptions &options);
+
+/// Write all refinement options with key, type, default and meaning, one a line or as a JSON array.
+void printParms(FILE *stream);
+bool printParmsJSON(FILE *stream);
 
 /// Write facts as text for people.
 void printText(const FileFacts &facts, FILE *stream);

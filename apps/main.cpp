@@ -28,8 +28,13 @@ void addCommonOptions(CLI::App &command, CommonOptions &common)
 CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options)
 {
     CLI::App *command = program.add_subcommand("info", "Tell what is in files, and what it refines to");
-    command->add_option("FILE", options.files, "Files to read; - is standard input")->required()->type_name("");
+    CLI::Option *files = command->add_option("FILE", options.files, "Files to read; - is standard input")->type_name("");
     command->add_flag("--json", options.json, "Print JSON");
+    command->add_flag("--parms", options.parms, "Print all options that -p sets, instead of files")->excludes(files);
+    command->callback([&options] {
+        if (options.files.empty() && !options.parms)
+            throw CLI::RequiredError("FILE");
+    });
     addCommonOptions(*command, common);
     return command;
 }

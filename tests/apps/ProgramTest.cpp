@@ -71,6 +71,9 @@ struct ExitCase
 const ExitCase kExitCases[] = {
     {"", 1, "", "ubcommand"},
     {"--version", 0, "rq 0.", nullptr},
+    {"info --parms", 0, "cuspangle ", nullptr},
+    {"info --parms --json", 0, "\"key\": \"cuspangle\"", nullptr},
+    {"info --parms @tri.obj", 1, "", "excludes"},
     {"info --what @tri.obj", 1, "", "--what"},
     {"info -p lod @tri.obj", 1, "", "-p lod: expected KEY=VALUE"},
     {"info -p cuspangel=40 @tri.obj", 1, "", "there is no option \"cuspangel\"; the nearest is \"cuspangle\""},
