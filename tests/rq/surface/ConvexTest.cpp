@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include <host/bas/Parallel.h>
 #include <host/bas/Progress.h>
 #include <rq/surface/Convexer.h>
@@ -11,46 +9,6 @@ using namespace tests;
 
 namespace
 {
-/// What one face leaves: the vector sum and the sum of lengths of its pieces' area vectors.
-struct Areas
-{
-    BAS_Vec3d vector{0.0};
-    double absolute = 0.0;
-    int64_t pieces = 0;
-};
-
-BAS_Vec3d fanVector(const MeshShape &shape, const std::vector<int64_t> &corners)
-{
-    BAS_Vec3d sum(0.0);
-    const BAS_Vec3d first = corners.empty() ? BAS_Vec3d(0.0) : pointOf(shape, shape.indices[size_t(corners[0])]);
-    for (size_t i = 2; i < corners.size(); ++i)
-        sum += (pointOf(shape, shape.indices[size_t(corners[i - 1])]) - first) %
-               (pointOf(shape, shape.indices[size_t(corners[i])]) - first);
-    return 0.5 * sum;
-}
-
-std::vector<Areas> areasByFace(const MeshShape &shape, const RQ_ConvexArrays &arrays)
-{
-    std::vector<Areas> areas(shape.counts.size());
-    int64_t at = 0;
-    for (int64_t piece = 0; piece < arrays.counts->entries(); ++piece)
-    {
-        std::vector<int64_t> corners;
-        for (int64_t i = 0; i < arrays.counts->getI64(piece); ++i)
-            corners.push_back(arrays.sourceVertex->getI64(at++));
-        Areas &face = areas[size_t(arrays.sourceFace->getI64(piece))];
-        const BAS_Vec3d vector = fanVector(shape, corners);
-        face.vector += vector;
-        face.absolute += vector.length();
-        ++face.pieces;
-    }
-    return areas;
-}
-
-// Their outline crosses itself, folds, or does not lie in a plane: pieces cannot tile it, only their number is fixed.
-const std::set<std::string> kNotSimple = {"faces of no, one and two corners", "line",         "bow tie",
-                                          "bow tie of eight corners",         "not a number", "non-planar quad"};
-
 bool sameValues(const RQ_DataArrayHandle &a, const RQ_DataArrayHandle &b) { return valuesOf(a) == valuesOf(b); }
 
 class Interrupter : public BAS_ProgressHandler
@@ -65,37 +23,8 @@ public:
 };
 }  // namespace
 
-TEST(Convex, CutsEveryShapeIntoTrianglesThatTileItsFaces)
-{
-    for (const MeshShape &shape : meshShapes())
-    {
-        SCOPED_TRACE(shape.name);
-        const RQ_PolygonMeshHandle mesh = makeMesh(shape);
-        RQ_ConvexArrays arrays;
-        ASSERT_TRUE(mesh->getConvexArrays(arrays, 3));
-        ASSERT_EQ(arrays.vertexList->entries(), 3 * arrays.counts->entries());
-        for (int64_t i = 0; i < arrays.vertexList->entries(); ++i)
-            ASSERT_EQ(arrays.vertexList->getI64(i), shape.indices[size_t(arrays.sourceVertex->getI64(i))]) << "corner " << i;
-
-        const std::vector<Areas> areas = areasByFace(shape, arrays);
-        for (size_t face = 0; face < shape.counts.size(); ++face)
-        {
-            ASSERT_EQ(areas[face].pieces, std::max(0, shape.counts[face] - 2)) << "face " << face;
-            if (kNotSimple.count(shape.name))
-                continue;
-            std::vector<int64_t> corners;
-            for (int i = 0; i < shape.counts[face]; ++i)
-                corners.push_back(mesh->getVertex(int64_t(face), i));
-            const double whole = fanVector(shape, corners).length();
-            ASSERT_NEAR(areas[face].absolute, whole, 1e-6 * whole) << "face " << face;
-            ASSERT_NEAR((areas[face].vector - fanVector(shape, corners)).length(), 0.0, 1e-9 * areas[face].absolute);
-        }
-    }
-}
-
 TEST(Convex, GivesTheSameBitsForAnyNumberOfThreads)
 {
-    const RQ_PolygonMeshHandle mesh = makeMesh(meshShape("fan"));
     MeshShape mixed = stripShape(3000);
     mixed.addFace({0, 2, 4, 6, 7, 5, 3, 1});
     for (const MeshShape &shape : {mixed, poleShape()})
