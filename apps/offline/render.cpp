@@ -68,9 +68,9 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
         scene.add(entry.primitive, &parms);
     scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
     if (scene.notDrawn() > 0)
-        fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", options.file, scene.notDrawn());
+        fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", refined.file, scene.notDrawn());
     if (scene.outline().empty())
-        return fail(ExitFailure, options.file + ": there is nothing to draw");
+        return fail(ExitFailure, refined.file + ": there is nothing to draw");
     return draw(scene, settings, options.output);
 }
 }  // namespace rq::app

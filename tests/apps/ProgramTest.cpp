@@ -1,65 +1,14 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <host/bas/JSONValue.h>
 #include <tests/DataReadme.h>
+#include <tests/apps/Program.h>
+
+using namespace tests;
 
 namespace
 {
-std::string contentOf(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// Tests of this program may run side by side.
-std::string testFolder() { return testing::TempDir() + "rq_program_test_" + std::to_string(getpid()) + "/"; }
-
-/// What one run of the program gave.
-struct Outcome
-{
-    /// Run with arguments of the shell; `@` in front of a name stands for the folder of the test's files.
-    explicit Outcome(std::string arguments)
-    {
-        const std::string folder = testFolder();
-        for (size_t at = 0; (at = arguments.find('@', at)) != std::string::npos;)
-            arguments.replace(at, 1, folder);
-        // A redirection among the arguments comes later and so wins.
-        const int status = std::system((RQ_PROGRAM " >" + folder + "out 2>" + folder + "err " + arguments).c_str());
-        code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        out = contentOf(folder + "out");
-        error = contentOf(folder + "err");
-    }
-
-    int code;
-    std::string out;
-    std::string error;
-};
-
-class Program : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        const std::string folder = testFolder();
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder + "tri.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
-        std::ofstream(folder + "mixed.obj") << "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 9 9 9\nvt 0 0\nvn 0 0 1\n"
-                                               "g floor\nusemtl stone\nf 1/1/1 2/1/1 3/1/1 4/1/1\nl 1 3\n";
-        std::ofstream(folder + "broken.obj") << "v 0 0\n";
-        std::ofstream(folder + "oddity.obj") << "v 0 0 0\nwhat 1\n";
-    }
-
-    void TearDown() override { std::filesystem::remove_all(testFolder()); }
-};
-
 struct ExitCase
 {
     const char *arguments;
@@ -83,6 +32,15 @@ const ExitCase kExitCases[] = {
     {"info @oddity.obj", 0, "1 points", "oddity.obj:2:1: warning: expected a known word, found \"what\""},
     {"info - < @tri.obj", 0, "<stdin>\n  host: 3 points", nullptr},
     {"info -p cuspangle=40 -p addvertexnormals=on --convex 3 --threads 1 @tri.obj", 0, "3 points", nullptr},
+    {"render --help", 0, "PNG file to write", nullptr},
+    {"render @tri.obj", 1, "", "--output is required"},
+    {"render @tri.obj -o @x.png --size 96", 1, "", "--size 96: expected WIDTHxHEIGHT"},
+    {"render @tri.obj -o @x.png --samples 0", 1, "", "--samples"},
+    {"render @nowhere.obj -o @x.png", 2, "", "nowhere.obj: error: cannot be read: No such file"},
+    {"render @broken.obj -o @x.png", 2, "", "broken.obj:1:6: error:"},
+    {"render /dev/null -o @x.png", 2, "", "expected a file whose name ends with .obj"},
+    {"render - -o @x.png < /dev/null", 3, "", "<stdin>: there is nothing to draw"},
+    {"render @tri.obj -o @nowhere/x.png --size 8x8", 3, "", "nowhere/x.png: "},
     {"info --json @tri.obj > /dev/full", 3, "", "standard output"},
     {"info @tri.obj > /dev/full", 3, "", "standard output"},
 };
