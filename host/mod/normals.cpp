@@ -1,0 +1,81 @@
+#include <host/mod/normals.h>
+
+#include <host/bas/normals.h>
+#include <host/mod/detail/FaceTable.h>
+
+namespace
+{
+// A corner costs a few nanoseconds to write.
+constexpr int64_t kVerticesPerTask = 8192;
+
+void store(float *to, const BAS_Vec3d &normal)
+{
+    for (int axis = 0; axis < 3; ++axis)
+        to[axis] = float(normal[axis]);
+}
+
+// A vertex that several faces share gets the direction of the sum of its corners' normals.  The kernel writes the corners of
+// one point from one thread, in order, so adding up is safe and always gives the same bits.
+template <class Kernel, class Faces>
+void writeSharedVertices(const Kernel &kernel, const Faces &faces, const MSH_Detail &detail, double cuspAngle, float *to)
+{
+    std::vector<BAS_Vec3d> sums(size_t(detail.capacity(ELM_OWNER_VERTEX)), BAS_Vec3d(0.0));
+    std::vector<uint8_t> isShared(sums.size()), isSeen(sums.size());
+    kernel.cornerNormals(detail.capacity(ELM_OWNER_POINT), cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
+        const size_t vertex = size_t(faces.vertex(corner));
+        sums[vertex] += normal;
+        isShared[vertex] |= isSeen[vertex];
+        isSeen[vertex] = 1;
+    });
+    host::parallelFor(int64_t(sums.size()), kVerticesPerTask, [&](int64_t vertex) {
+        const BAS_Vec3d &sum = sums[size_t(vertex)];
+        store(to + 3 * vertex, isShared[size_t(vertex)] ? host::direction(sum) : sum);
+    });
+}
+
+template <class Index, class Position>
+void computeInto(float *to, const MSH_Detail &detail, ELM_Owner owner, double cuspAngle, const Position &position)
+{
+    using Faces = host::FaceTable<Index>;
+    const Faces faces(detail);
+    const int64_t points = detail.capacity(ELM_OWNER_POINT);
+    const host::NormalKernel<Index, Faces, Position> kernel(faces, position, points, faces.corners(), nullptr);
+    if (owner == ELM_OWNER_POINT)
+        kernel.pointNormals(points, true,
+                            [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
+    else if (faces.sharesVertices())
+        writeSharedVertices(kernel, faces, detail, cuspAngle, to);
+    else
+        kernel.cornerNormals(points, cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
+            store(to + 3 * faces.vertex(corner), normal);
+        });
+}
+}  // namespace
+
+ELM_AttributeHandle MODcomputeNormals(const MSH_Detail &detail, ELM_Owner owner, double cuspAngle)
+try
+{
+    if (owner != ELM_OWNER_POINT && owner != ELM_OWNER_VERTEX)
+        return nullptr;
+    const ELM_AttributeHandle normals =
+        ELM_Attribute::createDetached(owner, ELM_STORAGE_REAL32, 3, ELM_TYPE_NORMAL, detail.capacity(owner));
+    if (normals->size() == 0)
+        return normals;
+    float *to = normals->modifyAll<float>();
+    const bool isNarrow = detail.vertexCount() < ELM_INDEX32_LIMIT && detail.pointCount() < ELM_INDEX32_LIMIT;
+    detail.positions().numericTuple()->visit([&](const auto &pages) {
+        const auto position = [reader = pages.reader()](int64_t point) {
+            const auto *p = reader.tuple(point);
+            return BAS_Vec3d(double(p[0]), double(p[1]), double(p[2]));
+        };
+        if (isNarrow)
+            computeInto<int32_t>(to, detail, owner, cuspAngle, position);
+        else
+            computeInto<int64_t>(to, detail, owner, cuspAngle, position);
+    });
+    return normals;
+}
+catch (const std::bad_alloc &)
+{
+    return nullptr;
+}

@@ -1,0 +1,58 @@
+#include <algorithm>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include <host/bas/Vector.h>
+#include <host/mod/Edit.h>
+#include <host/mod/normals.h>
+
+namespace
+{
+const float kHalf = float(std::sqrt(0.5));
+
+BAS_Vec3f rowOf(const ELM_Attribute &attribute, int64_t row)
+{
+    const float *value = attribute.pages<float>()->tuple(row);
+    return {value[0], value[1], value[2]};
+}
+
+// Two unit squares that share the edge 1-2 at a right angle, a line, a triangle with a loose vertex, and an unused point.
+TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
+{
+    const float positions[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, -1}, {1, 1, -1}, {5, 5, 5}, {9, 9, 9}};
+    MOD_DetailHandle handle;
+    MOD_Edit edit(handle);
+    ASSERT_TRUE(edit.appendPoints(8));
+    ASSERT_TRUE(edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(0, 8, positions[0]));
+    const std::vector<int32_t> squares = {0, 1, 2, 3, 1, 4, 5, 2}, line = {6, 0}, triangle = {6, 1, 0};
+    ASSERT_TRUE(edit.appendPolygons(4, squares, true));
+    ASSERT_TRUE(edit.appendPolygons(2, line, false));
+    ASSERT_TRUE(edit.appendPolygons(3, triangle, true));
+    ASSERT_TRUE(edit.setVertexPoint(11, -1));
+    const MOD_ConstDetailHandle snapshot = edit.commit();
+
+    const BAS_Vec3f up(0, 0, 1), right(1, 0, 0), between(kHalf, 0, kHalf), none(0);
+    const struct
+    {
+        const char *what;
+        ELM_Owner owner;
+        double cuspAngle;
+        std::vector<BAS_Vec3f> normals;
+    } cases[] = {
+        {"sharp vertices", ELM_OWNER_VERTEX, 60, {up, up, up, up, right, right, right, right, none, none, none}},
+        {"soft vertices", ELM_OWNER_VERTEX, 90, {up, between, between, up, between, right, right, between, none, none, none}},
+        {"points", ELM_OWNER_POINT, 0, {up, between, between, up, right, right, none, none}},
+    };
+    for (const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const ELM_AttributeHandle normals = MODcomputeNormals(*snapshot.readLock(), c.owner, c.cuspAngle);
+        ASSERT_TRUE(normals);
+        EXPECT_EQ(normals->typeInfo(), ELM_TYPE_NORMAL);
+        for (size_t i = 0; i < c.normals.size(); ++i)
+            EXPECT_LT((rowOf(*normals, int64_t(i)) - c.normals[i]).length(), 1e-6) << i << ": " << rowOf(*normals, int64_t(i));
+    }
+    EXPECT_FALSE(MODcomputeNormals(*snapshot.readLock(), ELM_OWNER_PRIMITIVE, 60));
+}
+}  // namespace
