@@ -66,6 +66,9 @@ public:
         std::visit([&](auto &pages) { body(pages.modifyAll()); }, pages_);
     }
 
+    /// Be this column.
+    template <class Index> void assign(ELM_PageArray<Index> pages) { pages_ = std::move(pages); }
+
     void defragment();
     int64_t memoryUsage() const;
 

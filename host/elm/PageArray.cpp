@@ -10,7 +10,7 @@ constexpr uint64_t kRaw = uint64_t(ELM_PAGE_SIZE - 1);
 int64_t pagesFor(int64_t rows) { return (rows + ELM_PAGE_SIZE - 1) >> ELM_PAGE_BITS; }
 
 // Room for `count` items, growing in steps, so that what follows cannot fail.
-template <class Item> void reserveFor(std::vector<Item> &items, int64_t count)
+template <class Items> void reserveFor(Items &items, int64_t count)
 {
     if (size_t(count) > items.capacity())
         items.reserve(std::max(size_t(count), items.capacity() * 2));
@@ -158,7 +158,8 @@ template <class T> typename ELM_PageArray<T>::Table &ELM_PageArray<T>::own()
 
 template <class T> bool ELM_PageArray<T>::ownsRaw(int64_t page) const
 {
-    return !isConstantPage(page) && table_->slabs[table_->slabOf[size_t(page)]]->use_count() == 1;
+    const host::PageSlab &slab = *table_->slabs[table_->slabOf[size_t(page)]];
+    return !isConstantPage(page) && slab.use_count() == 1 && !slab.isForeign();
 }
 
 template <class T> void ELM_PageArray<T>::open(int64_t first, int64_t count, bool keep)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/TrackedAllocator.h>
 #include <host/elm/OffsetList.h>
 #include <host/elm/detail/PageSlab.h>
 
@@ -121,6 +122,16 @@ public:
         return writable(row);
     }
 
+    /// Let the rows [first, first + count) hold the defaults again.
+    void reset(int64_t first, int64_t count) { fill(first, count, defaults()); }
+
+    /// Let row i be what row `rows[i]` was: as many rows as the list has.
+    void rearrange(const ELM_OffsetList &rows);
+
+    /// Let the column be `rows` rows that lie packed and aligned in somebody else's memory: read there, and copied page by
+    /// page when they are written.
+    void adopt(const host::PageSlabHandle &memory, int64_t rows);
+
     /// All rows as one block to overwrite: every value must be set, as earlier ones are lost.  Null when there are no rows.
     T *writeAll();
 
@@ -141,11 +152,12 @@ public:
 
 private:
     // Slab 0 holds the defaults, `tail` takes new pages, the others hold pages of older states or repeated tuples.
+    template <class Item> using List = std::vector<Item, BAS_TrackedAllocator<Item, BAS_MEMORY_HOST_TABLE>>;
     struct Table : BAS_IntrusiveRefCounter<Table>
     {
-        std::vector<Page> pages;
-        std::vector<uint32_t> slabOf;  // page -> slab that holds it
-        std::vector<host::PageSlabHandle> slabs;
+        List<Page> pages;
+        List<uint32_t> slabOf;  // page -> slab that holds it
+        List<host::PageSlabHandle> slabs;
         uint32_t tail = 0;  // 0: none yet
         int64_t size = 0;
         int tupleSize = 1;

@@ -101,6 +101,18 @@ bool MOD_Edit::setVertexPoint(ELM_Offset vertex, ELM_Offset point)
     });
 }
 
+bool MOD_Edit::isAttribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize)
+{
+    if (owner < ELM_OWNER_VERTEX || owner > ELM_OWNER_DETAIL)
+        return fail(fmt::format("{} is no owner of attributes", int(owner)));
+    if (name.empty() || tupleSize < 1)
+        return fail(fmt::format("attribute \"{}\" needs a name and a tuple size of at least 1, not {}", name, tupleSize));
+    if (owner == ELM_OWNER_POINT && name == ELM_POSITION_NAME &&
+        (ELMstorageClass(storage) != ELM_STORAGE_CLASS_FLOAT || tupleSize != 3))
+        return fail(fmt::format("\"{}\" needs floating-point values, 3 a point", name));
+    return true;
+}
+
 ELM_Attribute *MOD_Edit::writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
                                   ELM_TypeInfo typeInfo)
 {
@@ -118,14 +130,7 @@ ELM_Attribute *MOD_Edit::writable(ELM_Owner owner, std::string_view name, ELM_St
         }
         return true;
     };
-    if (owner < ELM_OWNER_VERTEX || owner > ELM_OWNER_DETAIL)
-        fail(fmt::format("{} is no owner of attributes", int(owner)));
-    else if (name.empty() || tupleSize < 1)
-        fail(fmt::format("attribute \"{}\" needs a name and a tuple size of at least 1, not {}", name, tupleSize));
-    else if (owner == ELM_OWNER_POINT && name == ELM_POSITION_NAME &&
-             (ELMstorageClass(storage) != ELM_STORAGE_CLASS_FLOAT || tupleSize != 3))
-        fail(fmt::format("\"{}\" needs floating-point values, 3 a point", name));
-    else
+    if (isAttribute(owner, name, storage, tupleSize))
         attempt(make);
     return result;
 }

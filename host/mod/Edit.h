@@ -55,6 +55,28 @@ public:
     /// Connect a vertex to another point; -1 to none, which makes the topology invalid.
     [[nodiscard]] bool setVertexPoint(ELM_Offset vertex, ELM_Offset point);
 
+    // ---- Memory that stays the application's.  Rows that lie packed and aligned are read in place, for as long as any
+    // snapshot does; an edit that writes to them copies the page first.  Rows `stride` bytes apart that are not, are copied,
+    // and `message` says why.  The memory must not change until `release` (may be empty) is called: once, from any thread,
+    // when nothing reads it any more; at once when it was copied or the call fails.
+
+    using Release = std::function<void()>;
+
+    /// A public numeric attribute of `rows` rows, one for each element, in the place of one of the same name.
+    ELM_Attribute *adopt(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize, ELM_TypeInfo typeInfo,
+                         const void *pointer, int64_t stride, int64_t rows, Release release);
+
+    /// Add polygons as `appendPolygons` does, with the points of their vertices read in place (int32 or int64).  They are
+    /// copied when the detail has vertices already.
+    [[nodiscard]] bool adoptPolygons(std::span<const int32_t> corners, bool closed, ELM_Storage storage, const void *pointer,
+                                     int64_t stride, int64_t rows, Release release);
+    [[nodiscard]] bool adoptPolygons(int32_t corners, bool closed, ELM_Storage storage, const void *pointer, int64_t stride,
+                                     int64_t rows, Release release);
+
+    /// Connect all vertices anew (int32 or int64; -1 is no point).
+    [[nodiscard]] bool adoptVertexPoints(ELM_Storage storage, const void *pointer, int64_t stride, int64_t rows,
+                                         Release release);
+
     // ---- Attributes and groups
 
     /// A public attribute to write, made when there is none.  One of another storage, tuple size or type info is replaced,
@@ -77,7 +99,7 @@ public:
     /// Drop the changes and end the edit.
     void abort();
 
-    /// Why the last operation failed.
+    /// Why the last operation failed, or what it had to copy.
     const std::string &message() const { return message_; }
 
 private:
@@ -87,6 +109,13 @@ private:
     template <class Index> bool appendFaces(int32_t corners, std::span<const Index> points, bool closed);
     template <class Index> bool appendCloud(std::span<const Index> points);
     template <class Index> bool appendPrimitives(Primitives &added, std::span<const Index> points);
+    bool prepare(Primitives &added, int64_t points);
+    void appendRows(const Primitives &added);
+
+    struct Lent;
+    bool adoptPrimitives(Primitives &added, const Lent &list);
+    bool adoptList(const Lent &list, int64_t low, bool adds);
+    template <class Index> bool adoptColumn(const Lent &list, int64_t low, bool adds);
 
     // Every change runs through here: when it fails, or memory does, the rows that it added are taken back.
     bool attempt(const std::function<bool()> &change);
@@ -94,6 +123,7 @@ private:
     bool isOpen();
     bool fail(std::string message);
 
+    bool isAttribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize);
     ELM_Attribute *writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
                             ELM_TypeInfo typeInfo);
     ELM_Attribute *touch(ELM_Attribute *attribute);

@@ -1,23 +1,7 @@
-#include <host/mod/Edit.h>
+#include <host/mod/detail/AddedPrimitives.h>
 
 #include <atomic>
 #include <fmt/format.h>
-
-// Primitives of one type, flags, and numbers of vertices, to be added.
-struct MOD_Edit::Primitives
-{
-    ELM_PrimitiveTypeId type;
-    uint8_t flags;
-    int64_t count;
-    const int32_t *corners;  // null: each has `sameCorners` vertices
-    int32_t sameCorners;
-
-    int64_t vertices = 0;                // of all primitives
-    std::vector<int64_t> startOfPage{};  // with `corners`: vertices before the primitives of each page of offsets
-
-    bool addUp(ELM_Offset first);
-    void writeStarts(ELM_IndexColumn &starts, ELM_Offset first, int64_t firstVertex) const;
-};
 
 namespace
 {
@@ -37,7 +21,6 @@ template <class Index> std::string badPoint(std::span<const Index> points, int64
 }
 }  // namespace
 
-// Add up the vertices, page by page of the offsets that the primitives will have.  False when a count is negative.
 bool MOD_Edit::Primitives::addUp(ELM_Offset first)
 {
     if (!corners)
@@ -91,21 +74,33 @@ void MOD_Edit::Primitives::writeStarts(ELM_IndexColumn &starts, ELM_Offset first
     });
 }
 
+bool MOD_Edit::prepare(Primitives &added, int64_t points)
+{
+    if (!added.addUp(primitiveCount()))
+        return fail(badCount(added.corners, added.count));
+    return added.vertices == points ||
+           fail(fmt::format("the polygons have {} vertices, but {} points are given", added.vertices, points));
+}
+
 template <class Index> bool MOD_Edit::appendPrimitives(Primitives &added, std::span<const Index> points)
 {
-    const ELM_Offset first = primitiveCount(), firstVertex = vertexCount();
-    if (!added.addUp(first))
-        return fail(badCount(added.corners, added.count));
-    if (added.vertices != int64_t(points.size()))
-        return fail(fmt::format("the polygons have {} vertices, but {} points are given", added.vertices, points.size()));
-    if (added.count == 0)
-        return true;
-    const int64_t vertices = firstVertex + added.vertices, primitives = first + added.count;
-
-    data_.vertexPoint.resize(vertices);
+    if (!prepare(added, int64_t(points.size())))
+        return false;
+    const ELM_Offset firstVertex = vertexCount();
+    data_.vertexPoint.resize(firstVertex + added.vertices);
     if (!data_.vertexPoint.write(firstVertex, points, 0, pointCount()))
         return fail(badPoint(points, pointCount()));
+    appendRows(added);
+    return true;
+}
 
+// All columns but vertex -> point, which is written before.
+void MOD_Edit::appendRows(const Primitives &added)
+{
+    if (added.count == 0)
+        return;
+    const ELM_Offset first = primitiveCount(), firstVertex = vertexCount();
+    const int64_t vertices = firstVertex + added.vertices, primitives = first + added.count;
     data_.vertexStart.resize(primitives);
     added.writeStarts(data_.vertexStart, first, firstVertex);
     data_.vertexCount.resize(primitives);
@@ -126,18 +121,12 @@ template <class Index> bool MOD_Edit::appendPrimitives(Primitives &added, std::s
     data_.capacity[ELM_OWNER_VERTEX] = vertices;
     data_.capacity[ELM_OWNER_PRIMITIVE] = primitives;
     changed_ = topologyChanged_ = true;
-    return true;
 }
-
-namespace
-{
-uint8_t flagsOf(bool closed) { return closed ? MSH_DetailData::kClosed : 0; }
-}  // namespace
 
 template <class Index>
 bool MOD_Edit::appendFaces(std::span<const int32_t> corners, std::span<const Index> points, bool closed)
 {
-    Primitives added{ELM_PRIMITIVE_POLYGON, flagsOf(closed), int64_t(corners.size()), corners.data(), 0};
+    Primitives added = Primitives::polygons(corners, closed);
     return attempt([&] { return appendPrimitives(added, points); });
 }
 
@@ -146,7 +135,7 @@ template <class Index> bool MOD_Edit::appendFaces(int32_t corners, std::span<con
     const int64_t given = int64_t(points.size());
     if (corners < 1 || given % corners != 0)
         return fail(fmt::format("{} points do not make polygons of {} vertices", given, corners));
-    Primitives added{ELM_PRIMITIVE_POLYGON, flagsOf(closed), given / corners, nullptr, corners};
+    Primitives added = Primitives::polygons(corners, given / corners, closed);
     return attempt([&] { return appendPrimitives(added, points); });
 }
 

@@ -1,0 +1,48 @@
+#include <host/elm/PageArray.h>
+
+template <class T> void ELM_PageArray<T>::rearrange(const ELM_OffsetList &rows)
+{
+    ELM_PageArray gathered(tupleSize(), defaults());
+    gathered.resize(rows.size());
+    gathered.writeBlocks(0, rows.size(), [&](T *to, int64_t row, int64_t count) {
+        copyOut(to, rows, row, count, tupleSize(), tupleSize());
+    });
+    bool repeats = false;
+    for (int64_t page = 0; page < pageCount() && !repeats; ++page)
+        repeats = isConstantPage(page);
+    if (repeats)
+        gathered.compress();
+    table_ = std::move(gathered.table_);
+}
+
+template <class T> void ELM_PageArray<T>::adopt(const host::PageSlabHandle &memory, int64_t rows)
+{
+    ELM_PageArray adopted(tupleSize(), defaults());
+    adopted.resize(rows);
+    const uint32_t slab = adopted.addSlab(memory);
+    const T *values = reinterpret_cast<const T *>(memory->data());
+    for (int64_t page = 0; page < adopted.pageCount(); ++page)
+    {
+        adopted.table_->pages[size_t(page)] = {values + (page << ELM_PAGE_BITS) * tupleSize(), ELM_PAGE_SIZE - 1};
+        adopted.table_->slabOf[size_t(page)] = slab;
+    }
+    table_ = std::move(adopted.table_);
+}
+
+template void ELM_PageArray<uint8_t>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<int8_t>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<int16_t>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<int32_t>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<int64_t>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<PLT_Half>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<float>::rearrange(const ELM_OffsetList &);
+template void ELM_PageArray<double>::rearrange(const ELM_OffsetList &);
+
+template void ELM_PageArray<uint8_t>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<int8_t>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<int16_t>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<int32_t>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<int64_t>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<PLT_Half>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<float>::adopt(const host::PageSlabHandle &, int64_t);
+template void ELM_PageArray<double>::adopt(const host::PageSlabHandle &, int64_t);
