@@ -40,6 +40,24 @@ inline BAS_Vec3d direction(const BAS_Vec3d &v)
     return scaled / std::sqrt(scaled.dot(scaled));
 }
 
+/// Two unit axes at right angles to a face's Newell vector and to each other (Duff and others, "Building an orthonormal
+/// basis, revisited", 2017); (1, 0, 0) and (0, 0, 1) where the vector has no direction.
+inline void faceFrame(const BAS_Vec3d &newell, BAS_Vec3d &axisX, BAS_Vec3d &axisY)
+{
+    const BAS_Vec3d normal = direction(newell);
+    if (normal == BAS_Vec3d(0.0))
+    {
+        axisX = BAS_Vec3d(1.0, 0.0, 0.0);
+        axisY = BAS_Vec3d(0.0, 0.0, 1.0);
+        return;
+    }
+    const double sign = std::copysign(1.0, normal.z);
+    const double a = -1.0 / (sign + normal.z);
+    const double b = normal.x * normal.y * a;
+    axisX = BAS_Vec3d(1.0 + sign * normal.x * normal.x * a, sign * b, -sign * normal.x);
+    axisY = BAS_Vec3d(b, sign + normal.y * normal.y * a, -normal.y);
+}
+
 /// The unit normal of a face from its first three corners; from all of them where these are too small to trust.
 template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&position)
 {

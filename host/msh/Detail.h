@@ -3,7 +3,7 @@
 #include <host/elm/PrimitiveFactory.h>
 #include <host/elm/Range.h>
 #include <host/msh/DetailData.h>
-#include <host/msh/detail/Published.h>
+#include <host/bas/Published.h>
 
 /// One state of a geometry: points, vertices, primitives, their attributes and groups.
 ///

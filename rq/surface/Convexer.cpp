@@ -1,25 +1,10 @@
 #include <rq/surface/Convexer.h>
 
 #include <algorithm>
-#include <cmath>
 #include <initializer_list>
 
 #include <host/bas/faceGeometry.h>
 #include <rq/data/DANumeric.h>
-
-namespace
-{
-// Two axes at right angles to a unit normal and to each other (Duff and others, "Building an orthonormal basis,
-// revisited", 2017).
-void frameOfReference(const BAS_Vec3d &normal, BAS_Vec3d &axisX, BAS_Vec3d &axisY)
-{
-    const double sign = std::copysign(1.0, normal.z);
-    const double a = -1.0 / (sign + normal.z);
-    const double b = normal.x * normal.y * a;
-    axisX = BAS_Vec3d(1.0 + sign * normal.x * normal.x * a, sign * b, -sign * normal.x);
-    axisY = BAS_Vec3d(b, sign + normal.y * normal.y * a, -normal.y);
-}
-}  // namespace
 
 RQ_Convexer::RQ_Convexer() = default;
 RQ_Convexer::~RQ_Convexer() = default;
@@ -85,14 +70,7 @@ void RQ_Convexer::processQuad(int limit)
 void RQ_Convexer::processPolygon(int limit, bool triangulate)
 {
     const int64_t count = int64_t(corners_.size());
-    const BAS_Vec3d normal = host::direction(host::newellVector(count, [this](int64_t i) { return corners_[size_t(i)]; }));
-    if (normal == BAS_Vec3d(0.0))
-    {
-        axisX_ = BAS_Vec3d(1.0, 0.0, 0.0);
-        axisY_ = BAS_Vec3d(0.0, 0.0, 1.0);
-    }
-    else
-        frameOfReference(normal, axisX_, axisY_);
+    host::faceFrame(host::newellVector(count, [this](int64_t i) { return corners_[size_t(i)]; }), axisX_, axisY_);
 
     run(limit, !triangulate);
     if (!ends_.empty() || count > limit || isConcave())

@@ -6,6 +6,7 @@
 #include <rq/data/DAConstantValue.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/detail/faceMerges.h>
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;
 
@@ -42,7 +43,11 @@ RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ
     vertexList_ = vertexList;
 }
 
-RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other) = default;
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other)
+    : RQ_Primitive(other), shared_(other.shared_), vertex_(other.vertex_), uniform_(other.uniform_), detail_(other.detail_),
+      vertexList_(other.vertexList_), counts_(other.counts_), faceSets_(other.faceSets_), convexed_(other.convexed_)
+{}
+
 RQ_PrimPolygonMesh::~RQ_PrimPolygonMesh() = default;
 
 void RQ_PrimPolygonMesh::init(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
@@ -72,6 +77,8 @@ void RQ_PrimPolygonMesh::init(const RQ_CountArray &counts, const RQ_DataArrayHan
     vertex_ = vertex;
     uniform_ = uniform;
     detail_ = detail;
+    faceSets_.reset();
+    merges_.reset();
     convexed_ = false;
     dropDataIdHash();
 }
@@ -100,6 +107,14 @@ void RQ_PrimPolygonMesh::getEdgePoints(int64_t face, int64_t edge, int64_t &p0, 
     p1 = getPoint(face, edge + 1 < counts_.getCount(face) ? edge + 1 : 0);
 }
 
+void RQ_PrimPolygonMesh::addFaceSet(const BAS_StringHolder &name, const RQ_FaceSetHandle &set)
+{
+    // Other meshes may share the map that is there.
+    const RQ_FaceSetMapHandle sets(faceSets_ ? new RQ_FaceSetMap(*faceSets_) : new RQ_FaceSetMap);
+    sets->add(name, set, true);
+    faceSets_ = sets;
+}
+
 const char *RQ_PrimPolygonMesh::className() const { return "RQ_PrimPolygonMesh"; }
 int RQ_PrimPolygonMesh::getPrimitiveType() const { return RQ_PRIM_POLYGON_MESH; }
 
@@ -120,6 +135,8 @@ int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
     for (const RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
         if (*list)
             bytes += (*list)->getMemoryUsage();
+    if (faceSets_)
+        bytes += faceSets_->getMemoryUsage();
     return bytes;
 }
 
@@ -130,7 +147,10 @@ bool RQ_PrimPolygonMesh::save(BAS_JSONWriter &writer) const
     const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_POLYGON_MESH));
     const bool counts = counts_.save(*record);
     const bool list = vertexList_ ? vertexList_->save(*record, false) : record->beginArray() && record->endArray();
-    return counts && list && saveAttributeLists(*record);
+    const bool attributes = saveAttributeLists(*record);
+    const bool sets = !faceSets_ || (record->beginMap() && record->key("facesets") && faceSets_->save(*record) &&
+                                     record->endMap());
+    return counts && list && attributes && sets;
 }
 
 void RQ_PrimPolygonMesh::hardenAttributes()

@@ -2,9 +2,12 @@
 
 #include <string>
 
+#include <host/bas/Published.h>
 #include <rq/attrib/AttributeList.h>
 #include <rq/data/CountArray.h>
 #include <rq/prim/Primitive.h>
+#include <rq/surface/FaceSetMap.h>
+#include <rq/surface/PrimPolygon.h>
 
 class RQ_PrimPolygonMesh;
 using RQ_PolygonMeshHandle = BAS_IntrusivePtr<RQ_PrimPolygonMesh>;
@@ -95,9 +98,25 @@ public:
     const RQ_AttributeListHandle &getUniform() const { return uniform_; }
     const RQ_AttributeListHandle &getDetail() const { return detail_; }
 
+    const RQ_AttributeListHandle &getSharedAttributes() const { return shared_; }
+
+    /// The named face sets, null when there are none.  Sets are put in by the maker of a mesh that is not yet shared.
+    const RQ_FaceSetMapHandle &faceSetMap() const { return faceSets_; }
+    void setFaceSetMap(const RQ_FaceSetMapHandle &sets) { faceSets_ = sets; }
+
+    /// Store a set under a name, in a map that is made when there is none; one of that name is replaced.
+    void addFaceSet(const BAS_StringHolder &name, const RQ_FaceSetHandle &set);
+
     /// True on meshes whose faces are known to be convex.
     bool isConvexed() const { return convexed_; }
     void setConvexed(bool convexed) { convexed_ = convexed; }
+
+    /// A face as a polygon of its own, whose arrays are views of this mesh's: its corners have the vertex attributes and, of
+    /// the points, those that the vertices lack; the whole has the uniform and the detail attributes.  Not checked.
+    RQ_PolygonHandle getFace(int64_t face) const;
+
+    /// Hand every face to the sink, in parallel and in no order where that allows threads.  False without faces.
+    bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
 
     /// Cut the faces into convex pieces of at most `maxVertices` corners (at least 3; 3 makes triangles).
     ///
@@ -179,11 +198,17 @@ protected:
                                        const RQ_AttributeListHandle &detail) const;
 
 private:
+    struct FaceMerges;
+    const FaceMerges &faceMerges() const;
+    RQ_PolygonHandle makeFace(const FaceMerges &merges, int64_t face) const;
+
     RQ_AttributeListHandle shared_;
     RQ_AttributeListHandle vertex_;
     RQ_AttributeListHandle uniform_;
     RQ_AttributeListHandle detail_;
     RQ_DataArrayHandle vertexList_;
     RQ_CountArray counts_;
+    RQ_FaceSetMapHandle faceSets_;
+    host::Published<FaceMerges> merges_;
     bool convexed_ = false;
 };

@@ -33,6 +33,9 @@ public:
         return *expected;
     }
 
+    /// Forget what was published.  For places that nobody else reads.
+    void reset() { Handle drop(value_.exchange(nullptr, std::memory_order_acq_rel), false); }
+
     /// Take over what another place has published.  For places that nobody else knows yet.
     void share(const Published &other)
     {
