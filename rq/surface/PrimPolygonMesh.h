@@ -146,6 +146,17 @@ public:
     RQ_PolygonMeshHandle createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
                                                       bool &changed) const;
 
+    /// Cut into meshes of this one's class of at most `maxFaces` faces each, in order, without the points that a piece does
+    /// not use.  Their attributes are views of this mesh's, or copies of their own with `harden`.  False, with `out`
+    /// untouched, when there is nothing to cut.
+    bool splitMesh(int64_t maxFaces, BAS_Array<RQ_PrimitiveHandle> &out, bool harden = false) const;
+
+    /// Cut into one mesh for each distinct value of `materials`, an integer per face, in increasing order of value; all
+    /// negative ones count as -1.  `ids`, if wanted, receives the values.  A single material gives this mesh itself; else
+    /// pieces are as those of `splitMesh`.  False, with `out` untouched, when `materials` does not fit the faces.
+    bool partitionByMaterial(const RQ_DataArrayHandle &materials, BAS_Array<RQ_PrimitiveHandle> &out,
+                             BAS_Array<int64_t> *ids = nullptr, bool harden = false) const;
+
     /// Drop the points that no face uses, keeping the order of the others; shared attributes become views.
     ///
     /// `indexRemap`, if wanted, receives old row to new row, -1 where dropped.  Returns this mesh when nothing is dropped.
@@ -201,6 +212,9 @@ private:
     struct FaceMerges;
     const FaceMerges &faceMerges() const;
     RQ_PolygonHandle makeFace(const FaceMerges &merges, int64_t face) const;
+
+    struct Piece;
+    RQ_PolygonMeshHandle makePiece(const Piece &piece, bool harden) const;
 
     RQ_AttributeListHandle shared_;
     RQ_AttributeListHandle vertex_;
