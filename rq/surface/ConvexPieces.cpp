@@ -32,6 +32,15 @@ struct Pieces
             whole.push_back(taken);
         }
     }
+
+    void keepFace(int64_t face, int64_t first, int64_t corners)
+    {
+        for (int64_t corner = 0; corner < corners; ++corner)
+            sourceVertex.push_back(first + corner);
+        counts.push_back(int32_t(corners));
+        sourceFace.push_back(face);
+        whole.push_back(1);
+    }
 };
 
 Pieces collect(const rq::ConvexTask &task, int64_t begin, int64_t end)
@@ -47,7 +56,9 @@ Pieces collect(const rq::ConvexTask &task, int64_t begin, int64_t end)
             break;
         }
         const auto [first, corners] = task.counts.getOffsetCount(face);
-        if (convexer.processFace(corners, first, task.limit, task.triangulate))
+        if (task.subset && !task.subset->contains(face))
+            pieces.keepFace(face, first, corners);
+        else if (convexer.processFace(corners, first, task.limit, task.triangulate))
             pieces.addFace(face, corners, convexer);
     }
     return pieces;

@@ -121,10 +121,15 @@ public:
     /// Cut the faces into convex pieces of at most `maxVertices` corners (at least 3; 3 makes triangles).
     ///
     /// A concave face is cut right, whatever its shape; a face of n corners gives n - 2 triangles, one of fewer than 3
-    /// nothing. With `triangulate` a face that must be cut leaves as triangles only.  Uniform and vertex attributes become
-    /// views of this mesh's.  Returns this mesh when all faces are triangles, null when "P" is missing or the user
+    /// nothing.  With `triangulate` a face that must be cut leaves as triangles only.  Uniform and vertex attributes become
+    /// views of this mesh's.  With `edgeFlags` the result has a vertex attribute "__edge", 1 where the edge that begins
+    /// there is an edge of a face of this mesh, 0 where it is a cut.  Face sets name the pieces of their faces, unless
+    /// `keepFaceSets` is off.  With `faceSubset` only its faces are cut and all others stay as they are.
+    ///
+    /// Returns this mesh when all faces are triangles and no subset is given, null when "P" is missing or the user
     /// interrupted.
-    RQ_PolygonMeshHandle convex(int maxVertices = 4, bool triangulate = false) const;
+    RQ_PolygonMeshHandle convex(int maxVertices = 4, bool triangulate = false, bool edgeFlags = false,
+                                bool keepFaceSets = true, const RQ_FaceSet *faceSubset = nullptr) const;
 
     /// Only the cutting of `convex`, to keep and apply to meshes of the same topology.  False as `convex` gives null.
     bool getConvexArrays(RQ_ConvexArrays &arrays, int maxVertices = 4, bool triangulate = false) const;

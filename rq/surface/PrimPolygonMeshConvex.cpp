@@ -18,30 +18,47 @@ int64_t rq::ConvexTask::jobs() const
 namespace
 {
 bool cut(const RQ_PrimPolygonMesh &mesh, const rq::ConvexWanted &wanted, int maxVertices, bool triangulate,
-         RQ_ConvexArrays &arrays)
+         const RQ_FaceSet *subset, RQ_ConvexArrays &arrays)
 {
     const rq::Positions positions(mesh.getShared() ? mesh.getShared()->get("P", 0) : nullptr);
     if (!positions.isValid() || !mesh.getVertexList())
         return false;
     BAS_Progress progress("Convexing display geometry");
-    const rq::ConvexTask task{
-        positions, mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3), triangulate, wanted, progress};
-    return task.limit == 3 ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
+    const rq::ConvexTask task{positions,   mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3),
+                              triangulate, subset,                   wanted,               progress};
+    return task.limit == 3 && !subset ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
 }
 }  // namespace
 
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::convex(int maxVertices, bool triangulate) const
+RQ_PolygonMeshHandle RQ_PrimPolygonMesh::convex(int maxVertices, bool triangulate, bool edgeFlags, bool keepFaceSets,
+                                                const RQ_FaceSet *faceSubset) const
 {
-    if (getFaceCount() == 0 || (getMinVertexCount() == 3 && getMaxVertexCount() == 3))
+    if (getFaceCount() == 0 || (getMinVertexCount() == 3 && getMaxVertexCount() == 3 && !faceSubset))
         return const_cast<RQ_PrimPolygonMesh *>(this);
-    const rq::ConvexWanted wanted{vertex_ && vertex_->entries() > 0, uniform_ && uniform_->entries() > 0, false};
+    const bool hasSets = keepFaceSets && faceSets_;
+    rq::ConvexWanted wanted;
+    wanted.sourceVertex = edgeFlags || (vertex_ && vertex_->entries() > 0);
+    wanted.sourceFace = edgeFlags || hasSets || (uniform_ && uniform_->entries() > 0);
+    wanted.whole = false;
     RQ_ConvexArrays arrays;
-    return cut(*this, wanted, maxVertices, triangulate, arrays) ? adoptConvexing(arrays) : nullptr;
+    if (!cut(*this, wanted, maxVertices, triangulate, faceSubset, arrays))
+        return nullptr;
+    const RQ_PolygonMeshHandle mesh = adoptConvexing(arrays);
+    mesh->setConvexed(!faceSubset);
+    if (!hasSets)
+        mesh->setFaceSetMap(nullptr);
+    if (edgeFlags)
+    {
+        const RQ_DataArrayHandle flags = rq::convexEdgeFlags(counts_, mesh->counts_, arrays);
+        const RQ_AttributeListHandle none(new RQ_AttributeList(new RQ_AttributeMap));
+        mesh->vertex_ = (mesh->vertex_ ? mesh->vertex_ : none)->addAttribute("__edge", flags, true);
+    }
+    return mesh;
 }
 
 bool RQ_PrimPolygonMesh::getConvexArrays(RQ_ConvexArrays &arrays, int maxVertices, bool triangulate) const
 {
-    return cut(*this, rq::ConvexWanted(), maxVertices, triangulate, arrays);
+    return cut(*this, rq::ConvexWanted(), maxVertices, triangulate, nullptr, arrays);
 }
 
 RQ_PolygonMeshHandle RQ_PrimPolygonMesh::adoptConvexing(const RQ_ConvexArrays &arrays) const
@@ -53,6 +70,8 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::adoptConvexing(const RQ_ConvexArrays &a
     const RQ_AttributeListHandle vertex =
         vertex_ && arrays.sourceVertex ? vertex_->createIndirect(arrays.sourceVertex) : vertex_;
     const RQ_PolygonMeshHandle mesh = clone(counts, arrays.vertexList, shared_, vertex, uniform, detail_);
+    if (faceSets_ && arrays.sourceFace)
+        mesh->setFaceSetMap(faceSets_->followFaces(arrays.sourceFace));
     mesh->setConvexed(true);
     return mesh;
 }

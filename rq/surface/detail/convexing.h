@@ -24,6 +24,7 @@ struct ConvexTask
     const RQ_DataArrayHandle &vertexList;
     int limit;
     bool triangulate;
+    const RQ_FaceSet *subset;  ///< the faces to cut, null for all
     ConvexWanted wanted;
     BAS_Progress &progress;
 
@@ -37,6 +38,9 @@ struct ConvexTask
 /// Cut into triangles: every face's share of the output is known beforehand, so jobs write in place.
 bool convexToTriangles(const ConvexTask &task, RQ_ConvexArrays &arrays);
 
-/// Cut into pieces of up to `limit` corners: jobs collect, and their output is joined in job order.
+/// Cut into pieces of up to `limit` corners, or cut only some faces: jobs collect, and their output is joined in job order.
 bool convexToPieces(const ConvexTask &task, RQ_ConvexArrays &arrays);
+
+/// For each corner of each piece 1 when the edge that begins there is one of the face's own, 0 when it is a cut.
+RQ_DataArrayHandle convexEdgeFlags(const RQ_CountArray &faces, const RQ_CountArray &pieces, const RQ_ConvexArrays &arrays);
 }  // namespace rq
