@@ -177,6 +177,25 @@ RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
 
 RQ_PrimitiveHandle RQ_PrimPolygonMesh::doSoftCopy() const { return clone(shared_, vertex_, uniform_, detail_); }
 
+RQ_PrimitiveHandle RQ_PrimPolygonMesh::doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
+                                                        const BAS_StringMMPattern *point,
+                                                        const BAS_StringMMPattern *uniform,
+                                                        const BAS_StringMMPattern *detail) const
+{
+    bool changed = false;
+    const auto merged = [&changed](const RQ_AttributeListHandle &own, const RQ_AttributeListHandle &other,
+                                   const BAS_StringMMPattern *pattern) {
+        return mergeAttributeLists(changed, own, other, pattern, nullptr);
+    };
+    const RQ_AttributeListHandle vertices = merged(vertex_, source.getVertexAttributes(), vertex);
+    const RQ_AttributeListHandle points = merged(shared_, source.getPointAttributes(), point);
+    const RQ_AttributeListHandle faces = merged(uniform_, source.getUniformAttributes(), uniform);
+    const RQ_AttributeListHandle whole = merged(detail_, source.getDetailAttributes(), detail);
+    if (!changed)
+        return const_cast<RQ_PrimPolygonMesh *>(this);
+    return clone(points, vertices, faces, whole);
+}
+
 RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexList,
                                                const RQ_AttributeListHandle &vertex) const
 {

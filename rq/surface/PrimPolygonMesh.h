@@ -199,6 +199,11 @@ public:
     RQ_PrimitiveHandle doHarden() const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
 
+    /// Each pattern chooses attributes for the list of its name.
+    RQ_PrimitiveHandle doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
+                                        const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
+                                        const BAS_StringMMPattern *detail) const override;
+
     using RQ_Primitive::clone;
 
 protected:
