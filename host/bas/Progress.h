@@ -29,6 +29,9 @@ public:
     /// Report how far the operation is; true when it is to stop.
     bool interrupted(double fraction);
 
+    /// Whether some poll was told to stop; asks nobody.
+    bool isInterrupted() const { return stopped_.load(std::memory_order_relaxed); }
+
 private:
     const char *label_;
     std::atomic<bool> stopped_{false};

@@ -23,14 +23,20 @@ template <class Offset> bool allNarrow(std::span<const Offset> offsets)
 }
 }  // namespace
 
-template <class Offset> void ELM_OffsetList::assign(std::span<const Offset> offsets)
+// Become the run that the offsets are.  False, with the count alone set, when they are none.
+template <class Offset> bool ELM_OffsetList::assignRun(std::span<const Offset> offsets)
 {
     count_ = int64_t(offsets.size());
-    if (isRun(offsets))
-    {
-        start_ = offsets.empty() ? 0 : offsets[0];
+    if (!isRun(offsets))
+        return false;
+    start_ = offsets.empty() ? 0 : offsets[0];
+    return true;
+}
+
+template <class Offset> void ELM_OffsetList::assign(std::span<const Offset> offsets)
+{
+    if (assignRun(offsets))
         return;
-    }
     explicit_ = new Explicit;
     explicit_->isWide = !allNarrow(offsets);
     if (explicit_->isWide)
@@ -44,6 +50,25 @@ ELM_OffsetList::ELM_OffsetList(std::span<const int64_t> offsets) { assign(offset
 
 ELM_OffsetList::ELM_OffsetList(std::span<const int32_t> offsets) { assign(offsets); }
 
+ELM_OffsetList::ELM_OffsetList(Values<int32_t> &&offsets)
+{
+    if (assignRun(std::span<const int32_t>(offsets)))
+        return;
+    explicit_ = new Explicit;
+    explicit_->narrow = std::move(offsets);
+    refresh();
+}
+
+ELM_OffsetList::ELM_OffsetList(Values<int64_t> &&offsets)
+{
+    if (assignRun(std::span<const int64_t>(offsets)))
+        return;
+    explicit_ = new Explicit;
+    explicit_->isWide = true;
+    explicit_->wide = std::move(offsets);
+    refresh();
+}
+
 // Have an explicit array of our own, in this width or the wide one it already has, with room for `capacity` entries.
 void ELM_OffsetList::makeWritable(int64_t capacity, bool wide)
 {
@@ -53,7 +78,7 @@ void ELM_OffsetList::makeWritable(int64_t capacity, bool wide)
         const BAS_IntrusivePtr<Explicit> copy(new Explicit);
         copy->isWide = wide;
         const auto fill = [&](auto &offsets) {
-            offsets.reserve(size_t(std::max(capacity, count_)));
+            offsets.reserve(size_t(std::max({capacity, count_, reserved_})));
             for (int64_t i = 0; i < count_; ++i)
                 offsets.push_back(typename std::remove_reference_t<decltype(offsets)>::value_type(get(i)));
         };
@@ -70,6 +95,19 @@ void ELM_OffsetList::refresh()
 {
     data32_ = explicit_->isWide ? nullptr : explicit_->narrow.data();
     data64_ = explicit_->isWide ? explicit_->wide.data() : nullptr;
+}
+
+void ELM_OffsetList::reserve(int64_t count)
+{
+    reserved_ = count;
+    if (explicit_)
+        makeWritable(count, explicit_->isWide);
+    if (data32_)
+        explicit_->narrow.reserve(size_t(std::max(count, count_)));
+    else if (data64_)
+        explicit_->wide.reserve(size_t(std::max(count, count_)));
+    if (explicit_)
+        refresh();
 }
 
 void ELM_OffsetList::append(ELM_Offset offset)
@@ -98,8 +136,21 @@ void ELM_OffsetList::append(const ELM_OffsetList &other)
     else
     {
         const ELM_OffsetList kept = other;  // which may be this list
-        for (int64_t i = 0; i < kept.size(); ++i)
-            append(kept[i]);
+        const bool narrow = kept.data32_ || (kept.isTrivial() && isNarrow(kept.start_) && isNarrow(kept.start_ + kept.count_ - 1));
+        makeWritable(count_ + kept.count_, !narrow);
+        const auto add = [&](auto &to) {
+            kept.visit([&](auto offsets) {
+                to.resize(size_t(count_ + kept.count_));
+                for (int64_t i = 0; i < kept.count_; ++i)
+                    to[size_t(count_ + i)] = typename std::remove_reference_t<decltype(to)>::value_type(offsets[i]);
+            });
+        };
+        if (explicit_->isWide)
+            add(explicit_->wide);
+        else
+            add(explicit_->narrow);
+        refresh();
+        count_ += kept.count_;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <host/bas/Intrusive.h>
+#include <host/bas/LargeBlocks.h>
 #include <host/elm/types.h>
 
 /// An ordered list of element offsets: a run (start and count), or an explicit array shared copy-on-write.
@@ -23,6 +24,11 @@ public:
     /// A copy of the offsets; a run when they follow each other.
     explicit ELM_OffsetList(std::span<const int64_t> offsets);
     explicit ELM_OffsetList(std::span<const int32_t> offsets);
+
+    /// Take over offsets without a copy, the narrow ones all below `ELM_INDEX32_LIMIT`; a run when they follow each other.
+    template <class Offset> using Values = std::vector<Offset, BAS_BlockAllocator<Offset>>;
+    explicit ELM_OffsetList(Values<int32_t> &&offsets);
+    explicit ELM_OffsetList(Values<int64_t> &&offsets);
 
     int64_t size() const { return count_; }
     bool isEmpty() const { return count_ == 0; }
@@ -48,6 +54,9 @@ public:
         return visit(Run{start_});
     }
 
+    /// Make room for explicit offsets; a run stays one.
+    void reserve(int64_t count);
+
     void append(ELM_Offset offset);
     void append(const ELM_OffsetList &other);
     void set(int64_t i, ELM_Offset offset);
@@ -72,17 +81,19 @@ public:
 private:
     struct Explicit : BAS_IntrusiveRefCounter<Explicit>
     {
-        std::vector<int32_t> narrow;
-        std::vector<int64_t> wide;  // used instead of `narrow` from the first wide offset on
+        Values<int32_t> narrow;
+        Values<int64_t> wide;  // used instead of `narrow` from the first wide offset on
         bool isWide = false;
     };
 
+    template <class Offset> bool assignRun(std::span<const Offset> offsets);
     template <class Offset> void assign(std::span<const Offset> offsets);
     void makeWritable(int64_t capacity, bool wide);
     void refresh();
 
     ELM_Offset start_ = 0;
     int64_t count_ = 0;
+    int64_t reserved_ = 0;  // room that an explicit array gets at once
     BAS_IntrusivePtr<Explicit> explicit_;
     const int32_t *data32_ = nullptr;  // into `explicit_`
     const int64_t *data64_ = nullptr;
