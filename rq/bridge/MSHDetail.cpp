@@ -4,7 +4,7 @@
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHPrimCollectPoly.h>
 #include <rq/bridge/detail/DetailWalk.h>
-#include <rq/bridge/detail/makePoints.h>
+#include <rq/bridge/detail/LoosePoints.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 
@@ -77,7 +77,9 @@ bool RQ_MSHDetail::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const
 {
     if (!details_->getDetail())
         return false;
-    rq::DetailWalk(details_, range_.get(), getPrimitiveTransform(), sink, parms).run();
+    for (const RQ_PrimitiveHandle &primitive : rq::DetailWalk(details_, range_.get(), parms).run())
+        if (primitive)
+            sink.addPrimitive(primitive->copyTransformed(getPrimitiveTransform()));
     return true;
 }
 

@@ -38,7 +38,8 @@ public:
     void getVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const BAS_StringHolder &name) const override;
 
     /// Hand every primitive of the detail to the sink through the collector of its type, and points that no primitive uses
-    /// as point meshes.  The sink is called from this thread alone.  False only without a detail.
+    /// as point meshes.  The sink is called from this thread alone, in an order that does not depend on threads, and not at
+    /// all when the refinement is interrupted.  False only without a detail.
     bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
 
     int getMotionSegments() const override { return std::max(1, details_->getSegments()); }

@@ -46,33 +46,41 @@ const MOD_ConstDetailHandle &RQ_MSHDetailList::getHandle(int segment) const
     return details_.empty() ? kNone : details_[size_t(std::clamp(segment, 0, getSegments() - 1))];
 }
 
-RQ_AttributeListHandle RQ_MSHDetailList::makeList(ELM_Owner owner, const RQ_MSHAttributeFilter *filter,
-                                                  const RQ_MSHOffsetList &offsets, const RQ_RefineParms *parms) const
+RQ_DataArrayHandle RQ_MSHDetailList::makeArray(const ELM_Attribute &attribute, const RQ_MSHOffsetList &rows,
+                                               ELM_Owner rowOwner, int segment) const
+{
+    return new RQ_MSHElementArray(getHandle(segment), &attribute, rows, rowOwner);
+}
+
+RQ_AttributeListHandle RQ_MSHDetailList::makeList(std::initializer_list<ELM_Owner> owners,
+                                                  const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &rows,
+                                                  ELM_Owner rowOwner, const RQ_RefineParms *parms) const
 {
     if (details_.empty())
         return nullptr;
     const RQ_MSHAttributeFilter &chosen = chooseFilter(filter, parms);
     RQ_AttributeMapHandle map(new RQ_AttributeMap);
     std::vector<const ELM_Attribute *> attributes;
-    for (const ELM_Attribute &attribute : getDetail()->attributes(owner))
-        if (chosen.isValid(attribute))
-        {
-            map->setOriginalOwner(map->add(attribute.name(), true), RQ_Owner(owner));
-            attributes.push_back(&attribute);
-        }
+    for (const ELM_Owner owner : owners)
+        for (const ELM_Attribute &attribute : getDetail()->attributes(owner))
+            if (chosen.isValid(attribute) && map->get(attribute.name()) < 0)
+            {
+                map->setOriginalOwner(map->add(attribute.name(), true), RQ_Owner(owner));
+                attributes.push_back(&attribute);
+            }
     if (attributes.empty())
         return nullptr;
 
+    rows.hash();  // once, for the ids of all arrays
     RQ_AttributeListHandle list(new RQ_AttributeList(map, getSegments()));
     for (size_t i = 0; i < attributes.size(); ++i)
     {
-        const RQ_DataArrayHandle first(new RQ_MSHElementArray(getHandle(), attributes[i], offsets, owner));
+        const RQ_DataArrayHandle first = makeArray(*attributes[i], rows, rowOwner, 0);
         for (int segment = 0; segment < getSegments(); ++segment)
         {
-            // A segment that lacks the attribute, or has another kind of it, repeats the first.
             RQ_DataArrayHandle array = first;
             if (!(getHandle(segment) == getHandle()))
-                array = new RQ_MSHElementArray(getHandle(segment), attributes[i], offsets, owner);
+                array = makeArray(*attributes[i], rows, rowOwner, segment);
             const bool fits = array->isValid() && array->getStorage() == first->getStorage() &&
                               array->getTupleSize() == first->getTupleSize();
             list->set(int(i), fits ? array : first, segment);
@@ -81,29 +89,80 @@ RQ_AttributeListHandle RQ_MSHDetailList::makeList(ELM_Owner owner, const RQ_MSHA
     return list;
 }
 
+RQ_AttributeListHandle RQ_MSHDetailList::makeVertexList(const RQ_MSHOffsetList &vertices,
+                                                        const RQ_MSHAttributeFilter *filter, RQ_MSHIncludePoint point,
+                                                        const RQ_RefineParms *parms) const
+{
+    if (point == RQ_MSHIncludePoint::INCLUDE)
+        return makeList({ELM_OWNER_VERTEX, ELM_OWNER_POINT}, filter, vertices, ELM_OWNER_VERTEX, parms);
+    return makeList({ELM_OWNER_VERTEX}, filter, vertices, ELM_OWNER_VERTEX, parms);
+}
+
 RQ_AttributeListHandle RQ_MSHDetailList::getDetailAttributes(const RQ_MSHAttributeFilter *filter,
                                                              const RQ_RefineParms *parms) const
 {
-    return makeList(ELM_OWNER_DETAIL, filter, RQ_MSHOffsetList(ELM_OffsetList(0, 1)), parms);
+    return makeList({ELM_OWNER_DETAIL}, filter, RQ_MSHOffsetList(ELM_OffsetList(0, 1)), ELM_OWNER_DETAIL, parms);
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getPointAttributes(const RQ_MSHAttributeFilter *filter,
                                                             const RQ_MSHOffsetList &points,
                                                             const RQ_RefineParms *parms) const
 {
-    return makeList(ELM_OWNER_POINT, filter, points, parms);
+    return makeList({ELM_OWNER_POINT}, filter, points, ELM_OWNER_POINT, parms);
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveAttributes(const RQ_MSHAttributeFilter *filter,
                                                                 const RQ_MSHOffsetList &primitives,
                                                                 const RQ_RefineParms *parms) const
 {
-    return makeList(ELM_OWNER_PRIMITIVE, filter, primitives, parms);
+    return makeList({ELM_OWNER_PRIMITIVE}, filter, primitives, ELM_OWNER_PRIMITIVE, parms);
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getVertexAttributes(const RQ_MSHAttributeFilter *filter,
                                                              const RQ_MSHOffsetList &vertices,
                                                              const RQ_RefineParms *parms) const
 {
-    return makeList(ELM_OWNER_VERTEX, filter, vertices, parms);
+    return makeList({ELM_OWNER_VERTEX}, filter, vertices, ELM_OWNER_VERTEX, parms);
+}
+
+RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveVertexAttributes(const RQ_MSHAttributeFilter *filter,
+                                                                      const RQ_MSHOffsetList &primitives,
+                                                                      const RQ_RefineParms *parms) const
+{
+    RQ_MSHOffsetList vertices;
+    vertices.reserve(primitives.entries());
+    for (int64_t i = 0; i < primitives.entries() && !details_.empty(); ++i)
+    {
+        const ELM_OffsetList own = getDetail()->vertices(primitives[i]);
+        if (own.isEmpty())
+            return nullptr;
+        vertices.append(own[0]);
+    }
+    return getVertexAttributes(filter, vertices, parms);
+}
+
+RQ_AttributeListHandle RQ_MSHDetailList::createPrimitive(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                                         const RQ_RefineParms *parms, RQ_MSHIncludeDetail detail) const
+{
+    const RQ_MSHOffsetList row(ELM_OffsetList(primitive, 1));
+    if (detail == RQ_MSHIncludeDetail::INCLUDE)
+        return makeList({ELM_OWNER_PRIMITIVE, ELM_OWNER_DETAIL}, filter, row, ELM_OWNER_PRIMITIVE, parms);
+    return makeList({ELM_OWNER_PRIMITIVE}, filter, row, ELM_OWNER_PRIMITIVE, parms);
+}
+
+RQ_AttributeListHandle RQ_MSHDetailList::createPrimitiveVertex(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                                               const RQ_RefineParms *parms, RQ_MSHIncludePoint point) const
+{
+    const ELM_OffsetList vertices = details_.empty() ? ELM_OffsetList() : getDetail()->vertices(primitive);
+    if (vertices.isEmpty())
+        return nullptr;
+    return makeVertexList(RQ_MSHOffsetList(ELM_OffsetList(vertices[0], 1)), filter, point, parms);
+}
+
+RQ_AttributeListHandle RQ_MSHDetailList::createVertex(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                                      const RQ_RefineParms *parms, RQ_MSHIncludePoint point) const
+{
+    if (details_.empty())
+        return nullptr;
+    return makeVertexList(RQ_MSHOffsetList(getDetail()->vertices(primitive)), filter, point, parms);
 }

@@ -1,15 +1,31 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include <rq/attrib/AttributeList.h>
 #include <rq/bridge/MSHAttributeFilter.h>
 #include <rq/bridge/MSHOffsetList.h>
 #include <rq/prim/RefineParms.h>
+#include <rq/surface/FaceSetMap.h>
 
+class MSH_Primitive;
 class RQ_MSHDetailList;
 using RQ_MSHDetailListHandle = std::shared_ptr<const RQ_MSHDetailList>;
+
+/// Whether the list of a primitive takes in the attributes of the detail, or of points, that it lacks.
+enum class RQ_MSHIncludeDetail
+{
+    OMIT,
+    INCLUDE
+};
+enum class RQ_MSHIncludePoint
+{
+    OMIT,
+    INCLUDE
+};
 
 /// The details of one refinement, one per motion segment, and the attribute lists made of them.
 ///
@@ -32,7 +48,8 @@ public:
     const MSH_Detail *getDetail(int segment = 0) const { return getHandle(segment).readLock(); }
 
     // Lists of element arrays, one per host attribute that the filter accepts (null: that of the parms, else every public
-    // one), in the host's order and under the host's names.  Null when there is no such attribute.
+    // one), in the host's order and under the host's names.  Null when there is no such attribute.  A segment that lacks an
+    // attribute, or has it in another storage or tuple size, repeats the first segment's.
 
     RQ_AttributeListHandle getDetailAttributes(const RQ_MSHAttributeFilter *filter,
                                                const RQ_RefineParms *parms = nullptr) const;
@@ -43,9 +60,67 @@ public:
     RQ_AttributeListHandle getVertexAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &vertices,
                                                const RQ_RefineParms *parms = nullptr) const;
 
+    /// The vertex attributes of primitives of one vertex: row i is the first vertex of primitive i.  Null when one of them
+    /// has no vertex.
+    RQ_AttributeListHandle getPrimitiveVertexAttributes(const RQ_MSHAttributeFilter *filter,
+                                                        const RQ_MSHOffsetList &primitives,
+                                                        const RQ_RefineParms *parms = nullptr) const;
+
+    // The same for one primitive.  What is included stands behind, unless the name is taken.
+
+    RQ_AttributeListHandle createDetail(const RQ_MSHAttributeFilter *filter, const RQ_RefineParms *parms = nullptr) const
+    {
+        return getDetailAttributes(filter, parms);
+    }
+
+    /// One row: the primitive's.
+    RQ_AttributeListHandle createPrimitive(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                           const RQ_RefineParms *parms = nullptr,
+                                           RQ_MSHIncludeDetail detail = RQ_MSHIncludeDetail::OMIT) const;
+
+    /// One row: the first vertex of the primitive, and that vertex's point.  Null without a vertex.
+    RQ_AttributeListHandle createPrimitiveVertex(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                                 const RQ_RefineParms *parms = nullptr,
+                                                 RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT) const;
+
+    /// One row a vertex of the primitive, and that vertex's point.
+    RQ_AttributeListHandle createVertex(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
+                                        const RQ_RefineParms *parms = nullptr,
+                                        RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT) const;
+
+    /// The groups of primitives as sets of faces, face i being entry i of `primitives`, under the groups' names.
+    ///
+    /// Modes: 0 and unknown ones make none, 1 those of groups with a member among the faces, 2 those of all groups.  Null
+    /// without any set.
+    RQ_FaceSetMapHandle buildFaceSets(const RQ_MSHOffsetList &primitives, int64_t mode) const;
+
+    // Attribute lists of details and a primitive given once per segment; the first one's offset stands for all.  Null without
+    // primitives.
+
+    using Details = std::span<const MOD_ConstDetailHandle>;
+    using Primitives = std::span<const MSH_Primitive *const>;
+
+    static RQ_AttributeListHandle createDetailAttributes(const RQ_MSHAttributeFilter *filter, Details details,
+                                                         const RQ_RefineParms *parms = nullptr);
+    static RQ_AttributeListHandle createPrimitiveAttributes(const RQ_MSHAttributeFilter *filter, Details details,
+                                                            Primitives primitives, const RQ_RefineParms *parms = nullptr,
+                                                            RQ_MSHIncludeDetail detail = RQ_MSHIncludeDetail::OMIT);
+    static RQ_AttributeListHandle createPrimitiveVertexAttributes(const RQ_MSHAttributeFilter *filter, Details details,
+                                                                  Primitives primitives,
+                                                                  const RQ_RefineParms *parms = nullptr,
+                                                                  RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT);
+    static RQ_AttributeListHandle createVertexAttributes(const RQ_MSHAttributeFilter *filter, Details details,
+                                                         Primitives primitives, const RQ_RefineParms *parms = nullptr,
+                                                         RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT);
+
 private:
-    RQ_AttributeListHandle makeList(ELM_Owner owner, const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &offsets,
-                                    const RQ_RefineParms *parms) const;
+    // Attributes of some owners, read at the elements of `rowOwner`.
+    RQ_AttributeListHandle makeList(std::initializer_list<ELM_Owner> owners, const RQ_MSHAttributeFilter *filter,
+                                    const RQ_MSHOffsetList &rows, ELM_Owner rowOwner, const RQ_RefineParms *parms) const;
+    RQ_DataArrayHandle makeArray(const ELM_Attribute &attribute, const RQ_MSHOffsetList &rows, ELM_Owner rowOwner,
+                                 int segment) const;
+    RQ_AttributeListHandle makeVertexList(const RQ_MSHOffsetList &vertices, const RQ_MSHAttributeFilter *filter,
+                                          RQ_MSHIncludePoint point, const RQ_RefineParms *parms) const;
 
     std::vector<MOD_ConstDetailHandle> details_;
 };

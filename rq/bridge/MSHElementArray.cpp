@@ -24,10 +24,18 @@ RQ_MSHElementArray::RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, cons
     initAttribute(snapshot ? attribute : nullptr);
 }
 
+RQ_MSHElementArray::RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &offsets, ELM_Owner owner)
+    : detail_(detail), offsets_(offsets), owner_(owner)
+{}
+
 RQ_MSHElementArray::~RQ_MSHElementArray() = default;
 
 void RQ_MSHElementArray::initAttribute(const ELM_Attribute *attribute)
 {
+    attribute_ = nullptr;
+    storage_ = RQ_STORAGE_INVALID;
+    tupleSize_ = 0;
+    backing_ = nullptr;
     if (!attribute || !(attribute->numericTuple() || attribute->strings()) || !chooseMapping(attribute->owner()))
         return;
     attribute_ = attribute;
@@ -144,18 +152,29 @@ void RQ_MSHElementArray::getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BA
     indices.clear();
 }
 
+bool RQ_MSHElementArray::hasSameElements(const MSH_Detail &newer) const
+{
+    const MSH_Detail &older = *detail_.readLock();
+    return newer.capacity(owner_) == older.capacity(owner_) && newer.count(owner_) == older.count(owner_);
+}
+
+void RQ_MSHElementArray::follow(const MOD_ConstDetailHandle &newer)
+{
+    replaced_ = detail_;
+    detail_ = newer;
+}
+
 void RQ_MSHElementArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, const char *name, RQ_Owner, int)
 {
-    const MSH_Detail *newer = handle.readLock(), *older = detail_.readLock();
-    if (!newer || !attribute_ || handle == detail_)
+    const MSH_Detail *newer = handle.readLock();
+    if (!newer || !attribute_ || isBoundTo(handle) || !hasSameElements(*newer))
         return;
     const ELM_Attribute *attribute = newer->find(attribute_->owner(), attribute_->scope(), name);
     const bool mapped = mapping_ == Mapping::VERTEX_TO_POINT || mapping_ == Mapping::VERTEX_TO_PRIMITIVE;
     if (!attribute || attribute->storage() != attribute_->storage() || attribute->tupleSize() != attribute_->tupleSize() ||
-        attribute->typeInfo() != attribute_->typeInfo() || newer->capacity(owner_) != older->capacity(owner_) ||
-        (mapped && newer->topologyId() != older->topologyId()))
+        attribute->typeInfo() != attribute_->typeInfo() ||
+        (mapped && newer->topologyId() != detail_.readLock()->topologyId()))
         return;
-    replaced_ = detail_;
-    detail_ = handle;
+    follow(handle);
     initAttribute(attribute);
 }

@@ -27,6 +27,7 @@ public:
     ELM_Offset getDataOffset(int64_t i) const;
 
     const RQ_MSHOffsetList &getOffsets() const { return offsets_; }
+    const MOD_ConstDetailHandle &getGeoDetail() const { return detail_; }
 
     /// True when the array reads from this snapshot.
     bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }
@@ -56,6 +57,15 @@ public:
     /// before stay good until the next re-binding.
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment) override;
 
+protected:
+    /// Without an attribute yet: a subclass that makes its own hands it over through `initAttribute`, and keeps it alive.
+    RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &offsets, ELM_Owner owner);
+    void initAttribute(const ELM_Attribute *attribute);
+
+    /// Whether the offsets mean elements of another snapshot just as well, and the change to it.
+    bool hasSameElements(const MSH_Detail &newer) const;
+    void follow(const MOD_ConstDetailHandle &newer);
+
 private:
     friend RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;
 
@@ -68,16 +78,21 @@ private:
         VERTEX_TO_PRIMITIVE
     };
 
-    void initAttribute(const ELM_Attribute *attribute);
     bool chooseMapping(ELM_Owner attributeOwner);
     const void *findBackingData() const;
     int64_t computeDataId() const;
-    void resolveRows(int64_t *rows, int64_t start, int64_t length) const;
+
+    struct Target;
+    void fillRows(const Target &target, int64_t start, int64_t length) const;
+    template <class S>
+    void fillRun(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const;
+    template <class S>
+    void fillListed(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const;
+    template <class Index> const Index *knownElements(int64_t start) const;
+    void findElements(int64_t *elements, int64_t start, int64_t length) const;
 
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
-    template <class T, class S>
-    void fillRows(const ELM_PageArray<S> &pages, T *out, int64_t start, int64_t length, int components, int stride) const;
 
     MOD_ConstDetailHandle detail_;
     MOD_ConstDetailHandle replaced_;  // keeps pointers good that were handed out before the last re-binding

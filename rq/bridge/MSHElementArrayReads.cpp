@@ -8,26 +8,129 @@
 
 namespace
 {
-// Rows that are resolved and gathered at a time: their offsets stay in the first-level cache.
+// Rows whose elements are looked up at a time: their offsets stay in the first-level cache.
 constexpr int64_t kRowsPerBlock = 1024;
 
 // A gathered row costs a few nanoseconds.
 constexpr int64_t kRowsPerTask = 16 * kRowsPerBlock;
 }  // namespace
 
-void RQ_MSHElementArray::resolveRows(int64_t *rows, int64_t start, int64_t length) const
+/// Where rows are written to.
+struct RQ_MSHElementArray::Target
 {
-    if (mapping_ == Mapping::DETAIL)
-        std::fill_n(rows, length, int64_t(0));
-    else if (mapping_ == Mapping::VERTEX_TO_POINT)
-        detail_.readLock()->vertexPoint().copyOut(rows, offsets_.offsetList(), start, length);
+    char *data;
+    RQ_Storage storage;
+    int components;
+    int64_t stride;
+
+    Target from(int64_t row) const { return {data + row * stride * RQsizeof(storage), storage, components, stride}; }
+
+    void convert(const void *rows, RQ_Storage rowStorage, int64_t rowStride, int64_t count) const
+    {
+        rq::convertRows(rows, rowStorage, rowStride, data, storage, stride, components, count);
+    }
+    template <class Index>
+    void gather(const void *rows, RQ_Storage rowStorage, int64_t rowStride, const Index *indices, int64_t count) const
+    {
+        rq::gatherRows(rows, rowStorage, rowStride, indices, data, storage, stride, components, count);
+    }
+};
+
+// The elements of some rows as a block of memory; null when they are not known as one.
+template <class Index> const Index *RQ_MSHElementArray::knownElements(int64_t start) const
+{
+    const ELM_OffsetList &list = offsets_.offsetList();
+    const ELM_IndexColumn *column = mapping_ == Mapping::VERTEX_TO_POINT       ? &detail_.readLock()->vertexPoint()
+                                    : mapping_ == Mapping::VERTEX_TO_PRIMITIVE ? &detail_.readLock()->vertexPrimitive()
+                                                                               : nullptr;
+    const Index *elements;
+    if constexpr (sizeof(Index) == 4)
+        elements = !column ? list.data32() : list.isTrivial() ? column->contiguous32() : nullptr;
+    else
+        elements = !column ? list.data64() : list.isTrivial() ? column->contiguous64() : nullptr;
+    return elements ? elements + start + (column ? list.start() : 0) : nullptr;
+}
+
+void RQ_MSHElementArray::findElements(int64_t *elements, int64_t start, int64_t length) const
+{
+    if (mapping_ == Mapping::VERTEX_TO_POINT)
+        detail_.readLock()->vertexPoint().copyOut(elements, offsets_.offsetList(), start, length);
     else if (mapping_ == Mapping::VERTEX_TO_PRIMITIVE)
-        detail_.readLock()->vertexPrimitive().copyOut(rows, offsets_.offsetList(), start, length);
+        detail_.readLock()->vertexPrimitive().copyOut(elements, offsets_.offsetList(), start, length);
     else
         offsets_.offsetList().visit([&](auto offsets) {
             for (int64_t i = 0; i < length; ++i)
-                rows[i] = offsets[start + i];
+                elements[i] = offsets[start + i];
         });
+}
+
+void RQ_MSHElementArray::fillRows(const Target &target, int64_t start, int64_t length) const
+{
+    const ELM_NumericTuple *numbers = attribute_ ? attribute_->numericTuple() : nullptr;
+    if (!numbers)
+    {
+        const uint8_t zero = 0;
+        for (int c = 0; c < target.components; ++c)
+            rq::convertRows(&zero, RQ_STORAGE_UINT8, 0, target.data + c * RQsizeof(target.storage), target.storage,
+                            target.stride, 1, length);
+        return;
+    }
+    if (backing_ && mapping_ == Mapping::DIRECT)
+        return target.convert(static_cast<const char *>(backing_) + start * tupleSize_ * RQsizeof(storage_), storage_,
+                              tupleSize_, length);
+    numbers->visit([&](const auto &pages) {
+        if (mapping_ == Mapping::DETAIL)
+            target.convert(pages.tuple(0), storage_, 0, length);
+        else if (mapping_ == Mapping::DIRECT && offsets_.isTrivial())
+            fillRun(pages, target, start, length);
+        else
+            fillListed(pages, target, start, length);
+    });
+}
+
+template <class S>
+void RQ_MSHElementArray::fillRun(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const
+{
+    host::parallelForRange(length, kRowsPerTask, [&](int64_t begin, int64_t end) {
+        int64_t row = begin;
+        pages.forEachRun(offsets_[start + begin], end - begin, [&](const S *tuples, int64_t rows, bool repeated) {
+            target.from(row).convert(tuples, storage_, repeated ? 0 : tupleSize_, rows);
+            row += rows;
+        });
+    });
+}
+
+template <class S>
+void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const
+{
+    // Where every row has an element, and both lie in one block, this is a plain gather.
+    const MSH_Detail &detail = *detail_.readLock();
+    const bool complete =
+        mapping_ == Mapping::DIRECT || (detail.topologyIsValid() && !detail.hasVacantOffsets(ELM_OWNER_VERTEX));
+    if (const S *flat = complete ? pages.contiguous() : nullptr)
+    {
+        if (const auto *narrow = knownElements<int32_t>(start))
+            return target.gather(flat, storage_, tupleSize_, narrow, length);
+        if (const auto *wide = knownElements<int64_t>(start))
+            return target.gather(flat, storage_, tupleSize_, wide, length);
+    }
+    host::parallelForRange(length, kRowsPerTask, [&](int64_t begin, int64_t end) {
+        const ELM_ReadHandle<S> reader = pages.reader();
+        const int64_t components = target.components;
+        int64_t elements[kRowsPerBlock];
+        std::vector<S> rows(size_t(std::min(kRowsPerBlock, end - begin) * components));
+        for (int64_t done = begin; done < end; done += kRowsPerBlock)
+        {
+            const int64_t count = std::min(kRowsPerBlock, end - done);
+            findElements(elements, start + done, count);
+            for (int64_t i = 0; i < count; ++i)
+                if (elements[i] >= 0)
+                    std::copy_n(reader.tuple(elements[i]), components, rows.data() + i * components);
+                else
+                    std::fill_n(rows.data() + i * components, components, S(0));
+            target.from(done).convert(rows.data(), storage_, components, count);
+        }
+    });
 }
 
 template <RQ_NumericValue T> T RQ_MSHElementArray::valueAs(int64_t offset, int component) const
@@ -41,46 +144,10 @@ template <RQ_NumericValue T> T RQ_MSHElementArray::valueAs(int64_t offset, int c
     return numbers->visit([&](const auto &pages) { return RQconvert<T>(pages.value(row, component)); });
 }
 
-template <class T, class S>
-void RQ_MSHElementArray::fillRows(const ELM_PageArray<S> &pages, T *out, int64_t start, int64_t length, int components,
-                                  int stride) const
-{
-    if constexpr (std::same_as<T, S>)
-        if (mapping_ == Mapping::DIRECT)
-            return pages.copyOut(out, offsets_.offsetList(), start, length, components, stride);
-
-    const ELM_ReadHandle<S> reader = pages.reader();
-    int64_t rows[kRowsPerBlock];
-    for (int64_t done = 0; done < length; done += kRowsPerBlock)
-    {
-        const int64_t count = std::min(kRowsPerBlock, length - done);
-        resolveRows(rows, start + done, count);
-        for (int64_t i = 0; i < count; ++i)
-        {
-            if (rows[i] < 0)
-            {
-                std::fill_n(out + (done + i) * stride, components, T(0));
-                continue;
-            }
-            const S *tuple = reader.tuple(rows[i]);
-            for (int c = 0; c < components; ++c)
-                out[(done + i) * stride + c] = RQconvert<T>(tuple[c]);
-        }
-    }
-}
-
 template <RQ_NumericValue T>
 void RQ_MSHElementArray::fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const
 {
-    const ELM_NumericTuple *numbers = attribute_ ? attribute_->numericTuple() : nullptr;
-    host::parallelForRange(length, kRowsPerTask, [&](int64_t begin, int64_t end) {
-        T *to = out + begin * stride;
-        if (numbers)
-            return numbers->visit(
-                [&](const auto &pages) { fillRows(pages, to, start + begin, end - begin, components, stride); });
-        for (int64_t i = 0; i < end - begin; ++i)
-            std::fill_n(to + i * stride, components, T(0));
-    });
+    fillRows({reinterpret_cast<char *>(out), RQstorageOf<T>, components, stride}, start, length);
 }
 
 template class RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;

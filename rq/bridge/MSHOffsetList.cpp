@@ -23,17 +23,23 @@ ELM_OffsetList listOf(const ELM_Range &range)
     return list;
 }
 
-/// Make an array of `count` integers in blocks of a page: `fill(values, first, count)`.
-template <class T, class Fill> RQ_DataArrayHandle makeIndices(int64_t count, Fill &&fill)
+/// Call `visit(first, count)` for blocks of a page, in parallel.
+template <class Visit> void forEachBlock(int64_t count, Visit &&visit)
 {
-    auto *array = new RQ_DANumeric<T>(count, 1, RQ_TYPE_NONE);
-    const RQ_DataArrayHandle handle(array);
     const int64_t blocks = (count + ELM_PAGE_SIZE - 1) / ELM_PAGE_SIZE;
     // A block is some microseconds of work; eight of them outweigh a task.
     host::parallelFor(blocks, 8, [&](int64_t block) {
         const int64_t first = block * ELM_PAGE_SIZE;
-        fill(array->data() + first, first, std::min(ELM_PAGE_SIZE, count - first));
+        visit(first, std::min(ELM_PAGE_SIZE, count - first));
     });
+}
+
+/// Make an array of `count` integers in blocks: `fill(values, first, count)`.
+template <class T, class Fill> RQ_DataArrayHandle makeIndices(int64_t count, Fill &&fill)
+{
+    auto *array = new RQ_DANumeric<T>(count, 1, RQ_TYPE_NONE);
+    const RQ_DataArrayHandle handle(array);
+    forEachBlock(count, [&](int64_t first, int64_t length) { fill(array->data() + first, first, length); });
     return handle;
 }
 }  // namespace
@@ -53,10 +59,17 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start
 
 RQ_MSHOffsetList RQ_MSHOffsetList::pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices)
 {
-    RQ_MSHOffsetList points;
-    for (int64_t i = 0; i < vertices.entries(); ++i)
-        points.append(detail.readLock()->vertexPoint(vertices[i]));
-    return points;
+    const ELM_IndexColumn &points = detail.readLock()->vertexPoint();
+    const auto copy = [&](auto values) {
+        values.resize(size_t(vertices.entries()));
+        forEachBlock(vertices.entries(), [&](int64_t first, int64_t count) {
+            points.copyOut(values.data() + first, vertices.list_, first, count);
+        });
+        return RQ_MSHOffsetList(ELM_OffsetList(std::move(values)));
+    };
+    if (detail.readLock()->capacity(ELM_OWNER_POINT) <= ELM_INDEX32_LIMIT && !points.isWide())
+        return copy(ELM_OffsetList::Values<int32_t>());
+    return copy(ELM_OffsetList::Values<int64_t>());
 }
 
 void RQ_MSHOffsetList::note(ELM_Offset offset, ELM_Offset before)
@@ -67,6 +80,7 @@ void RQ_MSHOffsetList::note(ELM_Offset offset, ELM_Offset before)
 
 void RQ_MSHOffsetList::append(ELM_Offset offset)
 {
+    forgetHash();
     note(offset, entries() > 0 ? get(entries() - 1) : offset);
     list_.append(offset);
 }
@@ -75,6 +89,7 @@ void RQ_MSHOffsetList::concat(const RQ_MSHOffsetList &other)
 {
     if (other.entries() == 0)
         return;
+    forgetHash();
     note(other[0], entries() > 0 ? get(entries() - 1) : other[0]);
     monotonic_ = monotonic_ && other.monotonic_;
     is32Bit_ = is32Bit_ && other.is32Bit_;
@@ -83,6 +98,7 @@ void RQ_MSHOffsetList::concat(const RQ_MSHOffsetList &other)
 
 void RQ_MSHOffsetList::set(int64_t index, ELM_Offset offset)
 {
+    forgetHash();
     list_.set(index, offset);
     note(offset, index > 0 ? get(index - 1) : offset);
     if (index + 1 < entries())
@@ -100,24 +116,44 @@ void RQ_MSHOffsetList::checkMonotonic()
         return;
     }
     list_.visit([this](auto offsets) {
-        ELM_Offset before = offsets[0];
-        for (int64_t i = 0; i < entries() && (is32Bit_ || monotonic_); ++i)
+        // Without a way out within a block, so that it vectorises.
+        for (int64_t begin = 0; begin < entries() && (is32Bit_ || monotonic_); begin += ELM_PAGE_SIZE)
         {
-            note(offsets[i], before);
-            before = offsets[i];
+            const int64_t end = std::min(entries(), begin + ELM_PAGE_SIZE);
+            bool narrow = true, rising = true;
+            for (int64_t i = std::max<int64_t>(1, begin); i < end; ++i)
+            {
+                narrow &= offsets[i] < ELM_INDEX32_LIMIT;
+                rising &= offsets[i] >= offsets[i - 1];
+            }
+            is32Bit_ = is32Bit_ && narrow && offsets[begin] < ELM_INDEX32_LIMIT;
+            monotonic_ = monotonic_ && rising;
         }
     });
 }
 
 uint64_t RQ_MSHOffsetList::hash() const
 {
+    if (const uint64_t known = hash_.value.load(std::memory_order_relaxed))
+        return known;
     uint64_t hash = RQmixId(uint64_t(entries()));
     if (isTrivial())
         return hash + RQmixId(uint64_t(entries() > 0 ? get(0) : 0));
-    list_.visit([&](auto offsets) {
-        for (int64_t i = 0; i < entries(); ++i)
-            hash = RQmixId(hash) + uint64_t(offsets[i]);
+    // Every place is mixed for itself, so that blocks need not wait for each other: a nanosecond an entry.
+    constexpr int64_t kEntriesPerBlock = 16384;
+    constexpr uint64_t kPlace = 0x9E3779B97F4A7C15u;
+    hash += list_.visit([this](auto offsets) {
+        return host::parallelReduce(
+            entries(), kEntriesPerBlock, uint64_t(0),
+            [&](int64_t begin, int64_t end) {
+                uint64_t sum = 0;
+                for (int64_t i = begin; i < end; ++i)
+                    sum += RQmixId(uint64_t(offsets[i]) + uint64_t(i) * kPlace);
+                return sum;
+            },
+            [](uint64_t &into, uint64_t from) { into += from; });
     });
+    hash_.value.store(hash, std::memory_order_relaxed);
     return hash;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include <host/elm/OffsetList.h>
 #include <host/elm/Range.h>
 #include <host/mod/DetailHandle.h>
@@ -10,7 +12,7 @@
 /// Shape      a run of offsets, or an explicit list shared by copies
 /// Failure    indices are not checked
 /// Threads    safe to read from any thread; a list belongs to one thread while it grows
-/// Cost       a run takes no memory
+/// Cost       a run takes no memory, an explicit list 4 bytes an offset, or 8 from 0x40000000 on
 class RQ_API RQ_MSHOffsetList
 {
 public:
@@ -27,6 +29,9 @@ public:
 
     /// The points that the vertices of a list refer to, in the same order.
     static RQ_MSHOffsetList pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices);
+
+    /// Make room for `count` entries, unless they turn out to be a run.
+    void reserve(int64_t count) { list_.reserve(count); }
 
     void append(ELM_Offset offset);
     void concat(const RQ_MSHOffsetList &other);
@@ -53,7 +58,8 @@ public:
 
     const ELM_OffsetList &offsetList() const { return list_; }
 
-    /// The same for equal lists: what ids of views through this list are mixed with.
+    /// The same for equal lists: what ids of views through this list are mixed with.  An explicit list is read once; copies
+    /// made later know the hash.
     uint64_t hash() const;
 
     int64_t getMemoryUsage() const { return int64_t(sizeof(*this)) + list_.memoryUsage(); }
@@ -70,9 +76,24 @@ public:
     void dump(const char *label, bool closeLine) const;
 
 private:
+    /// A number that several threads may find out at the same time, 0 while nobody has.
+    struct KnownHash
+    {
+        KnownHash() = default;
+        KnownHash(const KnownHash &other) : value(other.value.load(std::memory_order_relaxed)) {}
+        KnownHash &operator=(const KnownHash &other)
+        {
+            value.store(other.value.load(std::memory_order_relaxed), std::memory_order_relaxed);
+            return *this;
+        }
+        std::atomic<uint64_t> value{0};
+    };
+
     void note(ELM_Offset offset, ELM_Offset before);
+    void forgetHash() { hash_.value.store(0, std::memory_order_relaxed); }
 
     ELM_OffsetList list_;
+    mutable KnownHash hash_;
     bool is32Bit_ = true;
     bool monotonic_ = true;
 };

@@ -4,14 +4,16 @@
 #include <unordered_map>
 
 #include <host/elm/PrimitiveFactory.h>
-#include <rq/bridge/MSHPrimCollectPoly.h>
+#include <rq/bridge/detail/builtInCollectors.h>
 
 namespace
 {
-using CollectorPointer = std::shared_ptr<const RQ_MSHPrimCollect>;
-using CollectorMap = std::unordered_map<ELM_PrimitiveTypeId, CollectorPointer>;
+using Collector = std::shared_ptr<const RQ_MSHPrimCollect>;
+using CollectorMap = std::unordered_map<ELM_PrimitiveTypeId, Collector>;
 
 /// The collectors of the process.  Never destroyed: collectors may be asked for while the process ends.
+///
+/// Threads  one lock, never held while a collector's own code runs: not even while one is deleted
 class Registry
 {
 public:
@@ -21,56 +23,52 @@ public:
         return *registry;
     }
 
-    CollectorPointer find(ELM_PrimitiveTypeId type)
+    Collector find(ELM_PrimitiveTypeId type)
     {
+        CollectorMap replaced;
         const std::lock_guard lock(mutex_);
-        update();
+        // A new host type may be one that a built-in collector serves.
+        if (ELM_PrimitiveFactory::count() != types_)
+            replaced = rebuild();
         const auto found = active_.find(type);
         return found != active_.end() ? found->second : nullptr;
     }
 
-    void bind(const CollectorPointer &collector, ELM_PrimitiveTypeId type)
+    void bind(Collector collector, ELM_PrimitiveTypeId type)
     {
+        CollectorMap replaced;
         const std::lock_guard lock(mutex_);
-        if (collector)
-            callers_[type] = collector;
-        else
-            callers_.erase(type);
-        rebuild();
+        std::swap(callers_[type], collector);
+        replaced = rebuild();
     }
 
     /// Own a bare collector; one that is bound already is not owned twice.
-    CollectorPointer adopt(const RQ_MSHPrimCollect *collector)
+    Collector adopt(const RQ_MSHPrimCollect *collector)
     {
         const std::lock_guard lock(mutex_);
         for (const CollectorMap *map : {&callers_, &active_})
             for (const auto &[type, bound] : *map)
                 if (bound.get() == collector)
                     return bound;
-        return CollectorPointer(collector);
+        return Collector(collector);
     }
 
 private:
-    // A new host type may be one that a built-in collector serves.
-    void update()
-    {
-        if (ELM_PrimitiveFactory::count() != types_)
-            rebuild();
-    }
-
-    void rebuild()
+    // Answers the map before, to be dropped when the lock is.
+    CollectorMap rebuild()
     {
         types_ = ELM_PrimitiveFactory::count();
-        active_.clear();
-        active_[ELM_PRIMITIVE_POLYGON] = polygons_;
+        CollectorMap fresh = rq::builtInCollectors();
         for (const auto &[type, collector] : callers_)
-            active_[type] = collector;
+            if (collector)
+                fresh[type] = collector;
+        std::swap(active_, fresh);
+        return fresh;
     }
 
     std::mutex mutex_;
     CollectorMap active_;
-    CollectorMap callers_;
-    CollectorPointer polygons_ = std::make_shared<RQ_MSHPrimCollectPoly>();
+    CollectorMap callers_;  // null: a binding that was taken back
     int64_t types_ = -1;
 };
 }  // namespace
@@ -89,6 +87,9 @@ RQ_PrimitiveHandle RQ_MSHPrimCollect::endCollecting(const RQ_MSHDetailListHandle
 {
     return nullptr;
 }
+
+bool RQ_MSHPrimCollect::canMergeData() const { return false; }
+void RQ_MSHPrimCollect::mergeData(RQ_MSHPrimCollectData *, RQ_MSHPrimCollectData *) const {}
 
 void RQ_MSHPrimCollect::bind(ELM_PrimitiveTypeId type) const { bind(Registry::get().adopt(this), type); }
 

@@ -18,6 +18,9 @@ class RQ_API RQ_MSHPrimCollectOffsets : public RQ_MSHPrimCollectData
 {
 public:
     virtual void append(const MSH_Primitive &primitive);
+
+    /// Append what other data gathered.
+    void append(const RQ_MSHPrimCollectOffsets &following) { primitives_.concat(following.primitives_); }
     const RQ_MSHOffsetList &getPrimitives() const { return primitives_; }
 
 private:
@@ -27,7 +30,8 @@ private:
 /// Turn host primitives of some types into primitives of the library, one by one or many into one.
 ///
 /// Within one refinement a collector in use gets `beginCollecting` once, `collect` for every primitive of its types in
-/// offset order, and `endCollecting` once.
+/// offset order, and `endCollecting` once.  One that can merge data gets `beginCollecting` once for each of several parts of
+/// a large detail instead, `collect` from several threads, and `mergeData` until a single data is left.
 ///
 /// Ownership  bound collectors belong to the registry of the process
 /// Threads    shared by all concurrent refinements: everything that a run remembers lies in its data
@@ -46,6 +50,12 @@ public:
 
     /// What the data gathered, or null.
     virtual RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const;
+
+    /// Whether `mergeData` works; asked once per run.  One that cannot is given all primitives on one thread.
+    virtual bool canMergeData() const;
+
+    /// Move what `from` gathered to the end of `into`; `from` gathered the primitives that follow.
+    virtual void mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const;
 
     /// Register this collector, made with `new`, for a host primitive type; the registry takes ownership.  It replaces the
     /// one before, stays when built-in collectors are registered anew, and the last binding of a type wins.

@@ -63,24 +63,6 @@ TEST(Detail, KeepsEveryFaceOfEveryShape)
     }
 }
 
-TEST(Detail, GivesTheSameInOneBatchAndOneByOne)
-{
-    for (const MeshShape &shape : meshShapes())
-    {
-        SCOPED_TRACE(shape.name);
-        const MOD_DetailHandle detail;
-        {
-            MOD_Edit edit(detail);
-            append(edit, cubeShape());
-            append(edit, shape);
-            edit.commit();
-        }
-        const std::string batch = textOf(refine(detail.read()));
-        // A group of hidden primitives, be it empty, makes the walk look at every primitive.
-        EXPECT_EQ(textOf(refine(withGroup(detail, ELM_HIDDEN_GROUP_NAME, {}))), batch);
-    }
-}
-
 TEST(Detail, ReadsTheHostInPlace)
 {
     const MOD_ConstDetailHandle handle = makeCubeAndSquare().read();
@@ -131,37 +113,6 @@ TEST(Detail, SkipsHiddenPrimitives)
     const std::vector<RQ_PrimitiveHandle> all = refine(hidden, &parms);
     ASSERT_NE(onlyMesh(all), nullptr);
     EXPECT_EQ(onlyMesh(all)->getFaceCount(), 7);
-}
-
-TEST(Detail, RefinesOneGroupWhenAsked)
-{
-    const MOD_DetailHandle detail = makeCubeAndSquare();
-    {
-        MOD_Edit edit(detail);
-        ASSERT_TRUE(edit.appendPoints(3));
-        edit.commit();
-    }
-    const MOD_ConstDetailHandle handle = withGroup(detail, "some", {1, 6});
-    RQ_RefineParms parms;
-    parms.setGeoRefineGroup("some");
-    const std::vector<RQ_PrimitiveHandle> some = refine(handle, &parms);
-    const RQ_PrimPolygonMesh *mesh = onlyMesh(some);
-    ASSERT_NE(mesh, nullptr) << "and no loose points";
-    EXPECT_EQ(mesh->getFaceCount(), 2);
-    EXPECT_EQ(mesh->getPointCount(), 8);
-
-    parms.setGeoRefineGroup("no such group");
-    EXPECT_EQ(textOf(refine(handle, &parms)), textOf(refine(handle)));
-}
-
-TEST(Detail, WalksARangeOnly)
-{
-    const MOD_ConstDetailHandle handle = makeCubeAndSquare().read();
-    const auto range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, 4, 7);
-    RQ_RefineList list;
-    EXPECT_TRUE(list.refine(RQ_MSHDetail::makeDetail(handle, range).get(), nullptr));
-    ASSERT_EQ(list.entries(), 1);
-    EXPECT_EQ(as<RQ_PrimPolygonMesh>(list.getPrimitive(0))->getFaceCount(), 3);
 }
 
 struct PointCase
@@ -377,17 +328,5 @@ TEST(Collectors, OfCallersWinAndSurviveNewTypes)
         RQ_MSHPrimCollect::bind(nullptr, type);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), builtIn);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_PARTICLES), nullptr);
-}
-
-TEST(Collectors, LeaveOutFacesWithAVertexThatHasNoPoint)
-{
-    const MOD_DetailHandle detail = makeCubeAndSquare();
-    MOD_Edit edit(detail);
-    ASSERT_TRUE(edit.setVertexPoint(1, -1));
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(edit.commit());
-    const RQ_PrimPolygonMesh *mesh = onlyMesh(primitives);
-    ASSERT_NE(mesh, nullptr);
-    EXPECT_EQ(mesh->getFaceCount(), 6);
-    EXPECT_TRUE(mesh->validate());
 }
 }  // namespace

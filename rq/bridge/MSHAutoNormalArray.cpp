@@ -1,0 +1,49 @@
+#include <rq/bridge/MSHAutoNormalArray.h>
+
+#include <bit>
+
+#include <host/mod/normals.h>
+#include <rq/data/mixId.h>
+
+RQ_MSHAutoNormalArray::RQ_MSHAutoNormalArray(const MOD_ConstDetailHandle &detail, ELM_Owner normalOwner,
+                                             const RQ_MSHOffsetList &offsets, ELM_Owner owner, float cuspAngle)
+    : RQ_MSHElementArray(detail, offsets, owner), normalOwner_(normalOwner), cuspAngle_(cuspAngle)
+{
+    compute();
+}
+
+RQ_MSHAutoNormalArray::~RQ_MSHAutoNormalArray() = default;
+
+void RQ_MSHAutoNormalArray::compute()
+{
+    const MSH_Detail *detail = getGeoDetail().readLock();
+    if (!detail)
+        return;
+    stamps_ = {detail->positionId(), detail->topologyId(), detail->metaCacheCount()};
+    replaced_ = normals_;
+    normals_ = MODcomputeNormals(*detail, normalOwner_, cuspAngle_);
+    initAttribute(normals_.get());
+    // Positions, faces and the angle make the normals: whoever computes them again recognises them.
+    uint64_t id = RQmixId(uint64_t(stamps_.position)) + RQmixId(uint64_t(stamps_.topology));
+    id = RQmixId(id) + std::bit_cast<uint32_t>(cuspAngle_);
+    setDataId(rq::validId(RQmixId(id) + uint64_t(normalOwner_) + RQmixId(getOffsets().hash())));
+}
+
+const char *RQ_MSHAutoNormalArray::className() const { return "RQ_MSHAutoNormalArray"; }
+
+int64_t RQ_MSHAutoNormalArray::getMemoryUsage() const
+{
+    const int64_t own = int64_t(sizeof(*this)) - int64_t(sizeof(RQ_MSHElementArray));
+    return RQ_MSHElementArray::getMemoryUsage() + own + (normals_ ? normals_->memoryUsage() : 0);
+}
+
+void RQ_MSHAutoNormalArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, const char *, RQ_Owner, int)
+{
+    const MSH_Detail *newer = handle.readLock();
+    if (!newer || !isValid() || isBoundTo(handle) || !hasSameElements(*newer))
+        return;
+    follow(handle);
+    const Stamps stamps{newer->positionId(), newer->topologyId(), newer->metaCacheCount()};
+    if (!(stamps == stamps_))
+        compute();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <host/bas/Progress.h>
+#include <host/elm/Group.h>
+#include <rq/bridge/MSHOffsetList.h>
+#include <rq/data/CountArray.h>
+#include <rq/data/DANumeric.h>
+
+namespace rq
+{
+/// Faces of a detail in order: the primitive of each, its number of corners, and the vertices of all of them.
+///
+/// Threads  belongs to one thread while it grows
+/// Cost     nothing is stored for consecutive primitives, consecutive vertices and equal counts; else 4 bytes an entry,
+///          8 for offsets of 2^30 and above
+class FaceLists
+{
+public:
+    int64_t faces() const { return faces_; }
+    const RQ_MSHOffsetList &primitives() const { return primitives_; }
+    const RQ_MSHOffsetList &vertices() const { return vertices_; }
+    RQ_CountArray counts() const;
+
+    /// Append consecutive primitives: faces of `corners` corners each, whose vertices follow each other.
+    void append(ELM_Offset primitive, int64_t faces, ELM_Offset vertex, int64_t corners);
+
+    /// Append the faces of another list.
+    void append(const FaceLists &following);
+
+    /// Append the closed polygons of a range, but those of the group `skip` (null: none), and add the open ones to `open`.
+    ///
+    /// A polygon with a vertex that has no point is left out.  Counts and then fills blocks of primitives, so the result is
+    /// the same for any number of threads.  An interruption leaves the lists as they are.
+    void gather(const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip, RQ_MSHOffsetList &open,
+                BAS_Progress &progress);
+
+private:
+    void noteCounts(int64_t faces, int64_t least, int64_t most);
+
+    RQ_MSHOffsetList primitives_;
+    RQ_MSHOffsetList vertices_;
+    BAS_IntrusivePtr<RQ_DANumeric<int32_t>> counts_;  // null while all faces have the same number of corners
+    int64_t faces_ = 0;
+    int64_t least_ = 0;  // corners of a face
+    int64_t most_ = 0;
+};
+}  // namespace rq

@@ -1,0 +1,326 @@
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <random>
+#include <thread>
+
+#include <tbb/task_arena.h>
+
+#include <host/bas/Parallel.h>
+#include <host/bas/Progress.h>
+#include <host/elm/PrimitiveFactory.h>
+#include <rq/bridge/MSHPrimCollectPoly.h>
+#include <rq/bridge/MSHPrimitive.h>
+#include <rq/prim/PrimCollect.h>
+#include <tests/rq/bridge/Fixture.h>
+
+using namespace tests;
+
+namespace
+{
+constexpr const char *kSomeGroup = "some";
+
+/// Faces, polylines and particles in any order, loose vertices and points, a hidden group and another one.  Every primitive
+/// and vertex has its number as an attribute.
+MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primitives, bool looseVertices)
+{
+    std::mt19937 random(seed);
+    const auto below = [&](int64_t end) { return int64_t(random() % uint64_t(end)); };
+    MOD_Edit edit{MOD_DetailHandle()};
+    EXPECT_TRUE(edit.appendPoints(points));
+    for (int done = 0; done < primitives;)
+    {
+        // Runs of equal faces here and there, single ones elsewhere; few particle systems.
+        const int kind = int(below(16));
+        const int count = std::min<int>(primitives - done, kind < 4 ? 1 + int(below(3000)) : 1);
+        const int corners = kind == 4 ? 0 : 3 + int(below(3));
+        std::vector<int32_t> of(size_t(count * corners));
+        for (int32_t &point : of)
+            point = int32_t(below(points - points / 8));
+        if (kind == 15 && below(20) == 0)
+            EXPECT_TRUE(edit.appendParticles(of));
+        else
+            EXPECT_TRUE(edit.appendPolygons(std::vector<int32_t>(size_t(count), corners), of, kind != 14));
+        done += count;
+    }
+    float *p = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>();
+    std::iota(p, p + 3 * points, 0.0f);
+    int32_t *face = edit.attribute(ELM_OWNER_PRIMITIVE, "number", ELM_STORAGE_INT32)->writeAll<int32_t>();
+    std::iota(face, face + edit.primitiveCount(), 0);
+    for (int64_t i = 0; i < edit.primitiveCount(); ++i)
+    {
+        if (below(7) == 0)
+            edit.group(ELM_OWNER_PRIMITIVE, ELM_HIDDEN_GROUP_NAME)->set(i);
+        if (below(3) > 0)
+            edit.group(ELM_OWNER_PRIMITIVE, kSomeGroup)->set(i);
+    }
+    for (int i = 0; looseVertices && i < 5; ++i)
+        EXPECT_TRUE(edit.setVertexPoint(below(edit.vertexCount()), -1));
+    return edit.commit();
+}
+
+struct Variant
+{
+    const char *what;
+    bool skipsHidden, onlySome, inRange, looseVertices;
+};
+
+const Variant kVariants[] = {
+    {"everything", false, false, false, false},     {"without the hidden ones", true, false, false, false},
+    {"one group", false, true, false, false},       {"a range of primitives", true, false, true, false},
+    {"all at once", true, true, true, false},       {"vertices without points", false, false, false, true},
+};
+
+struct Refinement
+{
+    MOD_ConstDetailHandle detail;
+    std::shared_ptr<const ELM_Range> range;
+    RQ_RefineParms parms;
+
+    Refinement(const Variant &variant, const MOD_ConstDetailHandle &geometry) : detail(geometry)
+    {
+        parms.setSkipHidden(variant.skipsHidden);
+        parms.setGeoRefineGroup(variant.onlySome ? kSomeGroup : nullptr);
+        const int64_t primitives = geometry.readLock()->primitiveCount();
+        if (variant.inRange)
+            range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, primitives / 5, primitives - primitives / 7);
+    }
+
+    std::vector<RQ_PrimitiveHandle> run() const
+    {
+        RQ_RefineList list;
+        EXPECT_TRUE(list.refine(RQ_MSHDetail::makeDetail(detail, range).get(), &parms));
+        std::vector<RQ_PrimitiveHandle> primitives;
+        for (int i = 0; i < list.entries(); ++i)
+            primitives.push_back(list.getPrimitive(i));
+        return primitives;
+    }
+
+    bool wants(ELM_Offset primitive, bool skipsHidden, bool onlySome) const
+    {
+        const MSH_Detail &d = *detail.readLock();
+        return !(skipsHidden && d.hidden()->contains(primitive)) && (!range || range->contains(primitive)) &&
+               !(onlySome && !d.group(ELM_OWNER_PRIMITIVE, kSomeGroup)->contains(primitive));
+    }
+};
+
+/// What a walk that does one thing after the other sees: numbers of primitives and points, all in order.
+struct Seen
+{
+    std::vector<int64_t> wrapped, faces, open, loosePoints;
+    std::vector<float> corners;  // x of every face's points
+
+    bool operator==(const Seen &) const = default;
+};
+
+Seen walkPlainly(const Refinement &refinement, const Variant &variant)
+{
+    const MSH_Detail &detail = *refinement.detail.readLock();
+    Seen seen;
+    std::vector<bool> used(size_t(detail.pointCount()), false);
+    for (ELM_Offset i = 0; i < detail.primitiveCount(); ++i)
+    {
+        const MSH_Primitive primitive(detail, i);
+        bool complete = true;
+        for (int64_t v = 0; v < primitive.vertexCount(); ++v)
+            if (primitive.point(v) >= 0)
+                used[size_t(primitive.point(v))] = true;
+            else
+                complete = false;
+        if (!refinement.wants(i, variant.skipsHidden, variant.onlySome))
+            continue;
+        if (primitive.type() != ELM_PRIMITIVE_POLYGON)
+            seen.wrapped.push_back(i);
+        else if (complete && !detail.isClosed(i))
+            seen.open.push_back(i);
+        else if (complete)
+        {
+            seen.faces.push_back(i);
+            for (int64_t v = 0; v < primitive.vertexCount(); ++v)
+                seen.corners.push_back(detail.positions().pages<float>()->value(primitive.point(v)));
+        }
+    }
+    for (int64_t point = 0; point < detail.pointCount() && !refinement.range && !variant.onlySome; ++point)
+        if (!used[size_t(point)] && detail.topologyIsValid())
+            seen.loosePoints.push_back(point);
+    return seen;
+}
+
+Seen look(const std::vector<RQ_PrimitiveHandle> &primitives)
+{
+    Seen seen;
+    const auto noteMesh = [&](const RQ_PrimPolygonMesh &mesh) {
+        std::string why;
+        EXPECT_TRUE(mesh.validate(&why)) << why;
+        for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
+        {
+            seen.faces.push_back(mesh.getUniform()->get("number")->getI64(face));
+            for (int64_t i = 0; i < mesh.getFaceCountArray().getCount(face); ++i)
+                seen.corners.push_back(mesh.getShared()->get("P")->getF32(mesh.getPoint(face, i)));
+        }
+    };
+    const std::function<void(const RQ_PrimitiveHandle &)> note = [&](const RQ_PrimitiveHandle &primitive) {
+        if (const auto *wrapper = as<RQ_MSHPrimitive>(primitive))
+            (wrapper->getHostType() == ELM_PRIMITIVE_POLYGON ? seen.open : seen.wrapped).push_back(wrapper->getOffset());
+        if (const auto *mesh = as<RQ_PrimPolygonMesh>(primitive))
+            noteMesh(*mesh);
+        if (const auto *points = as<RQ_PrimPointMesh>(primitive))
+            for (int64_t i = 0; i < points->getPointCount(); ++i)
+                seen.loosePoints.push_back(int64_t(points->getPoints()->get("P")->getF32(i)) / 3);
+        if (const auto *several = as<RQ_PrimCollect>(primitive))
+            for (int64_t i = 0; i < several->entries(); ++i)
+                note(several->getPrim(i));
+    };
+    std::for_each(primitives.begin(), primitives.end(), note);
+    return seen;
+}
+
+TEST(Walk, SeesWhatAPlainLoopSees)
+{
+    for (unsigned seed = 0; seed < 4; ++seed)
+        for (const Variant &variant : kVariants)
+        {
+            SCOPED_TRACE(std::string(variant.what) + ", seed " + std::to_string(seed));
+            // The last ones are large enough for several threads.
+            const MOD_ConstDetailHandle detail =
+                makeMixedDetail(seed, seed < 3 ? 500 : 30000, seed < 3 ? 3000 : 30000, variant.looseVertices);
+            const Refinement refinement(variant, detail);
+            EXPECT_TRUE(look(refinement.run()) == walkPlainly(refinement, variant));
+        }
+}
+
+/// Emits nothing but the numbers of what it got, with or without merging.
+class Recorder final : public RQ_MSHPrimCollect
+{
+public:
+    explicit Recorder(bool merges) : merges_(merges) {}
+
+    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *) const override
+    {
+        return new RQ_MSHPrimCollectOffsets;
+    }
+    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &details, const MSH_Primitive *const *primitives, int,
+                               RQ_MSHPrimCollectData *data) const override
+    {
+        static_cast<RQ_MSHPrimCollectOffsets *>(data)->append(*primitives[0]);
+        // Some are emitted on the way.
+        const ELM_Offset offset = primitives[0]->offset();
+        return offset % 1000 == 0 ? new RQ_MSHPrimitive(details, offset) : RQ_PrimitiveHandle();
+    }
+    RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
+    {
+        const RQ_MSHOffsetList &all = static_cast<const RQ_MSHPrimCollectOffsets *>(data)->getPrimitives();
+        return new RQ_PrimPointMesh(details->getPrimitiveAttributes(nullptr, all));
+    }
+    bool canMergeData() const override { return merges_; }
+    void mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const override
+    {
+        static_cast<RQ_MSHPrimCollectOffsets *>(into)->append(*static_cast<const RQ_MSHPrimCollectOffsets *>(from));
+    }
+
+private:
+    bool merges_;
+};
+
+/// A binding that ends with the scope.
+struct Bound
+{
+    ELM_PrimitiveTypeId type;
+
+    Bound(const std::shared_ptr<const RQ_MSHPrimCollect> &collector, ELM_PrimitiveTypeId type_) : type(type_)
+    {
+        RQ_MSHPrimCollect::bind(collector, type);
+    }
+    ~Bound() { RQ_MSHPrimCollect::bind(nullptr, type); }
+};
+
+TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
+{
+    const MOD_ConstDetailHandle detail = makeMixedDetail(7, 21000, 24000, false);
+    for (const Variant &variant : kVariants)
+        for (const char *collectors : {"built in", "merging", "not merging"})
+        {
+            SCOPED_TRACE(std::string(variant.what) + ", " + collectors);
+            std::vector<Bound> bound;
+            bound.reserve(1);
+            if (*collectors != 'b')
+                bound.emplace_back(std::make_shared<Recorder>(*collectors == 'm'), ELM_PRIMITIVE_POLYGON);
+            const Refinement refinement(variant, detail);
+            std::string expected;
+            for (const int workers : {1, 2, 3, 8, 64})
+            {
+                const BAS_Threads::Limit limit(workers);
+                tbb::task_arena arena(workers);
+                const std::string text = arena.execute([&] { return textOf(refinement.run()); });
+                if (expected.empty())
+                    expected = text;
+                EXPECT_TRUE(text == expected) << workers << " workers";
+            }
+        }
+}
+
+TEST(Walk, GivesNothingWhenItIsInterrupted)
+{
+    class Stopper final : public BAS_ProgressHandler
+    {
+    public:
+        bool update(const char *, double) override { return ++polls_ > 3; }
+
+    private:
+        std::atomic<int> polls_{0};
+    } stopper;
+    const Refinement refinement(kVariants[0], makeMixedDetail(1, 30000, 40000, false));
+    BAS_ProgressHandler *const before = BAS_ProgressHandler::install(&stopper);
+    EXPECT_TRUE(refinement.run().empty());
+    BAS_ProgressHandler::install(before);
+    EXPECT_FALSE(refinement.run().empty());
+}
+
+TEST(Walk, GoesOnWhileCollectorsAndTypesComeAndGo)
+{
+    const Refinement refinement(kVariants[1], makeMixedDetail(3, 400, 2000, false));
+    const Seen expected = look(refinement.run());
+    std::atomic<bool> stop{false};
+    std::thread binder([&] {
+        for (int i = 0; !stop; ++i)
+            Bound(std::make_shared<Recorder>(i % 2 == 0), ELM_PRIMITIVE_TRIANGLE_FAN);
+    });
+    std::thread adder([] {
+        for (int i = 0; i < 20; ++i)
+            EXPECT_NE(ELM_PrimitiveFactory::add("walk_test_type" + std::to_string(i), "Test", i % 2 == 0),
+                      ELM_PRIMITIVE_NONE);
+    });
+    std::thread asker([&] {
+        while (!stop)
+            EXPECT_NE(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), nullptr);
+    });
+    for (int i = 0; i < 20; ++i)
+        EXPECT_TRUE(look(refinement.run()) == expected);
+    stop = true;
+    for (std::thread *thread : {&binder, &adder, &asker})
+        thread->join();
+}
+
+TEST(Walk, CarriesOffsetsBeyond32Bits)
+{
+    // More points than 32 bits number, of which only what is not zero takes memory.
+    constexpr int64_t kPoints = (int64_t(1) << 31) + 100;
+    MOD_Edit edit{MOD_DetailHandle()};
+    ASSERT_TRUE(edit.appendPoints(kPoints));
+    const int64_t face[] = {0, kPoints - 2, kPoints - 1};
+    ASSERT_TRUE(edit.appendPolygons(3, face, true)) << edit.message();
+    const float position[] = {1, 2, 3};
+    ASSERT_TRUE(edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(kPoints - 1, 1, position));
+    const RQ_PrimitiveHandle primitive = RQ_MSHDetail::makePolygonMesh(edit.commit());
+    const auto *mesh = as<RQ_PrimPolygonMesh>(primitive);
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(mesh->getVertexList()->getStorage(), RQ_STORAGE_INT64);
+    EXPECT_EQ(mesh->getPoint(0, 2), kPoints - 1);
+    const RQ_DataArrayHandle &p = mesh->getShared()->get("P");
+    EXPECT_EQ(p->entries(), kPoints);
+    float row[3] = {};
+    p->fillArray(row, kPoints - 1, 1);
+    EXPECT_EQ(row[2], 3.0f);
+    EXPECT_EQ(p->getF32(kPoints - 2, 2), 0.0f);
+}
+}  // namespace
