@@ -5,9 +5,8 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/detail/clones.h>
-#include <rq/data/detail/half.h>
+#include <rq/data/detail/lanes.h>
 #include <rq/data/detail/stream.h>
-#include <rq/data/detail/truncate.h>
 
 namespace rq
 {
@@ -32,42 +31,32 @@ struct Rows
 
 using RowsFunction = void (*)(const Rows &);
 
-template <class To, class From> RQ_CLONES void convertLoop(const From *from, To *to, int64_t count)
+template <class To, class From> RQ_CLONES void convertIntegers(const From *from, To *to, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
         to[i] = RQconvert<To>(from[i]);
 }
 
-template <class To, class From> void convertSpan(const From *from, To *to, int64_t count);
+#if defined(__x86_64__)
+const bool kHasLanes = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("f16c");
 
-/// Convert by way of Middle, block by block.
-template <class Middle, class To, class From> void convertThrough(const From *from, To *to, int64_t count)
+template <class To, class From> int64_t convertGroups(const From *from, To *to, int64_t count)
 {
-    Middle middle[kBufferValues];
-    for (int64_t i = 0; i < count; i += kBufferValues)
-    {
-        const int64_t length = std::min(count - i, kBufferValues);
-        convertSpan(from + i, middle, length);
-        convertSpan(static_cast<const Middle *>(middle), to + i, length);
-    }
+    return kHasLanes ? lanes::convertGroups(from, to, count) : 0;
 }
+#else
+template <class To, class From> int64_t convertGroups(const From *, To *, int64_t) { return 0; }
+#endif
 
 template <class To, class From> void convertSpan(const From *from, To *to, int64_t count)
 {
     if constexpr (std::same_as<To, From>)
         std::memcpy(static_cast<void *>(to), from, size_t(count) * sizeof(To));
-    else if constexpr (std::same_as<To, PLT_Half> && std::same_as<From, float>)
-        convertHalfs(from, to, count);
-    else if constexpr (std::same_as<From, PLT_Half> && std::same_as<To, float>)
-        convertHalfs(from, to, count);
-    else if constexpr (std::same_as<To, PLT_Half> || std::same_as<From, PLT_Half>)
-        convertThrough<float>(from, to, count);
-    else if constexpr (std::is_floating_point_v<From> && std::same_as<To, int32_t>)
-        truncateValues(from, to, count);
-    else if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To> && sizeof(To) < sizeof(int32_t))
-        convertThrough<int32_t>(from, to, count);
+    else if constexpr (std::is_integral_v<To> && std::is_integral_v<From>)
+        convertIntegers(from, to, count);
     else
-        convertLoop(from, to, count);
+        for (int64_t i = convertGroups(from, to, count); i < count; ++i)
+            to[i] = RQconvert<To>(from[i]);
 }
 
 template <class To, class From> void convertTable(const Rows &table)

@@ -1,5 +1,6 @@
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <numeric>
 
 #include <rq/data/convert.h>
@@ -92,9 +93,65 @@ TEST(Convert, HalfBlocksHaveTheBitsOfHalfValues)
         ASSERT_EQ(rounded[i].bits(), PLT_Half(near[i]).bits()) << "float " << near[i];
 }
 
+// Outputs that are larger than the caches are written past them, in whole stores between the odd ends.
+TEST(Convert, LargeOutputsAreCompleteAtAnyAlignment)
+{
+    std::vector<uint8_t> from((2 << 20) + 1029);
+    std::iota(from.begin(), from.end(), uint8_t(0));
+    std::vector<double> to(from.size() + 2, -1.0);
+    rq::convertValues(from.data(), RQ_STORAGE_UINT8, to.data() + 1, RQ_STORAGE_REAL64, int64_t(from.size()));
+    EXPECT_TRUE(std::equal(from.begin(), from.end(), to.begin() + 1));
+    EXPECT_EQ(to.front() + to.back(), -2.0);
+}
+
 template <class T> class ConvertEvery : public testing::Test
 {};
 TYPED_TEST_SUITE(ConvertEvery, RQ_NumericTestTypes);
+
+// Values where the ways to convert could differ: not-a-numbers of both kinds, infinities, zeros of both signs, values around
+// the ends of every integer type, and all over the place.
+template <class T> std::vector<T> roughValues()
+{
+    std::vector<T> values;
+    for (const auto &c : kFloats)
+        for (const double sign : {1.0, -1.0})
+            values.push_back(RQconvert<T>(sign * c.value));
+    uint64_t bits = 1;
+    for (int i = 0; i < 4096; ++i)
+    {
+        bits = bits * 6364136223846793005u + 1442695040888963407u;
+        T value;
+        const uint64_t rough = i % 2 ? bits : uint64_t(int64_t(bits) >> (i / 2 % 64));
+        std::memcpy(static_cast<void *>(&value), reinterpret_cast<const char *>(&rough) + sizeof(rough) - sizeof(T),
+                    sizeof(T));
+        values.push_back(value);
+        values.push_back(RQconvert<T>(int64_t(rough)));
+    }
+    return values;
+}
+
+// Short spans are converted one by one, long ones in groups where the processor can.
+TYPED_TEST(ConvertEvery, SpansHaveTheBitsOfValues)
+{
+    const std::vector<TypeParam> from = roughValues<TypeParam>();
+    const auto check = [&]<class To>(std::type_identity<To>) {
+        for (const size_t length : {size_t(5), from.size()})
+            for (size_t first = 0; first + length <= from.size(); first += length)
+            {
+                std::vector<To> to(length);
+                rq::convertValues(from.data() + first, RQstorageOf<TypeParam>, to.data(), RQstorageOf<To>, int64_t(length));
+                for (size_t i = 0; i < length; ++i)
+                {
+                    const To expected = RQconvert<To>(from[first + i]);
+                    ASSERT_EQ(std::memcmp(&to[i], &expected, sizeof(To)), 0)
+                        << "value " << first + i << " as " << RQstorage(RQstorageOf<To>) << ": " << double(to[i]) << " for "
+                        << double(expected);
+                }
+            }
+    };
+    for (int slot = 0; slot < 8; ++slot)
+        rq::dispatchStorage(RQ_Storage(slot), check);
+}
 
 // Rows with gaps, fewer components than the source has, gathered backwards: large enough to run in parallel.
 TYPED_TEST(ConvertEvery, RowsAndGatheredRowsMatchValues)
