@@ -109,13 +109,15 @@ template <class T> class ConvertEvery : public testing::Test
 TYPED_TEST_SUITE(ConvertEvery, RQ_NumericTestTypes);
 
 // Values where the ways to convert could differ: not-a-numbers of both kinds, infinities, zeros of both signs, values around
-// the ends of every integer type, and all over the place.
+// the ends of every integer type, integers just above the middle between two floats, and values all over the place.
 template <class T> std::vector<T> roughValues()
 {
     std::vector<T> values;
     for (const auto &c : kFloats)
         for (const double sign : {1.0, -1.0})
             values.push_back(RQconvert<T>(sign * c.value));
+    for (int shift = 24; shift < 63; ++shift)
+        values.push_back(RQconvert<T>((int64_t(1) << shift) + (int64_t(1) << (shift - 24)) + 1));
     uint64_t bits = 1;
     for (int i = 0; i < 4096; ++i)
     {
