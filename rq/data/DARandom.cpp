@@ -5,6 +5,7 @@
 
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/clones.h>
 
 namespace
 {
@@ -17,6 +18,21 @@ constexpr uint64_t scatter(uint64_t bits)
     bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9u;
     bits = (bits ^ (bits >> 27)) * 0x94d049bb133111ebu;
     return bits ^ (bits >> 31);
+}
+
+/// Scatter counters that are kStep apart.
+RQ_CLONES void scatterRun(uint64_t *out, uint64_t counter, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i, counter += kStep)
+        out[i] = scatter(counter);
+}
+
+/// Bits and values go in separate loops: both vectorise then.
+template <class Bits, class Value, class Mapping>
+RQ_CLONES void mapRun(const Bits *bits, Value *out, Mapping mapping, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+        out[i] = mapping(bits[i]);
 }
 
 /// The greatest value below a bound.
@@ -86,25 +102,29 @@ template <RQ_NumericValue T> typename RQ_DARandom<T>::Bits RQ_DARandom<T>::bitsO
 
 template <RQ_NumericValue T> void RQ_DARandom<T>::drawBits(Bits *out, uint64_t first, int64_t count) const
 {
-    int64_t i = 0;
-    if constexpr (sizeof(Bits) == 4)
+    if constexpr (sizeof(Bits) == 8)
+        scatterRun(out, state_ + first * kStep, count);
+    else
     {
-        if (count > 0 && (first & 1))
-            out[i++] = bitsOf(first);
-        for (; i + 2 <= count; i += 2)
+        // One more hash than pairs when the first value is the upper half of one.
+        uint64_t hashes[rq::kBlockEntries / 2 + 1];
+        scatterRun(hashes, state_ + (first >> 1) * kStep, (count + int64_t(first & 1) + 1) / 2);
+        const uint64_t *hash = hashes;
+        int64_t i = 0;
+        if (first & 1)
+            out[i++] = Bits(*hash++ >> 32);
+        for (; i + 2 <= count; i += 2, ++hash)
         {
-            const uint64_t bits = hashOf((first + uint64_t(i)) >> 1);
-            out[i] = Bits(bits);
-            out[i + 1] = Bits(bits >> 32);
+            out[i] = Bits(*hash);
+            out[i + 1] = Bits(*hash >> 32);
         }
+        if (i < count)
+            out[i] = Bits(*hash);
     }
-    for (; i < count; ++i)
-        out[i] = bitsOf(first + uint64_t(i));
 }
 
 template <RQ_NumericValue T> template <class To> void RQ_DARandom<T>::fillRun(To *out, uint64_t first, int64_t count) const
 {
-    // Bits and values go in separate loops, because the second vectorises.
     constexpr bool kDirect = std::same_as<To, T> && std::same_as<T, Drawn>;
     const Mapping mapping = mapping_;
     Bits bits[rq::kBlockEntries];
@@ -115,10 +135,10 @@ template <RQ_NumericValue T> template <class To> void RQ_DARandom<T>::fillRun(To
         const int64_t length = std::min(count - done, rq::kBlockEntries);
         drawBits(bits, first + uint64_t(done), length);
         if constexpr (kDirect)
-            std::transform(bits, bits + length, out + done, mapping);
+            mapRun(bits, out + done, mapping, length);
         else
         {
-            std::transform(bits, bits + length, drawn, mapping);
+            mapRun(bits, drawn, mapping, length);
             rq::convertValues(drawn, RQstorageOf<Drawn>, rounded, RQstorageOf<T>, length);
             rq::convertValues(rounded, RQstorageOf<T>, out + done, RQstorageOf<To>, length);
         }
