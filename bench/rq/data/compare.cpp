@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include <benchmark/benchmark.h>
 
 #include <bench/arrays.h>
@@ -7,6 +9,15 @@ namespace
 /// Values that stay in the second cache, and how often a job goes over them.
 constexpr int64_t kCached = 65536;
 constexpr int64_t kTurns = 256;
+
+/// An equal array must compare as equal, and one with another value at the end as not: 0 when both hold.
+template <class T, class Equal> double comparisonError(const RQ_DANumeric<T> &values, Equal &&equal)
+{
+    RQ_DANumeric<T> other(values);
+    const bool finds = equal(values, other);
+    other.data()[other.entries() - 1] += T(1);
+    return finds && !equal(values, other) ? 0.0 : 1.0;
+}
 
 template <class T> void addHash(const char *job, int64_t count, int64_t turns)
 {
@@ -18,7 +29,10 @@ template <class T> void addHash(const char *job, int64_t count, int64_t turns)
                                                benchmark::DoNotOptimize(values->hash());
                                            return std::shared_ptr<void>();
                                        },
-                                       {}};
+                                       [values] {
+                                           return comparisonError(
+                                               *values, [](const auto &a, const auto &b) { return a.hash() == b.hash(); });
+                                       }};
                 }});
 }
 
@@ -32,7 +46,25 @@ template <class T> void addEqual(const char *job, int64_t count, int64_t turns)
                                                benchmark::DoNotOptimize(left->isEqual(*right));
                                            return std::shared_ptr<void>();
                                        },
-                                       [left, right] { return left->isEqual(*right) ? 0.0 : 1.0; }};
+                                       [left] {
+                                           return comparisonError(*left,
+                                                                  [](const auto &a, const auto &b) { return a.isEqual(b); });
+                                       }};
+                }});
+}
+
+/// What the bus gives to a comparison.
+void addMemcmp()
+{
+    bench::add({"equal_F32", "values16M", "memcmp", 1, double(bench::kValues), double(bench::kValues) * 8.0, false, [] {
+                    const auto left = bench::makeNumbers<float>(bench::kValues),
+                               right = bench::makeNumbers<float>(bench::kValues);
+                    return bench::Work{[left, right] {
+                                           benchmark::DoNotOptimize(
+                                               std::memcmp(left->data(), right->data(), size_t(bench::kValues) * 4));
+                                           return std::shared_ptr<void>();
+                                       },
+                                       {}};
                 }});
 }
 
@@ -44,6 +76,7 @@ const bool registered = [] {
     addEqual<float>("equal_F32", kCached, kTurns);
     addEqual<int32_t>("equal_I32", kCached, kTurns);
     addEqual<float>("equal_F32", bench::kValues, 1);
+    addMemcmp();
     return true;
 }();
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <bench/arrays.h>
 #include <host/bas/CopyCounter.h>
+#include <host/mod/Edit.h>
+#include <rq/bridge/MSHElementArray.h>
 #include <rq/data/DASubArray.h>
 
 namespace
@@ -18,6 +20,18 @@ int64_t copiedBytes()
 
 RQ_DataArrayHandle makeWhole() { return bench::makeNumbers<float>(bench::kRows, 3); }
 RQ_DataArrayHandle makePart() { return RQ_DASubArray::createSubArray(makeWhole(), 5, bench::kRows - 9); }
+
+/// The positions of a detail's points but the first and the last five, which the host holds in one block.
+RQ_DataArrayHandle makeHostBacked()
+{
+    MOD_Edit edit{MOD_DetailHandle()};
+    if (!edit.appendPoints(bench::kRows))
+        return {};
+    edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>();
+    const MOD_ConstDetailHandle detail = edit.commit();
+    const RQ_MSHOffsetList run(ELM_OffsetList(5, bench::kRows - 10));
+    return new RQ_MSHElementArray(detail, &detail.readLock()->positions(), run, ELM_OWNER_POINT);
+}
 
 /// Its error is the number of bytes that one call copies.
 void addReading(const char *mesh, RQ_DataArrayHandle (*make)())
@@ -44,6 +58,7 @@ void addReading(const char *mesh, RQ_DataArrayHandle (*make)())
 const bool registered = [] {
     addReading("numeric4Mx3", makeWhole);
     addReading("subarray4Mx3", makePart);
+    addReading("host4Mx3", makeHostBacked);
     return true;
 }();
 }  // namespace
