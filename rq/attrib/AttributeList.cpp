@@ -1,8 +1,9 @@
 #include <rq/attrib/AttributeList.h>
 
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
+
+#include <fmt/format.h>
 
 #include <host/bas/JSONWriter.h>
 #include <host/bas/MemoryTracker.h>
@@ -125,10 +126,10 @@ void RQ_AttributeList::dumpList(const char *label, bool values) const
                 continue;
             }
             const char *storage = RQstorage(array->getStorage());
-            const char *type = RQtype(array->getTypeInfo());
-            std::printf("  %s:%d%s%s %s [%" PRId64 "] (%s) id=%" PRIu64 " %" PRIu64 "b\n", storage ? storage : "",
-                        int(array->getTupleSize()), *type ? " " : "", type, it.getName().c_str(), array->entries(),
-                        array->className(), uint64_t(array->getDataId()), uint64_t(array->getMemoryUsage()));
+            const std::string type = RQtype(array->getTypeInfo()), suffix = type.empty() ? "" : " " + type;
+            fmt::print("  {}:{}{} {} [{}] ({}) id={} {}b\n", storage ? storage : "", array->getTupleSize(), suffix,
+                       it.getName().view(), array->entries(), array->className(), uint64_t(array->getDataId()),
+                       array->getMemoryUsage());
             if (values)
                 array->dumpValues(nullptr);
         }

@@ -7,6 +7,7 @@
 #include <rq/data/Values.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/copyEntries.h>
 
 namespace
 {
@@ -25,22 +26,44 @@ RQ_DAIndirect::RQ_DAIndirect(const RQ_DataArrayHandle &source, const RQ_DataArra
 
 namespace
 {
-/// The entries that `indices` show in the array at the end of a chain of views, outermost view first.
-template <class T>
-RQ_DataArrayHandle composeIndices(const RQ_DataArray &indices, const BAS_Array<const RQ_DAInherit *> &views)
+/// Replace entries of `array` by those that they show at the end of its chain of views; answers the array there.
+const RQ_DataArrayHandle &followViews(const RQ_DataArrayHandle &array, int64_t *rows, int64_t count)
 {
-    const rq::Values<int64_t> outer(indices);
-    const BAS_IntrusivePtr<RQ_DANumeric<T>> inner(new RQ_DANumeric<T>(outer.size()));
-    host::parallelForRange(outer.size(), kEntriesPerPiece, [&](int64_t begin, int64_t end) {
-        for (int64_t i = begin; i < end; ++i)
+    const auto *view = dynamic_cast<const RQ_DAInherit *>(array.get());
+    if (!view || !view->source())
+        return array;
+    if (const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view))  // spares the virtual calls
+        for (int64_t i = 0; i < count; ++i)
+            rows[i] = indirect->getIndirect(rows[i]);
+    else
+        for (int64_t i = 0; i < count; ++i)
+            rows[i] = view->getIndirect(rows[i]);
+    return followViews(view->source(), rows, count);
+}
+
+/// Call `visit(rows, first, count)` for the entries at the end of the chain that a block of indices shows, in parallel.
+template <class Visitor> void visitRows(const RQ_DAIndirect &view, int64_t start, int64_t length, Visitor &&visit)
+{
+    host::parallelForRange(length, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
+        int64_t rows[rq::kBlockEntries];
+        for (int64_t count; begin < end; begin += count)
         {
-            int64_t index = outer[i];
-            for (const RQ_DAInherit *view : views)
-                index = view->getIndirect(index);
-            inner->data()[i] = T(index);
+            count = std::min(end - begin, rq::kBlockEntries);
+            for (int64_t i = 0; i < count; ++i)
+                rows[i] = view.getIndirect(start + begin + i);
+            followViews(view.source(), rows, count);
+            visit(static_cast<const int64_t *>(rows), begin, count);
         }
     });
-    return inner;
+}
+
+template <class T> RQ_DataArrayHandle composeIndices(const RQ_DAIndirect &view)
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<T>> composed(new RQ_DANumeric<T>(view.entries()));
+    visitRows(view, 0, view.entries(), [&](const int64_t *rows, int64_t first, int64_t count) {
+        std::copy_n(rows, count, composed->data() + first);
+    });
+    return composed;
 }
 }  // namespace
 
@@ -49,23 +72,56 @@ RQ_DataArrayHandle RQ_DAIndirect::createIndirect(const RQ_DataArrayHandle &sourc
 {
     if (!source || !indices || !indices->checkIndexing(RQ_INDEXING_AUTO))
         return {};
-    BAS_Array<const RQ_DAInherit *> views;
-    RQ_DataArrayHandle root = source;
-    for (const RQ_DAInherit *view; flatten && (view = dynamic_cast<const RQ_DAInherit *>(root.get())) && view->source();)
-    {
-        views.push_back(view);
-        root = view->source();
-    }
-    if (views.empty())
-        return RQ_DataArrayHandle(new RQ_DAIndirect(source, indices));
+    const BAS_IntrusivePtr<RQ_DAIndirect> view(new RQ_DAIndirect(source, indices));
+    return flatten ? view->flatten() : RQ_DataArrayHandle(view);
+}
+
+RQ_DataArrayHandle RQ_DAIndirect::flatten() const
+{
+    const RQ_DataArrayHandle &root = followViews(source_, nullptr, 0);
+    if (root == source_)
+        return RQ_DataArrayHandle(const_cast<RQ_DAIndirect *>(this));
     const bool narrow = root->entries() <= std::numeric_limits<int32_t>::max();
-    const RQ_DataArrayHandle composed =
-        narrow ? composeIndices<int32_t>(*indices, views) : composeIndices<int64_t>(*indices, views);
-    return RQ_DataArrayHandle(new RQ_DAIndirect(root, composed));
+    return RQ_DataArrayHandle(
+        new RQ_DAIndirect(root, narrow ? composeIndices<int32_t>(*this) : composeIndices<int64_t>(*this)));
+}
+
+const RQ_DAIndirect *RQ_DAIndirect::flattened() const
+{
+    if (!flattened_ && !claimed_.test_and_set())
+    {
+        // The others read the long way meanwhile: nobody waits for a parallel loop.
+        flat_ = flatten();
+        flat_->copyDataId(*source_);
+        flattened_ = static_cast<const RQ_DAIndirect *>(flat_.get());
+    }
+    const RQ_DAIndirect *flat = flattened_;
+    return flat && flat->getDataId() == source_->getDataId() ? flat : nullptr;
+}
+
+RQ_DataArrayHandle RQ_DAIndirect::harden() const
+{
+    return hasArrayEntries() ? rq::copyEntries(*this) : RQ_TypedArray::harden();
+}
+
+void RQ_DAIndirect::updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment)
+{
+    RQ_DAInherit::updateGeoDetail(detail, name, owner, segment);
+    if (flattened_ && source_ && !flattened())
+    {
+        flattened_ = nullptr;
+        flat_ = nullptr;
+        claimed_.clear();
+    }
 }
 
 const char *RQ_DAIndirect::className() const { return "RQ_DAIndirect"; }
-int64_t RQ_DAIndirect::getMemoryUsage() const { return int64_t(sizeof(*this)) + indices_->getMemoryUsage(); }
+
+int64_t RQ_DAIndirect::getMemoryUsage() const
+{
+    const RQ_DAIndirect *flat = flattened_;
+    return int64_t(sizeof(*this)) + indices_->getMemoryUsage() + (flat ? flat->getMemoryUsage() : 0);
+}
 
 template <RQ_NumericValue T> T RQ_DAIndirect::valueAs(int64_t offset, int component) const
 {
@@ -75,41 +131,24 @@ template <RQ_NumericValue T> T RQ_DAIndirect::valueAs(int64_t offset, int compon
 template <RQ_NumericValue T>
 void RQ_DAIndirect::fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const
 {
-    const void *values = source_->getBackingData();
-    const int64_t tuple = getTupleSize();
-    if (values && indices32_)
-        rq::gatherRows(values, getStorage(), tuple, indices32_ + start, out, RQstorageOf<T>, stride, components, length);
-    else if (values)
-        rq::gatherRows(values, getStorage(), tuple, indices64_ + start, out, RQstorageOf<T>, stride, components, length);
-    else
-        host::parallelForRange(length, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
-            for (int64_t i = begin; i < end; i += rq::kBlockEntries)
-                fillThroughViews(out + i * stride, start + i, std::min(end - i, rq::kBlockEntries), components, stride);
-        });
-}
-
-template <RQ_NumericValue T>
-void RQ_DAIndirect::fillThroughViews(T *out, int64_t start, int64_t length, int components, int stride) const
-{
-    int64_t rows[rq::kBlockEntries];
-    for (int64_t i = 0; i < length; ++i)
-        rows[i] = getIndirect(start + i);
-    const RQ_DataArray *source = source_.get();
-    while (const auto *view = source->getBackingData() ? nullptr : dynamic_cast<const RQ_DAInherit *>(source))
-    {
-        if (const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view))
-            for (int64_t i = 0; i < length; ++i)
-                rows[i] = indirect->getIndirect(rows[i]);
+    const auto gather = [&](const RQ_DataArray &from, const auto *rows, int64_t first, int64_t count) {
+        T *to = out + first * stride;
+        if (const void *values = from.getBackingData())
+            rq::gatherRows(values, getStorage(), getTupleSize(), rows, to, RQstorageOf<T>, stride, components, count);
         else
-            for (int64_t i = 0; i < length; ++i)
-                rows[i] = view->getIndirect(rows[i]);
-        source = view->source().get();
-    }
-    if (const void *values = source->getBackingData())
-        rq::gatherRows(values, getStorage(), getTupleSize(), rows, out, RQstorageOf<T>, stride, components, length);
-    else
-        for (int64_t i = 0; i < length; ++i)
-            source->import(rows[i], out + i * stride, components);
+            for (int64_t i = 0; i < count; ++i)
+                from.import(rows[i], to + i * stride, components);
+    };
+    if (source_->getBackingData() && indices32_)
+        return gather(*source_, indices32_ + start, 0, length);
+    if (source_->getBackingData())
+        return gather(*source_, indices64_ + start, 0, length);
+    const RQ_DataArrayHandle &root = followViews(source_, nullptr, 0);
+    const RQ_DAIndirect *flat = root != source_ && length >= rq::kBlockEntries ? flattened() : nullptr;
+    if (flat)
+        return flat->fillBlock(out, start, length, components, stride);
+    visitRows(*this, start, length,
+              [&](const int64_t *rows, int64_t first, int64_t count) { gather(*root, rows, first, count); });
 }
 
 template class RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>;

@@ -5,6 +5,7 @@
 
 #include <host/elm/Attribute.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/copyEntries.h>
 
 namespace
 {
@@ -108,6 +109,9 @@ RQ_DataArrayHandle RQ_DAList::createList(const BAS_Array<RQ_DataArrayHandle> &pa
 }
 
 const char *RQ_DAList::className() const { return "RQ_DAList"; }
+
+RQ_DataArrayHandle RQ_DAList::harden() const { return hasArrayEntries() ? rq::copyEntries(*this) : RQ_TypedArray::harden(); }
+
 RQ_Storage RQ_DAList::getStorage() const { return parts_.empty() ? RQ_STORAGE_INVALID : parts_[0]->getStorage(); }
 int64_t RQ_DAList::getTupleSize() const { return parts_.empty() ? 0 : parts_[0]->getTupleSize(); }
 RQ_Type RQ_DAList::getTypeInfo() const { return parts_.empty() ? RQ_TYPE_NONE : parts_[0]->getTypeInfo(); }

@@ -30,6 +30,7 @@ public:
     const BAS_Array<RQ_DataArrayHandle> &parts() const { return parts_; }
 
     const char *className() const override;
+    RQ_DataArrayHandle harden() const override;
     RQ_Storage getStorage() const override;
     int64_t entries() const override { return ends_.empty() ? 0 : ends_.back(); }
     int64_t itemSize(int64_t offset) const override;

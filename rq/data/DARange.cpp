@@ -33,7 +33,7 @@ const char *RQ_DARange::className() const { return "RQ_DARange"; }
 RQ_Storage RQ_DARange::getStorage() const
 {
     // Deliberately narrower than 32 bits.
-    constexpr int64_t kLimit = (int64_t(1) << 27) - 1;
+    constexpr int64_t kLimit = 134217727;  // 2^27 - 1
     const bool fits = std::min(start_, end_) >= -kLimit && std::max(start_, end_) <= kLimit;
     return fits ? RQ_STORAGE_INT32 : RQ_STORAGE_INT64;
 }

@@ -6,29 +6,36 @@
 
 namespace
 {
-// A value costs 0.1 to 1 ns, so a block of three components is 5 to 50 us of work.
+// A value costs 0.3 to 1 ns through views, so a block of three components is 15 to 50 us of work.
 constexpr int64_t kEntriesPerBlock = 16384;
+
+// In memory it costs 0.05 ns.
+constexpr int64_t kEntriesPerMemoryBlock = 65536;
 
 // Whole tuples of 1, 2, 3, 4, 6, 8, 12 and 24 components fit, and enough independent minima to keep the processor busy.
 constexpr int64_t kLanes = 24;
 
-/// The comparisons are false for not-a-number.  Answers how many values were seen: all whole groups of lanes.
+// Memory answers several streams faster than one: 0.47 against 0.72 ns for three floats.
+constexpr int64_t kStreams = 4;
+
+/// The comparisons are false for not-a-number.  Answers how many values were seen: whole groups of lanes in every stream.
 template <class T> RQ_CLONES int64_t findLaneExtremes(const T *values, int64_t count, T *lowest, T *highest)
 {
     T low[kLanes], high[kLanes];
     std::copy_n(lowest, kLanes, low);
     std::copy_n(highest, kLanes, high);
-    int64_t i = 0;
-    for (; i + kLanes <= count; i += kLanes)
-        for (int64_t lane = 0; lane < kLanes; ++lane)
-        {
-            const T value = values[i + lane];
-            low[lane] = value < low[lane] ? value : low[lane];
-            high[lane] = value > high[lane] ? value : high[lane];
-        }
+    const int64_t length = count / (kLanes * kStreams) * kLanes;
+    for (int64_t i = 0; i < length; i += kLanes)
+        for (int64_t stream = 0; stream < kStreams; ++stream)
+            for (int64_t lane = 0; lane < kLanes; ++lane)
+            {
+                const T value = values[stream * length + i + lane];
+                low[lane] = value < low[lane] ? value : low[lane];
+                high[lane] = value > high[lane] ? value : high[lane];
+            }
     std::copy_n(low, kLanes, lowest);
     std::copy_n(high, kLanes, highest);
-    return i;
+    return length * kStreams;
 }
 
 /// Least and greatest value of every component.  A component without any value keeps a minimum above its maximum.
@@ -95,8 +102,8 @@ private:
 // Without values, what consumers test for.
 void makeEmptyRange(double &min, double &max)
 {
-    min = 0x1.fffffep+126;
-    max = -0x1p-127;
+    min = 1.7014117331926443e38;
+    max = -5.877471754111438e-39;
 }
 }  // namespace
 
@@ -106,7 +113,7 @@ bool RQ_DataArray::computeMinMax(double *min, double *max) const
         using Value = typename decltype(tag)::type;
         using T = std::conditional_t<std::same_as<Value, PLT_Half>, float, Value>;
         const auto all = host::parallelReduce(
-            entries(), kEntriesPerBlock, Extremes<T>(getTupleSize()),
+            entries(), getBackingData() ? kEntriesPerMemoryBlock : kEntriesPerBlock, Extremes<T>(getTupleSize()),
             [&](int64_t begin, int64_t end) {
                 Extremes<T> part(getTupleSize());
                 rq::visitTuples<T>(*this, begin, end, [&](const T *values, int64_t, int64_t count) {

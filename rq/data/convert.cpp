@@ -83,74 +83,6 @@ RowsFunction findFunction(RQ_Storage fromStorage, RQ_Storage toStorage)
     });
     return function;
 }
-
-// Gathering moves values of kSize bytes without looking at them.
-template <int kSize, class Index>
-void gatherRaw(const char *from, int64_t fromStride, const Index *indices, char *to, int64_t toStride, int64_t components,
-               int64_t rows)
-{
-    const int64_t rowBytes = components * kSize;
-    if (components == 1 || components == 3)
-        for (int64_t row = 0; row < rows; ++row)
-        {
-            const char *source = from + indices[row] * fromStride * kSize;
-            char *target = to + row * toStride * kSize;
-            if (components == 1)
-                std::memcpy(target, source, kSize);
-            else
-                std::memcpy(target, source, 3 * kSize);
-        }
-    else
-        for (int64_t row = 0; row < rows; ++row)
-            std::memcpy(to + row * toStride * kSize, from + indices[row] * fromStride * kSize, size_t(rowBytes));
-}
-
-template <class Index>
-void gatherOfSize(int size, const void *from, int64_t fromStride, const Index *indices, void *to, int64_t toStride,
-                  int64_t components, int64_t rows)
-{
-    const auto gather = size == 1   ? gatherRaw<1, Index>
-                        : size == 2 ? gatherRaw<2, Index>
-                        : size == 4 ? gatherRaw<4, Index>
-                                    : gatherRaw<8, Index>;
-    gather(static_cast<const char *>(from), fromStride, indices, static_cast<char *>(to), toStride, components, rows);
-}
-
-template <class Index>
-void gatherPiece(const void *from, RQ_Storage fromStorage, int64_t fromStride, const Index *indices, void *to,
-                 RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
-{
-    const int size = RQsizeof(fromStorage);
-    if (fromStorage == toStorage)
-        return gatherOfSize(size, from, fromStride, indices, to, toStride, components, rows);
-    // Rows of more components than the buffer holds go in parts.
-    alignas(8) char buffer[kBufferValues * sizeof(int64_t)];
-    const int64_t width = std::min(components, kBufferValues);
-    const int64_t height = std::max<int64_t>(1, kBufferValues / width);
-    for (int64_t c = 0; c < components; c += width)
-        for (int64_t row = 0; row < rows; row += height)
-        {
-            const int64_t columns = std::min(width, components - c);
-            const int64_t count = std::min(height, rows - row);
-            gatherOfSize(size, static_cast<const char *>(from) + c * size, fromStride, indices + row, buffer, columns,
-                         columns, count);
-            convertRows(buffer, fromStorage, columns, static_cast<char *>(to) + (row * toStride + c) * RQsizeof(toStorage),
-                        toStorage, toStride, columns, count);
-        }
-}
-
-template <class Index>
-void gatherParallel(const void *from, RQ_Storage fromStorage, int64_t fromStride, const Index *indices, void *to,
-                    RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
-{
-    if (components < 1 || !findFunction(fromStorage, toStorage))
-        return;
-    const int64_t toRow = toStride * RQsizeof(toStorage);
-    host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
-        gatherPiece(from, fromStorage, fromStride, indices + begin, static_cast<char *>(to) + begin * toRow, toStorage,
-                    toStride, components, end - begin);
-    });
-}
 }  // namespace
 
 void convertRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, void *to, RQ_Storage toStorage,
@@ -172,17 +104,5 @@ void convertRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, v
 void convertValues(const void *from, RQ_Storage fromStorage, void *to, RQ_Storage toStorage, int64_t count)
 {
     convertRows(from, fromStorage, 1, to, toStorage, 1, 1, count);
-}
-
-void gatherRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, const int64_t *indices, void *to,
-                RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
-{
-    gatherParallel(from, fromStorage, fromStride, indices, to, toStorage, toStride, components, rows);
-}
-
-void gatherRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, const int32_t *indices, void *to,
-                RQ_Storage toStorage, int64_t toStride, int64_t components, int64_t rows)
-{
-    gatherParallel(from, fromStorage, fromStride, indices, to, toStorage, toStride, components, rows);
 }
 }  // namespace rq

@@ -79,21 +79,39 @@ template <class Index> void addGather(const char *mesh, Indices<Index> (*make)()
     bench::add({job, mesh, "ours", 2, rows, bytes, false, [make] { return gatherOurs<Index>(make()); }});
 }
 
-/// A view of a view of a view, stacked or flattened, read into memory that is reused.
-void addNested(const char *who, bool flatten)
+/// A view of a view of a view, read into memory that is reused: stacked or flattened, and stacked when read for the first
+/// time.
+enum class Nested
 {
-    bench::add(
-        {"view_of_view_of_view", "grid4M", who, 1, double(bench::kRows), double(bench::kRows) * 28.0, false, [flatten] {
-             RQ_DataArrayHandle view = makeSource();
-             for (int level = 0; level < 3; ++level)
-                 view = RQ_DAIndirect::createIndirect(view, makeGrid<int32_t>(), flatten);
-             const auto to = bench::makeNumbers<float>(bench::kRows, 3);
-             return bench::Work{[view, to] {
-                                    view->fillArray(to->data(), 0, bench::kRows);
-                                    return std::shared_ptr<void>();
-                                },
-                                {}};
-         }});
+    stacked,
+    flattened,
+    readOnce
+};
+
+RQ_DataArrayHandle makeNested(const RQ_DataArrayHandle &source, const Indices<int32_t> &indices, bool flatten)
+{
+    RQ_DataArrayHandle view = source;
+    for (int level = 0; level < 3; ++level)
+        view = RQ_DAIndirect::createIndirect(view, indices, flatten);
+    return view;
+}
+
+void addNested(const char *who, Nested form)
+{
+    bench::add({"view_of_view_of_view", "grid4M", who, 1, double(bench::kRows), double(bench::kRows) * 28.0, false, [form] {
+                    const auto source = makeSource(), to = makeSource();
+                    const auto indices = makeGrid<int32_t>(), composed = makeGrid<int32_t>();
+                    for (int64_t i = 0; i < bench::kRows; ++i)
+                        composed->data()[i] = indices->data()[indices->data()[indices->data()[i]]];
+                    const RQ_DataArrayHandle view = makeNested(source, indices, form == Nested::flattened);
+                    return bench::Work{[=] {
+                                           const RQ_DataArrayHandle read =
+                                               form == Nested::readOnce ? makeNested(source, indices, false) : view;
+                                           read->fillArray(to->data(), 0, bench::kRows);
+                                           return std::shared_ptr<void>();
+                                       },
+                                       [=] { return gatherError(*view, *source, *composed); }};
+                }});
 }
 
 const bool registered = [] {
@@ -101,8 +119,9 @@ const bool registered = [] {
     addGather<int64_t>("grid4M", makeGrid<int64_t>);
     addGather<int32_t>("random4M", makeRandom<int32_t>);
     addGather<int64_t>("random4M", makeRandom<int64_t>);
-    addNested("ours", false);
-    addNested("flattened", true);
+    addNested("ours", Nested::stacked);
+    addNested("flattened", Nested::flattened);
+    addNested("ours, read once", Nested::readOnce);
     return true;
 }();
 }  // namespace

@@ -4,6 +4,7 @@
 #include <rq/data/DAClamp.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndirect.h>
+#include <rq/data/DAList.h>
 #include <rq/data/DANumericArray.h>
 #include <rq/data/DARandom.h>
 #include <rq/data/DARange.h>
@@ -113,13 +114,17 @@ TYPED_TEST(EveryOwnArray, ArraysOfNumbersAreReadAlone)
     const std::pair<RQ_DataArrayHandle, std::vector<int64_t>> views[] = {
         {array, {0, 1, 2, 3}},
         {RQ_DASubArray::createSubArray(array, 1, 2), {1, 2}},
+        {RQ_DAIndirect::createIndirect(array, makeArray<int32_t>({3, 1, 0})), {3, 1, 0}},
+        {RQ_DAList::createList({array, array}), {0, 1, 2, 3, 0, 1, 2, 3}},
         {RQ_DAConstant::createConstant(array, 2, 3), {2, 2, 2}},
     };
     const std::vector<float> entries[] = {{1, 2}, {}, {3, 4, 5}, {6}};
     for (const auto &[view, places] : views)
     {
         ASSERT_TRUE(view->hasArrayEntries());
-        EXPECT_EQ(view->harden(), view);
+        const RQ_DataArrayHandle owned = view->harden();
+        EXPECT_TRUE(owned->isEqual(*view));
+        EXPECT_EQ(owned->getDataId(), view->getDataId());
         BAS_Array<T> data;
         BAS_Array<int> sizes, expectedSizes;
         std::vector<float> expected;
@@ -187,6 +192,8 @@ TEST(DATextArray, KnowsWhereEntriesEnd)
     const RQ_DataArrayHandle array = make({1, 0, 2});
     Strings strings = {"x"};
     EXPECT_TRUE(RQ_DASubArray::createSubArray(array, 1, 2)->import(1, strings));
+    EXPECT_EQ(strings, (Strings{"b", "c"}));
+    EXPECT_TRUE(RQ_DASubArray::createSubArray(array, 1, 2)->harden()->import(1, strings));
     EXPECT_EQ(strings, (Strings{"b", "c"}));
     EXPECT_EQ(array->getS(2, 1), "c");
     EXPECT_TRUE(array->getS(2, 2).isEmpty());
