@@ -59,8 +59,14 @@ RQ_AttributeListHandle RQ_AttributeList::createIndirect(const RQ_DataArrayHandle
 {
     const int64_t id = indices ? indices->getDataId() : -1;
     const uint64_t key = rq::viewKey(rq::View::INDIRECT, {uint64_t(id)});
+    // Computed or narrow indices are written to memory once, not by each view.
+    RQ_DataArrayHandle held = indices;
+    if (indices && indices->checkIndexing(RQ_INDEXING_64))
+        indices->getI64Array(held);
+    else if (indices && indices->checkIndexing(RQ_INDEXING_AUTO))
+        indices->getI32Array(held);
     return derived([&](const RQ_DataArrayHandle &array) {
-        const RQ_DataArrayHandle view = RQ_DAIndirect::createIndirect(array, indices, flatten);
+        const RQ_DataArrayHandle view = RQ_DAIndirect::createIndirect(array, held, flatten);
         rq::setViewId(view, array, key);
         if (id == -1 && rq::isFresh(view))
             view->setDataId(-1);
