@@ -179,4 +179,31 @@ TYPED_TEST(ConvertEvery, RowsAndGatheredRowsMatchValues)
     check(PLT_Half());
     check(double());
 }
+// Large enough to pass the caches by; the output may begin between two stores.
+TEST(Convert, LargeGathersAreExact)
+{
+    constexpr int64_t kRows = 1500003;
+    const auto array = countingArray<float>(1000, 3);
+    std::vector<int32_t> narrow(kRows);
+    std::vector<int64_t> wide(kRows);
+    for (int64_t i = 0; i < kRows; ++i)
+        wide[size_t(i)] = narrow[size_t(i)] = int32_t(i * 7919 % 1000);
+    std::vector<float> out(kRows * 3 + 5);
+    const auto check = [&](const auto *indices, int64_t shift) {
+        std::fill(out.begin(), out.end(), 777.0f);
+        rq::gatherRows(array->data(), RQ_STORAGE_REAL32, 3, indices, out.data() + shift, RQ_STORAGE_REAL32, 3, 3, kRows);
+        int64_t wrong = 0;
+        for (int64_t i = 0; i < kRows; ++i)
+            wrong += !std::equal(array->data() + 3 * wide[size_t(i)], array->data() + 3 * wide[size_t(i)] + 3,
+                                 out.data() + shift + 3 * i);
+        EXPECT_EQ(wrong, 0);
+        EXPECT_EQ(std::count(out.begin(), out.end(), 777.0f), 5) << "writes outside";
+    };
+    for (const int64_t shift : {0, 1, 2, 3})
+    {
+        SCOPED_TRACE(shift);
+        check(narrow.data(), shift);
+        check(wide.data(), shift);
+    }
+}
 }  // namespace

@@ -154,32 +154,4 @@ TEST(LoadArray, SaysWhatIsWrong)
         EXPECT_EQ(error, message) << text;
     }
 }
-
-TEST(DAIndexedDict, IsWhatHardenedDictionariesAre)
-{
-    const BAS_Array<BAS_OptionsHolder> dicts = {options(1.0), {}, options(2.0), options(1.0)};
-    for (const RQ_DataArrayHandle &array :
-         {RQ_DataArrayHandle(new RQ_DADict(dicts)), RQ_DAIndexedDict::createIndexed(dicts.data(), 4)})
-    {
-        const RQ_DataArrayHandle view = RQ_DAIndirect::createIndirect(array, makeArray<int32_t>({2, 1, 3}));
-        const RQ_DataArrayHandle owned = view->harden();
-        ASSERT_TRUE(owned);
-        EXPECT_STREQ(owned->className(), "RQ_DAIndexedDict");
-        EXPECT_TRUE(owned->isEqual(*view));
-        EXPECT_EQ(owned->hash(), view->hash());
-        EXPECT_EQ(owned->getDictIndexCount(), 2);
-        EXPECT_EQ(owned->getDictIndex(1), -1);
-        EXPECT_TRUE(owned->getDict(1).isEmpty());
-        BAS_Array<BAS_OptionsHolder> distinct, filled(3);
-        owned->getDictionaries(distinct);
-        EXPECT_EQ(distinct, (BAS_Array<BAS_OptionsHolder>{options(2.0), options(1.0)}));
-        view->fillDictionaryArray(filled.data(), 0, 3);
-        EXPECT_EQ(filled[2], options(1.0));
-        double min, max;
-        EXPECT_TRUE(view->getMinMax(&min, &max));
-        EXPECT_EQ(max, 0.0);
-        EXPECT_EQ(view->getStringIndexCount(), -1);
-        EXPECT_TRUE(view->getS(0).isEmpty());
-    }
-}
 }  // namespace

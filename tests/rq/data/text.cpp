@@ -8,6 +8,7 @@
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DARange.h>
 #include <rq/data/DASubArray.h>
+#include <rq/data/DAText.h>
 
 #include "arrays.h"
 
@@ -49,30 +50,61 @@ TEST(DAIndexedString, KeepsDistinctTextsOnce)
     EXPECT_EQ(RQ_DAIndexedString({"a"}, {0, 5, -7}).getS(1), BAS_StringHolder()) << "an index past the list";
 }
 
-TEST(DAIndexedString, IsSeenThroughViewsAndHardened)
+template <class Value> class EveryText : public testing::Test
+{};
+using TextTypes = testing::Types<BAS_StringHolder, BAS_OptionsHolder>;
+TYPED_TEST_SUITE(EveryText, TextTypes);
+
+template <class Value> Value valueOf(int number)
 {
-    const RQ_DataArrayHandle back = RQ_DAIndirect::createIndirect(colours(), makeArray<int32_t>({5, 4, 3}));
-    const RQ_DataArrayHandle window = RQ_DASubArray::createSubArray(back, 1, 2);
-    EXPECT_EQ(read(*back), (Strings{"green", "blue", "red"}));
-    EXPECT_EQ(read(*RQ_DAConstant::createConstant(back, 1, 2)), (Strings{"blue", "blue"}));
-    const RQ_DataArrayHandle owned = window->harden();
-    EXPECT_STREQ(owned->className(), "RQ_DAIndexedString");
-    EXPECT_EQ(read(*owned), (Strings{"blue", "red"}));
-    EXPECT_EQ(owned->getStringIndexCount(), 2) << "texts that no entry shows are left behind";
-    EXPECT_EQ(owned->getDataId(), window->getDataId());
-    EXPECT_TRUE(owned->isEqual(*window));
-    EXPECT_EQ(owned->hash(), window->hash());
+    if constexpr (std::same_as<Value, BAS_StringHolder>)
+        return number ? BAS_StringHolder(std::to_string(number)) : BAS_StringHolder();
+    else
+    {
+        BAS_Options options;
+        if (number)
+            options.set("n", double(number));
+        return BAS_OptionsHolder(options);
+    }
 }
 
-TEST(DataArray, NumbersHaveNoText)
+TYPED_TEST(EveryText, IsSeenThroughViewsAndHardened)
 {
-    const RQ_DataArrayHandle array = makeArray<float>({1});
-    Strings strings = {"x"};
-    EXPECT_TRUE(array->getS(0).isEmpty());
-    EXPECT_EQ(array->getStringIndexCount(), -1);
-    array->getStrings(strings);
-    EXPECT_TRUE(strings.empty());
-    EXPECT_FALSE(array->import(0, strings));
+    using Value = TypeParam;
+    constexpr bool kStrings = std::same_as<Value, BAS_StringHolder>;
+    const BAS_Array<Value> values = {valueOf<Value>(1), valueOf<Value>(0), valueOf<Value>(2), valueOf<Value>(1)};
+    for (const RQ_DataArrayHandle &array :
+         {RQ_DataArrayHandle(new RQ_DAText<Value>(values)), RQ_DAIndexedText<Value>::createIndexed(values.data(), 4)})
+    {
+        const RQ_DataArrayHandle back = RQ_DAIndirect::createIndirect(array, makeArray<int32_t>({0, 2, 1, 3}));
+        const RQ_DataArrayHandle view = RQ_DASubArray::createSubArray(back, 1, 3);
+        const RQ_DataArrayHandle owned = view->harden();
+        EXPECT_STREQ(owned->className(), kStrings ? "RQ_DAIndexedString" : "RQ_DAIndexedDict");
+        EXPECT_EQ(owned->getDataId(), view->getDataId());
+        EXPECT_TRUE(owned->isEqual(*view));
+        EXPECT_EQ(owned->hash(), view->hash());
+        EXPECT_EQ(kStrings ? owned->getStringIndexCount() : owned->getDictIndexCount(), 2);
+        EXPECT_EQ(kStrings ? owned->getDictIndexCount() : owned->getStringIndexCount(), -1);
+        EXPECT_EQ(kStrings ? owned->getStringIndex(1) : owned->getDictIndex(1), -1);
+        BAS_Array<Value> distinct, filled(3);
+        if constexpr (kStrings)
+        {
+            owned->getStrings(distinct);
+            view->fillStringArray(filled.data(), 0, 3);
+            EXPECT_EQ(RQ_DAConstant::createConstant(back, 1, 2)->getS(1), values[2]);
+        }
+        else
+        {
+            owned->getDictionaries(distinct);
+            view->fillDictionaryArray(filled.data(), 0, 3);
+            EXPECT_EQ(RQ_DAConstant::createConstant(back, 1, 2)->getDict(1), values[2]);
+        }
+        EXPECT_EQ(distinct, (BAS_Array<Value>{values[2], values[0]}));
+        EXPECT_EQ(filled, (BAS_Array<Value>{values[2], values[1], values[3]}));
+        double min, max;
+        EXPECT_EQ(view->getMinMax(&min, &max), !kStrings);
+        EXPECT_EQ(min, kStrings ? std::numeric_limits<double>::max() : 0.0);
+    }
 }
 
 TEST(DataArray, SavesValues)
