@@ -48,6 +48,21 @@ void ELM_Attribute::resize(int64_t size)
     std::visit([size](auto &values) { values.resize(size); }, values_);
 }
 
+void ELM_Attribute::reset(int64_t first, int64_t count)
+{
+    std::visit([&](auto &values) { values.reset(first, count); }, values_);
+}
+
+void ELM_Attribute::rearrange(const ELM_OffsetList &rows)
+{
+    std::visit([&](auto &values) { values.rearrange(rows); }, values_);
+}
+
+void ELM_Attribute::reverse(int64_t first, int64_t count)
+{
+    std::visit([&](auto &values) { values.reverse(first, count); }, values_);
+}
+
 void ELM_Attribute::defragment()
 {
     std::visit([](auto &values) { values.defragment(); }, values_);

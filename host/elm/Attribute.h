@@ -96,6 +96,11 @@ public:
     /// Change the number of rows; new ones hold zeros (no string).
     void resize(int64_t size);
 
+    /// Let rows hold zeros (no string) again, let row i be what row `rows[i]` was, and turn the rows of a run about.
+    void reset(int64_t first, int64_t count);
+    void rearrange(const ELM_OffsetList &rows);
+    void reverse(int64_t first, int64_t count);
+
     void defragment();
     int64_t memoryUsage() const;
 

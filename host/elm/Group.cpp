@@ -2,62 +2,120 @@
 
 #include <algorithm>
 
-ELM_GroupHandle ELM_Group::clone() const
+ELM_OffsetBits &ELM_Group::own()
 {
-    ELM_GroupHandle copy(new ELM_Group(owner_, name_));
-    *copy->bits_ = *bits_;
-    return copy;
+    if (members_->use_count() > 1)
+        members_ = new ELM_OffsetBits(*members_);
+    return *members_;
+}
+
+// Have bits for [first, end).  The row of bits grows in steps at its front, as at its back.
+void ELM_Group::cover(ELM_Offset first, ELM_Offset end)
+{
+    ELM_OffsetBits &members = own();
+    const bool isEmpty = members.bits.size() == 0;
+    if (isEmpty)
+        members.base = first & ~ELM_Offset(63);
+    if (first < members.base)
+    {
+        const ELM_Offset base =
+            std::max<ELM_Offset>(0, std::min(first, members.base - members.bits.size())) & ~ELM_Offset(63);
+        BAS_BitArray moved(members.end() - base);
+        std::copy_n(members.bits.words(), members.bits.wordCount(), moved.words() + ((members.base - base) >> 6));
+        members.bits = std::move(moved);
+        members.base = base;
+    }
+    if (end > members.end())
+        members.bits.resize(end - members.base);
 }
 
 void ELM_Group::setRange(ELM_Offset first, int64_t count, bool member)
 {
-    ELM_Offset end = std::max<ELM_Offset>(0, first + count);
+    ELM_Offset last = std::max<ELM_Offset>(0, first + count);
     first = std::max<ELM_Offset>(0, first);
     if (!member)
-        end = std::min(end, bits_->size());
-    else if (end > bits_->size() && first < end)
-        bits_->resize(end);
-    while (first < end)
+    {
+        first = std::max(first, members_->base);
+        last = std::min(last, members_->end());
+    }
+    if (first >= last)
+        return;
+    if (member)
+        cover(first, last);
+    ELM_OffsetBits &members = own();
+    for (int64_t bit = first - members.base, stop = last - members.base; bit < stop;)
     {
         // Whole words at once, where there are any.
-        if ((first & 63) == 0 && end - first >= 64)
+        if ((bit & 63) == 0 && stop - bit >= 64)
         {
-            const int64_t words = (end - first) >> 6;
-            std::fill_n(bits_->words() + (first >> 6), words, member ? ~uint64_t(0) : 0);
-            first += words << 6;
+            const int64_t words = (stop - bit) >> 6;
+            std::fill_n(members.bits.words() + (bit >> 6), words, member ? ~uint64_t(0) : 0);
+            bit += words << 6;
         }
         else
-            bits_->set(first++, member);
+            members.bits.set(bit++, member);
     }
 }
 
-const ELM_Group *ELM_GroupDict::find(std::string_view name) const
+// Replace each word of the members by `change(word, the range's word)`.
+template <class Change> bool ELM_Group::changeWords(const ELM_Range &other, Change change)
 {
-    for (const ELM_GroupHandle &group : groups_)
-        if (group->name().view() == name)
-            return group.get();
-    return nullptr;
+    if (other.owner() != owner_)
+        return false;
+    const ELM_Range kept = other;  // which may be of these members
+    ELM_OffsetBits &members = own();
+    for (int64_t i = 0; i < members.bits.wordCount(); ++i)
+        members.bits.words()[i] = change(members.bits.words()[i], kept.word(members.base + (i << 6)));
+    return true;
 }
 
-void ELM_GroupDict::trim(ELM_Offset end)
+bool ELM_Group::unite(const ELM_Range &other)
 {
-    for (ELM_GroupHandle &group : groups_)
-        if (group->bits()->size() > end)
-        {
-            if (group->use_count() > 1)
-                group = group->clone();
-            group->trim(end);
-        }
+    const ELM_Range kept = other;
+    if (kept.owner() == owner_ && kept.begin() < kept.end())
+        cover(kept.begin(), kept.end());
+    return changeWords(kept, [](uint64_t mine, uint64_t its) { return mine | its; });
 }
 
-ELM_Group *ELM_GroupDict::writable(ELM_Owner owner, const BAS_StringHolder &name)
+bool ELM_Group::intersect(const ELM_Range &other)
 {
-    for (ELM_GroupHandle &group : groups_)
-        if (group->name() == name)
-        {
-            if (group->use_count() > 1)
-                group = group->clone();
-            return group.get();
-        }
-    return groups_.emplace_back(new ELM_Group(owner, name)).get();
+    return changeWords(other, [](uint64_t mine, uint64_t its) { return mine & its; });
+}
+
+bool ELM_Group::subtract(const ELM_Range &other)
+{
+    return changeWords(other, [](uint64_t mine, uint64_t its) { return mine & ~its; });
+}
+
+bool ELM_Group::complement(const ELM_Range &all)
+{
+    const ELM_Range kept = all;
+    if (kept.owner() == owner_ && kept.begin() < kept.end())
+        cover(kept.begin(), kept.end());
+    return changeWords(kept, [](uint64_t mine, uint64_t its) { return ~mine & its; });
+}
+
+bool ELM_Group::meets(const ELM_Range &range) const
+{
+    const ELM_Offset begin = std::max(members_->base, range.begin() & ~ELM_Offset(63));
+    const ELM_Offset stop = std::min(members_->end(), range.end());
+    for (ELM_Offset at = begin; at < stop; at += 64)
+        if (members_->word(at) & range.word(at))
+            return true;
+    return false;
+}
+
+void ELM_Group::rearrange(const ELM_OffsetList &rows)
+{
+    const ELM_OffsetBitsHandle before = members_;
+    members_ = new ELM_OffsetBits;
+    for (int64_t i = 0; i < rows.size(); ++i)
+        if (before->contains(rows[i]))
+            set(i);
+}
+
+void ELM_Group::trim(ELM_Offset end)
+{
+    if (members_->end() > end)
+        own().bits.resize(end - members_->base);
 }

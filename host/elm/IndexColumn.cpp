@@ -71,6 +71,21 @@ void ELM_IndexColumn::set(int64_t row, int64_t value)
                pages_);
 }
 
+void ELM_IndexColumn::reset(int64_t first, int64_t count)
+{
+    std::visit([&](auto &pages) { pages.reset(first, count); }, pages_);
+}
+
+void ELM_IndexColumn::rearrange(const ELM_OffsetList &rows)
+{
+    std::visit([&](auto &pages) { pages.rearrange(rows); }, pages_);
+}
+
+void ELM_IndexColumn::reverse(int64_t first, int64_t count)
+{
+    std::visit([&](auto &pages) { pages.reverse(first, count); }, pages_);
+}
+
 template <class Index>
 bool ELM_IndexColumn::writeChecked(int64_t first, std::span<const Index> values, int64_t low, int64_t high)
 {

@@ -45,6 +45,11 @@ public:
 
     void set(int64_t row, int64_t value);
 
+    /// Let rows hold the default again, let row i be what row `rows[i]` was, and turn rows of a run about.
+    void reset(int64_t first, int64_t count);
+    void rearrange(const ELM_OffsetList &rows);
+    void reverse(int64_t first, int64_t count);
+
     /// Replace rows, provided that every value lies in [low, high); otherwise answer false and leave them undefined.
     /// In parallel, one pass over the values.
     bool write(int64_t first, std::span<const int32_t> values, int64_t low, int64_t high);

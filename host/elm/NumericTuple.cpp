@@ -52,6 +52,21 @@ void ELM_NumericTuple::resize(int64_t size)
     visit([size](auto &pages) { pages.resize(size); });
 }
 
+void ELM_NumericTuple::reset(int64_t first, int64_t count)
+{
+    visit([&](auto &pages) { pages.reset(first, count); });
+}
+
+void ELM_NumericTuple::rearrange(const ELM_OffsetList &rows)
+{
+    visit([&](auto &pages) { pages.rearrange(rows); });
+}
+
+void ELM_NumericTuple::reverse(int64_t first, int64_t count)
+{
+    visit([&](auto &pages) { pages.reverse(first, count); });
+}
+
 void ELM_NumericTuple::defragment()
 {
     visit([](auto &pages) { pages.defragment(); });

@@ -26,6 +26,11 @@ public:
     template <class Visit> decltype(auto) visit(Visit &&visit) { return std::visit(visit, pages_); }
 
     void resize(int64_t size);
+
+    // As the operations of `ELM_PageArray`.
+    void reset(int64_t first, int64_t count);
+    void rearrange(const ELM_OffsetList &rows);
+    void reverse(int64_t first, int64_t count);
     void defragment();
     int64_t memoryUsage() const;
 

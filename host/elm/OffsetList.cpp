@@ -69,6 +69,22 @@ ELM_OffsetList::ELM_OffsetList(Values<int64_t> &&offsets)
     refresh();
 }
 
+ELM_OffsetList::ELM_OffsetList(const ELM_Range &range) : start_(range.nextBlock(range.begin()).begin), count_(range.size())
+{
+    if (range.slice(start_, start_ + count_).size() == count_)
+        return;
+    explicit_ = new Explicit;
+    explicit_->isWide = !isNarrow(range.end());
+    const auto fill = [&](auto &offsets) {
+        offsets.reserve(size_t(count_));
+        for (const auto [begin, end] : range.blocks())
+            for (ELM_Offset offset = begin; offset < end; ++offset)
+                offsets.push_back(typename std::remove_reference_t<decltype(offsets)>::value_type(offset));
+    };
+    explicit_->isWide ? fill(explicit_->wide) : fill(explicit_->narrow);
+    refresh();
+}
+
 // Have an explicit array of our own, in this width or the wide one it already has, with room for `capacity` entries.
 void ELM_OffsetList::makeWritable(int64_t capacity, bool wide)
 {

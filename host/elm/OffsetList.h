@@ -3,9 +3,8 @@
 #include <span>
 #include <vector>
 
-#include <host/bas/Intrusive.h>
 #include <host/bas/LargeBlocks.h>
-#include <host/elm/types.h>
+#include <host/elm/Range.h>
 
 /// An ordered list of element offsets: a run (start and count), or an explicit array shared copy-on-write.
 ///
@@ -29,6 +28,9 @@ public:
     template <class Offset> using Values = std::vector<Offset, BAS_BlockAllocator<Offset>>;
     explicit ELM_OffsetList(Values<int32_t> &&offsets);
     explicit ELM_OffsetList(Values<int64_t> &&offsets);
+
+    /// The elements of a range, in order.
+    explicit ELM_OffsetList(const ELM_Range &range);
 
     int64_t size() const { return count_; }
     bool isEmpty() const { return count_ == 0; }

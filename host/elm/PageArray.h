@@ -128,6 +128,9 @@ public:
     /// Let row i be what row `rows[i]` was: as many rows as the list has.
     void rearrange(const ELM_OffsetList &rows);
 
+    /// Turn the order of the rows [first, first + count) about.
+    void reverse(int64_t first, int64_t count);
+
     /// Let the column be `rows` rows that lie packed and aligned in somebody else's memory: read there, and copied page by
     /// page when they are written.
     void adopt(const host::PageSlabHandle &memory, int64_t rows);

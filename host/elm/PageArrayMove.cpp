@@ -4,15 +4,23 @@ template <class T> void ELM_PageArray<T>::rearrange(const ELM_OffsetList &rows)
 {
     ELM_PageArray gathered(tupleSize(), defaults());
     gathered.resize(rows.size());
-    gathered.writeBlocks(0, rows.size(), [&](T *to, int64_t row, int64_t count) {
-        copyOut(to, rows, row, count, tupleSize(), tupleSize());
-    });
+    gathered.writeBlocks(
+        0, rows.size(), [&](T *to, int64_t row, int64_t count) { copyOut(to, rows, row, count, tupleSize(), tupleSize()); });
     bool repeats = false;
     for (int64_t page = 0; page < pageCount() && !repeats; ++page)
         repeats = isConstantPage(page);
     if (repeats)
         gathered.compress();
     table_ = std::move(gathered.table_);
+}
+
+template <class T> void ELM_PageArray<T>::reverse(int64_t first, int64_t count)
+{
+    if (count < 2)
+        return;
+    open(first, count, true);
+    for (int64_t low = first, high = first + count - 1; low < high; ++low, --high)
+        std::swap_ranges(writable(low), writable(low) + tupleSize(), writable(high));
 }
 
 template <class T> void ELM_PageArray<T>::adopt(const host::PageSlabHandle &memory, int64_t rows)
@@ -37,6 +45,15 @@ template void ELM_PageArray<int64_t>::rearrange(const ELM_OffsetList &);
 template void ELM_PageArray<PLT_Half>::rearrange(const ELM_OffsetList &);
 template void ELM_PageArray<float>::rearrange(const ELM_OffsetList &);
 template void ELM_PageArray<double>::rearrange(const ELM_OffsetList &);
+
+template void ELM_PageArray<uint8_t>::reverse(int64_t, int64_t);
+template void ELM_PageArray<int8_t>::reverse(int64_t, int64_t);
+template void ELM_PageArray<int16_t>::reverse(int64_t, int64_t);
+template void ELM_PageArray<int32_t>::reverse(int64_t, int64_t);
+template void ELM_PageArray<int64_t>::reverse(int64_t, int64_t);
+template void ELM_PageArray<PLT_Half>::reverse(int64_t, int64_t);
+template void ELM_PageArray<float>::reverse(int64_t, int64_t);
+template void ELM_PageArray<double>::reverse(int64_t, int64_t);
 
 template void ELM_PageArray<uint8_t>::adopt(const host::PageSlabHandle &, int64_t);
 template void ELM_PageArray<int8_t>::adopt(const host::PageSlabHandle &, int64_t);

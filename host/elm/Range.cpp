@@ -13,6 +13,18 @@ int64_t ELM_Range::size() const
     return members;
 }
 
+uint64_t ELM_Range::word(ELM_Offset at) const
+{
+    if (at >= end_ || at + 64 <= begin_)
+        return 0;
+    uint64_t word = bits_ ? bits_->word(at) : ~uint64_t(0);
+    if (begin_ > at)
+        word &= ~uint64_t(0) << (begin_ - at);
+    if (end_ - at < 64)
+        word &= (uint64_t(1) << (end_ - at)) - 1;
+    return word;
+}
+
 ELM_Range ELM_Range::slice(ELM_Offset begin, ELM_Offset end) const
 {
     ELM_Range part = *this;
@@ -25,7 +37,7 @@ ELM_Range::Block ELM_Range::nextBlock(ELM_Offset from) const
 {
     ELM_Offset begin = std::max(from, begin_);
     if (bits_ && begin < end_)
-        begin = bits_->next(begin);
+        begin = bits_->base + bits_->bits.next(begin - bits_->base);
     if (begin >= end_)
         return {end_, end_};
     const ELM_Offset limit = std::min(end_, (begin | (ELM_PAGE_SIZE - 1)) + 1);
@@ -37,7 +49,7 @@ ELM_Range::Block ELM_Range::nextBlock(ELM_Offset from) const
     while (end < limit)
     {
         const int64_t bit = end & 63;
-        const int ones = std::countr_one(bits_->words()[end >> 6] >> bit);
+        const int ones = std::countr_one(bits_->word(end - bit) >> bit);
         end += ones;
         if (ones < 64 - bit)
             break;

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
+#include <host/elm/OffsetBits.h>
 
-#include <host/elm/Group.h>
-
-/// A set of elements of one owner, walked in offset order: a run, or the members of a bit array within a run.
+/// A set of elements of one owner, walked in offset order: a run, or those of a run whose bit is set.
 ///
 /// Ownership  shares the bits; a range of a group keeps seeing the members that the group had
 /// Threads    immutable, safe to read from any thread
@@ -25,8 +23,11 @@ public:
         : owner_(owner), begin_(begin), end_(end > begin ? end : begin)
     {}
 
-    /// The members of a group.
-    explicit ELM_Range(const ELM_Group &group) : ELM_Range(group.owner(), 0, group.bits()->size()) { bits_ = group.bits(); }
+    /// The offsets whose bit is set.
+    ELM_Range(ELM_Owner owner, const ELM_OffsetBitsHandle &bits) : ELM_Range(owner, bits->base, bits->end())
+    {
+        bits_ = bits;
+    }
 
     ELM_Owner owner() const { return owner_; }
 
@@ -38,7 +39,13 @@ public:
     bool isRun() const { return !bits_; }
     int64_t size() const;
     bool isEmpty() const { return size() == 0; }
-    bool contains(ELM_Offset offset) const { return offset >= begin_ && offset < end_ && (!bits_ || bits_->get(offset)); }
+    bool contains(ELM_Offset offset) const
+    {
+        return offset >= begin_ && offset < end_ && (!bits_ || bits_->contains(offset));
+    }
+
+    /// A bit for each of the 64 offsets from `at`, a multiple of 64, on.
+    uint64_t word(ELM_Offset at) const;
 
     /// The part of the range within [begin, end).
     ELM_Range slice(ELM_Offset begin, ELM_Offset end) const;
@@ -54,7 +61,7 @@ private:
     ELM_Owner owner_ = ELM_OWNER_INVALID;
     ELM_Offset begin_ = 0;
     ELM_Offset end_ = 0;
-    std::shared_ptr<const BAS_BitArray> bits_;  // null: the whole run; else at least `end_` bits
+    BAS_IntrusivePtr<const ELM_OffsetBits> bits_;  // null: the whole run; else a bit for each offset of it
 };
 
 class ELM_Range::Blocks

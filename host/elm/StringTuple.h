@@ -49,6 +49,9 @@ public:
     bool writeIndices(int64_t first, int64_t count, const int32_t *indices);
 
     void resize(int64_t size) { indices_.resize(size); }
+    void reset(int64_t first, int64_t count) { indices_.reset(first, count); }
+    void rearrange(const ELM_OffsetList &rows) { indices_.rearrange(rows); }
+    void reverse(int64_t first, int64_t count) { indices_.reverse(first, count); }
     void defragment() { indices_.defragment(); }
     int64_t memoryUsage() const;
 

@@ -8,6 +8,14 @@ namespace
 {
 // Far beyond any memory, and far enough below the largest offset to calculate with.
 constexpr int64_t kMaxPoints = int64_t(1) << 48;
+
+ELM_Range vacantOf(const MSH_DetailData &data, ELM_Owner owner)
+{
+    const ELM_OffsetBitsHandle vacant(new ELM_OffsetBits(*data.live[owner]));
+    for (int64_t i = 0; i < vacant->bits.wordCount(); ++i)
+        vacant->bits.words()[i] = ~vacant->bits.words()[i];
+    return ELM_Range(owner, vacant);
+}
 }  // namespace
 
 MOD_Edit::MOD_Edit(const MOD_DetailHandle &detail)
@@ -49,12 +57,26 @@ bool MOD_Edit::attempt(const std::function<bool()> &change)
 void MOD_Edit::dropRows()
 {
     for (int owner = 0; owner < ELM_ELEMENT_OWNERS; ++owner)
+    {
         resizeAttributes(ELM_Owner(owner), data_.capacity[owner]);
-    data_.vertexPoint.resize(vertexCount());
-    data_.vertexStart.resize(primitiveCount());
-    data_.vertexCount.resize(primitiveCount());
-    data_.type.resize(primitiveCount());
-    data_.flags.resize(primitiveCount());
+        if (data_.live[owner] && data_.live[owner]->end() > data_.capacity[owner])
+            liveBits(ELM_Owner(owner), data_.capacity[owner]);
+    }
+    const int64_t primitives = capacity(ELM_OWNER_PRIMITIVE);
+    data_.vertexPoint.resize(capacity(ELM_OWNER_VERTEX));
+    data_.vertexStart.resize(primitives);
+    data_.vertexCount.resize(primitives);
+    data_.type.resize(primitives);
+    data_.flags.resize(primitives);
+}
+
+// Let an owner have more offsets, with elements, and rows of its attributes.
+void MOD_Edit::setCapacity(ELM_Owner owner, int64_t capacity)
+{
+    resizeAttributes(owner, capacity);
+    if (data_.live[owner])
+        liveBits(owner, capacity);
+    data_.capacity[owner] = capacity;
 }
 
 void MOD_Edit::resizeAttributes(ELM_Owner owner, int64_t size)
@@ -74,13 +96,12 @@ ELM_Attribute *MOD_Edit::touch(ELM_Attribute *attribute)
 
 bool MOD_Edit::appendPoints(int64_t count)
 {
-    if (count < 0 || count > kMaxPoints - pointCount())
+    if (count < 0 || count > kMaxPoints - capacity(ELM_OWNER_POINT))
         return fail(fmt::format("{} points cannot be added", count));
     return attempt([&] {
         if (count == 0)
             return true;
-        resizeAttributes(ELM_OWNER_POINT, pointCount() + count);
-        data_.capacity[ELM_OWNER_POINT] += count;
+        setCapacity(ELM_OWNER_POINT, capacity(ELM_OWNER_POINT) + count);
         changed_ = topologyChanged_ = true;
         return true;
     });
@@ -88,10 +109,14 @@ bool MOD_Edit::appendPoints(int64_t count)
 
 bool MOD_Edit::setVertexPoint(ELM_Offset vertex, ELM_Offset point)
 {
-    if (vertex < 0 || vertex >= vertexCount())
-        return fail(fmt::format("vertex {} is out of range [0, {})", vertex, vertexCount()));
-    if (point < -1 || point >= pointCount())
-        return fail(fmt::format("point {} is out of range [0, {})", point, pointCount()));
+    if (vertex < 0 || vertex >= capacity(ELM_OWNER_VERTEX))
+        return fail(fmt::format("vertex {} is out of range [0, {})", vertex, capacity(ELM_OWNER_VERTEX)));
+    if (point < -1 || point >= capacity(ELM_OWNER_POINT))
+        return fail(fmt::format("point {} is out of range [0, {})", point, capacity(ELM_OWNER_POINT)));
+    if (!data_.isLive(ELM_OWNER_VERTEX, vertex))
+        return fail(fmt::format("vertex {} was removed", vertex));
+    if (!refersToLive(std::span(&point, 1)))
+        return false;
     return attempt([&] {
         const int64_t loose = (point < 0) - (data_.vertexPoint.value(vertex) < 0);
         data_.vertexPoint.set(vertex, point);
@@ -126,7 +151,7 @@ ELM_Attribute *MOD_Edit::writable(ELM_Owner owner, std::string_view name, ELM_St
         {
             touched_.erase(known);
             result = touch(dict.insert(ELM_Attribute::create(owner, ELM_SCOPE_PUBLIC, BAS_StringHolder(name), storage,
-                                                             tupleSize, typeInfo, count(owner))));
+                                                             tupleSize, typeInfo, capacity(owner))));
         }
         return true;
     };
@@ -176,7 +201,11 @@ void MOD_Edit::finishColumns()
                 attribute->defragment();
             }
     for (int owner = 0; owner < ELM_ELEMENT_OWNERS; ++owner)
+    {
         data_.groups[owner].trim(data_.capacity[owner]);
+        if (data_.live[owner])
+            data_.groups[owner].subtract(vacantOf(data_, ELM_Owner(owner)));
+    }
     if (topologyChanged_)
     {
         data_.topologyId = ELM_Attribute::nextDataId();

@@ -32,9 +32,12 @@ public:
     int64_t pointCount() const { return count(ELM_OWNER_POINT); }
     int64_t vertexCount() const { return count(ELM_OWNER_VERTEX); }
     int64_t primitiveCount() const { return count(ELM_OWNER_PRIMITIVE); }
-    int64_t count(ELM_Owner owner) const { return data_.capacity[owner]; }
+    int64_t count(ELM_Owner owner) const { return data_.count(owner); }
 
-    // ---- Elements.  New elements take the next offsets: ask for the count before.  Their attributes hold zeros.
+    /// One past the last offset, and the number of rows of every attribute: the count, and the offsets that are vacant.
+    int64_t capacity(ELM_Owner owner) const { return data_.capacity[owner]; }
+
+    // ---- Elements.  New elements take the next offsets, `capacity` on.  Their attributes hold zeros.
 
     /// Add points.
     [[nodiscard]] bool appendPoints(int64_t count);
@@ -54,6 +57,22 @@ public:
 
     /// Connect a vertex to another point; -1 to none, which makes the topology invalid.
     [[nodiscard]] bool setVertexPoint(ELM_Offset vertex, ELM_Offset point);
+
+    // ---- Taking elements away.  When memory is exhausted on the way, the edit ends and its changes are dropped.
+
+    /// Remove points or primitives; a range may contain vacant offsets.  Offsets of others do not change: the removed ones
+    /// become vacant, hold defaults, and leave their groups.  Primitives take their vertices along; vertices of removed
+    /// points stay without one, which makes the topology invalid.
+    [[nodiscard]] bool remove(const ELM_Range &elements);
+    [[nodiscard]] bool remove(ELM_Owner owner, const ELM_OffsetList &offsets);
+
+    /// Give every element a new offset, in the same order, so that none is vacant.  Attributes and groups that the edit
+    /// handed out before are not its own any more.
+    [[nodiscard]] bool compact();
+
+    /// Turn the order of the vertices of polygons about, with all that belongs to them: faces look the other way.
+    /// Refused when a primitive is of another type.
+    [[nodiscard]] bool reverse(const ELM_Range &polygons);
 
     // ---- Memory that stays the application's.  Rows that lie packed and aligned are read in place, for as long as any
     // snapshot does; an edit that writes to them copies the page first.  Rows `stride` bytes apart that are not, are copied,
@@ -116,6 +135,17 @@ private:
     bool adoptPrimitives(Primitives &added, const Lent &list);
     bool adoptList(const Lent &list, int64_t low, bool adds);
     template <class Index> bool adoptColumn(const Lent &list, int64_t low, bool adds);
+
+    bool isRange(const ELM_Range &range);
+    bool refersToLive(std::span<const int32_t> points);
+    bool refersToLive(std::span<const int64_t> points);
+    BAS_BitArray &liveBits(ELM_Owner owner, int64_t capacity);
+    void setCapacity(ELM_Owner owner, int64_t capacity);
+    void vacate(ELM_Owner owner, const ELM_Range &gone);
+    void removePoints(const ELM_Range &gone);
+    void removePrimitives(const ELM_Range &gone);
+    void disconnect(const ELM_Range &gonePoints);
+    void compact(ELM_Owner owner, MSH_DetailData &data);
 
     // Every change runs through here: when it fails, or memory does, the rows that it added are taken back.
     bool attempt(const std::function<bool()> &change);

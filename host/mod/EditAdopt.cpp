@@ -115,8 +115,8 @@ ELM_Attribute *MOD_Edit::adopt(ELM_Owner owner, std::string_view name, ELM_Stora
         return nullptr;
     if (!ELMisNumeric(storage))
         fail(fmt::format("attribute \"{}\" needs a numeric storage, not {}", name, int(storage)));
-    else if (rows != count(owner) || lent.isMissing())
-        fail(fmt::format("attribute \"{}\" needs memory of {} rows, not {}", name, count(owner), rows));
+    else if (rows != capacity(owner) || lent.isMissing())
+        fail(fmt::format("attribute \"{}\" needs memory of {} rows, not {}", name, capacity(owner), rows));
     else
         attempt(make);
     return result;
@@ -129,10 +129,13 @@ template <class Index> bool MOD_Edit::adoptColumn(const Lent &list, int64_t low,
     ELM_PageArray<Index> column(1, &none);
     std::string reason = take(column, list);
     const Extent extent = extentOf(column);
-    if (list.rows > 0 && (extent.smallest < low || extent.largest >= pointCount()))
+    const ELM_Offset first = adds ? capacity(ELM_OWNER_VERTEX) : 0, endPoint = capacity(ELM_OWNER_POINT);
+    if (list.rows > 0 && (extent.smallest < low || extent.largest >= endPoint))
         return fail(fmt::format("a vertex refers to point {}, out of range [0, {})",
-                                extent.smallest < low ? extent.smallest : extent.largest, pointCount()));
-    const ELM_Offset first = adds ? vertexCount() : 0;
+                                extent.smallest < low ? extent.smallest : extent.largest, endPoint));
+    const std::span points(column.contiguous(), size_t(list.rows));
+    if (!refersToLive(points))
+        return false;
     if (first == 0)
     {
         data_.vertexPoint.assign(std::move(column));
@@ -142,7 +145,7 @@ template <class Index> bool MOD_Edit::adoptColumn(const Lent &list, int64_t low,
     {
         reason = "the detail has vertices already";
         data_.vertexPoint.resize(first + list.rows);
-        data_.vertexPoint.write(first, std::span(column.contiguous(), size_t(list.rows)), low, pointCount());
+        data_.vertexPoint.write(first, points, low, endPoint);
     }
     message_ = noteOf("the vertex list", reason);
     changed_ = topologyChanged_ = true;
@@ -191,6 +194,8 @@ bool MOD_Edit::adoptPolygons(int32_t corners, bool closed, ELM_Storage storage, 
 bool MOD_Edit::adoptVertexPoints(ELM_Storage storage, const void *pointer, int64_t stride, int64_t rows, Release release)
 {
     const Lent list(storage, pointer, stride, rows, std::move(release));
+    if (data_.live[ELM_OWNER_VERTEX])
+        return fail("vertices were removed: the detail must be compacted first");
     if (rows != vertexCount())
         return fail(fmt::format("{} points are given for {} vertices", rows, vertexCount()));
     return attempt([&] { return adoptList(list, -1, false); });

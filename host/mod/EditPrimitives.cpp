@@ -76,7 +76,7 @@ void MOD_Edit::Primitives::writeStarts(ELM_IndexColumn &starts, ELM_Offset first
 
 bool MOD_Edit::prepare(Primitives &added, int64_t points)
 {
-    if (!added.addUp(primitiveCount()))
+    if (!added.addUp(capacity(ELM_OWNER_PRIMITIVE)))
         return fail(badCount(added.corners, added.count));
     return added.vertices == points ||
            fail(fmt::format("the polygons have {} vertices, but {} points are given", added.vertices, points));
@@ -86,10 +86,12 @@ template <class Index> bool MOD_Edit::appendPrimitives(Primitives &added, std::s
 {
     if (!prepare(added, int64_t(points.size())))
         return false;
-    const ELM_Offset firstVertex = vertexCount();
+    const ELM_Offset firstVertex = capacity(ELM_OWNER_VERTEX), endPoint = capacity(ELM_OWNER_POINT);
     data_.vertexPoint.resize(firstVertex + added.vertices);
-    if (!data_.vertexPoint.write(firstVertex, points, 0, pointCount()))
-        return fail(badPoint(points, pointCount()));
+    if (!data_.vertexPoint.write(firstVertex, points, 0, endPoint))
+        return fail(badPoint(points, endPoint));
+    if (!refersToLive(points))
+        return false;
     appendRows(added);
     return true;
 }
@@ -99,7 +101,7 @@ void MOD_Edit::appendRows(const Primitives &added)
 {
     if (added.count == 0)
         return;
-    const ELM_Offset first = primitiveCount(), firstVertex = vertexCount();
+    const ELM_Offset first = capacity(ELM_OWNER_PRIMITIVE), firstVertex = capacity(ELM_OWNER_VERTEX);
     const int64_t vertices = firstVertex + added.vertices, primitives = first + added.count;
     data_.vertexStart.resize(primitives);
     added.writeStarts(data_.vertexStart, first, firstVertex);
@@ -115,11 +117,9 @@ void MOD_Edit::appendRows(const Primitives &added)
     data_.flags.fill(first, added.count, &added.flags);
 
     data_.typeCounts.resize(std::max(data_.typeCounts.size(), size_t(added.type) + 1));
-    resizeAttributes(ELM_OWNER_VERTEX, vertices);
-    resizeAttributes(ELM_OWNER_PRIMITIVE, primitives);
+    setCapacity(ELM_OWNER_VERTEX, vertices);
+    setCapacity(ELM_OWNER_PRIMITIVE, primitives);
     data_.typeCounts[size_t(added.type)] += added.count;
-    data_.capacity[ELM_OWNER_VERTEX] = vertices;
-    data_.capacity[ELM_OWNER_PRIMITIVE] = primitives;
     changed_ = topologyChanged_ = true;
 }
 

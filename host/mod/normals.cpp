@@ -41,14 +41,12 @@ void computeInto(float *to, const MSH_Detail &detail, ELM_Owner owner, double cu
     const int64_t points = detail.capacity(ELM_OWNER_POINT);
     const host::NormalKernel<Index, Faces, Position> kernel(faces, position, points, faces.corners(), nullptr);
     if (owner == ELM_OWNER_POINT)
-        kernel.pointNormals(points, true,
-                            [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
+        kernel.pointNormals(points, true, [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
     else if (faces.sharesVertices())
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else
-        kernel.cornerNormals(points, cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
-            store(to + 3 * faces.vertex(corner), normal);
-        });
+        kernel.cornerNormals(points, cuspAngle, true,
+                             [&](int64_t corner, const BAS_Vec3d &normal) { store(to + 3 * faces.vertex(corner), normal); });
 }
 }  // namespace
 
@@ -62,7 +60,8 @@ try
     if (normals->size() == 0)
         return normals;
     float *to = normals->modifyAll<float>();
-    const bool isNarrow = detail.vertexCount() < ELM_INDEX32_LIMIT && detail.pointCount() < ELM_INDEX32_LIMIT;
+    const bool isNarrow =
+        detail.capacity(ELM_OWNER_VERTEX) < ELM_INDEX32_LIMIT && detail.capacity(ELM_OWNER_POINT) < ELM_INDEX32_LIMIT;
     detail.positions().numericTuple()->visit([&](const auto &pages) {
         const auto position = [reader = pages.reader()](int64_t point) {
             const auto *p = reader.tuple(point);

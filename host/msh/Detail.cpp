@@ -9,6 +9,8 @@ MSH_Detail::MSH_Detail(const MSH_DetailData &data, const MSH_Detail *previous)
     {
         pointUse_.share(previous->pointUse_);
         vertexOwners_.share(previous->vertexOwners_);
+        for (size_t owner = 0; owner < liveOffsets_.size(); ++owner)
+            liveOffsets_[owner].share(previous->liveOffsets_[owner]);
     }
 }
 
@@ -17,6 +19,23 @@ MSH_Detail::~MSH_Detail() = default;
 int64_t MSH_Detail::primitiveCount(ELM_PrimitiveTypeId type) const
 {
     return type < 0 || size_t(type) >= data_.typeCounts.size() ? 0 : data_.typeCounts[size_t(type)];
+}
+
+ELM_OffsetList MSH_Detail::offsets(ELM_Owner owner) const
+{
+    if (!hasVacantOffsets(owner))
+        return ELM_OffsetList(0, capacity(owner));
+    const LiveOffsets &offsets = liveOffsets_[size_t(owner)].getOrBuild([&] {
+        const BAS_IntrusivePtr<LiveOffsets> built(new LiveOffsets);
+        built->list = ELM_OffsetList(range(owner));
+        return BAS_IntrusivePtr<const LiveOffsets>(built);
+    });
+    return offsets.list;
+}
+
+ELM_Range MSH_Detail::range(ELM_Owner owner) const
+{
+    return data_.live[owner] ? ELM_Range(owner, data_.live[owner]) : ELM_Range(owner, 0, capacity(owner));
 }
 
 const ELM_Attribute *MSH_Detail::find(ELM_Owner owner, ELM_Scope scope, std::string_view name) const
@@ -51,5 +70,7 @@ int64_t MSH_Detail::memoryUsage() const
         bytes += int64_t(sizeof(*use)) + use->used.getMemoryUsage();
     if (const VertexOwners *owners = vertexOwners_.get())
         bytes += int64_t(sizeof(*owners)) + owners->primitive.memoryUsage();
+    for (const host::Published<LiveOffsets> &offsets : liveOffsets_)
+        bytes += offsets.get() ? int64_t(sizeof(LiveOffsets)) + offsets.get()->list.memoryUsage() : 0;
     return bytes;
 }

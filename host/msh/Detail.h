@@ -8,7 +8,7 @@
 /// One state of a geometry: points, vertices, primitives, their attributes and groups.
 ///
 /// Shape      a vertex refers to a point; a primitive has a run of vertices; each element has an offset of its owner.
-///            Offsets run from 0 to `capacity(owner)`.
+///            Offsets run from 0 to `capacity(owner)`; those of removed elements are vacant until the detail is compacted.
 /// Ownership  intrusively counted; hold it through `MOD_ConstDetailHandle`
 /// Threads    immutable: every operation is safe from any thread.  What is built on first use is built outside of any lock,
 ///            in parallel, and published once.
@@ -32,15 +32,18 @@ public:
     int64_t primitiveCount(ELM_PrimitiveTypeId type) const;
 
     /// Number of elements, 1 for the detail.
-    int64_t count(ELM_Owner owner) const { return data_.capacity[owner]; }
+    int64_t count(ELM_Owner owner) const { return data_.count(owner); }
 
     /// One past the last offset; equal to the count while there are no vacant offsets.
     int64_t capacity(ELM_Owner owner) const { return data_.capacity[owner]; }
-    bool hasVacantOffsets(ELM_Owner owner) const { return capacity(owner) != count(owner); }
 
-    /// All elements of an owner in offset order.
-    ELM_OffsetList offsets(ELM_Owner owner) const { return ELM_OffsetList(0, capacity(owner)); }
-    ELM_Range range(ELM_Owner owner) const { return ELM_Range(owner, 0, capacity(owner)); }
+    /// Offsets whose elements were removed.  They can still be read: their values are defaults, their type is none.
+    bool hasVacantOffsets(ELM_Owner owner) const { return data_.vacant[owner] > 0; }
+    bool isLive(ELM_Owner owner, ELM_Offset offset) const { return data_.isLive(owner, offset); }
+
+    /// All elements of an owner in offset order.  With vacant offsets the list is explicit, and built on first use.
+    ELM_OffsetList offsets(ELM_Owner owner) const;
+    ELM_Range range(ELM_Owner owner) const;
 
     // ---- Attributes and groups
 
@@ -122,6 +125,7 @@ public:
 private:
     struct PointUse;
     struct VertexOwners;
+    struct LiveOffsets;
 
     const PointUse &pointUse() const;
 
@@ -130,4 +134,5 @@ private:
     int64_t uniqueId_;
     host::Published<PointUse> pointUse_;
     host::Published<VertexOwners> vertexOwners_;
+    std::array<host::Published<LiveOffsets>, ELM_ELEMENT_OWNERS> liveOffsets_;
 };

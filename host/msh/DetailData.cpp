@@ -11,11 +11,12 @@ int64_t MSH_DetailData::memoryUsage() const
 {
     int64_t bytes = vertexPoint.memoryUsage() + vertexStart.memoryUsage() + vertexCount.memoryUsage();
     bytes += type.memoryUsage() + flags.memoryUsage() + int64_t(typeCounts.capacity() * sizeof(int64_t));
+    for (const ELM_OffsetBitsHandle &bits : live)
+        bytes += bits ? int64_t(sizeof(*bits)) + bits->bits.getMemoryUsage() : 0;
     for (const ELM_AttributeDict &dict : attributes)
         for (const ELM_Attribute &attribute : dict)
             bytes += attribute.memoryUsage();
     for (const ELM_GroupDict &dict : groups)
-        for (int64_t i = 0; i < dict.size(); ++i)
-            bytes += dict[i].memoryUsage();
+        bytes += dict.memoryUsage();
     return bytes;
 }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include <host/elm/AttributeDict.h>
-#include <host/elm/Group.h>
+#include <host/elm/GroupDict.h>
 #include <host/elm/IndexColumn.h>
 
 /// The columns of a detail: everything that makes it up, as plain values.
@@ -22,14 +22,23 @@ struct HOST_API MSH_DetailData
     /// Bytes of all columns, shared ones included.
     int64_t memoryUsage() const;
 
+    /// Number of elements, and whether an offset below the capacity has one.
+    int64_t count(ELM_Owner owner) const { return capacity[owner] - vacant[owner]; }
+    bool isLive(ELM_Owner owner, ELM_Offset offset) const { return !live[owner] || live[owner]->contains(offset); }
+
     std::array<ELM_AttributeDict, ELM_OWNERS> attributes;
     std::array<ELM_GroupDict, ELM_ELEMENT_OWNERS> groups;
 
     /// One past the last offset of each owner.  The detail has the one offset 0.
     std::array<int64_t, ELM_OWNERS> capacity{0, 0, 0, 1};
 
+    /// Number of offsets that have no element any more, and a bit for each one that has; null while all have.  The rows of
+    /// vacant offsets hold defaults.
+    std::array<int64_t, ELM_OWNERS> vacant{};
+    std::array<ELM_OffsetBitsHandle, ELM_OWNERS> live;
+
     ELM_IndexColumn vertexPoint;         ///< vertex -> its point, -1 without one
-    ELM_IndexColumn vertexStart{0};      ///< primitive -> its first vertex
+    ELM_IndexColumn vertexStart{0};      ///< primitive -> its first vertex; never falls, vacant offsets included
     ELM_PageArray<int32_t> vertexCount;  ///< primitive -> number of its vertices, which follow each other
     ELM_PageArray<int16_t> type;         ///< primitive -> type id
     ELM_PageArray<uint8_t> flags;        ///< primitive -> bits

@@ -46,19 +46,20 @@ const ELM_IndexColumn &MSH_Detail::vertexPrimitive() const
 {
     const VertexOwners &owners = vertexOwners_.getOrBuild([this] {
         BAS_IntrusivePtr<VertexOwners> built(new VertexOwners);
-        built->primitive.resize(vertexCount());
-        built->primitive.modifyAll(primitiveCount(), [this](auto *primitiveOf) {
+        built->primitive.resize(capacity(ELM_OWNER_VERTEX));
+        built->primitive.modifyAll(capacity(ELM_OWNER_PRIMITIVE), [this](auto *primitiveOf) {
             const auto endOf = [this](int64_t primitive) {
                 const VertexRun run = vertexRun(primitive);
                 return run.start + run.count;
             };
-            host::parallelForWeighted(primitiveCount(), kVerticesPerPiece, endOf, [&](int64_t begin, int64_t end) {
-                for (int64_t primitive = begin; primitive < end; ++primitive)
-                {
-                    const VertexRun run = vertexRun(primitive);
-                    std::fill_n(primitiveOf + run.start, run.count, primitive);
-                }
-            });
+            host::parallelForWeighted(capacity(ELM_OWNER_PRIMITIVE), kVerticesPerPiece, endOf,
+                                      [&](int64_t begin, int64_t end) {
+                                          for (int64_t primitive = begin; primitive < end; ++primitive)
+                                          {
+                                              const VertexRun run = vertexRun(primitive);
+                                              std::fill_n(primitiveOf + run.start, run.count, primitive);
+                                          }
+                                      });
         });
         return BAS_IntrusivePtr<const VertexOwners>(built);
     });

@@ -6,16 +6,6 @@
 
 namespace
 {
-// Keep the members of `set` that are in `group`, or those that are not.
-void intersect(BAS_BitArray &set, const BAS_BitArray &group, bool inside)
-{
-    for (int64_t word = 0; word < set.wordCount(); ++word)
-    {
-        const uint64_t members = word < group.wordCount() ? group.words()[word] : 0;
-        set.words()[word] &= inside ? members : ~members;
-    }
-}
-
 void append(std::vector<RQ_PrimitiveHandle> &to, const std::vector<RQ_PrimitiveHandle> &from)
 {
     to.insert(to.end(), from.begin(), from.end());
@@ -72,12 +62,11 @@ ELM_Range rq::DetailWalk::primitives() const
     const ELM_Range range = range_ ? *range_ : detail_.range(ELM_OWNER_PRIMITIVE);
     if (!hidden_ && !refined_)
         return range;
-    const ELM_GroupHandle members(new ELM_Group(ELM_OWNER_PRIMITIVE, BAS_StringHolder()));
-    for (const auto [begin, end] : range.blocks())
-        members->setRange(begin, end - begin);
+    ELM_Group members(ELM_OWNER_PRIMITIVE, BAS_StringHolder());
+    members.unite(range);
     if (refined_)
-        intersect(*members->bits(), *refined_->bits(), true);
+        members.intersect(*refined_);
     if (hidden_)
-        intersect(*members->bits(), *hidden_->bits(), false);
-    return ELM_Range(*members);
+        members.subtract(*hidden_);
+    return members.range();
 }

@@ -13,16 +13,6 @@
 
 namespace
 {
-ELM_OffsetList listOf(const ELM_Range &range)
-{
-    if (range.isRun())
-        return ELM_OffsetList(range.begin(), range.end() - range.begin());
-    ELM_OffsetList list;
-    for (const auto [begin, end] : range.blocks())
-        list.append(ELM_OffsetList(begin, end - begin));
-    return list;
-}
-
 /// Call `visit(first, count)` for blocks of a page, in parallel.
 template <class Visit> void forEachBlock(int64_t count, Visit &&visit)
 {
@@ -51,7 +41,7 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_Offset *offsets, int64_t count)
 {}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &detail, ELM_Owner owner) : RQ_MSHOffsetList(detail.offsets(owner)) {}
-RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &, const ELM_Range &range) : RQ_MSHOffsetList(listOf(range)) {}
+RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &, const ELM_Range &range) : RQ_MSHOffsetList(ELM_OffsetList(range)) {}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start, int64_t count)
     : RQ_MSHOffsetList(source.list_.subList(start, count))

@@ -14,3 +14,8 @@ struct MSH_Detail::VertexOwners : BAS_IntrusiveRefCounter<VertexOwners>
 {
     ELM_IndexColumn primitive;
 };
+
+struct MSH_Detail::LiveOffsets : BAS_IntrusiveRefCounter<LiveOffsets>
+{
+    ELM_OffsetList list;
+};

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <host/elm/Attribute.h>
+#include <host/elm/Group.h>
 #include <host/elm/PrimitiveFactory.h>
-#include <host/elm/Range.h>
 
 namespace
 {
@@ -75,9 +75,9 @@ TEST(Range, WalksMembersInBlocksWithinPages)
         bool all;
     } cases[] = {{"empty run", ELM_Range(ELM_OWNER_POINT, 7, 7), 0, 0, true},
                  {"run", ELM_Range(ELM_OWNER_POINT, 10, 3000), 10, 3000, true},
-                 {"group", ELM_Range(group), 0, 5000, false},
-                 {"slice of a group", ELM_Range(group).slice(65, 1150), 65, 1150, false},
-                 {"slice beyond", ELM_Range(group).slice(4500, 4800), 0, 0, false}};
+                 {"group", group.range(), 0, 5000, false},
+                 {"slice of a group", group.range().slice(65, 1150), 65, 1150, false},
+                 {"slice beyond", group.range().slice(4500, 4800), 0, 0, false}};
     for (const auto &c : cases)
     {
         SCOPED_TRACE(c.what);
