@@ -3,6 +3,7 @@
 #include <host/msh/Detail.h>
 #include <rq/bridge/detail/LoosePoints.h>
 #include <rq/bridge/detail/SlotCollecting.h>
+#include <rq/bridge/detail/selectPrimitives.h>
 
 namespace
 {
@@ -56,17 +57,7 @@ bool rq::DetailWalk::wantsLoosePoints() const
     return !range_ && !refined_ && RQ_RefineParms::getShowUnusedPoints(parms_) && detail_.topologyIsValid();
 }
 
-// The primitives to refine: those of the range that are in the group asked for and not hidden.
 ELM_Range rq::DetailWalk::primitives() const
 {
-    const ELM_Range range = range_ ? *range_ : detail_.range(ELM_OWNER_PRIMITIVE);
-    if (!hidden_ && !refined_)
-        return range;
-    ELM_Group members(ELM_OWNER_PRIMITIVE, BAS_StringHolder());
-    members.unite(range);
-    if (refined_)
-        members.intersect(*refined_);
-    if (hidden_)
-        members.subtract(*hidden_);
-    return members.range();
+    return selectPrimitives(range_ ? *range_ : detail_.range(ELM_OWNER_PRIMITIVE), refined_, hidden_);
 }

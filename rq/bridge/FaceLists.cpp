@@ -26,18 +26,31 @@ void rq::FaceLists::noteCounts(int64_t faces, int64_t least, int64_t most)
     faces_ += faces;
 }
 
-void rq::FaceLists::append(ELM_Offset primitive, int64_t faces, ELM_Offset vertex, int64_t corners)
+// Give the last `faces` faces this count.
+void rq::FaceLists::storeCounts(int64_t faces, int64_t corners)
 {
-    noteCounts(faces, corners, corners);
+    if (faces_ > counts_->capacity())
+        counts_->grow(2 * faces_);
+    counts_->resize(faces_);
+    std::fill_n(counts_->data() + faces_ - faces, faces, int32_t(corners));
+}
+
+void rq::FaceLists::finish()
+{
+    const Run run = run_;
+    run_ = {};
+    if (run.faces == 0)
+        return;
+    noteCounts(run.faces, run.corners, run.corners);
     if (counts_)
-        for (int64_t i = 0; i < faces; ++i)
-            counts_->append(int32_t(corners));
-    primitives_.concat(RQ_MSHOffsetList(ELM_OffsetList(primitive, faces)));
-    vertices_.concat(RQ_MSHOffsetList(ELM_OffsetList(vertex, faces * corners)));
+        storeCounts(run.faces, run.corners);
+    primitives_.concat(RQ_MSHOffsetList(ELM_OffsetList(run.primitive, run.faces)));
+    vertices_.concat(RQ_MSHOffsetList(ELM_OffsetList(run.vertex, run.faces * run.corners)));
 }
 
 void rq::FaceLists::append(const FaceLists &following)
 {
+    finish();
     if (following.faces_ == 0)
         return;
     if (faces_ == 0)
@@ -46,11 +59,10 @@ void rq::FaceLists::append(const FaceLists &following)
         return;
     }
     noteCounts(following.faces_, following.least_, following.most_);
-    if (counts_ && following.counts_)
-        counts_->concat(*following.counts_);
-    else if (counts_)
-        for (int64_t i = 0; i < following.faces_; ++i)
-            counts_->append(int32_t(following.most_));
+    if (counts_)
+        storeCounts(following.faces_, following.most_);
+    if (following.counts_)
+        std::copy_n(following.counts_->data(), following.faces_, counts_->data() + faces_ - following.faces_);
     primitives_.concat(following.primitives_);
     vertices_.concat(following.vertices_);
 }

@@ -2,101 +2,14 @@
 #include <numeric>
 
 #include <host/bas/Parallel.h>
-#include <host/msh/Detail.h>
 #include <rq/bridge/detail/FaceLists.h>
+#include <rq/bridge/detail/PolygonReader.h>
 #include <rq/bridge/detail/parallelWalk.h>
 
 namespace
 {
 // A polygon costs 0 to 10 ns in each pass, so a piece is up to 80 us of work.  Pieces are whole pages.
 constexpr int64_t kPrimitivesPerPiece = 8 * ELM_PAGE_SIZE;
-
-/// Finds the polygons of a detail, runs of them where it can.
-class PolygonReader
-{
-public:
-    PolygonReader(const MSH_Detail &detail, const ELM_Group *skip)
-        : detail_(detail), columns_(detail.data()), types_(columns_.type.reader()), flags_(columns_.flags.reader()),
-          counts_(columns_.vertexCount.reader()), skip_(skip), complete_(detail.topologyIsValid())
-    {}
-
-    /// Call `faces(primitive, count, vertex, corners)` for the closed polygons of a range in order, in runs of consecutive
-    /// primitives, equal counts and consecutive vertices, and `open(primitive)` for the open ones.
-    template <class Faces, class Open> void visit(const ELM_Range &range, Faces &&faces, Open &&open) const
-    {
-        columns_.vertexStart.visit([&](const auto &column) {
-            const auto starts = column.reader();
-            for (const auto [begin, end] : range.blocks())
-                if (isUniform(begin))
-                    visitUniform(starts, begin, end, faces);
-                else
-                    visitBlock(starts, begin, end, faces, open);
-        });
-    }
-
-private:
-    // True when what holds for this primitive holds for its page.
-    bool isUniform(ELM_Offset primitive) const
-    {
-        const int64_t page = primitive >> ELM_PAGE_BITS;
-        return !skip_ && complete_ && columns_.type.isConstantPage(page) &&
-               (types_.value(primitive) != ELM_PRIMITIVE_POLYGON ||
-                (columns_.flags.isConstantPage(page) && isClosed(primitive) && columns_.vertexCount.isConstantPage(page) &&
-                 detail_.sequentialVertices()));
-    }
-
-    template <class Starts, class Faces>
-    void visitUniform(const Starts &starts, ELM_Offset begin, ELM_Offset end, Faces &faces) const
-    {
-        if (types_.value(begin) == ELM_PRIMITIVE_POLYGON)
-            faces(begin, end - begin, int64_t(starts.value(begin)), int64_t(counts_.value(begin)));
-    }
-
-    template <class Starts, class Faces, class Open>
-    void visitBlock(const Starts &starts, ELM_Offset begin, ELM_Offset end, Faces &faces, Open &open) const
-    {
-        for (ELM_Offset primitive = begin; primitive < end;)
-        {
-            const ELM_Offset first = primitive++;
-            const int64_t start = int64_t(starts.value(first)), corners = int64_t(counts_.value(first));
-            if (!isWanted(first, start, corners))
-                continue;
-            if (!isClosed(first))
-            {
-                open(first);
-                continue;
-            }
-            const auto continues = [&](ELM_Offset next) {
-                const int64_t expected = start + (next - first) * corners;
-                return counts_.value(next) == corners && int64_t(starts.value(next)) == expected && isClosed(next) &&
-                       isWanted(next, expected, corners);
-            };
-            while (primitive < end && continues(primitive))
-                ++primitive;
-            faces(first, primitive - first, start, corners);
-        }
-    }
-
-    bool isClosed(ELM_Offset primitive) const { return flags_.value(primitive) & MSH_DetailData::kClosed; }
-
-    bool isWanted(ELM_Offset primitive, ELM_Offset start, int64_t corners) const
-    {
-        if (types_.value(primitive) != ELM_PRIMITIVE_POLYGON || (skip_ && skip_->contains(primitive)))
-            return false;
-        for (int64_t i = 0; !complete_ && i < corners; ++i)
-            if (detail_.vertexPoint(start + i) < 0)
-                return false;
-        return true;
-    }
-
-    const MSH_Detail &detail_;
-    const MSH_DetailData &columns_;
-    ELM_ReadHandle<int16_t> types_;
-    ELM_ReadHandle<uint8_t> flags_;
-    ELM_ReadHandle<int32_t> counts_;
-    const ELM_Group *skip_;
-    bool complete_;
-};
 
 /// Offsets that may be a run.
 struct Offsets
@@ -130,11 +43,17 @@ struct Tally
     int64_t least = 0, most = 0;
     RQ_MSHOffsetList open;
 
-    void add(ELM_Offset primitive, int64_t faces, ELM_Offset vertex, int64_t corners)
+    void add(const rq::FaceRun &run)
     {
-        noteCounts(corners, corners);
-        primitives.add(primitive, faces);
-        vertices.add(vertex, faces * corners);
+        int32_t fewest = *run.counts, greatest = *run.counts;
+        for (int64_t i = 1; !run.isUniform && i < run.faces; ++i)
+        {
+            fewest = std::min(fewest, run.counts[i]);
+            greatest = std::max(greatest, run.counts[i]);
+        }
+        noteCounts(fewest, greatest);
+        primitives.add(run.primitive, run.faces);
+        vertices.add(run.vertex, run.corners);
     }
     void add(const Tally &following)
     {
@@ -187,16 +106,16 @@ private:
 };
 }  // namespace
 
-void rq::FaceLists::gather(const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip, RQ_MSHOffsetList &open,
-                           BAS_Progress &progress)
+void rq::FaceLists::gather(const MSH_Detail &detail, const ELM_Range &range, RQ_MSHOffsetList &open, BAS_Progress &progress)
 {
-    const PolygonReader reader(detail, skip);
+    const PolygonReader reader(detail);
     const PieceWalk walk(detail, range, kPrimitivesPerPiece);
     std::vector<Tally> tallies(size_t(walk.pieces()));
     walk.run(progress, [&](int64_t piece, const ELM_Range &part) {
         Tally &tally = tallies[size_t(piece)];
         reader.visit(
-            part, [&](auto... run) { tally.add(run...); }, [&](ELM_Offset primitive) { tally.open.append(primitive); });
+            part, [&](const rq::FaceRun &run) { tally.add(run); },
+            [&](ELM_Offset primitive) { tally.open.append(primitive); });
     });
     Tally all;
     std::vector<std::pair<int64_t, int64_t>> before;  // faces and vertices before each piece
@@ -214,13 +133,15 @@ void rq::FaceLists::gather(const MSH_Detail &detail, const ELM_Range &range, con
     if (!all.primitives.isRun || !all.vertices.isRun || gathered.counts_)
         walk.run(progress, [&](int64_t piece, const ELM_Range &part) {
             auto [face, corner] = before[size_t(piece)];
-            const auto write = [&](ELM_Offset primitive, int64_t faces, ELM_Offset vertex, int64_t corners) {
-                primitives.write(face, primitive, faces);
-                vertices.write(corner, vertex, faces * corners);
-                if (gathered.counts_)
-                    std::fill_n(gathered.counts_->data() + face, faces, int32_t(corners));
-                face += faces;
-                corner += faces * corners;
+            const auto write = [&](const rq::FaceRun &run) {
+                primitives.write(face, run.primitive, run.faces);
+                vertices.write(corner, run.vertex, run.corners);
+                if (gathered.counts_ && run.isUniform)
+                    std::fill_n(gathered.counts_->data() + face, run.faces, *run.counts);
+                else if (gathered.counts_)
+                    std::copy_n(run.counts, run.faces, gathered.counts_->data() + face);
+                face += run.faces;
+                corner += run.corners;
             };
             reader.visit(part, write, [](ELM_Offset) {});
         });

@@ -56,11 +56,12 @@ void RQ_MSHDetail::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
     RQ_MSHOffsetList points(*detail, ELM_OWNER_POINT);
     if (range_)
     {
-        RQ_MSHOffsetList vertices;
+        points.clear();
         for (const auto [begin, end] : range_->blocks())
             for (ELM_Offset primitive = begin; primitive < end; ++primitive)
-                vertices.concat(RQ_MSHOffsetList(detail->vertices(primitive)));
-        points = RQ_MSHOffsetList::pointFromVertex(details_->getHandle(), vertices);
+                for (int64_t vertex = 0; vertex < detail->vertexRun(primitive).count; ++vertex)
+                    if (const ELM_Offset point = MSH_Primitive(*detail, primitive).point(vertex); point >= 0)
+                        points.append(point);
     }
     enlargeP(boxes, segments, details_->getPointAttributes(nullptr, points));
 }

@@ -10,9 +10,10 @@ namespace
 {
 bool sameCounts(const MSH_Detail &a, const MSH_Detail &b)
 {
-    return a.capacity(ELM_OWNER_POINT) == b.capacity(ELM_OWNER_POINT) &&
-           a.capacity(ELM_OWNER_VERTEX) == b.capacity(ELM_OWNER_VERTEX) &&
-           a.capacity(ELM_OWNER_PRIMITIVE) == b.capacity(ELM_OWNER_PRIMITIVE);
+    for (const ELM_Owner owner : {ELM_OWNER_POINT, ELM_OWNER_VERTEX, ELM_OWNER_PRIMITIVE})
+        if (a.capacity(owner) != b.capacity(owner) || a.count(owner) != b.count(owner))
+            return false;
+    return true;
 }
 
 const RQ_MSHAttributeFilter &chooseFilter(const RQ_MSHAttributeFilter *filter, const RQ_RefineParms *parms)

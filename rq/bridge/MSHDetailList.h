@@ -94,8 +94,8 @@ public:
     /// without any set.
     RQ_FaceSetMapHandle buildFaceSets(const RQ_MSHOffsetList &primitives, int64_t mode) const;
 
-    // Attribute lists of details and a primitive given once per segment; the first one's offset stands for all.  Null without
-    // primitives.
+    // Attribute lists of details and a primitive given once per segment; the first one's offset stands for all.  Null
+    // without primitives.
 
     using Details = std::span<const MOD_ConstDetailHandle>;
     using Primitives = std::span<const MSH_Primitive *const>;

@@ -58,6 +58,8 @@ public:
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment) override;
 
 protected:
+    bool computeMinMax(double *min, double *max) const override;
+
     /// Without an attribute yet: a subclass that makes its own hands it over through `initAttribute`, and keeps it alive.
     RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &offsets, ELM_Owner owner);
     void initAttribute(const ELM_Attribute *attribute);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 
 #include <host/bas/Parallel.h>
 #include <host/msh/Detail.h>
@@ -131,6 +132,17 @@ void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target 
             target.from(done).convert(rows.data(), storage_, components, count);
         }
     });
+}
+
+bool RQ_MSHElementArray::computeMinMax(double *min, double *max) const
+{
+    if (mapping_ != Mapping::DETAIL)
+        return RQ_DataArray::computeMinMax(min, max);
+    // One row, however often it is shown.
+    for (int c = 0; c < tupleSize_; ++c)
+        if (const double value = getF64(0, c); !std::isnan(value))
+            min[c] = max[c] = value;
+    return RQisNumeric(storage_);
 }
 
 template <RQ_NumericValue T> T RQ_MSHElementArray::valueAs(int64_t offset, int component) const

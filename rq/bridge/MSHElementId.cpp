@@ -48,8 +48,7 @@ template <RQ_NumericValue T> T RQ_MSHElementId::valueAs(int64_t offset, int) con
     return RQconvert<T>(map_ ? map_->value(element) : element);
 }
 
-template <RQ_NumericValue T>
-void RQ_MSHElementId::fillBlock(T *out, int64_t start, int64_t length, int, int stride) const
+template <RQ_NumericValue T> void RQ_MSHElementId::fillBlock(T *out, int64_t start, int64_t length, int, int stride) const
 {
     constexpr int64_t kRowsPerBlock = 1024;
     int64_t rows[kRowsPerBlock];

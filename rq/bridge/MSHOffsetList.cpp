@@ -174,7 +174,15 @@ RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MOD_ConstDetai
     const int64_t id = rq::validId(RQmixId(uint64_t(detail.topologyId())) + RQmixId(hash()));
     if (block && entries() > 0)
         return new rq::HostIndices(handle, block + get(0), entries(), id);
-    const auto fill = [&](auto *values, int64_t first, int64_t count) { points.copyOut(values, list_, first, count); };
+    const int32_t *flat = narrow ? points.contiguous32() : nullptr;
+    const int32_t *vertices = list_.data32();
+    const auto fill = [&](auto *values, int64_t first, int64_t count) {
+        if (flat && vertices)
+            for (int64_t i = 0; i < count; ++i)
+                values[i] = flat[vertices[first + i]];
+        else
+            points.copyOut(values, list_, first, count);
+    };
     const RQ_DataArrayHandle array = narrow ? makeIndices<int32_t>(entries(), fill) : makeIndices<int64_t>(entries(), fill);
     array->setDataId(id);
     return array;

@@ -3,6 +3,7 @@
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHPrimitive.h>
+#include <rq/bridge/detail/selectPrimitives.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
@@ -19,19 +20,19 @@ void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, ELM_Offset prim
         if (detail.vertexPoint(run.start + i) < 0)
             return;
     if (detail.isClosed(primitive))
-        closed_.append(primitive, 1, run.start, run.count);
+        closed_.append(primitive, run.start, run.count);
     else
         open_.append(primitive);
 }
 
-void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip,
-                                       BAS_Progress &progress)
+void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress)
 {
-    closed_.gather(detail, range, skip, open_, progress);
+    closed_.gather(detail, range, open_, progress);
 }
 
-void RQ_MSHPrimCollectPolyData::append(const RQ_MSHPrimCollectPolyData &following)
+void RQ_MSHPrimCollectPolyData::append(RQ_MSHPrimCollectPolyData &following)
 {
+    following.closed_.finish();
     closed_.append(following.closed_);
     open_.concat(following.open_);
 }
@@ -42,8 +43,9 @@ bool RQ_MSHPrimCollectPolyData::coversDetail(const MSH_Detail &detail) const
            !detail.hasVacantOffsets(ELM_OWNER_POINT);
 }
 
-RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeMesh(const RQ_MSHDetailListHandle &details) const
+RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeMesh(const RQ_MSHDetailListHandle &details)
 {
+    closed_.finish();
     if (closed_.faces() == 0)
         return nullptr;
     const MSH_Detail &detail = *details->getDetail();
@@ -84,18 +86,18 @@ void RQ_MSHPrimCollectPoly::collectAll(RQ_MSHPrimCollectData *data, const MSH_De
                                        const ELM_Group *skip) const
 {
     BAS_Progress progress("Collecting polygons");
-    static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(detail, range, skip, progress);
+    static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(detail, rq::selectPrimitives(range, nullptr, skip), progress);
 }
 
 void RQ_MSHPrimCollectPoly::mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const
 {
-    static_cast<RQ_MSHPrimCollectPolyData *>(into)->append(*static_cast<const RQ_MSHPrimCollectPolyData *>(from));
+    static_cast<RQ_MSHPrimCollectPolyData *>(into)->append(*static_cast<RQ_MSHPrimCollectPolyData *>(from));
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::endCollecting(const RQ_MSHDetailListHandle &details,
                                                         RQ_MSHPrimCollectData *data) const
 {
-    const auto &polygons = *static_cast<const RQ_MSHPrimCollectPolyData *>(data);
+    auto &polygons = *static_cast<RQ_MSHPrimCollectPolyData *>(data);
     const RQ_PrimitiveHandle mesh = polygons.makeMesh(details);
     const RQ_MSHOffsetList &open = polygons.getOpenPolygons();
     if (open.entries() == 0)

@@ -14,14 +14,14 @@ public:
     /// Append one polygon of the detail.  A face with a vertex that has no point is left out.
     void append(const MSH_Detail &detail, ELM_Offset primitive);
 
-    /// Append the polygons of a range but those of a group (null: none), in parallel.  Nothing when it is interrupted.
-    void append(const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip, BAS_Progress &progress);
+    /// Append the polygons of a range, in parallel.  Nothing when it is interrupted.
+    void append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress);
 
     /// Append what other data gathered.
-    void append(const RQ_MSHPrimCollectPolyData &following);
+    void append(RQ_MSHPrimCollectPolyData &following);
 
     /// The mesh of all closed polygons, null without any.
-    RQ_PrimitiveHandle makeMesh(const RQ_MSHDetailListHandle &details) const;
+    RQ_PrimitiveHandle makeMesh(const RQ_MSHDetailListHandle &details);
 
     const RQ_MSHOffsetList &getOpenPolygons() const { return open_; }
     const RQ_RefineParms *getParms() const { return parms_; }

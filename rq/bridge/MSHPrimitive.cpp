@@ -32,6 +32,7 @@ int64_t RQ_MSHPrimitive::getVertexCount() const { return details_->getDetail()->
 const char *RQ_MSHPrimitive::className() const { return "RQ_MSHPrimitive"; }
 int RQ_MSHPrimitive::getPrimitiveType() const { return RQ_PRIM_MSH_PRIMITIVE; }
 void RQ_MSHPrimitive::enlargeBounds(BAS_BoundingBox *boxes, int segments) const { enlargeP(boxes, segments, point_); }
+bool RQ_MSHPrimitive::refine(RQ_Refine &, const RQ_RefineParms *) const { return false; }
 int RQ_MSHPrimitive::getMotionSegments() const { return details_->getSegments(); }
 
 int64_t RQ_MSHPrimitive::getMemoryUsage() const

@@ -24,6 +24,9 @@ public:
     const char *className() const override;
     int getPrimitiveType() const override;
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
+
+    /// There is nothing simpler: false.
+    bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;
     const RQ_AttributeListHandle &getPointAttributes() const override { return point_; }

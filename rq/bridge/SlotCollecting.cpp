@@ -25,8 +25,7 @@ struct rq::SlotCollecting::Piece
 };
 
 rq::SlotCollecting::SlotCollecting(const RQ_MSHDetailListHandle &details, const RQ_RefineParms *parms)
-    : details_(details), detail_(*details->getDetail()), parms_(parms),
-      slotOfType_(detail_.data().typeCounts.size(), -1)
+    : details_(details), detail_(*details->getDetail()), parms_(parms), slotOfType_(detail_.data().typeCounts.size(), -1)
 {
     for (size_t type = ELM_PRIMITIVE_NONE + 1; type < slotOfType_.size(); ++type)
     {
@@ -62,7 +61,7 @@ void rq::SlotCollecting::collectBatch(const ELM_Range &range, BAS_Progress &prog
         {
             slot.data.reset(slot.collector->beginCollecting(details_, parms_));
             slot.begun = true;
-            static_cast<RQ_MSHPrimCollectPolyData &>(*slot.data).append(detail_, range, nullptr, progress);
+            static_cast<RQ_MSHPrimCollectPolyData &>(*slot.data).append(detail_, range, progress);
         }
 }
 
@@ -89,42 +88,54 @@ void rq::SlotCollecting::collectPieces(const ELM_Range &range, Share share, BAS_
     walk.run(progress, [&](int64_t index, const ELM_Range &part) {
         Piece &piece = pieces[size_t(index)];
         piece.parts.resize(slots_.size());
-        collectPiece(part, share, piece);
+        collectPiece(part, share, piece, progress);
     });
     if (!progress.isInterrupted())
         for (Piece &piece : pieces)
             merge(piece);
 }
 
-void rq::SlotCollecting::collectPiece(const ELM_Range &range, Share share, Piece &piece) const
+bool rq::SlotCollecting::skipsPage(ELM_Offset primitive, Share share) const
 {
+    const ELM_PageArray<int16_t> &types = detail_.data().type;
+    if (!types.isConstantPage(primitive >> ELM_PAGE_BITS))
+        return false;
+    const int16_t type = types.value(primitive);
+    return type == ELM_PRIMITIVE_NONE || !belongs(slotOf(type), share);
+}
+
+void rq::SlotCollecting::collectPiece(const ELM_Range &range, Share share, Piece &piece, BAS_Progress &progress) const
+{
+    const ELM_ReadHandle<int16_t> types = detail_.data().type.reader();
     const int segments = details_->getSegments();
     std::vector<const MSH_Primitive *> pointers(static_cast<size_t>(segments));
     std::vector<MSH_Primitive> views;
-    views.reserve(size_t(segments));
+    views.reserve(pointers.size());
+    const auto collect = [&](ELM_Offset primitive, const Slot &slot) {
+        Piece::Part &part = piece.parts[size_t(&slot - slots_.data())];
+        if (!part.begun)
+            part = {true, std::unique_ptr<RQ_MSHPrimCollectData>(slot.collector->beginCollecting(details_, parms_))};
+        views.clear();
+        for (int segment = 0; segment < segments; ++segment)
+            pointers[size_t(segment)] = &views.emplace_back(*details_->getDetail(segment), primitive);
+        return slot.collector->collect(details_, pointers.data(), segments, part.data.get());
+    };
     for (const auto [begin, end] : range.blocks())
-        for (ELM_Offset primitive = begin; primitive < end; ++primitive)
+    {
+        if (progress.interrupted(double(begin) / double(range.end())))
+            return;
+        for (ELM_Offset primitive = begin, last = skipsPage(begin, share) ? begin : end; primitive < last; ++primitive)
         {
-            const ELM_PrimitiveTypeId type = detail_.typeOf(primitive);
-            const int index = slotOfType_[size_t(type)];
-            const Slot *slot = index >= 0 ? &slots_[size_t(index)] : nullptr;
+            const ELM_PrimitiveTypeId type = types.value(primitive);
+            const Slot *slot = slotOf(type);
             if (type == ELM_PRIMITIVE_NONE || !belongs(slot, share))
                 continue;
-            if (!slot)
-            {
-                piece.emitted.push_back({primitive, new RQ_MSHPrimitive(details_, primitive, parms_)});
-                continue;
-            }
-            Piece::Part &part = piece.parts[size_t(index)];
-            if (!part.begun)
-                part = {true, std::unique_ptr<RQ_MSHPrimCollectData>(slot->collector->beginCollecting(details_, parms_))};
-            views.clear();
-            for (int segment = 0; segment < segments; ++segment)
-                pointers[size_t(segment)] = &views.emplace_back(*details_->getDetail(segment), primitive);
-            RQ_PrimitiveHandle made = slot->collector->collect(details_, pointers.data(), segments, part.data.get());
+            RQ_PrimitiveHandle made =
+                slot ? collect(primitive, *slot) : RQ_PrimitiveHandle(new RQ_MSHPrimitive(details_, primitive, parms_));
             if (made)
                 piece.emitted.push_back({primitive, std::move(made)});
         }
+    }
 }
 
 void rq::SlotCollecting::merge(Piece &piece)

@@ -4,6 +4,7 @@
 #include <bench/rq/bridge/details.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHPrimCollectPoly.h>
+#include <rq/data/DANumeric.h>
 #include <rq/prim/RefineCollect.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
@@ -35,11 +36,11 @@ class OneByOne final : public RQ_MSHPrimCollectPoly
 
 enum class Kind
 {
-    PLAIN,     ///< quads and nothing else
-    MIXED,     ///< and a cloud of particles
-    HIDDEN,    ///< every hundredth quad is hidden
-    UNEVEN,    ///< triangles and quads
-    ONE_BY_ONE ///< quads, given to a caller's collector
+    PLAIN,      ///< quads and nothing else
+    MIXED,      ///< and a cloud of particles
+    HIDDEN,     ///< every hundredth quad is hidden
+    UNEVEN,     ///< triangles and quads
+    ONE_BY_ONE  ///< quads, given to a caller's collector
 };
 
 MOD_ConstDetailHandle makeDetail(Kind kind, const MOD_DetailHandle &geometry = {})
@@ -150,25 +151,43 @@ void addPrototype()
                                     }
                                     lists->points.resize(lists->vertices.size());
                                     for (size_t i = 0; i < lists->points.size(); ++i)
-                                        lists->points[i] = (*pages)[size_t(lists->vertices[i] >> 10)]
-                                                                   [lists->vertices[i] & 1023];
+                                        lists->points[i] =
+                                            (*pages)[size_t(lists->vertices[i] >> 10)][lists->vertices[i] & 1023];
                                     return std::shared_ptr<void>(lists);
                                 },
                                 {}};
                 }});
 }
 
-void addVertexPoints(const char *who, bool explicitList)
+/// The points of an explicit list of all vertices, beside a plain loop; and of a run of them.
+void addVertexPoints()
 {
     constexpr double kVertices = 4.0 * kFaces;
-    bench::add({"vertex_points", "quads1M", who, 1, kVertices, explicitList ? kVertices * 12.0 : 0.0, false, [=] {
-                    const MOD_ConstDetailHandle detail = makeDetail(Kind::PLAIN);
-                    RQ_MSHOffsetList list(*detail.readLock(), ELM_OWNER_VERTEX);
-                    if (explicitList)
-                        list.append(0);
-                    list.hash();
-                    return Work{[=] { return bench::keep(list.createVertexPointArray(detail)); }, {}};
-                }});
+    struct Lists
+    {
+        MOD_ConstDetailHandle detail = makeDetail(Kind::PLAIN);
+        RQ_MSHOffsetList run{*detail.readLock(), ELM_OWNER_VERTEX}, list = run;
+    };
+    const auto add = [](const char *who, double bytes, std::shared_ptr<void> (*make)(const Lists &)) {
+        bench::add({"vertex_points", "quads1M", who, 1, kVertices, bytes, false, [make] {
+                        const auto lists = std::make_shared<Lists>();
+                        lists->list.set(0, 1);
+                        lists->list.hash();
+                        return Work{[=] { return make(*lists); }, {}};
+                    }});
+    };
+    add("ours", kVertices * 12.0,
+        [](const Lists &lists) { return bench::keep(lists.list.createVertexPointArray(lists.detail)); });
+    add("plain loop", kVertices * 12.0, [](const Lists &lists) {
+        const auto array = std::make_shared<BAS_IntrusivePtr<RQ_DANumeric<int32_t>>>(
+            new RQ_DANumeric<int32_t>(lists.list.entries(), 1, RQ_TYPE_NONE));
+        const int32_t *from = lists.detail.readLock()->vertexPoint().contiguous32();
+        const int32_t *rows = lists.list.offsetList().data32();
+        for (int64_t i = 0; i < lists.list.entries(); ++i)
+            (*array)->data()[i] = from[rows[i]];
+        return std::shared_ptr<void>(array);
+    });
+    add("ours, a run", 0.0, [](const Lists &lists) { return bench::keep(lists.run.createVertexPointArray(lists.detail)); });
 }
 
 /// A detail of few polygons: how long until it can be drawn, and what it costs to draw it again after a change.
@@ -200,10 +219,11 @@ void addUpdate(const char *mesh, Kind kind)
                         const MOD_ConstDetailHandle after = edit.commit();
                         after.readLock()->hasUnusedPoints();
                         const RQ_PrimitiveHandle primitive = refined(before);
+                        const RQ_RefineParms parms;
                         return Work{[=] {
                                         for (int64_t turn = 0; turn < kTurns; ++turn)
                                             if (rebinds)
-                                                primitive->updateGeoPrim(turn % 2 ? before : after, RQ_RefineParms());
+                                                primitive->updateGeoPrim(turn % 2 ? before : after, parms);
                                             else
                                                 benchmark::DoNotOptimize(refined(turn % 2 ? before : after));
                                         return std::shared_ptr<void>();
@@ -232,8 +252,7 @@ const bool registered = [] {
         addRefine("ours, triangles and quads", Kind::UNEVEN, threads);
         addRefine("ours, one by one", Kind::ONE_BY_ONE, threads);
     }
-    addVertexPoints("ours, run", false);
-    addVertexPoints("ours, list", true);
+    addVertexPoints();
     addSmall();
     addUpdate("quads1M", Kind::PLAIN);
     addUpdate("quads1M, some hidden", Kind::HIDDEN);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <host/bas/Progress.h>
-#include <host/elm/Group.h>
+#include <host/elm/Range.h>
 #include <rq/bridge/MSHOffsetList.h>
 #include <rq/data/CountArray.h>
 #include <rq/data/DANumeric.h>
@@ -12,30 +12,52 @@ namespace rq
 ///
 /// Threads  belongs to one thread while it grows
 /// Cost     nothing is stored for consecutive primitives, consecutive vertices and equal counts; else 4 bytes an entry,
-///          8 for offsets of 2^30 and above
+///          8 for offsets of 2^30 and above.  Faces that continue the one before are counted, and stored later as a run.
 class FaceLists
 {
 public:
+    /// Append one face of `corners` vertices from `vertex` on.
+    void append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners)
+    {
+        const bool continues = run_.faces > 0 && corners == run_.corners && primitive == run_.primitive + run_.faces &&
+                               vertex == run_.vertex + run_.faces * corners;
+        if (!continues)
+        {
+            finish();
+            run_ = {primitive, vertex, corners, 0};
+        }
+        ++run_.faces;
+    }
+
+    /// Append the faces of another list, which must be finished.
+    void append(const FaceLists &following);
+
+    /// Append the closed polygons of a range, and add the open ones to `open`.
+    ///
+    /// A polygon with a vertex that has no point is left out.  Counts and then fills blocks of primitives, so the result is
+    /// the same for any number of threads.  An interruption leaves the lists as they are.
+    void gather(const MSH_Detail &detail, const ELM_Range &range, RQ_MSHOffsetList &open, BAS_Progress &progress);
+
+    /// Store what was appended; to be called before the rest.
+    void finish();
+
     int64_t faces() const { return faces_; }
     const RQ_MSHOffsetList &primitives() const { return primitives_; }
     const RQ_MSHOffsetList &vertices() const { return vertices_; }
     RQ_CountArray counts() const;
 
-    /// Append consecutive primitives: faces of `corners` corners each, whose vertices follow each other.
-    void append(ELM_Offset primitive, int64_t faces, ELM_Offset vertex, int64_t corners);
-
-    /// Append the faces of another list.
-    void append(const FaceLists &following);
-
-    /// Append the closed polygons of a range, but those of the group `skip` (null: none), and add the open ones to `open`.
-    ///
-    /// A polygon with a vertex that has no point is left out.  Counts and then fills blocks of primitives, so the result is
-    /// the same for any number of threads.  An interruption leaves the lists as they are.
-    void gather(const MSH_Detail &detail, const ELM_Range &range, const ELM_Group *skip, RQ_MSHOffsetList &open,
-                BAS_Progress &progress);
-
 private:
+    /// Consecutive primitives of equal counts, whose vertices follow each other.
+    struct Run
+    {
+        ELM_Offset primitive = 0, vertex = 0;
+        int64_t corners = 0, faces = 0;
+    };
+
     void noteCounts(int64_t faces, int64_t least, int64_t most);
+    void storeCounts(int64_t faces, int64_t corners);
+
+    Run run_;  // not stored yet
 
     RQ_MSHOffsetList primitives_;
     RQ_MSHOffsetList vertices_;

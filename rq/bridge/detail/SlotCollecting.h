@@ -47,7 +47,13 @@ private:
 
     void collectBatch(const ELM_Range &range, BAS_Progress &progress);
     void collectPieces(const ELM_Range &range, Share share, BAS_Progress &progress);
-    void collectPiece(const ELM_Range &range, Share share, Piece &piece) const;
+    void collectPiece(const ELM_Range &range, Share share, Piece &piece, BAS_Progress &progress) const;
+    bool skipsPage(ELM_Offset primitive, Share share) const;
+    const Slot *slotOf(ELM_PrimitiveTypeId type) const
+    {
+        const int index = slotOfType_[size_t(type)];
+        return index >= 0 ? &slots_[size_t(index)] : nullptr;
+    }
     bool belongs(const Slot *slot, Share share) const;
     bool needs(Share share) const;
     void merge(Piece &piece);

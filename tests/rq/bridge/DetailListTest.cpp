@@ -68,7 +68,8 @@ TEST(DetailList, MakesTheListsOfPrimitives)
 
     using List = RQ_MSHDetailList;
     EXPECT_EQ(describe(List::createDetailAttributes(nullptr, handles)), "scene[1]=0 ");
-    EXPECT_EQ(describe(List::createPrimitiveAttributes(nullptr, handles, primitives, none, detail)), "face[1]=2 scene[1]=0 ");
+    EXPECT_EQ(describe(List::createPrimitiveAttributes(nullptr, handles, primitives, none, detail)),
+              "face[1]=2 scene[1]=0 ");
     EXPECT_EQ(describe(List::createPrimitiveVertexAttributes(nullptr, handles, primitives)), "both[1]=8 ");
     EXPECT_EQ(describe(List::createVertexAttributes(nullptr, handles, primitives, none, point)), "both[4]=11 P[4] ");
     EXPECT_EQ(List::createVertexAttributes(nullptr, {}, {}), nullptr);
@@ -133,14 +134,14 @@ TEST(ElementId, NamesTheElementBehindARow)
         const RQ_DataArrayHandle ids(new RQ_MSHElementId(handle, many, ELM_OWNER_PRIMITIVE, false));
         EXPECT_EQ(ids->getStorage(), RQ_STORAGE_INT64);
         EXPECT_EQ(ids->getI64(many.entries() - 1), first + many.entries() - 1);
-        const RQ_DataArrayHandle scene(new RQ_MSHElementArray(handle, detail.find(ELM_OWNER_DETAIL, "scene"), many,
-                                                              ELM_OWNER_VERTEX));
+        const RQ_DataArrayHandle scene(
+            new RQ_MSHElementArray(handle, detail.find(ELM_OWNER_DETAIL, "scene"), many, ELM_OWNER_VERTEX));
         int32_t last[2] = {7, 7};
         scene->fillArray(last, many.entries() - 2, 2);
         EXPECT_EQ(last[1], 0);
     }
-    EXPECT_EQ(RQ_DataArrayHandle(new RQ_MSHElementId(handle, RQ_MSHOffsetList(ELM_OffsetList(0x3FFFFFFF, 1)),
-                                                     ELM_OWNER_POINT, false))
+    EXPECT_EQ(RQ_DataArrayHandle(
+                  new RQ_MSHElementId(handle, RQ_MSHOffsetList(ELM_OffsetList(0x3FFFFFFF, 1)), ELM_OWNER_POINT, false))
                   ->getStorage(),
               RQ_STORAGE_INT32);
 }

@@ -19,15 +19,6 @@ MOD_DetailHandle makeCubeAndSquare()
     return detail;
 }
 
-MOD_ConstDetailHandle withGroup(const MOD_DetailHandle &detail, const char *name, const std::vector<ELM_Offset> &members)
-{
-    MOD_Edit edit(detail);
-    ELM_Group *group = edit.group(ELM_OWNER_PRIMITIVE, name);
-    for (const ELM_Offset member : members)
-        group->set(member);
-    return edit.commit();
-}
-
 const RQ_PrimPolygonMesh *onlyMesh(const std::vector<RQ_PrimitiveHandle> &primitives)
 {
     EXPECT_EQ(primitives.size(), 1u);
@@ -96,23 +87,6 @@ TEST(Detail, HasTheSameIdsWheneverItIsRefined)
     const auto moved = idsOf(edit.commit());
     EXPECT_EQ(moved.first, ids.first) << "the topology did not change";
     EXPECT_NE(moved.second, ids.second);
-}
-
-TEST(Detail, SkipsHiddenPrimitives)
-{
-    const MOD_DetailHandle detail = makeCubeAndSquare();
-    const MOD_ConstDetailHandle hidden = withGroup(detail, ELM_HIDDEN_GROUP_NAME, {0, 1, 2, 3, 4, 5});
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(hidden);
-    const RQ_PrimPolygonMesh *mesh = onlyMesh(primitives);
-    ASSERT_NE(mesh, nullptr);
-    EXPECT_EQ(mesh->getFaceCount(), 1);
-    EXPECT_EQ(mesh->getPointCount(), 4) << "the points of what is hidden are not the mesh's";
-
-    RQ_RefineParms parms;
-    parms.setSkipHidden(false);
-    const std::vector<RQ_PrimitiveHandle> all = refine(hidden, &parms);
-    ASSERT_NE(onlyMesh(all), nullptr);
-    EXPECT_EQ(onlyMesh(all)->getFaceCount(), 7);
 }
 
 struct PointCase

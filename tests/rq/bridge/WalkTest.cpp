@@ -22,7 +22,7 @@ constexpr const char *kSomeGroup = "some";
 
 /// Faces, polylines and particles in any order, loose vertices and points, a hidden group and another one.  Every primitive
 /// and vertex has its number as an attribute.
-MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primitives, bool looseVertices)
+MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primitives, bool looseVertices, bool holes)
 {
     std::mt19937 random(seed);
     const auto below = [&](int64_t end) { return int64_t(random() % uint64_t(end)); };
@@ -56,19 +56,29 @@ MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primiti
     }
     for (int i = 0; looseVertices && i < 5; ++i)
         EXPECT_TRUE(edit.setVertexPoint(below(edit.vertexCount()), -1));
+    for (int i = 0; holes && i < 30; ++i)
+    {
+        const int64_t first = below(primitives), loose = points - 1 - below(points / 8);
+        EXPECT_TRUE(edit.remove(ELM_Range(ELM_OWNER_PRIMITIVE, first, std::min<int64_t>(primitives, first + below(50)))));
+        EXPECT_TRUE(edit.remove(ELM_Range(ELM_OWNER_POINT, loose, loose + 1)));
+    }
     return edit.commit();
 }
 
 struct Variant
 {
     const char *what;
-    bool skipsHidden, onlySome, inRange, looseVertices;
+    bool skipsHidden, onlySome, inRange, looseVertices, holes;
 };
 
 const Variant kVariants[] = {
-    {"everything", false, false, false, false},     {"without the hidden ones", true, false, false, false},
-    {"one group", false, true, false, false},       {"a range of primitives", true, false, true, false},
-    {"all at once", true, true, true, false},       {"vertices without points", false, false, false, true},
+    {"everything", false, false, false, false, false},
+    {"without the hidden ones", true, false, false, false, false},
+    {"one group", false, true, false, false, false},
+    {"a range of primitives", true, false, true, false, false},
+    {"all at once", true, true, true, false, true},
+    {"vertices without points", false, false, false, true, false},
+    {"with vacant offsets", false, false, false, false, true},
 };
 
 struct Refinement
@@ -81,7 +91,7 @@ struct Refinement
     {
         parms.setSkipHidden(variant.skipsHidden);
         parms.setGeoRefineGroup(variant.onlySome ? kSomeGroup : nullptr);
-        const int64_t primitives = geometry.readLock()->primitiveCount();
+        const int64_t primitives = geometry.readLock()->capacity(ELM_OWNER_PRIMITIVE);
         if (variant.inRange)
             range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, primitives / 5, primitives - primitives / 7);
     }
@@ -117,10 +127,12 @@ Seen walkPlainly(const Refinement &refinement, const Variant &variant)
 {
     const MSH_Detail &detail = *refinement.detail.readLock();
     Seen seen;
-    std::vector<bool> used(size_t(detail.pointCount()), false);
-    for (ELM_Offset i = 0; i < detail.primitiveCount(); ++i)
+    std::vector<bool> used(size_t(detail.capacity(ELM_OWNER_POINT)), false);
+    for (ELM_Offset i = 0; i < detail.capacity(ELM_OWNER_PRIMITIVE); ++i)
     {
         const MSH_Primitive primitive(detail, i);
+        if (primitive.type() == ELM_PRIMITIVE_NONE)
+            continue;
         bool complete = true;
         for (int64_t v = 0; v < primitive.vertexCount(); ++v)
             if (primitive.point(v) >= 0)
@@ -140,8 +152,8 @@ Seen walkPlainly(const Refinement &refinement, const Variant &variant)
                 seen.corners.push_back(detail.positions().pages<float>()->value(primitive.point(v)));
         }
     }
-    for (int64_t point = 0; point < detail.pointCount() && !refinement.range && !variant.onlySome; ++point)
-        if (!used[size_t(point)] && detail.topologyIsValid())
+    for (int64_t point = 0; point < detail.capacity(ELM_OWNER_POINT) && !refinement.range && !variant.onlySome; ++point)
+        if (!used[size_t(point)] && detail.isLive(ELM_OWNER_POINT, point) && detail.topologyIsValid())
             seen.loosePoints.push_back(point);
     return seen;
 }
@@ -183,7 +195,7 @@ TEST(Walk, SeesWhatAPlainLoopSees)
             SCOPED_TRACE(std::string(variant.what) + ", seed " + std::to_string(seed));
             // The last ones are large enough for several threads.
             const MOD_ConstDetailHandle detail =
-                makeMixedDetail(seed, seed < 3 ? 500 : 30000, seed < 3 ? 3000 : 30000, variant.looseVertices);
+                makeMixedDetail(seed, seed < 3 ? 500 : 30000, seed < 3 ? 3000 : 30000, variant.looseVertices, variant.holes);
             const Refinement refinement(variant, detail);
             EXPECT_TRUE(look(refinement.run()) == walkPlainly(refinement, variant));
         }
@@ -236,8 +248,9 @@ struct Bound
 
 TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
 {
-    const MOD_ConstDetailHandle detail = makeMixedDetail(7, 21000, 24000, false);
     for (const Variant &variant : kVariants)
+    {
+        const MOD_ConstDetailHandle detail = makeMixedDetail(7, 25000, 25000, variant.looseVertices, variant.holes);
         for (const char *collectors : {"built in", "merging", "not merging"})
         {
             SCOPED_TRACE(std::string(variant.what) + ", " + collectors);
@@ -257,6 +270,7 @@ TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
                 EXPECT_TRUE(text == expected) << workers << " workers";
             }
         }
+    }
 }
 
 TEST(Walk, GivesNothingWhenItIsInterrupted)
@@ -269,7 +283,7 @@ TEST(Walk, GivesNothingWhenItIsInterrupted)
     private:
         std::atomic<int> polls_{0};
     } stopper;
-    const Refinement refinement(kVariants[0], makeMixedDetail(1, 30000, 40000, false));
+    const Refinement refinement(kVariants[0], makeMixedDetail(1, 30000, 40000, false, false));
     BAS_ProgressHandler *const before = BAS_ProgressHandler::install(&stopper);
     EXPECT_TRUE(refinement.run().empty());
     BAS_ProgressHandler::install(before);
@@ -278,7 +292,7 @@ TEST(Walk, GivesNothingWhenItIsInterrupted)
 
 TEST(Walk, GoesOnWhileCollectorsAndTypesComeAndGo)
 {
-    const Refinement refinement(kVariants[1], makeMixedDetail(3, 400, 2000, false));
+    const Refinement refinement(kVariants[1], makeMixedDetail(3, 400, 2000, false, false));
     const Seen expected = look(refinement.run());
     std::atomic<bool> stop{false};
     std::thread binder([&] {
@@ -310,7 +324,8 @@ TEST(Walk, CarriesOffsetsBeyond32Bits)
     const int64_t face[] = {0, kPoints - 2, kPoints - 1};
     ASSERT_TRUE(edit.appendPolygons(3, face, true)) << edit.message();
     const float position[] = {1, 2, 3};
-    ASSERT_TRUE(edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(kPoints - 1, 1, position));
+    ASSERT_TRUE(
+        edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(kPoints - 1, 1, position));
     const RQ_PrimitiveHandle primitive = RQ_MSHDetail::makePolygonMesh(edit.commit());
     const auto *mesh = as<RQ_PrimPolygonMesh>(primitive);
     ASSERT_NE(mesh, nullptr);
