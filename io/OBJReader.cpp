@@ -1,13 +1,11 @@
 #include <io/OBJReader.h>
 
-#include <atomic>
 #include <new>
 
 #include <fmt/format.h>
 
-#include <host/bas/Parallel.h>
-#include <host/bas/Progress.h>
 #include <io/Scanner.h>
+#include <io/detail/LineBlocks.h>
 #include <io/detail/OBJAssembly.h>
 #include <io/detail/OBJWarnings.h>
 
@@ -15,55 +13,8 @@ namespace rq::io
 {
 namespace
 {
-// A block takes some milliseconds to parse: even a file of a few MB keeps all workers busy, and a block's arrays stay
-// small enough for memory that was used before.
-constexpr size_t kBlockBytes = size_t(1) << 20;
-
-// The end of the first line that ends at or after `from` and that no other line continues.
-size_t endOfLine(std::string_view text, size_t from)
-{
-    for (;;)
-    {
-        size_t at = text.find_first_of("\r\n", from);
-        if (at == text.npos)
-            return text.size();
-        // `from` may lie between CR and LF.
-        const size_t breakStart = text[at] == '\n' && at > 0 && text[at - 1] == '\r' ? at - 1 : at;
-        from = at + (text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n' ? 2 : 1);
-        if (breakStart == 0 || text[breakStart - 1] != '\\')
-            return from;
-    }
-}
-
-std::vector<OBJBlock> cutIntoBlocks(std::string_view text)
-{
-    std::vector<OBJBlock> blocks;
-    for (size_t begin = 0; begin < text.size();)
-    {
-        const size_t end = text.size() - begin > kBlockBytes ? endOfLine(text, begin + kBlockBytes) : text.size();
-        blocks.emplace_back(text.substr(begin, end - begin));
-        begin = end;
-    }
-    return blocks;
-}
-
 // UTF-16 begins with its byte order mark.
 bool isWideText(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
-
-// Parse in parallel.  False when the user interrupted.
-bool parse(std::vector<OBJBlock> &blocks)
-{
-    BAS_Progress progress("Reading");
-    std::atomic<int64_t> done{0};
-    std::atomic<bool> stopped{false};
-    host::parallelFor(std::ssize(blocks), 1, [&](int64_t i) {
-        if (progress.interrupted(double(done++) / double(blocks.size())))
-            stopped = true;
-        else
-            blocks[size_t(i)].parse();
-    });
-    return !stopped;
-}
 
 bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
 {
@@ -71,8 +22,10 @@ bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
         return messages.fail(source.name, placeOf(source.text, source.text.data()),
                              "expected UTF-8 text, found UTF-16 text");
 
-    std::vector<OBJBlock> blocks = cutIntoBlocks(source.text);
-    if (!parse(blocks))
+    std::vector<OBJBlock> blocks;
+    for (const std::string_view lines : cutAtLines(source.text))
+        blocks.emplace_back(lines);
+    if (!forEachBlock(std::ssize(blocks), [&](int64_t i) { blocks[size_t(i)].parse(); }))
         return messages.fail(source.name, {}, "reading was interrupted");
     for (const OBJBlock &block : blocks)
     {

@@ -6,26 +6,36 @@
 
 #include <io/FileText.h>
 #include <io/OBJReader.h>
+#include <io/OFFReader.h>
+#include <io/PLYReader.h>
+#include <io/STLReader.h>
 
 namespace rq::io
 {
 namespace
 {
-using ReadFunction = bool (*)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
-
 struct Format
 {
     const char *ending;
-    ReadFunction read;
+    bool (*read)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
+    bool (*recognize)(std::string_view text);  ///< null: nothing tells this format from another text
 };
 
 const Format kFormats[] = {
-    {".obj", readOBJ},
+    {".obj", readOBJ, nullptr},
+    {".ply", readPLY, isPLY},
+    {".off", readOFF, isOFF},
+    {".stl", readSTL, isSTL},
 };
 
-// The format that a file's name tells; standard input is taken for the first.
-const Format *findFormat(const std::string &path)
+// What a file is follows from how it begins, and only then from its name; standard input has none.
+const Format *findFormat(std::string_view text, const std::string &path)
 {
+    for (const Format &format : kFormats)
+    {
+        if (format.recognize && format.recognize(text))
+            return &format;
+    }
     if (path == "-")
         return &kFormats[0];
     std::string ending = path.substr(std::min(path.rfind('.'), path.size()));
@@ -39,15 +49,14 @@ const Format *findFormat(const std::string &path)
 
 bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages)
 {
-    const Format *format = findFormat(path);
-    if (!format)
-    {
-        std::string endings;
-        for (const Format &known : kFormats)
-            endings += (endings.empty() ? "" : ", ") + std::string(known.ending);
-        return messages.fail(path, {}, fmt::format("expected a file whose name ends with {}", endings));
-    }
     FileText file;
-    return file.open(path, messages) && format->read(file.text(), file.name(), detail, messages);
+    if (!file.open(path, messages))
+        return false;
+    if (const Format *format = findFormat(file.text(), path))
+        return format->read(file.text(), file.name(), detail, messages);
+    std::string endings;
+    for (const Format &known : kFormats)
+        endings += (endings.empty() ? "" : ", ") + std::string(known.ending);
+    return messages.fail(path, {}, fmt::format("expected a file whose name ends with {}", endings));
 }
 }  // namespace rq::io

@@ -9,10 +9,10 @@ namespace rq::io
 {
 /// Read a file of geometry into a detail.
 ///
-/// Shape    the kind of file follows from the end of its name: ".obj" in any case; standard input, named "-", is read as
-/// OBJ.
-///          What a file holds replaces what the detail held
+/// Shape    what kind of file it is follows from how it begins (PLY, STL, OFF), and where that says nothing from the end of
+///          its name: ".obj", ".ply", ".stl" or ".off" in any case; standard input, named "-", is OBJ then.  What a file
+///          holds replaces what the detail held
 /// Failure  false, with an error among the messages, and the detail untouched.  Warnings tell what was passed over or mended
-/// Threads  lines are read in parallel; the result does not depend on the number of threads
+/// Threads  files are read in parallel; the result does not depend on the number of threads
 RQ_API bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages);
 }  // namespace rq::io

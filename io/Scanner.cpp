@@ -22,23 +22,23 @@ bool isSpelled(std::string_view word, std::string_view spelling)
 }
 
 // What a number is that the type cannot hold: its exponent tells, or else whether it has digits before the point.
-float outOfRange(std::string_view number)
+template <class Real> Real outOfRange(std::string_view number)
 {
     const size_t exponent = number.find_first_of("eE");
     const bool small =
         exponent != number.npos ? number[exponent + 1] == '-' : number[number.find_first_not_of("+-0")] == '.';
-    return std::copysign(small ? 0.0f : std::numeric_limits<float>::infinity(), number[0] == '-' ? -1.0f : 1.0f);
+    return std::copysign(small ? Real(0) : std::numeric_limits<Real>::infinity(), number[0] == '-' ? Real(-1) : Real(1));
 }
 
 // Spellings of one family of compilers.
-bool isOldSpelling(std::string_view word, float &value)
+template <class Real> bool isOldSpelling(std::string_view word, Real &value)
 {
     const bool negative = !word.empty() && word[0] == '-';
     word.remove_prefix(negative);
     if (isSpelled(word, "1.#inf"))
-        value = negative ? -std::numeric_limits<float>::infinity() : std::numeric_limits<float>::infinity();
+        value = negative ? -std::numeric_limits<Real>::infinity() : std::numeric_limits<Real>::infinity();
     else if (isSpelled(word, "1.#qnan") || isSpelled(word, "1.#snan") || isSpelled(word, "1.#ind"))
-        value = std::numeric_limits<float>::quiet_NaN();
+        value = std::numeric_limits<Real>::quiet_NaN();
     else
         return false;
     return true;
@@ -99,11 +99,12 @@ bool Scanner::integer(int64_t &value)
 }
 
 bool Scanner::real(float &value) { return commonReal(value) || anyReal(value); }
+bool Scanner::real(double &value) { return commonReal(value) || anyReal(value); }
 
 // A mantissa below 2^53 times or over a power of ten below 10^23 is one rounding away from the number (both are exact
 // in double precision).  Rounding again to single precision is right as well, unless the first result lies exactly
 // between two floats or outside their normal range.
-bool Scanner::commonReal(float &value)
+template <class Real> bool Scanner::commonReal(Real &value)
 {
     static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                          1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -138,25 +139,28 @@ bool Scanner::commonReal(float &value)
         return false;
 
     const double wide = exponent < 0 ? double(mantissa) / kPowers[-exponent] : double(mantissa) * kPowers[exponent];
-    const bool normal =
-        wide >= double(std::numeric_limits<float>::min()) && wide <= double(std::numeric_limits<float>::max());
-    const bool halfway = (std::bit_cast<uint64_t>(wide) & 0x1fffffff) == 0x10000000;
-    if ((!normal && mantissa != 0) || halfway)
-        return false;
-    value = negative ? -float(wide) : float(wide);
+    if constexpr (std::is_same_v<Real, float>)
+    {
+        const bool normal =
+            wide >= double(std::numeric_limits<float>::min()) && wide <= double(std::numeric_limits<float>::max());
+        const bool halfway = (std::bit_cast<uint64_t>(wide) & 0x1fffffff) == 0x10000000;
+        if ((!normal && mantissa != 0) || halfway)
+            return false;
+    }
+    value = negative ? -Real(wide) : Real(wide);
     at_ = p;
     return true;
 }
 
-bool Scanner::anyReal(float &value)
+template <class Real> bool Scanner::anyReal(Real &value)
 {
     const char *first = at_;
     if (first != end_ && *first == '+' && first + 1 != end_ && first[1] != '-')
         ++first;
-    float parsed = 0.0f;
+    Real parsed = 0;
     auto [next, error] = std::from_chars(first, end_, parsed);
     if (error == std::errc::result_out_of_range)
-        parsed = outOfRange({first, size_t(next - first)});
+        parsed = outOfRange<Real>({first, size_t(next - first)});
     else if (error != std::errc() || !endsWord(next))
     {
         next = first;

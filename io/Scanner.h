@@ -63,6 +63,7 @@ public:
     /// Rounded to nearest; too large is infinity, too small is zero.  "nan", "inf", "infinity" in any case and "1.#INF",
     /// "1.#QNAN", "1.#IND" are numbers.
     bool real(float &value);
+    bool real(double &value);
 
     /// True where a word cannot go on: the end of the text, a blank, a line's end, a continuation.
     bool atWordEnd() const { return endsWord(at_); }
@@ -76,8 +77,8 @@ private:
     /// Step over one line end at `p`.
     const char *lineBreak(const char *p) const { return p + (*p == '\r' && p + 1 != end_ && p[1] == '\n' ? 2 : 1); }
 
-    bool commonReal(float &value);
-    bool anyReal(float &value);
+    template <class Real> bool commonReal(Real &value);
+    template <class Real> bool anyReal(Real &value);
 
     const char *begin_;
     const char *at_;

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include <io/detail/Tally.h>
+
 namespace rq::io
 {
 /// A whole text and what messages call it.
@@ -41,20 +43,6 @@ struct OBJChange
     std::string_view text = {};    ///< the names of Groups, the name of Object and Material
 };
 
-/// Records of one sort that a warning mentions once.
-struct OBJTally
-{
-    int64_t count = 0;
-    const char *first = nullptr;
-
-    void add(const char *at) { first = count++ == 0 ? at : first; }
-    void add(const OBJTally &later)
-    {
-        first = count == 0 ? later.first : first;
-        count += later.count;
-    }
-};
-
 /// The records of some lines of an OBJ file, in flat arrays and in the file's order.
 ///
 /// A block is parsed without knowing what lies before it: relative numbers stay relative to the block's first element until
@@ -81,9 +69,9 @@ struct OBJBlock
     std::vector<OBJChange> changes;
     std::vector<std::string_view> materialFiles;
 
-    OBJTally smallFaces;      ///< faces of fewer than three corners
-    OBJTally unknownWords;    ///< records that begin with a word that is not known
-    OBJTally surplusNumbers;  ///< records with more numbers than they can have
+    Tally smallFaces;      ///< faces of fewer than three corners
+    Tally unknownWords;    ///< records that begin with a word that is not known
+    Tally surplusNumbers;  ///< records with more numbers than they can have
 
     const char *failedAt = nullptr;
     std::string expected;

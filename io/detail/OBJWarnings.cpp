@@ -17,14 +17,14 @@ public:
 
     void tallies(const std::vector<OBJBlock> &blocks)
     {
-        if (const OBJTally tally = sum(blocks, &OBJBlock::unknownWords); tally.count > 0)
+        if (const Tally tally = sum(blocks, &OBJBlock::unknownWords); tally.count > 0)
             warn(tally.first,
                  fmt::format("expected a known word, found {}; {} passed over", describe(source_.text, tally.first),
                              counted(tally.count, "line is", "lines are")));
-        if (const OBJTally tally = sum(blocks, &OBJBlock::surplusNumbers); tally.count > 0)
+        if (const Tally tally = sum(blocks, &OBJBlock::surplusNumbers); tally.count > 0)
             warn(tally.first, fmt::format("expected the end of the line, found more; what is too much on {} is passed over",
                                           counted(tally.count, "line", "lines")));
-        if (const OBJTally tally = sum(blocks, &OBJBlock::smallFaces); tally.count > 0)
+        if (const Tally tally = sum(blocks, &OBJBlock::smallFaces); tally.count > 0)
             warn(tally.first, fmt::format("expected three or more corners, found fewer; {} kept",
                                           counted(tally.count, "such face is", "such faces are")));
     }
@@ -48,14 +48,9 @@ public:
     }
 
 private:
-    static std::string counted(int64_t count, const char *one, const char *many)
+    static Tally sum(const std::vector<OBJBlock> &blocks, Tally OBJBlock::*member)
     {
-        return fmt::format("{} {}", count, count == 1 ? one : many);
-    }
-
-    static OBJTally sum(const std::vector<OBJBlock> &blocks, OBJTally OBJBlock::*member)
-    {
-        OBJTally sum;
+        Tally sum;
         for (const OBJBlock &block : blocks)
             sum.add(block.*member);
         return sum;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <host/mod/Edit.h>
+#include <io/detail/PLYAttributes.h>
+#include <io/detail/Tally.h>
+
+namespace rq::io
+{
+/// Build a detail from the records of a PLY file.
+class PLYAssembly
+{
+public:
+    /// `headerSource` tells places in the header, `source` those in the body.
+    PLYAssembly(const Source &headerSource, const Source &source, const PLYHeader &header, PLYBody &body)
+        : headerSource_(headerSource), source_(source), header_(header), body_(body)
+    {}
+
+    /// Replace `detail` by a new one.  False after an error.
+    bool build(MOD_DetailHandle &detail);
+
+private:
+    bool appendPoints(MOD_Edit &edit);
+    bool appendPrimitives(MOD_Edit &edit, size_t element);
+    bool appendFaces(MOD_Edit &edit, size_t element, const PLYList &corners);
+    bool appendStrips(MOD_Edit &edit, const PLYList &strips);
+    bool failAtIndex(size_t element, int property, const PLYList &list);
+    bool writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owner, int64_t firstRow);
+    void warnOfSmallFaces(size_t element, const PLYList &corners);
+    void warnOfTheRest();
+
+    size_t numberOf(const PLYElement &element) const { return size_t(&element - header_.elements.data()); }
+
+    const Source &headerSource_;
+    const Source &source_;
+    const PLYHeader &header_;
+    PLYBody &body_;
+    int64_t points_ = 0;
+    Tally elements_;  // that nobody knows
+    Tally lists_;     // that nobody keeps
+};
+}  // namespace rq::io

@@ -1,0 +1,112 @@
+#include <io/detail/PLYAttributes.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace rq::io
+{
+namespace
+{
+struct Role
+{
+    const char *attribute;
+    ELM_TypeInfo type;
+    std::vector<std::string_view> properties;
+};
+
+const Role kRoles[] = {
+    {ELM_POSITION_NAME, ELM_TYPE_POINT, {"x", "y", "z"}},
+    {"N", ELM_TYPE_NORMAL, {"nx", "ny", "nz"}},
+    {"Cd", ELM_TYPE_COLOR, {"red", "green", "blue"}},
+    {"Alpha", ELM_TYPE_NONE, {"alpha"}},
+    {"uv", ELM_TYPE_TEXTURE, {"s", "t"}},
+    {"uv", ELM_TYPE_TEXTURE, {"u", "v"}},
+};
+
+bool isColor(const Role &role) { return role.type == ELM_TYPE_COLOR || role.attribute == std::string_view("Alpha"); }
+
+bool hasName(const std::vector<PLYAttribute> &attributes, std::string_view name)
+{
+    return std::any_of(attributes.begin(), attributes.end(), [&](const PLYAttribute &a) { return a.name == name; });
+}
+
+// 32-bit whole numbers need the precision of 64-bit floats.
+ELM_Storage realStorageOf(const PLYElement &element, const std::vector<int> &properties)
+{
+    const bool wide = std::any_of(properties.begin(), properties.end(), [&](int p) {
+        const PLYType type = element.properties[size_t(p)].type;
+        return type == PLYType::Real64 || type == PLYType::Int32 || type == PLYType::UInt32;
+    });
+    return wide ? ELM_STORAGE_REAL64 : ELM_STORAGE_REAL32;
+}
+
+// The properties that a role takes; none when one is missing.
+std::vector<int> propertiesOf(const Role &role, const PLYElement &element)
+{
+    std::vector<int> found;
+    for (const std::string_view name : role.properties)
+    {
+        const int property = element.find(name);
+        if (property < 0 || element.properties[size_t(property)].isList())
+            return {};
+        found.push_back(property);
+    }
+    return found;
+}
+}  // namespace
+
+std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element)
+{
+    std::vector<PLYAttribute> plan;
+    for (const Role &role : kRoles)
+    {
+        const std::vector<int> properties = propertiesOf(role, element);
+        // An alpha without colours means something else.
+        const bool stray = role.attribute == std::string_view("Alpha") && !hasName(plan, "Cd");
+        if (properties.empty() || stray || hasName(plan, role.attribute))
+            continue;
+        const ELM_Storage storage = isColor(role) ? ELM_STORAGE_REAL32 : realStorageOf(element, properties);
+        plan.push_back({role.attribute, storage, role.type, properties, isColor(role)});
+    }
+    for (int p = 0; p < int(element.properties.size()); ++p)
+    {
+        const PLYProperty &property = element.properties[size_t(p)];
+        const bool taken = std::any_of(plan.begin(), plan.end(), [&](const PLYAttribute &attribute) {
+            return std::find(attribute.properties.begin(), attribute.properties.end(), p) != attribute.properties.end();
+        });
+        if (!taken && !property.isList() && !hasName(plan, property.name))
+            plan.push_back({std::string(property.name), storageOf(property.type), ELM_TYPE_NONE, {p}});
+    }
+    std::stable_sort(plan.begin(), plan.end(), [](const PLYAttribute &a, const PLYAttribute &b) {
+        return a.properties.front() < b.properties.front();
+    });
+    return plan;
+}
+
+std::vector<PLYTarget> targetsOf(const PLYAttribute &attribute, const PLYElement &element, void *values)
+{
+    std::vector<PLYTarget> targets;
+    for (size_t c = 0; c < attribute.properties.size(); ++c)
+    {
+        const int property = attribute.properties[c];
+        const PLYType type = element.properties[size_t(property)].type;
+        PLYTarget *last = targets.empty() ? nullptr : &targets.back();
+        if (last && last->property + last->components == property && element.properties[size_t(last->property)].type == type)
+        {
+            ++last->components;
+            continue;
+        }
+        const size_t size = attribute.storage == ELM_STORAGE_REAL64 ? sizeof(double) : sizeof(float);
+        const double largest = visitPLYType(type, [](auto value) {
+            return std::is_integral_v<decltype(value)> ? double(std::numeric_limits<decltype(value)>::max()) : 1.0;
+        });
+        targets.push_back({.property = property,
+                           .components = 1,
+                           .storage = attribute.storage,
+                           .values = static_cast<char *>(values) + c * size,
+                           .stride = int64_t(attribute.properties.size()),
+                           .divisor = attribute.color ? largest : 1.0});
+    }
+    return targets;
+}
+}  // namespace rq::io
