@@ -50,7 +50,7 @@ ExitCode refineFile(const std::string &file, const CommonOptions &options, const
     refined.file = file == "-" ? "<stdin>" : file;
     MOD_DetailHandle detail;
     io::Messages messages;
-    const bool loaded = io::load(file, detail, messages);
+    const bool loaded = io::load(file, detail, messages, true);
     std::fputs(messages.toString().c_str(), stderr);
     if (!loaded)
         return ExitBadInput;

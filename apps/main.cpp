@@ -28,7 +28,9 @@ void addCommonOptions(CLI::App &command, CommonOptions &common)
 CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options)
 {
     CLI::App *command = program.add_subcommand("info", "Tell what is in files, and what it refines to");
-    CLI::Option *files = command->add_option("FILE", options.files, "Files to read; - is standard input")->type_name("");
+    CLI::Option *files =
+        command->add_option("FILE", options.files, "Files to read: OBJ, PLY, STL or OFF; - is standard input")
+            ->type_name("");
     command->add_flag("--json", options.json, "Print JSON");
     command->add_flag("--parms", options.parms, "Print all options that -p sets, instead of files")->excludes(files);
     command->callback([&options] {
@@ -42,7 +44,9 @@ CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options
 CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &options)
 {
     CLI::App *command = program.add_subcommand("render", "Render a file to a picture, without a window");
-    command->add_option("FILE", options.file, "File to read; - is standard input")->required()->type_name("");
+    command->add_option("FILE", options.file, "File to read: OBJ, PLY, STL or OFF; - is standard input")
+        ->required()
+        ->type_name("");
     command->add_option("-o,--output", options.output, "PNG file to write")->required()->type_name("PNG");
     command->add_option("--size", options.size, "Size of the picture in pixels")->type_name("WxH")->capture_default_str();
     command->add_option("--samples", options.samples, "Rays per pixel")

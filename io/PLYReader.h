@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,11 @@ RQ_API bool isPLY(std::string_view text);
 ///          its header announces (which is found out before room is made for them), or at the first number that refers to no
 ///          point; the detail is untouched then.  Warned of, once each: faces of fewer than three corners, which are kept;
 ///          other elements, other lists, unknown lines of the header, and what follows the last element
+/// Ownership  when `owner` keeps the text, and points have nothing but coordinates which lie there as the host keeps them
+///          (binary, in this machine's order of bytes, at an address that is a multiple of their size), they stay there: the
+///          detail holds `owner` then, and the text must not change.  Everything else is copied; corners always are, because
+///          their numbers lie between them
 /// Threads  read in parallel; the result does not depend on the number of threads
-RQ_API bool readPLY(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
+RQ_API bool readPLY(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages,
+                    const std::shared_ptr<const void> &owner = {});
 }  // namespace rq::io

@@ -1,6 +1,7 @@
 #include <io/Reader.h>
 
 #include <algorithm>
+#include <memory>
 
 #include <fmt/format.h>
 
@@ -14,18 +15,28 @@ namespace rq::io
 {
 namespace
 {
+using Owner = std::shared_ptr<const void>;
+
 struct Format
 {
     const char *ending;
-    bool (*read)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);
+    bool (*read)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages,
+                 const Owner &owner);
     bool (*recognize)(std::string_view text);  ///< null: nothing tells this format from another text
 };
 
+// Nothing of these files lies as the host keeps it.
+template <auto read>
+bool copied(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages, const Owner &)
+{
+    return read(text, name, detail, messages);
+}
+
 const Format kFormats[] = {
-    {".obj", readOBJ, nullptr},
+    {".obj", copied<readOBJ>, nullptr},
     {".ply", readPLY, isPLY},
-    {".off", readOFF, isOFF},
-    {".stl", readSTL, isSTL},
+    {".off", copied<readOFF>, isOFF},
+    {".stl", copied<readSTL>, isSTL},
 };
 
 // What a file is follows from how it begins, and only then from its name; standard input has none.
@@ -47,13 +58,13 @@ const Format *findFormat(std::string_view text, const std::string &path)
 }
 }  // namespace
 
-bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages)
+bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages, bool inPlace)
 {
-    FileText file;
-    if (!file.open(path, messages))
+    const auto file = std::make_shared<FileText>();
+    if (!file->open(path, messages))
         return false;
-    if (const Format *format = findFormat(file.text(), path))
-        return format->read(file.text(), file.name(), detail, messages);
+    if (const Format *format = findFormat(file->text(), path))
+        return format->read(file->text(), file->name(), detail, messages, inPlace ? file : nullptr);
     std::string endings;
     for (const Format &known : kFormats)
         endings += (endings.empty() ? "" : ", ") + std::string(known.ending);

@@ -13,6 +13,8 @@ namespace rq::io
 ///          its name: ".obj", ".ply", ".stl" or ".off" in any case; standard input, named "-", is OBJ then.  What a file
 ///          holds replaces what the detail held
 /// Failure  false, with an error among the messages, and the detail untouched.  Warnings tell what was passed over or mended
+/// Ownership  the detail has its own memory, unless `inPlace`: then columns that lie in the file as the host keeps them are
+///          read from its mapping for as long as a snapshot lives, and nobody may write to or shorten the file meanwhile
 /// Threads  files are read in parallel; the result does not depend on the number of threads
-RQ_API bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages);
+RQ_API bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages, bool inPlace = false);
 }  // namespace rq::io

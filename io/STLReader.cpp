@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include <host/bas/Parallel.h>
@@ -92,14 +93,17 @@ bool build(const Source &source, const Facets &facets, MOD_DetailHandle &detail)
         return source.messages.fail(source.name, {},
                                     fmt::format("expected at most {} facets, found {}", kMostFacets, facets.count()));
 
-    const WeldedPoints welded = weldPoints(facets.corners);
+    const auto welded = std::make_shared<WeldedPoints>(weldPoints(facets.corners));
     MOD_DetailHandle result;
     MOD_Edit edit(result);
-    if (!edit.appendPoints(std::ssize(welded.corners)) ||
-        !edit.appendPolygons(3, std::span<const int32_t>(welded.points), true))
+    // Welded corners become the column that tells the points of vertices.
+    if (!edit.appendPoints(std::ssize(welded->corners)) ||
+        (facets.count() > 0 && !edit.adoptPolygons(3, true, ELM_STORAGE_INT32, welded->points.data(), sizeof(int32_t),
+                                                   std::ssize(welded->points), [welded] {})))
         return source.messages.fail(source.name, {}, edit.message());
     writeColumn<float>(edit.attribute(ELM_OWNER_POINT, ELM_POSITION_NAME, ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT),
-                       std::ssize(welded.corners), [&](int64_t i) { return facets.corners.at(welded.corners[size_t(i)]); });
+                       std::ssize(welded->corners),
+                       [&](int64_t i) { return facets.corners.at(welded->corners[size_t(i)]); });
     writeColumn<float>(edit.attribute(ELM_OWNER_PRIMITIVE, "N", ELM_STORAGE_REAL32, 3, ELM_TYPE_NORMAL), facets.count(),
                        [&](int64_t i) { return facets.normals + i * facets.normalStride; });
     if (facets.words)

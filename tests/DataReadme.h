@@ -13,6 +13,7 @@ struct ModelFacts
 {
     std::filesystem::path path;
     std::string name;  ///< folder and file
+    bool told = false;  ///< the table says something about the content
     int64_t points = 0;
     int64_t faces = 0;
     int64_t minCount = -1;  ///< corners of a face, -1 without faces
@@ -27,14 +28,14 @@ inline int64_t numberIn(const std::string &text, const std::string &pattern, int
     return std::regex_search(text, match, std::regex(pattern)) ? std::stoll(match[1]) : fallback;
 }
 
-/// The OBJ models of the folder that the tests read from.  Empty when it is absent.
-inline std::vector<ModelFacts> objModels()
+/// The OBJ, PLY, STL and OFF models of the folder that the tests read from.  Empty when it is absent.
+inline std::vector<ModelFacts> meshModels()
 {
     std::vector<ModelFacts> models;
     const std::filesystem::path root(RQ_DATA_DIR);
     std::ifstream tables(root / "README.md");
     std::string folder;
-    const std::regex heading("## ([a-z/]+)"), row(R"(\| (\S+\.obj) \| \d+ \| ([^|]*) \|.*)");
+    const std::regex heading("## ([a-z/]+)"), row(R"(\| (\S+\.(?:obj|ply|stl|off)) \| \d+ \| ([^|]*) \|.*)");
     for (std::string line; std::getline(tables, line);)
     {
         std::smatch match;
@@ -45,6 +46,7 @@ inline std::vector<ModelFacts> objModels()
             const std::string name = match[1], content = match[2];
             models.push_back({.path = root / folder / name,
                               .name = folder + "/" + name,
+                              .told = !content.empty(),
                               .points = numberIn(content, R"((\d+) pts)", 0),
                               .faces = numberIn(content, R"((\d+) faces)", 0),
                               .minCount = numberIn(content, R"(\[(\d+)\.\.)", -1),

@@ -86,29 +86,34 @@ bool PLYAssembly::appendPrimitives(MOD_Edit &edit, size_t element)
     if (property < 0 || isReal(e.properties[size_t(property)].type))
         return headerSource_.fail(
             e.name.data(), fmt::format("expected a list vertex_indices of whole numbers in \"{}\", found none", e.name));
-    PLYList list;
-    if (!body_.readList(element, property, ELM_STORAGE_INT32, list))
+    const auto list = std::make_shared<PLYList>();
+    if (!body_.readList(element, property, ELM_STORAGE_INT32, *list))
         return false;
-    const std::span<const int32_t> points = list.items<int32_t>();
-    const bool restarts = isStrips(e);
-    if (isStrips(e) ? appendStrips(edit, list) : appendFaces(edit, element, list))
+    if (isStrips(e) ? appendStrips(edit, *list) : appendFaces(edit, element, list))
         return true;
+    const std::span<const int32_t> points = list->items<int32_t>();
     const bool good = std::all_of(points.begin(), points.end(), [&](int32_t point) {
-        return (point >= 0 && point < points_) || (restarts && point == kRestart);
+        return (point >= 0 && point < points_) || (isStrips(e) && point == kRestart);
     });
-    return good ? source_.messages.fail(source_.name, {}, edit.message()) : failAtIndex(element, property, list);
+    return good ? source_.messages.fail(source_.name, {}, edit.message()) : failAtIndex(element, property, *list);
 }
 
-bool PLYAssembly::appendFaces(MOD_Edit &edit, size_t element, const PLYList &corners)
+// The list becomes the column that tells the points of vertices.
+bool PLYAssembly::appendFaces(MOD_Edit &edit, size_t element, const std::shared_ptr<PLYList> &corners)
 {
-    const std::span<const int32_t> points = corners.items<int32_t>();
-    const bool same = corners.sameCount > 0;
-    const std::vector<int32_t> none(corners.sameCount == 0 ? size_t(header_.elements[element].count) : 0, 0);
-    if (!(same ? edit.appendPolygons(corners.sameCount, points, true)
-               : edit.appendPolygons(none.empty() ? std::span<const int32_t>(corners.counts) : none, points, true)))
-        return false;
-    warnOfSmallFaces(element, corners);
-    return true;
+    const std::span<const int32_t> points = corners->items<int32_t>();
+    const auto adopt = [&](auto counts) {
+        return edit.adoptPolygons(counts, true, ELM_STORAGE_INT32, points.data(), sizeof(int32_t), std::ssize(points),
+                                  [corners] {});
+    };
+    const std::vector<int32_t> none(corners->sameCount == 0 ? size_t(header_.elements[element].count) : 0, 0);
+    const bool appended =
+        points.empty() ? edit.appendPolygons(none.empty() ? std::span<const int32_t>(corners->counts) : none, points, true)
+        : corners->sameCount > 0 ? adopt(corners->sameCount)
+                                 : adopt(std::span<const int32_t>(corners->counts));
+    if (appended)
+        warnOfSmallFaces(element, *corners);
+    return appended;
 }
 
 // Every point from the third on makes a triangle with the two before it, turned round at every second one.
@@ -155,12 +160,27 @@ bool PLYAssembly::failAtIndex(size_t element, int property, const PLYList &list)
                                     isUnsigned ? int64_t(uint32_t(*bad)) : int64_t(*bad)));
 }
 
+// Let a column of the host be the file's own memory where that has the same form.
+bool PLYAssembly::adopt(MOD_Edit &edit, size_t element, ELM_Owner owner, const PLYAttribute &attribute)
+{
+    const PLYElement &e = header_.elements[element];
+    const std::vector<PLYTarget> targets = targetsOf(attribute, e, nullptr);
+    const void *values =
+        owner_ && targets.size() == 1 && e.count == edit.count(owner) ? body_.inPlace(element, targets[0]) : nullptr;
+    const int size = int(attribute.properties.size());
+    const int64_t stride = size * sizeOf(e.properties[size_t(attribute.properties[0])].type);
+    return values && edit.adopt(owner, attribute.name, attribute.storage, size, attribute.type, values, stride, e.count,
+                                [keep = owner_] {});
+}
+
 bool PLYAssembly::writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owner, int64_t firstRow)
 {
     const PLYElement &e = header_.elements[element];
     std::vector<PLYTarget> targets;
     for (const PLYAttribute &attribute : planPLYAttributes(e))
     {
+        if (adopt(edit, element, owner, attribute))
+            continue;
         const int size = int(attribute.properties.size());
         ELM_Attribute *column = edit.attribute(owner, attribute.name, attribute.storage, size, attribute.type);
         column->numericTuple()->visit([&](auto &pages) {

@@ -10,9 +10,11 @@ namespace rq::io
 class PLYAssembly
 {
 public:
-    /// `headerSource` tells places in the header, `source` those in the body.
-    PLYAssembly(const Source &headerSource, const Source &source, const PLYHeader &header, PLYBody &body)
-        : headerSource_(headerSource), source_(source), header_(header), body_(body)
+    /// `headerSource` tells places in the header, `source` those in the body.  `owner` keeps the file's memory; null when
+    /// nothing may stay there.
+    PLYAssembly(const Source &headerSource, const Source &source, const PLYHeader &header, PLYBody &body,
+                const std::shared_ptr<const void> &owner)
+        : headerSource_(headerSource), source_(source), header_(header), body_(body), owner_(owner)
     {}
 
     /// Replace `detail` by a new one.  False after an error.
@@ -21,9 +23,10 @@ public:
 private:
     bool appendPoints(MOD_Edit &edit);
     bool appendPrimitives(MOD_Edit &edit, size_t element);
-    bool appendFaces(MOD_Edit &edit, size_t element, const PLYList &corners);
+    bool appendFaces(MOD_Edit &edit, size_t element, const std::shared_ptr<PLYList> &corners);
     bool appendStrips(MOD_Edit &edit, const PLYList &strips);
     bool failAtIndex(size_t element, int property, const PLYList &list);
+    bool adopt(MOD_Edit &edit, size_t element, ELM_Owner owner, const PLYAttribute &attribute);
     bool writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owner, int64_t firstRow);
     void warnOfSmallFaces(size_t element, const PLYList &corners);
     void warnOfTheRest();
@@ -34,6 +37,7 @@ private:
     const Source &source_;
     const PLYHeader &header_;
     PLYBody &body_;
+    const std::shared_ptr<const void> &owner_;
     int64_t points_ = 0;
     Tally elements_;  // that nobody knows
     Tally lists_;     // that nobody keeps

@@ -41,6 +41,7 @@ public:
 
     bool locate() override;
     bool readValues(size_t element, std::span<const PLYTarget> targets) override;
+    const void *inPlace(size_t element, const PLYTarget &target) const override;
     bool readList(size_t element, int property, ELM_Storage storage, PLYList &list) override;
     const char *find(size_t element, int64_t record, int property, int64_t item) override;
     void warnOfSurplus() const override;
@@ -224,6 +225,15 @@ void PLYBinary::readBlock(const Records &records, int64_t block, std::span<const
             }
         });
     }
+}
+
+const void *PLYBinary::inPlace(size_t element, const PLYTarget &target) const
+{
+    const Records &records = records_[element];
+    const PLYType type = records.element->properties[size_t(target.property)].type;
+    const bool packed = records.recordSize == target.components * sizeOf(type) && target.stride == target.components;
+    const bool aligned = reinterpret_cast<uintptr_t>(records.begin) % size_t(sizeOf(type)) == 0;
+    return !swapped_ && packed && aligned && target.storage == storageOf(type) ? records.begin : nullptr;
 }
 
 bool PLYBinary::readList(size_t element, int property, ELM_Storage storage, PLYList &list)

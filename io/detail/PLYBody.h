@@ -48,6 +48,9 @@ public:
     /// Read single values of all records of an element.  False after an error.
     virtual bool readValues(size_t element, std::span<const PLYTarget> targets) = 0;
 
+    /// Row 0 of a target's values where they already lie as it wants them, packed and aligned; null when they do not.
+    virtual const void *inPlace(size_t, const PLYTarget &) const { return nullptr; }
+
     /// Read the lists of a property.  As `ELM_STORAGE_INT32` numbers of 32 bits wrap around: -1 may be written without a
     /// sign.  Otherwise items keep the storage of their type.  False after an error.
     virtual bool readList(size_t element, int property, ELM_Storage storage, PLYList &list) = 0;

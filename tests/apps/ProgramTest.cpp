@@ -171,7 +171,7 @@ void expectFacts(const JSON &json, const ModelFacts &model, bool compacted)
 
 TEST_F(Program, AgreesWithTheTablesOfTheModels)
 {
-    const std::vector<ModelFacts> models = objModels();
+    const std::vector<ModelFacts> models = meshModels();
     SKIP_WITHOUT_MODELS(models);
     for (const bool compacted : {false, true})
     {
@@ -186,12 +186,16 @@ TEST_F(Program, AgreesWithTheTablesOfTheModels)
         {
             SCOPED_TRACE(model.name);
             if (json.text(std::to_string(read) + "/file") == model.path.string())
-                expectFacts(JSON(*json.at(std::to_string(read++))), model, compacted);
+            {
+                const JSON facts(*json.at(std::to_string(read++)));
+                if (model.told)
+                    expectFacts(facts, model, compacted);
+            }
             else
                 EXPECT_NE(run.error.find(model.path.string() + ":"), std::string::npos) << "refused without a reason";
         }
         EXPECT_EQ(read, json.size(""));
-        EXPECT_EQ(models.size() - read, 6u) << "models are refused";
+        EXPECT_EQ(models.size() - read, 17u) << "models are refused";
     }
 }
 

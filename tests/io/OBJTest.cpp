@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <random>
 
 #include <fmt/format.h>
 
@@ -255,43 +254,5 @@ TEST(OBJ, ReadsBlocksAsOneFile)
     const BAS_Threads::Limit limit(1);
     EXPECT_EQ(Loaded(text + "v x").messages.toString(),
               fmt::format("x.obj:{}:3: error: expected a number, found \"x\"\n", std::ranges::count(text, '\n') + 1));
-}
-
-// Mutants of small files must load or fail with a message, and never crash.
-TEST(OBJ, SurvivesMutants)
-{
-    const std::string whole = kPoints + "v 1e10 -.5e-3 nan 1 .5 .5 .5\r\nvt 0 0\nvn 0 0 1\ng a b\nusemtl m\ns 1\n"
-                                        "f 1/1/1 2/1/1 3//1\nl 1 -2 \\\n 3\np 4\no x\nt crease 2/1/0 0 1 5\n";
-    const std::string_view alphabet = "0123456789-+./ \\\n\r\tvnftglpse#\xff";
-    int64_t failures = 0;
-    for (uint32_t seed = 0; seed < 4000; ++seed)
-    {
-        SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        std::string text = whole;
-        for (uint32_t edits = 1 + random() % 6; edits > 0; --edits)
-        {
-            const size_t at = random() % text.size(), removed = random() % 4, added = random() % 3;
-            text.replace(at, removed, added, alphabet[random() % alphabet.size()]);
-        }
-        const Loaded loaded(text);
-        ASSERT_EQ(loaded.good, loaded.messages.errors() == 0);
-        ASSERT_LE(loaded.messages.errors(), 1);
-        failures += !loaded.good;
-        for (int64_t v = 0; v < loaded->vertexCount(); ++v)
-            ASSERT_LT(uint64_t(loaded->vertexPoint(v)), uint64_t(loaded->pointCount()));
-    }
-    EXPECT_GT(failures, 400);
-    EXPECT_LT(failures, 3600);
-}
-
-TEST(Reader, SaysWhatCannotBeOpened)
-{
-    MOD_DetailHandle detail;
-    Messages messages;
-    EXPECT_FALSE(load("/nowhere/x.obj", detail, messages));
-    EXPECT_FALSE(load("/nowhere/x.unknown", detail, messages));
-    EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n"
-                                   "/nowhere/x.unknown: error: expected a file whose name ends with .obj\n");
 }
 }  // namespace

@@ -104,6 +104,9 @@ TEST(Scanner, RoundsNumbersToTheNearestFloat)
         if (std::from_chars(text, end, expected).ec != std::errc())
             continue;
         EXPECT_TRUE(Scanner({text, size_t(end - text)}).real(value) && value == expected) << std::string(text, end);
+        double wide = 0.0, expectedWide = 1.0;
+        std::from_chars(text, end, expectedWide);
+        EXPECT_TRUE(Scanner({text, size_t(end - text)}).real(wide) && wide == expectedWide) << std::string(text, end);
     }
 }
 
