@@ -9,21 +9,34 @@
 
 namespace
 {
-// Copying a matrix costs 10 ns, inverting or combining one 40 to 60: a task is 10 to 60 us of work.
+// Copying a matrix costs 25 ns, combining one 40, inverting one 60: a task is 25 to 60 us of work.
 constexpr int64_t kMatricesPerTask = 1024;
 
-bool hasPlainColumn(const BAS_Mat4d &m) { return m[0][3] == 0.0 && m[1][3] == 0.0 && m[2][3] == 0.0 && m[3][3] == 1.0; }
-
-bool hasPlainColumn(const RQ_Transform &transform)
+bool isAffine(const RQ_Transform &transform)
 {
     for (int s = 0; s < transform.getSegments(); ++s)
     {
         BAS_Mat4d matrix;
         transform.getMatrix(matrix, s);
-        if (!hasPlainColumn(matrix))
+        if (!rq::isAffine(matrix))
             return false;
     }
     return true;
+}
+
+// With the number of columns known, a row is one or two moves.
+template <int kColumns> BAS_Mat4d readRows(const double *from)
+{
+    BAS_Mat4d matrix;
+    for (int row = 0; row < 4; ++row)
+        std::copy_n(from + row * kColumns, kColumns, matrix[row]);
+    return matrix;
+}
+
+template <int kColumns> void writeRows(double *to, const BAS_Mat4d &matrix)
+{
+    for (int row = 0; row < 4; ++row)
+        std::copy_n(matrix[row], kColumns, to + row * kColumns);
 }
 }  // namespace
 
@@ -54,20 +67,14 @@ int64_t RQ_CompactTransformArray::slot(int64_t index, int segment) const
 
 BAS_Mat4d RQ_CompactTransformArray::read(const Block &block, int64_t slot) const
 {
-    BAS_Mat4d matrix;
     const double *from = block.data() + slot * 4 * columns_;
-    for (int row = 0; row < 4; ++row)
-        for (int column = 0; column < columns_; ++column)
-            matrix[row][column] = *from++;
-    return matrix;
+    return columns_ == 3 ? readRows<3>(from) : readRows<4>(from);
 }
 
 void RQ_CompactTransformArray::write(Block &block, int64_t slot, const BAS_Mat4d &matrix) const
 {
     double *to = block.data() + slot * 4 * columns_;
-    for (int row = 0; row < 4; ++row)
-        for (int column = 0; column < columns_; ++column)
-            *to++ = matrix[row][column];
+    return columns_ == 3 ? writeRows<3>(to, matrix) : writeRows<4>(to, matrix);
 }
 
 // Drop what was derived from the matrices, and account for their block.
@@ -98,13 +105,14 @@ void RQ_CompactTransformArray::setMatrices(const BAS_Mat4d *matrices, int64_t co
     if (segments < 1)
         return fill(count, 1, 3, [](int64_t) { return BAS_Mat4d(); });
 
-    const auto allAffine = [=](int64_t begin, int64_t end) {
-        return std::all_of(matrices + begin, matrices + end, [](const BAS_Mat4d &matrix) { return hasPlainColumn(matrix); });
+    // Not a bool: neighbouring ones share a byte, which tasks must not.
+    const auto columnsOf = [=](int64_t begin, int64_t end) {
+        return std::all_of(matrices + begin, matrices + end, rq::isAffine) ? 3 : 4;
     };
-    const auto both = [](bool &into, bool from) { into = into && from; };
-    const bool affine =
-        host::parallelReduce(std::max<int64_t>(count, 0) * segments, kMatricesPerTask, true, allAffine, both);
-    fill(count, segments, affine ? 3 : 4, [=](int64_t i) { return matrices[i]; });
+    const auto most = [](int &into, int from) { into = std::max(into, from); };
+    const int64_t slots = std::max<int64_t>(count, 0) * segments;
+    const int columns = host::parallelReduce(slots, kMatricesPerTask, 3, columnsOf, most);
+    fill(count, segments, columns, [=](int64_t i) { return matrices[i]; });
 }
 
 void RQ_CompactTransformArray::reshape(int segments, int columns)
@@ -136,7 +144,7 @@ void RQ_CompactTransformArray::set(int64_t index, const RQ_TransformHandle &tran
         return;
     const RQ_Transform &source = transform ? *transform : *RQ_Transform::identity();
     const int segments = std::max(segments_, source.getSegments());
-    const int columns = hasPlainColumn(source) ? columns_ : 4;
+    const int columns = ::isAffine(source) ? columns_ : 4;
     if (segments != segments_ || columns != columns_)
         reshape(segments, columns);
     for (int s = 0; s < segments_; ++s)
@@ -206,7 +214,7 @@ RQ_TransformArrayHandle RQ_CompactTransformArray::combined(const RQ_TransformHan
 {
     const BAS_IntrusivePtr<RQ_CompactTransformArray> result(new RQ_CompactTransformArray);
     const int segments = std::max(segments_, transform->getSegments());
-    result->fill(entries_, segments, hasPlainColumn(*transform) ? columns_ : 4, [&, segments](int64_t i) {
+    result->fill(entries_, segments, ::isAffine(*transform) ? columns_ : 4, [&, segments](int64_t i) {
         const int segment = int(i % segments);
         BAS_Mat4d other;
         transform->getMatrix(other, segment);

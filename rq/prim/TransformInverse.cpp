@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <mutex>
 #include <vector>
 
@@ -10,19 +9,36 @@ namespace
 {
 // One lock for all transforms: the cache of each is filled once, so that nobody waits twice.
 std::mutex inverseMutex;
+
+// Invert by cofactors and answer the determinant.  Where that is 0 the result holds no numbers.
+double invertAffine(const BAS_Mat4d &matrix, BAS_Mat4d &inverse)
+{
+    const BAS_Mat3d adjoint = rq::cofactors(matrix);
+    const double determinant =
+        matrix[0][0] * adjoint[0][0] + matrix[0][1] * adjoint[0][1] + matrix[0][2] * adjoint[0][2];
+    inverse = BAS_Mat4d();
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            inverse[row][column] = adjoint[column][row] / determinant;
+    for (int column = 0; column < 3; ++column)
+        inverse[3][column] = -(matrix[3][0] * inverse[0][column] + matrix[3][1] * inverse[1][column] +
+                               matrix[3][2] * inverse[2][column]);
+    return determinant;
+}
 }  // namespace
 
 bool rq::invert(const BAS_Mat4d &matrix, BAS_Mat4d &inverse)
 {
-    const auto isFinite = [](double value) { return std::isfinite(value); };
-
-    const double determinant = matrix.determinant();
-    if (determinant != 0.0 && std::isfinite(determinant))
-    {
+    const double determinant = isAffine(matrix) ? invertAffine(matrix, inverse) : matrix.determinant();
+    if (!isAffine(matrix) && determinant != 0.0)
         inverse = matrix.inverse();
-        if (std::all_of(inverse.getValue(), inverse.getValue() + 16, isFinite))
-            return true;
-    }
+
+    // Zero unless some number is infinite or none.
+    double sum = determinant - determinant;
+    for (int i = 0; i < 16; ++i)
+        sum += inverse[i / 4][i % 4] - inverse[i / 4][i % 4];
+    if (determinant != 0.0 && sum == 0.0)
+        return true;
     inverse = BAS_Mat4d();
     return false;
 }

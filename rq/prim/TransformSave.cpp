@@ -1,10 +1,8 @@
-#include <cstdio>
-#include <string>
 #include <vector>
 
 #include <host/bas/JSONValue.h>
-#include <host/bas/JSONWriter.h>
 #include <rq/prim/Transform.h>
+#include <rq/prim/detail/dumpSaved.h>
 
 namespace
 {
@@ -42,14 +40,4 @@ bool RQ_Transform::load(RQ_TransformHandle &transform, const BAS_JSONValue &valu
     return true;
 }
 
-void RQ_Transform::dump(const char *label) const
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    save(writer);
-    writer.flush();
-    if (label && *label)
-        std::printf("%s: ", label);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
+void RQ_Transform::dump(const char *label) const { rq::dumpSaved(*this, label); }

@@ -1,51 +1,28 @@
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
 
 #include <Imath/ImathMatrixAlgo.h>
 
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
-#include <rq/data/convert.h>
+#include <rq/data/detail/clones.h>
+#include <rq/data/detail/half.h>
 #include <rq/prim/detail/transformInverse.h>
 
 namespace
 {
-// A tuple costs 2 to 6 ns, so a task is 30 to 100 us of work.
+// A tuple costs 2 to 4 ns, so a task is 30 to 60 us of work.
 constexpr int64_t kTuplesPerTask = 16384;
 
-// What is done to the first components of a tuple, in 64 bits.
-struct Affine
+// What is done to the first components of a tuple: they are a row vector, three of them with a 1 behind, and multiplied by
+// the matrix.
+struct Change
 {
-    static constexpr int kComponents = 3;
-
-    BAS_Mat3d linear;
-    BAS_Vec3d offset;
-
-    bool changesNothing() const { return linear == BAS_Mat3d() && offset == BAS_Vec3d(0.0); }
-
-    void operator()(double *v) const
-    {
-        const double x = v[0], y = v[1], z = v[2];
-        for (int column = 0; column < 3; ++column)
-            v[column] = x * linear[0][column] + y * linear[1][column] + z * linear[2][column] + offset[column];
-    }
-};
-
-struct Rotation
-{
-    static constexpr int kComponents = 4;
-
-    BAS_Quatd rotation;
-
-    bool changesNothing() const { return rotation == BAS_Quatd(); }
-
-    void operator()(double *q) const
-    {
-        const BAS_Quatd turned = rotation * BAS_Quatd(q[3], q[0], q[1], q[2]);
-        q[0] = turned.v.x;
-        q[1] = turned.v.y;
-        q[2] = turned.v.z;
-        q[3] = turned.r;
-    }
+    BAS_Mat4d matrix;
+    int components;
 };
 
 BAS_Vec3d row(const BAS_Mat4d &matrix, int i) { return BAS_Vec3d(matrix[i][0], matrix[i][1], matrix[i][2]); }
@@ -57,16 +34,37 @@ BAS_Mat3d fromRows(const BAS_Vec3d &a, const BAS_Vec3d &b, const BAS_Vec3d &c)
 
 BAS_Mat3d linearPart(const BAS_Mat4d &matrix) { return fromRows(row(matrix, 0), row(matrix, 1), row(matrix, 2)); }
 
-// The cofactors of the linear part: the transposed inverse but for the factor 1/determinant, and there even when the
-// determinant is 0.  The identity where they are not finite.
-BAS_Mat3d cofactors(const BAS_Mat4d &matrix)
+// The largest magnitude in the linear part; no finite number when some entry is none.
+double largestEntry(const BAS_Mat4d &matrix)
 {
-    const BAS_Vec3d x = row(matrix, 0), y = row(matrix, 1), z = row(matrix, 2);
-    const BAS_Mat3d result = fromRows(y.cross(z), z.cross(x), x.cross(y));
+    double largest = 0.0;
     for (int i = 0; i < 9; ++i)
-        if (!std::isfinite(result[i / 3][i % 3]))
-            return BAS_Mat3d();
-    return result;
+        largest = std::max(largest, std::abs(matrix[i / 3][i % 3])) + 0.0 * matrix[i / 3][i % 3];
+    return largest;
+}
+
+// The sum of three unit values times this stays in the range of the storage.
+double largestFactor(RQ_Storage storage)
+{
+    const double largest = storage == RQ_STORAGE_REAL16   ? double(std::numeric_limits<PLT_Half>::max())
+                           : storage == RQ_STORAGE_REAL32 ? double(std::numeric_limits<float>::max())
+                                                          : std::numeric_limits<double>::max();
+    return largest / 4.0;
+}
+
+// What normals are multiplied by: the transposed inverse while there is one that keeps them in range; else the cofactors,
+// which have its directions, taken of entries up to 1.
+BAS_Mat3d normalMatrix(const BAS_Mat4d &matrix, const BAS_Mat4d *inverse, double limit)
+{
+    if (inverse && largestEntry(*inverse) < limit)
+        return linearPart(*inverse).transposed();
+    const double largest = largestEntry(matrix);
+    if (!std::isfinite(largest))
+        return BAS_Mat3d();
+    const BAS_Mat4d scaled = largest > 0.0 ? matrix / largest : matrix;
+    const BAS_Mat3d result = rq::cofactors(scaled);
+    const double determinant = row(scaled, 0).dot(BAS_Vec3d(result[0][0], result[0][1], result[0][2]));
+    return result * (inverse ? std::copysign(1.0, determinant) : 1.0);
 }
 
 // Make `axis` a unit vector across those of `axes` that are set; zero when nothing is left of it.
@@ -94,7 +92,58 @@ BAS_Quatd rotationOf(const BAS_Mat4d &matrix)
     return Imath::extractQuat(BAS_Mat4d(fromRows(axes[0], axes[1], axes[2]), BAS_Vec3d(0.0)));
 }
 
-template <class T, class Change> RQ_DataArrayHandle changed(const RQ_DataArray &array, const Change &change)
+Change quaternionChange(const BAS_Quatd &rotation)
+{
+    // The product of two quaternions is linear in the second: the rows are what becomes of i, j, k and 1.
+    Change change{BAS_Mat4d(), 4};
+    for (int i = 0; i < 4; ++i)
+    {
+        const BAS_Quatd turned = rotation * BAS_Quatd(i == 3, i == 0, i == 1, i == 2);
+        for (int c = 0; c < 4; ++c)
+            change.matrix[i][c] = c < 3 ? turned.v[c] : turned.r;
+    }
+    return change;
+}
+
+template <int kComponents, class T>
+RQ_CLONES void multiplyTuples(const BAS_Mat4d &matrix, const T *from, T *to, int64_t tupleSize, int64_t count)
+{
+    // Four lanes by name: no compiler finds them in tuples of three.
+    typedef double Row __attribute__((vector_size(4 * sizeof(double))));
+    Row rows[4];
+    std::memcpy(rows, matrix.getValue(), sizeof(rows));
+    for (int64_t i = 0; i < count; ++i, from += tupleSize, to += tupleSize)
+    {
+        const Row last = kComponents == 4 ? double(from[3]) * rows[3] : rows[3];
+        const Row result = double(from[0]) * rows[0] + double(from[1]) * rows[1] + double(from[2]) * rows[2] + last;
+        for (int c = 0; c < kComponents; ++c)
+            to[c] = T(result[c]);
+        for (int64_t c = kComponents; c < tupleSize; ++c)
+            to[c] = from[c];
+    }
+}
+
+template <class T> void changeTuples(const Change &change, const T *from, T *to, int64_t tupleSize, int64_t count)
+{
+    const auto multiply = change.components == 4 ? multiplyTuples<4, T> : multiplyTuples<3, T>;
+    multiply(change.matrix, from, to, tupleSize, count);
+}
+
+// Halfs go through floats, block by block, for the sake of the processor's own conversion.
+void changeTuples(const Change &change, const PLT_Half *from, PLT_Half *to, int64_t tupleSize, int64_t count)
+{
+    const int64_t tuplesPerBlock = std::max<int64_t>(1, 1024 / tupleSize);
+    std::vector<float> block(static_cast<size_t>(tuplesPerBlock * tupleSize));
+    for (int64_t i = 0; i < count; i += tuplesPerBlock)
+    {
+        const int64_t tuples = std::min(tuplesPerBlock, count - i);
+        rq::convertHalfs(from + i * tupleSize, block.data(), tuples * tupleSize);
+        changeTuples<float>(change, block.data(), block.data(), tupleSize, tuples);
+        rq::convertHalfs(block.data(), to + i * tupleSize, tuples * tupleSize);
+    }
+}
+
+template <class T> RQ_DataArrayHandle changed(const RQ_DataArray &array, const Change &change)
 {
     RQ_DataArrayHandle buffer;
     const T *from = array.getArray<T>(buffer);
@@ -102,24 +151,15 @@ template <class T, class Change> RQ_DataArrayHandle changed(const RQ_DataArray &
     auto *result = new RQ_DANumeric<T>(array.entries(), tupleSize, array.getTypeInfo());
     const RQ_DataArrayHandle handle(result);
     T *to = result->data();
-
-    host::parallelFor(array.entries(), kTuplesPerTask, [&](int64_t i) {
-        const T *source = from + i * tupleSize;
-        T *target = to + i * tupleSize;
-        double values[Change::kComponents];
-        for (int c = 0; c < Change::kComponents; ++c)
-            values[c] = RQconvert<double>(source[c]);
-        change(values);
-        for (int c = 0; c < Change::kComponents; ++c)
-            target[c] = RQconvert<T>(values[c]);
-        std::copy(source + Change::kComponents, source + tupleSize, target + Change::kComponents);
+    host::parallelForRange(array.entries(), kTuplesPerTask, [&](int64_t begin, int64_t end) {
+        changeTuples(change, from + begin * tupleSize, to + begin * tupleSize, tupleSize, end - begin);
     });
     return handle;
 }
 
-template <class Change> RQ_DataArrayHandle apply(const RQ_DataArrayHandle &array, const Change &change)
+RQ_DataArrayHandle apply(const RQ_DataArrayHandle &array, const Change &change)
 {
-    if (array->getTupleSize() < Change::kComponents || change.changesNothing())
+    if (array->getTupleSize() < change.components || change.matrix == BAS_Mat4d())
         return array;
     switch (array->getStorage())
     {
@@ -143,16 +183,17 @@ RQ_DataArrayHandle RQ_Transform::transform(const RQ_DataArrayHandle &array, int 
     {
     case RQ_TYPE_POINT:
     case RQ_TYPE_HPOINT:
-        return apply(array, Affine{linearPart(matrix), row(matrix, 3)});
+        return apply(array, {BAS_Mat4d(linearPart(matrix), row(matrix, 3)), 3});
     case RQ_TYPE_VECTOR:
-        return apply(array, Affine{linearPart(matrix), BAS_Vec3d(0.0)});
+        return apply(array, {BAS_Mat4d(linearPart(matrix), BAS_Vec3d(0.0)), 3});
     case RQ_TYPE_NORMAL: {
         const Inverse &inverse = inverseAt(segment);
-        return apply(array,
-                     Affine{inverse.singular ? cofactors(matrix) : linearPart(inverse.matrix).transposed(), BAS_Vec3d(0.0)});
+        const BAS_Mat3d linear =
+            normalMatrix(matrix, inverse.singular ? nullptr : &inverse.matrix, largestFactor(array->getStorage()));
+        return apply(array, {BAS_Mat4d(linear, BAS_Vec3d(0.0)), 3});
     }
     case RQ_TYPE_QUATERNION:
-        return apply(array, Rotation{rotationOf(matrix)});
+        return apply(array, quaternionChange(rotationOf(matrix)));
     default:
         return array;
     }

@@ -143,6 +143,7 @@ protected:
     static void expectDirection(const RQ_DataArrayHandle &array, const BAS_Vec3d &expected)
     {
         const BAS_Vec3d n(array->getF64(0, 0), array->getF64(0, 1), array->getF64(0, 2));
+        EXPECT_TRUE(std::isfinite(n.length()));
         EXPECT_LT((n.normalized() - expected).length(), 4 * kTolerance);
     }
 };
@@ -224,6 +225,10 @@ TYPED_TEST(TransformValues, NormalsSurviveFlattening)
     } cases[] = {{"flattened along the normal", scale(2, 2, 0), {0, 0, 1}, {0, 0, 1}},
                  {"flattened and turned", scale(1, 1, 0) * turn(0, 0, 1), {0, 0, -1}, {0, 0, -1}},
                  {"mirrored", scale(1, 1, -1), {0, 0, 1}, {0, 0, -1}},
+                 {"flattened to nearly nothing", scale(1e-30, 1e-30, 0), {0, 0, 1}, {0, 0, 1}},
+                 {"flattened from afar", scale(1e200, 1e200, 0), {0, 0, 1}, {0, 0, 1}},
+                 {"an inverse beyond all floats", scale(1e-60, 1e-60, 1e-60), {0, 1, 0}, {0, 1, 0}},
+                 {"the same, mirrored", scale(1e-60, 1e-60, -1e-60), {0, 0, 1}, {0, 0, -1}},
                  {"everything to a point", BAS_Mat4d(0.0), {0, 1, 0}, {0, 0, 0}},
                  {"not a number", scale(kNaN, 1, 1), {0, 1, 0}, {0, 1, 0}}};
     for (const auto &c : cases)
@@ -283,5 +288,9 @@ TEST(Transform, LoadsWhatItSavedAndNothingElse)
         EXPECT_EQ(RQ_Transform::load(transform, value), bool(c.expected));
         EXPECT_TRUE(*transform == *(c.expected ? c.expected : RQ_Transform::identity()));
     }
+    testing::internal::CaptureStdout();
+    saved->dump("label");
+    RQ_Transform::identity()->dump();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "label: " + jsonOf(*saved) + "[" + matrix + "]");
 }
 }  // namespace
