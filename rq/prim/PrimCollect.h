@@ -4,16 +4,21 @@
 
 #include <rq/prim/Primitive.h>
 
+namespace rq
+{
+class AppendList;
+}
+
 /// An ordered list of primitives that behaves as one.
 ///
 /// Refining hands out the children, each with the collection's transform applied after its own; they are not refined
 /// themselves.
 ///
-/// Shape      children in order of arrival; a null child is kept and counted, and passed over by every operation
-/// Threads    `appendPrimitive` from any thread, also during operations that started before: these see the children that
-/// were
-///            there then.  `clear` needs the collection for itself.
-/// Cost       appending takes no lock
+/// Shape      children in order of arrival, but for those that several threads append at the same time; a null child is kept
+///            and counted, and passed over by every operation
+/// Threads    `appendPrimitive` from any thread, also during other operations: these see the children that were there when
+///            they started.  `clear` needs the collection for itself.
+/// Cost       threads that append at the same time do not hold up each other
 class RQ_API RQ_PrimCollect : public RQ_Primitive
 {
 public:
@@ -68,10 +73,8 @@ protected:
     void hardenContents();
 
 private:
-    class Children;
-
     template <class Visit> void forEach(int64_t begin, int64_t end, Visit &&visit) const;
     template <class Enlarge> void enlarge(BAS_BoundingBox *boxes, int segments, Enlarge &&enlargeBy) const;
 
-    std::unique_ptr<Children> children_;
+    std::unique_ptr<rq::AppendList> children_;
 };

@@ -22,6 +22,8 @@ public:
     RQ_RefineCollect &operator=(const RQ_RefineCollect &other);
     ~RQ_RefineCollect() override;
 
+    bool allowThreading() const override { return true; }
+
     /// Append; null is ignored.
     void addPrimitive(const RQ_PrimitiveHandle &primitive) override;
 

@@ -34,8 +34,12 @@ RQ_Transform::~RQ_Transform() { release(); }
 const RQ_TransformHandle &RQ_Transform::identity()
 {
     // Never destroyed: primitives that outlive the library's own statics may still ask for it.
-    static const BAS_Mat4d matrix;
-    static const RQ_TransformHandle &handle = *new RQ_TransformHandle(new RQ_Transform(&matrix, 1));
+    static const RQ_TransformHandle &handle = *[] {
+        const BAS_Mat4d matrix;
+        auto *identity = new RQ_Transform(&matrix, 1);
+        identity->eternal_ = true;
+        return new RQ_TransformHandle(identity);
+    }();
     return handle;
 }
 

@@ -96,7 +96,21 @@ public:
     /// Same segments with exactly equal matrices.
     bool operator==(const RQ_Transform &other) const;
 
+    // The identity is not counted: nearly every primitive holds it, and its counter would be the one place that all threads
+    // write to that make primitives.
+    friend void intrusive_ptr_add_ref(const RQ_Transform *transform) noexcept
+    {
+        if (!transform->eternal_)
+            intrusive_ptr_add_ref(static_cast<const Counter *>(transform));
+    }
+    friend void intrusive_ptr_release(const RQ_Transform *transform) noexcept
+    {
+        if (!transform->eternal_)
+            intrusive_ptr_release(static_cast<const Counter *>(transform));
+    }
+
 private:
+    using Counter = BAS_IntrusiveRefCounter<RQ_Transform>;
     struct Inverse;
 
     BAS_Mat4d *data() { return allocated_ ? allocated_.get() : &single_; }
@@ -114,4 +128,5 @@ private:
     mutable std::atomic<Inverse *> inverses_{nullptr};
     BAS_Mat4d single_;
     bool identity_ = false;
+    bool eternal_ = false;  // the shared identity
 };

@@ -1,9 +1,10 @@
+#include <algorithm>
+#include <atomic>
 #include <mutex>
-#include <set>
+#include <thread>
 
 #include <gtest/gtest.h>
 
-#include <host/bas/Parallel.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/prim/RefineCollect.h>
 #include <rq/prim/RefineList.h>
@@ -150,17 +151,48 @@ TEST(PrimCollect, HandsOutItsChildrenPlaced)
 
 TEST(PrimCollect, GivesTheSamePrimitivesWithAndWithoutThreads)
 {
+    const std::vector<RQ_PrimitiveHandle> leaves = {leaf(), leaf(), leaf(), leaf(), leaf(), leaf(), leaf()};
     const CollectHandle wide(new RQ_PrimCollect);
-    wide->reserve(100000);
-    host::parallelFor(100000, 1000, [&](int64_t) { wide->appendPrimitive(leaf()); });
+    wide->reserve(1000000);
+    for (size_t i = 0; i < 1000000; ++i)
+        wide->appendPrimitive(leaves[i % leaves.size()]);
     RecordingSink serial(false), threaded(true);
     EXPECT_TRUE(wide->refine(serial, nullptr));
     EXPECT_TRUE(wide->refine(threaded, nullptr));
-    ASSERT_EQ(serial.received.size(), 100000u);
+    ASSERT_EQ(serial.received.size(), 1000000u);
     for (int64_t i = 0; i < wide->entries(); ++i)
         ASSERT_EQ(serial.received[size_t(i)], wide->getPrim(i)) << "child " << i;
-    EXPECT_EQ(std::set(serial.received.begin(), serial.received.end()),
-              std::set(threaded.received.begin(), threaded.received.end()));
+    std::sort(serial.received.begin(), serial.received.end());
+    std::sort(threaded.received.begin(), threaded.received.end());
+    EXPECT_EQ(serial.received, threaded.received);
+}
+
+TEST(PrimCollect, LosesNothingFromManyThreads)
+{
+    constexpr int kThreads = 4, kEach = 20000;
+    const CollectHandle collection(new RQ_PrimCollect);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([=] {
+            for (int i = 0; i < kEach; ++i)
+                collection->appendPrimitive(leaf(t * kEach + i));
+        });
+    // What is counted can be read while others append.
+    while (collection->entries() < kThreads * kEach)
+        ASSERT_TRUE(collection->entries() == 0 || collection->getPrim(collection->entries() - 1));
+    for (std::thread &thread : threads)
+        thread.join();
+
+    int next[kThreads] = {};
+    const CollectHandle copy(new RQ_PrimCollect(*collection));
+    for (int64_t i = 0; i < kThreads * kEach; ++i)
+    {
+        const int place = int(copy->getPrim(i)->computeSurfaceArea(0));
+        ASSERT_EQ(place % kEach, next[place / kEach]++) << "the order of one thread is kept";
+    }
+    collection->clear();
+    EXPECT_EQ(collection->entries(), 0);
+    EXPECT_EQ(copy->entries(), kThreads * kEach);
 }
 
 TEST(PrimCollect, RefinesIntoItselfOnlyOnce)
@@ -234,7 +266,16 @@ TEST(PrimCollect, SavesAsList)
     EXPECT_EQ(jsonOf(*collectionOf({leaf(), leaf()})), "[\"List\",[" + unsaved + "," + unsaved + "]]");
 }
 
-TEST(PrimCollect, NestsDeep)
+// Refines what it receives at once, on the thread that brought it.
+class DeepSink : public RQ_Refine
+{
+public:
+    void addPrimitive(const RQ_PrimitiveHandle &primitive) override { leaves += !primitive->refine(*this, nullptr); }
+
+    std::atomic<int64_t> leaves{0};
+};
+
+TEST(PrimCollect, NestsDeepAndWide)
 {
     RQ_PrimitiveHandle nest(new TestPrimitive(listOf("P", {positions({1, 2, 3})})));
     for (int i = 0; i < 1000; ++i)
@@ -244,9 +285,17 @@ TEST(PrimCollect, NestsDeep)
     nest->enlargeBounds(&box, 1);
     EXPECT_EQ(box.minimum(), BAS_Vec3f(1, 2, 3));
     EXPECT_EQ(nest->getMemoryUsage(), 1000 + 96000);
+
+    // Parallel loops in a parallel loop.
+    std::vector<RQ_PrimitiveHandle> children(600, collectionOf(std::vector<RQ_PrimitiveHandle>(600, leaf())));
+    children.push_back(nest);
+    DeepSink sink;
+    EXPECT_TRUE(collectionOf(children)->refine(sink, nullptr));
+    EXPECT_EQ(sink.leaves, 600 * 600 + 1);
+
     int depth = 0;
-    for (; const RQ_PrimitiveHandle inner = RQ_Primitive::refinePrimitive(nest, nullptr); ++depth)
-        nest = inner;
+    for (; const RQ_PrimitiveHandle next = RQ_Primitive::refinePrimitive(nest, nullptr); ++depth)
+        nest = next;
     EXPECT_EQ(depth, 1000);
 }
 }  // namespace
