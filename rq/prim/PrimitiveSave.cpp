@@ -1,6 +1,5 @@
 #include <cstdio>
-
-#include <fmt/format.h>
+#include <string>
 
 #include <rq/prim/PrimitiveJSON.h>
 
@@ -35,7 +34,7 @@ bool RQ_Primitive::saveAttributeLists(BAS_JSONWriter &writer) const
 void RQ_Primitive::dumpPrimitive() const
 {
     BAS_Options options;
-    options.set("json:indentstep", int64_t(2));
+    options.set("int json:indentstep", int64_t(2));
     BAS_JSONWriter writer(stdout, options);
     const bool saved = save(writer);
     writer.flush();
@@ -53,21 +52,22 @@ void RQ_Primitive::dumpPrimitive() const
 
 void RQ_Primitive::dumpAttributeLists(const char *label, bool verbose) const
 {
-    struct Title
+    struct Texts
     {
         RQ_Owner owner;
-        const char *name;
-        const char *lower;
+        const char *title;
+        const char *suffix;
+        const char *missing;
     };
-    constexpr Title kTitles[] = {{RQ_OWNER_DETAIL, "Detail", "detail"},
-                                 {RQ_OWNER_UNIFORM, "Uniform", "uniform"},
-                                 {RQ_OWNER_POINT, "Point", "point"},
-                                 {RQ_OWNER_VERTEX, "Vertex", "vertex"}};
-    for (const Title &title : kTitles)
+    constexpr Texts kTexts[] = {{RQ_OWNER_DETAIL, "Detail", ":Detail", "%s: no detail attributes\n"},
+                                {RQ_OWNER_UNIFORM, "Uniform", ":Uniform", "%s: no uniform attributes\n"},
+                                {RQ_OWNER_POINT, "Point", ":Point", "%s: no point attributes\n"},
+                                {RQ_OWNER_VERTEX, "Vertex", ":Vertex", "%s: no vertex attributes\n"}};
+    for (const Texts &texts : kTexts)
     {
-        if (const RQ_AttributeListHandle &list = getAttributeList(title.owner))
-            list->dumpList(label ? fmt::format("{}:{}", label, title.name).c_str() : title.name, verbose);
+        if (const RQ_AttributeListHandle &list = getAttributeList(texts.owner))
+            list->dumpList(label ? (std::string(label) + texts.suffix).c_str() : texts.title, verbose);
         else
-            std::printf("%s: no %s attributes\n", label ? label : "(null)", title.lower);
+            std::printf(texts.missing, label ? label : "(null)");
     }
 }

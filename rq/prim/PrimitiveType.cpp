@@ -61,8 +61,9 @@ constexpr const char *kNames[] = {
 };
 static_assert(std::size(kNames) == RQ_PRIM_CHARACTER_SCENE + 1, "one name, or null, for every kind");
 
-// The id before the first that is handed out.
-std::atomic<int> lastTypeId{RQ_PRIM_CHARACTER_SCENE + 1};
+// The id before the first that is handed out, which is 50.
+std::atomic<int> lastTypeId{49};
+static_assert(RQ_PRIM_CHARACTER_SCENE < 49, "ids of others would meet those of the library");
 }  // namespace
 
 const char *RQprimitiveType(int id)

@@ -1,8 +1,10 @@
+#include <cmath>
 #include <map>
 #include <set>
 
 #include <gtest/gtest.h>
 
+#include <host/bas/JSONValue.h>
 #include <rq/prim/RefineParms.h>
 
 #include "TestPrimitive.h"
@@ -90,14 +92,52 @@ TEST(RefineParms, DumpsWhatLoadTakesBack)
     EXPECT_EQ(parms.getCuspAngle(), 30.5f);
     EXPECT_FALSE(parms.isEqual(RQ_RefineParms()));
     parms.setMaxPolyMeshSize(int64_t(1) << 40);
-    parms.setGeoRefineGroup("a \"quoted\" group");
     parms.setPolysAsSubdivision(true);
     parms.setOverridePackedViewportLOD(2);
-    EXPECT_EQ(dumped(parms), R"({"cuspangle":30.5,"maxpolymeshsize":1099511627776,"geo:refinegroup":"a \"quoted\" group",)"
+    EXPECT_EQ(dumped(parms), R"({"cuspangle":30.5,"maxpolymeshsize":1099511627776,)"
                              R"("viewport:abc_arbgeo":true,"viewport:abc_facesets":false,"viewport:packed_lod":false,)"
                              R"("polys_as_subdivision":true,"viewport:override_lod":"box"})");
     parms.setViewportMaterialAttrib(numbers<int32_t>({1, 2}), nullptr);
     EXPECT_NE(dumped(RQ_RefineParms(parms)).find("viewport:material_attribute"), std::string::npos);
+}
+
+// Every option at a value that is not its default: whole for floats, which the text does not tell from integers.
+BAS_Options otherValues()
+{
+    BAS_Options others;
+    for (const RQ_RefineOption &option : RQ_RefineParms::options())
+        if (const bool *on = std::get_if<bool>(&option.defaultValue))
+            others.set(option.key, !*on);
+        else if (const auto *whole = std::get_if<int64_t>(&option.defaultValue))
+            others.set(option.key, *whole + 3);
+        else if (const auto *number = std::get_if<double>(&option.defaultValue))
+            others.set(option.key, std::floor(*number) + 2.0);
+        else
+            others.set(option.key, BAS_StringHolder("box"));
+    return others;
+}
+
+TEST(RefineParms, AreEqualAfterTheyWereDumpedAndLoaded)
+{
+    RQ_RefineParms parms, again;
+    parms.load(otherValues());
+    EXPECT_EQ(parms.getFlags(), 0xFC25u ^ 0xC3u ^ 0x7400u) << "all that have a key, and level 2";
+
+    std::string error;
+    BAS_JSONValue text;
+    ASSERT_TRUE(BAS_JSONValue::parse(dumped(parms), text, error)) << error;
+    BAS_Options read;
+    for (const auto &member : *text.map())
+        if (const std::string *word = member.second.string())
+            read.set(member.first, BAS_StringHolder(*word));
+        else if (bool on; member.second.boolean(on))
+            read.set(member.first, on);
+        else
+            read.set(member.first, std::get<int64_t>(member.second.content));
+    again.load(read);
+    EXPECT_TRUE(again.isEqual(parms));
+    EXPECT_EQ(again.getFlags(), parms.getFlags());
+    EXPECT_EQ(dumped(again), dumped(parms));
 }
 
 // What the table says must be what the getters do: it is the command line's only knowledge.

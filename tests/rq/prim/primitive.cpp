@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
 
+#include <host/bas/Parallel.h>
 #include <host/bas/StringMMPattern.h>
 #include <rq/data/mixId.h>
 #include <rq/prim/PrimitiveType.h>
@@ -90,8 +92,12 @@ TEST(Primitive, DataIdHashIsMixedAndKept)
     uint64_t own = 0, detail = 0, hash = 0;
     ASSERT_TRUE(first->getDataIdHash(detail, 0));
     ASSERT_TRUE(second->getDataIdHash(own, 0));
+    // Several threads may fill the cache at once.
+    std::vector<uint64_t> seen(64);
+    host::parallelFor(64, 1, [&](int64_t i) { primitive->getDataIdHash(seen[size_t(i)], 0, true); });
     ASSERT_TRUE(primitive->getDataIdHash(hash, -1, true));
     EXPECT_EQ(hash, RQmixId(detail) + own);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), hash), 64);
 
     // Changed lists show that the kept hash is used, for this segment alone, by copies too, and until it is dropped.
     primitive->lists[RQ_OWNER_VERTEX] = first;
