@@ -18,12 +18,23 @@ constexpr int64_t kStreamedBytes = int64_t(16) << 20;
 inline void streamCopy(char *to, const char *from, size_t bytes)
 {
 #if defined(__x86_64__)
-    constexpr size_t kStore = sizeof(__m128i);
-    const size_t head = std::min(bytes, size_t(-reinterpret_cast<uintptr_t>(to) & (kStore - 1)));
+    // A whole line at a time: with loads between the stores of a line it takes up to twice as long (0.43 against 0.22 ns a
+    // float of a conversion from int8).
+    constexpr size_t kLine = 64;
+    const size_t head = std::min(bytes, size_t(-reinterpret_cast<uintptr_t>(to) & (kLine - 1)));
     std::memcpy(to, from, head);
     size_t i = head;
-    for (; i + kStore <= bytes; i += kStore)
-        _mm_stream_si128(reinterpret_cast<__m128i *>(to + i), _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + i)));
+    for (; i + kLine <= bytes; i += kLine)
+    {
+        const __m128i *source = reinterpret_cast<const __m128i *>(from + i);
+        __m128i *target = reinterpret_cast<__m128i *>(to + i);
+        const __m128i a = _mm_loadu_si128(source), b = _mm_loadu_si128(source + 1), c = _mm_loadu_si128(source + 2),
+                      d = _mm_loadu_si128(source + 3);
+        _mm_stream_si128(target, a);
+        _mm_stream_si128(target + 1, b);
+        _mm_stream_si128(target + 2, c);
+        _mm_stream_si128(target + 3, d);
+    }
     std::memcpy(to + i, from + i, bytes - i);
 #else
     std::memcpy(to, from, bytes);
