@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -10,42 +9,111 @@
 
 namespace host
 {
-/// The corners around each point of a mesh, in vertex-list order.
+/// The corners around each point of a mesh, in vertex-list order, and the way back from a corner to its face.
 ///
 /// Shape  point p is used by corners[starts[p]] .. corners[starts[p + 1] - 1]; `Index` holds the number of corners
-/// Cost   one counting sort: two passes over the vertex list, in parallel; the order never depends on the threads
-template <class Index> struct CornerAdjacency
+/// Cost   one counting sort: two passes over the vertex list, in parallel; the order never depends on the threads.  While it
+///        is built, every worker keeps a count of its own for each point.
+template <class Index> class CornerAdjacency
 {
+public:
+    /// `topology` offers `faces()`, `begin(face)`, `end(face)` (corner positions) and `point(corner)` in [0, points).
+    template <class Topology> CornerAdjacency(int64_t points, const Topology &topology)
+        : starts_(size_t(points) + 1), corners_(size_t(topology.begin(topology.faces())))
+    {
+        sortCorners(topology);
+        noteFaces(topology);
+    }
+
+    int64_t points() const { return int64_t(starts_.size()) - 1; }
+
+    /// Number of corners around a point, and the corners.
+    int64_t valence(int64_t point) const { return starts_[size_t(point) + 1] - starts_[size_t(point)]; }
+    const Index *around(int64_t point) const { return corners_.data() + starts_[size_t(point)]; }
+
+    /// The face of a corner; the topology must be the one that this was made from.
+    template <class Topology> int64_t faceOf(const Topology &topology, int64_t corner) const
+    {
+        // Half a corner keeps the quotient off the integers, so that rounding never matters.
+        if (faceOfBlock_.empty())
+            return int64_t((double(corner) + 0.5) * facesPerCorner_);
+        int64_t face = faceOfBlock_[size_t(corner / kCornersPerBlock)];
+        while (topology.end(face) <= corner)
+            ++face;
+        return face;
+    }
+
+    int64_t memoryUsage() const
+    {
+        return int64_t(sizeof(*this) + (starts_.size() + corners_.size() + faceOfBlock_.size()) * sizeof(Index));
+    }
+
+private:
     using Row = std::vector<Index, BAS_BlockAllocator<Index>>;
 
-    Row starts;
-    Row corners;
+    // A step on the way from a block's first face to a corner's face costs about a nanosecond.
+    static constexpr int64_t kCornersPerBlock = 16;
 
-    /// `pointOf(corner)` names the point of a corner; it must lie in [0, points).
-    template <class PointOf>
-    CornerAdjacency(int64_t points, int64_t cornerCount, PointOf &&pointOf)
-        : starts(size_t(points) + 1), corners(size_t(cornerCount))
+    // Counting costs about 2 ns a corner, so a worker has at least 100 us of work.
+    static constexpr int64_t kCornersPerWorker = 65536;
+    static constexpr int64_t kMostWorkers = 8;
+
+    template <class Topology> void sortCorners(const Topology &topology)
     {
-        // A count costs about 2 ns here, so a piece is some 30 us of work.
-        constexpr int64_t kCornersPerTask = 16384;
-        const auto cursor = [this](int64_t point) { return std::atomic_ref<Index>(starts[size_t(point)]); };
+        const int64_t count = int64_t(corners_.size());
+        const int64_t available = BAS_Threads::enabled() ? std::min<int64_t>(BAS_Threads::processors(), kMostWorkers) : 1;
+        const int64_t workers = std::clamp<int64_t>(count / kCornersPerWorker, 1, available);
+        std::vector<Row> cursors(size_t(workers), Row(starts_.size()));
+        const auto eachCorner = [&](auto &&visit) {
+            parallelFor(workers, 1, [&](int64_t worker) {
+                Index *cursor = cursors[size_t(worker)].data();
+                for (int64_t corner = worker * count / workers; corner < (worker + 1) * count / workers; ++corner)
+                    visit(cursor[topology.point(corner)], corner);
+            });
+        };
+        for (Row &cursor : cursors)
+            std::fill(cursor.begin(), cursor.end(), Index(0));
+        eachCorner([](Index &cursor, int64_t) { ++cursor; });
 
-        parallelForRange(points + 1, kCornersPerTask, [&](int64_t begin, int64_t end) {
-            std::fill(starts.begin() + begin, starts.begin() + end, Index(0));
-        });
-        parallelFor(cornerCount, kCornersPerTask,
-                    [&](int64_t corner) { cursor(pointOf(corner)).fetch_add(1, std::memory_order_relaxed); });
-
-        // Each cursor becomes the end of its point's run and walks down to its start while the run is filled.
+        // The corners of one point lie side by side, those of the first worker first.
         Index sum = 0;
-        for (Index &start : starts)
-            start = sum += start;
-        parallelFor(cornerCount, kCornersPerTask, [&](int64_t corner) {
-            corners[size_t(cursor(pointOf(corner)).fetch_sub(1, std::memory_order_relaxed)) - 1] = Index(corner);
-        });
-        parallelFor(points, kCornersPerTask, [&](int64_t point) {
-            std::sort(corners.begin() + starts[size_t(point)], corners.begin() + starts[size_t(point) + 1]);
-        });
+        for (size_t point = 0; point < starts_.size(); ++point)
+        {
+            starts_[point] = sum;
+            for (Row &cursor : cursors)
+            {
+                const Index own = cursor[point];
+                cursor[point] = sum;
+                sum += own;
+            }
+        }
+        eachCorner([this](Index &cursor, int64_t corner) { corners_[size_t(cursor++)] = Index(corner); });
     }
+
+    template <class Topology> void noteFaces(const Topology &topology)
+    {
+        const int64_t faces = topology.faces();
+        const int64_t count = int64_t(corners_.size());
+        const int64_t size = faces > 0 ? topology.end(0) - topology.begin(0) : 1;
+        facesPerCorner_ = size > 0 ? 1.0 / double(size) : 0.0;
+        int64_t face = 0;
+        while (face < faces && topology.begin(face) == face * size)
+            ++face;
+        if (face == faces && count == faces * size)
+            return;
+        faceOfBlock_.resize(size_t((count + kCornersPerBlock - 1) / kCornersPerBlock));
+        face = 0;
+        for (size_t block = 0; block < faceOfBlock_.size(); ++block)
+        {
+            while (topology.end(face) <= int64_t(block) * kCornersPerBlock)
+                ++face;
+            faceOfBlock_[block] = Index(face);
+        }
+    }
+
+    Row starts_;
+    Row corners_;
+    Row faceOfBlock_;              // of every 16th corner; empty when all faces have the same number of corners
+    double facesPerCorner_ = 0.0;  // when they have
 };
 }  // namespace host

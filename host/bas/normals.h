@@ -1,8 +1,5 @@
 #pragma once
 
-#include <numbers>
-#include <numeric>
-
 #include <host/bas/CornerAdjacency.h>
 #include <host/bas/faceGeometry.h>
 
@@ -13,71 +10,88 @@
 
 namespace host
 {
-/// Unit face normals and corner weights of one mesh, gathered around points.
+/// What a face counts for around a point.
+enum class NormalWeights
+{
+    angle,  ///< the angle of its corner (Thuermer and Wuethrich, "Computing vertex normals from polygonal facets", 1998)
+    equal,  ///< one
+    area    ///< its area
+};
+
+/// Unit face normals and weights of one mesh, gathered around points.
 ///
-/// Weights are the corner's angle times the unit face vector (Thuermer and Wuethrich, "Computing vertex normals from
-/// polygonal facets", 1998), summed in 64 bits in face order.  A face without area, or with a coordinate that is no number,
-/// adds nothing; a point of such faces only has the zero vector.
-template <class Index, class Topology, class Position> class NormalKernel
+/// Sums run in 64 bits in face order.  A face without area, or with a coordinate that is no number, adds nothing; a point of
+/// such faces only has the zero vector.  `Real` is the precision in which normals and weights are kept in between.
+template <class Real, class Index, class Topology> class NormalKernel
 {
 public:
-    /// `weights`, if given, holds one weight per corner that replaces the angle.
-    NormalKernel(const Topology &topology, const Position &position, int64_t points, int64_t corners, const float *weights)
-        : topology_(topology), position_(position), faceOf_(size_t(corners)), normals_(size_t(topology.faces())),
-          adjacency_(points, corners, [&topology](int64_t corner) { return topology.point(corner); }), weights_(weights)
+    /// `given`, if not null, holds one weight per corner that is taken instead.
+    template <class Position>
+    NormalKernel(const CornerAdjacency<Index> &adjacency, const Topology &topology, const Position &position,
+                 NormalWeights weights, const float *given = nullptr)
+        : adjacency_(adjacency), topology_(topology), normals_(size_t(topology.faces())),
+          weighsFaces_(!given && weights == NormalWeights::area)
     {
-        // A face costs about 30 ns here.
-        constexpr int64_t kFacesPerTask = 1024;
-        parallelFor(topology.faces(), kFacesPerTask, [this](int64_t face) {
-            const int64_t begin = topology_.begin(face), end = topology_.end(face);
-            std::fill(faceOf_.begin() + begin, faceOf_.begin() + end, Index(face));
-            normals_[size_t(face)] =
-                direction(newellVector(end - begin, [&](int64_t i) { return position_(topology_.point(begin + i)); }));
+        const int64_t faces = topology.faces();
+        if (given || weights != NormalWeights::equal)
+            weights_.resize(size_t(weighsFaces_ ? faces : topology.begin(faces)));
+        parallelForRange(faces, kFacesPerTask, [&](int64_t first, int64_t last) {
+            std::vector<BAS_Vec3d> corners;
+            for (int64_t face = first; face < last; ++face)
+            {
+                const int64_t begin = topology.begin(face), end = topology.end(face);
+                corners.resize(size_t(end - begin));
+                for (int64_t corner = begin; corner < end; ++corner)
+                    corners[size_t(corner - begin)] = position(topology.point(corner));
+                addFace(face, begin, corners, given);
+            }
         });
     }
 
     /// Call `write(point, normal)` for every point.
-    template <class Write> void pointNormals(int64_t points, bool normalize, Write &&write) const
+    template <class Write> void pointNormals(bool normalize, Write &&write) const
     {
-        parallelFor(points, kPointsPerTask, [&](int64_t point) {
+        parallelFor(adjacency_.points(), kPointsPerTask, [&](int64_t point) {
             BAS_Vec3d sum(0.0);
-            for (Index at = start(point); at < start(point + 1); ++at)
-                sum += contribution(adjacency_.corners[size_t(at)]);
+            const Index *corners = adjacency_.around(point);
+            for (int64_t i = 0, valence = adjacency_.valence(point); i < valence; ++i)
+            {
+                const int64_t face = adjacency_.faceOf(topology_, corners[i]);
+                sum += contribution(face, corners[i]);
+            }
             write(point, normalize ? direction(sum) : sum);
         });
     }
 
-    /// Call `write(corner, normal)` for every corner: the average of the faces around its point whose normal lies within
+    /// Call `write(corner, normal)` for every corner: the sum over the faces around its point whose normal lies within
     /// `cuspAngle` degrees of the corner's own face.
-    template <class Write> void cornerNormals(int64_t points, double cuspAngle, bool normalize, Write &&write) const
+    template <class Write> void cornerNormals(double cuspAngle, bool normalize, Write &&write) const
     {
         // The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
         const double radians = cuspAngle * std::numbers::pi / 180.0;
-        const double smallestCosine = std::cos(radians) - 1e-6;
-        const double smoothCosine = std::cos(0.5 * radians) + 1e-6;
-        parallelForRange(points, kPointsPerTask, [&](int64_t first, int64_t last) {
-            std::vector<BAS_Vec3d> around;
+        const Cusp cusp{std::cos(radians) - 1e-6, std::cos(0.5 * radians) + 1e-6};
+        parallelForRange(adjacency_.points(), kPointsPerTask, [&](int64_t first, int64_t last) {
+            Fan fan;
             for (int64_t point = first; point < last; ++point)
             {
-                const Index *corners = adjacency_.corners.data() + start(point);
-                const size_t valence = size_t(start(point + 1) - start(point));
-                around.resize(valence);
-                for (size_t i = 0; i < valence; ++i)
-                    around[i] = contribution(corners[i]);
-                if (allWithin(corners, valence, smoothCosine))
+                gather(point, fan);
+                const Index *corners = adjacency_.around(point);
+                if (isSmooth(fan.normals, cusp))
                 {
-                    const BAS_Vec3d sum = std::accumulate(around.begin(), around.end(), BAS_Vec3d(0.0));
-                    for (size_t own = 0; own < valence; ++own)
-                        write(int64_t(corners[own]), normalize ? direction(sum) : sum);
+                    BAS_Vec3d sum(0.0);
+                    for (const BAS_Vec3d &part : fan.contributions)
+                        sum += part;
+                    const BAS_Vec3d normal = normalize ? direction(sum) : sum;
+                    for (size_t own = 0; own < fan.normals.size(); ++own)
+                        write(int64_t(corners[own]), normal);
                     continue;
                 }
-                for (size_t own = 0; own < valence; ++own)
+                for (size_t own = 0; own < fan.normals.size(); ++own)
                 {
-                    const BAS_Vec3d &normal = faceNormal(corners[own]);
                     BAS_Vec3d sum(0.0);
-                    for (size_t i = 0; i < valence; ++i)
-                        if (i == own || normal.dot(faceNormal(corners[i])) >= smallestCosine)
-                            sum += around[i];
+                    for (size_t i = 0; i < fan.normals.size(); ++i)
+                        if (i == own || fan.normals[own].dot(fan.normals[i]) >= cusp.pair)
+                            sum += fan.contributions[i];
                     write(int64_t(corners[own]), normalize ? direction(sum) : sum);
                 }
             }
@@ -85,45 +99,109 @@ public:
     }
 
 private:
-    // A point of valence 4 costs about 100 ns here.
-    static constexpr int64_t kPointsPerTask = 512;
+    // A quad costs some 40 ns and a point of valence 4 some 50 ns here: a task is 40 us of work.
+    static constexpr int64_t kFacesPerTask = 1024;
+    static constexpr int64_t kPointsPerTask = 1024;
 
-    Index start(int64_t point) const { return adjacency_.starts[size_t(point)]; }
-    const BAS_Vec3d &faceNormal(Index corner) const { return normals_[size_t(faceOf_[size_t(corner)])]; }
+    using Vector = Imath::Vec3<Real>;
 
-    // True when every face normal around a point lies so near to their mean that each pair is within the cusp angle: then
-    // all corners share one sum, and a point of many faces costs no more than its faces.
-    bool allWithin(const Index *corners, size_t valence, double smoothCosine) const
+    // The faces around one point.
+    struct Fan
     {
-        BAS_Vec3d mean(0.0);
+        std::vector<BAS_Vec3d> normals;
+        std::vector<BAS_Vec3d> contributions;
+    };
+
+    // The least cosine of the angle between two normals that count as one surface, and between one and the mean of all.
+    struct Cusp
+    {
+        double pair;
+        double mean;
+    };
+
+    void addFace(int64_t face, int64_t begin, const std::vector<BAS_Vec3d> &corners, const float *given)
+    {
+        const int64_t count = int64_t(corners.size());
+        const auto at = [&corners](int64_t i) { return corners[size_t(i)]; };
+        const BAS_Vec3d newell = newellVector(count, at);
+        const BAS_Vec3d normal = direction(newell);
+        normals_[size_t(face)] = Vector(normal);
+        if (weights_.empty())
+            return;
+        // A weight of 0 keeps a face out even where its angles are not numbers.
+        const bool counts = normal != BAS_Vec3d(0.0);
+        if (weighsFaces_)
+            weights_[size_t(face)] = counts ? Real(0.5 * newell.length()) : Real(0);
+        else if (!counts || given)
+            for (int64_t i = begin; i < begin + count; ++i)
+                weights_[size_t(i)] = counts ? Real(given[i]) : Real(0);
+        else
+            weighByAngles(begin, corners);
+    }
+
+    void weighByAngles(int64_t begin, const std::vector<BAS_Vec3d> &corners)
+    {
+        const size_t count = corners.size();
+        BAS_Vec3d previous = corners.front() - corners.back();
+        for (size_t i = 0; i < count; ++i)
+        {
+            const BAS_Vec3d next = corners[i + 1 < count ? i + 1 : 0] - corners[i];
+            const bool isPlain = next != BAS_Vec3d(0.0) && previous != BAS_Vec3d(0.0);
+            const BAS_Vec3d across = previous % next;
+            weights_[size_t(begin) + i] =
+                Real(isPlain ? angleOf(std::sqrt(across.dot(across)), -next.dot(previous))
+                             : cornerAngle(int64_t(count), int64_t(i), [&](int64_t k) { return corners[size_t(k)]; }));
+            previous = next;
+        }
+    }
+
+    BAS_Vec3d contribution(int64_t face, int64_t corner) const
+    {
+        const BAS_Vec3d normal(normals_[size_t(face)]);
+        return weights_.empty() ? normal : normal * double(weights_[size_t(weighsFaces_ ? face : corner)]);
+    }
+
+    void gather(int64_t point, Fan &fan) const
+    {
+        const Index *corners = adjacency_.around(point);
+        const size_t valence = size_t(adjacency_.valence(point));
+        fan.normals.resize(valence);
+        fan.contributions.resize(valence);
         for (size_t i = 0; i < valence; ++i)
-            mean += faceNormal(corners[i]);
+        {
+            const int64_t face = adjacency_.faceOf(topology_, corners[i]);
+            fan.normals[i] = BAS_Vec3d(normals_[size_t(face)]);
+            fan.contributions[i] = contribution(face, corners[i]);
+        }
+    }
+
+    // True when all faces around a point count as one surface.  Then its corners share one sum, and where every normal lies
+    // near the mean of all this takes one look at each, so that a point of many faces costs no more than its faces.
+    static bool isSmooth(const std::vector<BAS_Vec3d> &normals, const Cusp &cusp)
+    {
+        constexpr size_t kFew = 6;
+        if (normals.size() <= kFew)
+        {
+            for (size_t i = 1; i < normals.size(); ++i)
+                for (size_t j = 0; j < i; ++j)
+                    if (!(normals[i].dot(normals[j]) >= cusp.pair))
+                        return false;
+            return true;
+        }
+        BAS_Vec3d mean(0.0);
+        for (const BAS_Vec3d &normal : normals)
+            mean += normal;
         mean = direction(mean);
-        return std::all_of(corners, corners + valence,
-                           [&](Index corner) { return mean.dot(faceNormal(corner)) >= smoothCosine; });
+        return std::all_of(normals.begin(), normals.end(),
+                           [&](const BAS_Vec3d &normal) { return mean.dot(normal) >= cusp.mean; });
     }
 
-    BAS_Vec3d contribution(Index corner) const
-    {
-        const BAS_Vec3d &normal = faceNormal(corner);
-        // A zero normal must stay without effect even where the angle is not a number.
-        if (normal == BAS_Vec3d(0.0))
-            return normal;
-        return normal * (weights_ ? double(weights_[corner]) : angle(corner));
-    }
+    template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
 
-    double angle(Index corner) const
-    {
-        const Index face = faceOf_[size_t(corner)];
-        const int64_t begin = topology_.begin(face), corners = topology_.end(face) - begin;
-        return cornerAngle(corners, corner - begin, [&](int64_t i) { return position_(topology_.point(begin + i)); });
-    }
-
+    const CornerAdjacency<Index> &adjacency_;
     const Topology &topology_;
-    const Position &position_;
-    std::vector<Index, BAS_BlockAllocator<Index>> faceOf_;
-    std::vector<BAS_Vec3d, BAS_BlockAllocator<BAS_Vec3d>> normals_;
-    CornerAdjacency<Index> adjacency_;
-    const float *weights_;
+    Row<Vector> normals_;  // unit length, of each face
+    Row<Real> weights_;    // of each corner, or of each face; empty when all are 1
+    bool weighsFaces_;
 };
 }  // namespace host

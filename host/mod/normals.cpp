@@ -21,7 +21,7 @@ void writeSharedVertices(const Kernel &kernel, const Faces &faces, const MSH_Det
 {
     std::vector<BAS_Vec3d> sums(size_t(detail.capacity(ELM_OWNER_VERTEX)), BAS_Vec3d(0.0));
     std::vector<uint8_t> isShared(sums.size()), isSeen(sums.size());
-    kernel.cornerNormals(detail.capacity(ELM_OWNER_POINT), cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
+    kernel.cornerNormals(cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
         const size_t vertex = size_t(faces.vertex(corner));
         sums[vertex] += normal;
         isShared[vertex] |= isSeen[vertex];
@@ -39,14 +39,16 @@ void computeInto(float *to, const MSH_Detail &detail, ELM_Owner owner, double cu
     using Faces = host::FaceTable<Index>;
     const Faces faces(detail);
     const int64_t points = detail.capacity(ELM_OWNER_POINT);
-    const host::NormalKernel<Index, Faces, Position> kernel(faces, position, points, faces.corners(), nullptr);
+    const host::CornerAdjacency<Index> adjacency(points, faces);
+    const host::NormalKernel<float, Index, Faces> kernel(adjacency, faces, position, host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
-        kernel.pointNormals(points, true, [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
+        kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
     else if (faces.sharesVertices())
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else
-        kernel.cornerNormals(points, cuspAngle, true,
-                             [&](int64_t corner, const BAS_Vec3d &normal) { store(to + 3 * faces.vertex(corner), normal); });
+        kernel.cornerNormals(cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
+            store(to + 3 * faces.vertex(corner), normal);
+        });
 }
 }  // namespace
 
@@ -60,8 +62,7 @@ try
     if (normals->size() == 0)
         return normals;
     float *to = normals->modifyAll<float>();
-    const bool isNarrow =
-        detail.capacity(ELM_OWNER_VERTEX) < ELM_INDEX32_LIMIT && detail.capacity(ELM_OWNER_POINT) < ELM_INDEX32_LIMIT;
+    const bool isNarrow = detail.vertexCount() < ELM_INDEX32_LIMIT && detail.pointCount() < ELM_INDEX32_LIMIT;
     detail.positions().numericTuple()->visit([&](const auto &pages) {
         const auto position = [reader = pages.reader()](int64_t point) {
             const auto *p = reader.tuple(point);

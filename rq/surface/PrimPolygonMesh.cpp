@@ -6,6 +6,7 @@
 #include <rq/data/DAConstantValue.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/faceMerges.h>
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;
@@ -21,8 +22,9 @@ RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_DataArrayHandle &counts, const R
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
                                        const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex,
                                        const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
-    : shared_(shared), vertex_(vertex), uniform_(uniform), detail_(detail), vertexList_(vertexList), counts_(counts)
-{}
+{
+    init(counts, vertexList, shared, vertex, uniform, detail);
+}
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
                                        const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
@@ -40,12 +42,13 @@ RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ
                                        const RQ_AttributeListHandle &shared)
     : RQ_PrimPolygonMesh(other, shared, other.vertex_, other.uniform_, other.detail_)
 {
-    vertexList_ = vertexList;
+    setVertexList(vertexList);
 }
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other)
     : RQ_Primitive(other), shared_(other.shared_), vertex_(other.vertex_), uniform_(other.uniform_), detail_(other.detail_),
-      vertexList_(other.vertexList_), counts_(other.counts_), faceSets_(other.faceSets_), convexed_(other.convexed_)
+      vertexList_(other.vertexList_), counts_(other.counts_), topology_(other.topology_), faceSets_(other.faceSets_),
+      convexed_(other.convexed_)
 {}
 
 RQ_PrimPolygonMesh::~RQ_PrimPolygonMesh() = default;
@@ -72,7 +75,7 @@ void RQ_PrimPolygonMesh::init(const RQ_CountArray &counts, const RQ_DataArrayHan
                               const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
 {
     counts_ = counts;
-    vertexList_ = vertexList;
+    setVertexList(vertexList);
     shared_ = shared;
     vertex_ = vertex;
     uniform_ = uniform;
@@ -81,6 +84,12 @@ void RQ_PrimPolygonMesh::init(const RQ_CountArray &counts, const RQ_DataArrayHan
     merges_.reset();
     convexed_ = false;
     dropDataIdHash();
+}
+
+void RQ_PrimPolygonMesh::setVertexList(const RQ_DataArrayHandle &vertexList)
+{
+    vertexList_ = vertexList;
+    topology_ = new rq::SharedTopology;
 }
 
 int64_t RQ_PrimPolygonMesh::getPointCount() const
@@ -137,6 +146,8 @@ int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
             bytes += (*list)->getMemoryUsage();
     if (faceSets_)
         bytes += faceSets_->getMemoryUsage();
+    if (topology_)
+        bytes += topology_->getMemoryUsage();
     return bytes;
 }
 
@@ -224,6 +235,6 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::clone(const RQ_DataArrayHandle &vertexL
                                                const RQ_AttributeListHandle &detail) const
 {
     RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(*this, shared, vertex, uniform, detail));
-    mesh->vertexList_ = vertexList;
+    mesh->setVertexList(vertexList);
     return mesh;
 }

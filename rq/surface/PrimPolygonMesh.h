@@ -5,12 +5,26 @@
 #include <host/bas/Published.h>
 #include <rq/attrib/AttributeList.h>
 #include <rq/data/CountArray.h>
+#include <rq/data/NumericTypes.h>
 #include <rq/prim/Primitive.h>
 #include <rq/surface/FaceSetMap.h>
 #include <rq/surface/PrimPolygon.h>
 
+namespace rq
+{
+class SharedTopology;
+}
+
 class RQ_PrimPolygonMesh;
 using RQ_PolygonMeshHandle = BAS_IntrusivePtr<RQ_PrimPolygonMesh>;
+
+/// What a face counts for in the normals around it.
+enum RQ_NormalWeights
+{
+    RQ_NORMAL_WEIGHTS_ANGLE,  ///< the angle of its corner
+    RQ_NORMAL_WEIGHTS_EQUAL,  ///< one
+    RQ_NORMAL_WEIGHTS_AREA    ///< its area
+};
 
 /// The arrays that cut a mesh's faces into convex pieces; they fit every mesh of the same topology.
 struct RQ_ConvexArrays
@@ -144,6 +158,25 @@ public:
     RQ_DataArrayHandle faceNormals(int segment = 0, const char *positions = "P",
                                    RQ_Storage storage = RQ_STORAGE_REAL32) const;
 
+    /// Normals into memory of the caller's: one for each face, point or face-vertex, as the operations that make arrays give
+    /// them.  `Vector` is a 3-vector of `float`, `double` or `PLT_Half`.  False, with nothing written, where those fail.
+    template <class Vector> bool faceNormals(Vector *normals, int segment = 0, const char *positions = "P") const
+    {
+        return writeFaceNormals(&normals->x, storageOf<Vector>, segment, positions);
+    }
+    template <class Vector>
+    bool pointNormals(Vector *normals, int segment = 0, const char *positions = "P", bool normalize = true,
+                      RQ_NormalWeights weights = RQ_NORMAL_WEIGHTS_ANGLE) const
+    {
+        return writePointNormals(&normals->x, storageOf<Vector>, segment, positions, normalize, weights, nullptr);
+    }
+    template <class Vector>
+    bool vertexNormals(Vector *normals, int segment, const char *positions, double cuspAngle, bool normalize = true,
+                       RQ_NormalWeights weights = RQ_NORMAL_WEIGHTS_ANGLE) const
+    {
+        return writeVertexNormals(&normals->x, storageOf<Vector>, segment, positions, cuspAngle, normalize, weights);
+    }
+
     /// The mesh with point normals "N", or this one when vertices or points have an "N" already.
     RQ_PolygonMeshHandle createPointNormalsIfMissing(const char *positions, bool normalize, bool &changed) const;
 
@@ -219,6 +252,15 @@ protected:
                                        const RQ_AttributeListHandle &detail) const;
 
 private:
+    // Write packed normals as values of a float storage.  False where the positions or the storage are none.
+    template <class Vector> static constexpr RQ_Storage storageOf = RQstorageOf<typename Vector::BaseType>;
+    bool writeFaceNormals(void *normals, RQ_Storage storage, int segment, const char *positions) const;
+    bool writePointNormals(void *normals, RQ_Storage storage, int segment, const char *positions, bool normalize,
+                           RQ_NormalWeights weights, const float *given) const;
+    bool writeVertexNormals(void *normals, RQ_Storage storage, int segment, const char *positions, double cuspAngle,
+                            bool normalize, RQ_NormalWeights weights) const;
+    void setVertexList(const RQ_DataArrayHandle &vertexList);
+
     struct FaceMerges;
     const FaceMerges &faceMerges() const;
     RQ_PolygonHandle makeFace(const FaceMerges &merges, int64_t face) const;
@@ -232,6 +274,7 @@ private:
     RQ_AttributeListHandle detail_;
     RQ_DataArrayHandle vertexList_;
     RQ_CountArray counts_;
+    BAS_IntrusivePtr<rq::SharedTopology> topology_;  // of counts and vertex list
     RQ_FaceSetMapHandle faceSets_;
     host::Published<FaceMerges> merges_;
     bool convexed_ = false;

@@ -5,6 +5,7 @@
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/Positions.h>
+#include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/topology.h>
 
 namespace
@@ -21,27 +22,36 @@ template <class T> void store(T *values, int64_t entry, const BAS_Vec3d &normal)
         values[3 * entry + axis] = T(normal[axis]);
 }
 
-/// Make an array of `entries` normals: `fill(values)` writes them as T.
-template <class T, class Fill> RQ_DataArrayHandle makeAs(int64_t entries, Fill &&fill)
+/// Make an array of `entries` normals: `write(values)` writes them and tells whether it could.
+template <class Write> RQ_DataArrayHandle makeNormals(RQ_Storage storage, int64_t entries, Write &&write)
 {
-    auto *array = new RQ_DANumeric<T>(entries, 3, RQ_TYPE_NORMAL);
-    const RQ_DataArrayHandle handle(array);
-    fill(array->data());
-    return handle;
+    RQ_DataArrayHandle result;
+    rq::dispatchStorage(storage, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const BAS_IntrusivePtr<RQ_DANumeric<T>> array(new RQ_DANumeric<T>(entries, 3, RQ_TYPE_NORMAL));
+        if (write(array->data()))
+            result = array;
+    });
+    return result;
 }
 
-/// The same in the storage asked for; 16-bit normals are computed in 32 bits and converted.
-template <class Fill> RQ_DataArrayHandle makeNormals(RQ_Storage storage, int64_t entries, Fill &&fill)
+/// Let `write(values)` write `entries` normals as values of a float storage; 16-bit ones are computed in 32 bits and
+/// converted.
+template <class Write> bool writeAs(RQ_Storage storage, void *normals, int64_t entries, Write &&write)
 {
     if (storage == RQ_STORAGE_REAL64)
-        return makeAs<double>(entries, fill);
-    if (storage == RQ_STORAGE_REAL32)
-        return makeAs<float>(entries, fill);
-    if (storage != RQ_STORAGE_REAL16)
-        return nullptr;
-    RQ_DataArrayHandle half;
-    makeAs<float>(entries, fill)->template getArray<PLT_Half>(half);
-    return half;
+        write(static_cast<double *>(normals));
+    else if (storage == RQ_STORAGE_REAL32)
+        write(static_cast<float *>(normals));
+    else if (storage == RQ_STORAGE_REAL16)
+    {
+        const BAS_IntrusivePtr<RQ_DANumeric<float>> singles(new RQ_DANumeric<float>(entries, 3, RQ_TYPE_NORMAL));
+        write(singles->data());
+        singles->fillArray(static_cast<PLT_Half *>(normals), 0, entries, 3, 3);
+    }
+    else
+        return false;
+    return true;
 }
 
 /// Call `visit(topology, position)` with everything resolved to plain readers.
@@ -50,18 +60,6 @@ template <class Visit> void visitMesh(const RQ_PrimPolygonMesh &mesh, const rq::
     rq::visitTopology(mesh.getFaceCountArray(), *mesh.getVertexList(), [&](const auto &topology) {
         positions.visit(
             [&](const auto &reader) { visit(topology, [&reader](int64_t point) { return BAS_Vec3d(reader(point)); }); });
-    });
-}
-
-/// Call `visit(kernel)` with the normal kernel of the mesh.
-template <class Visit>
-void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::Positions &positions, const float *weights, Visit &&visit)
-{
-    visitMesh(mesh, positions, [&](const auto &topology, const auto &position) {
-        using Topology = std::remove_cvref_t<decltype(topology)>;
-        using Position = std::remove_cvref_t<decltype(position)>;
-        visit(host::NormalKernel<typename Topology::Index, Topology, Position>(topology, position, positions.entries(),
-                                                                               mesh.getVertexCount(), weights));
     });
 }
 
@@ -87,14 +85,28 @@ template <class Make> RQ_AttributeListHandle withNormals(const RQ_AttributeListH
 }
 }  // namespace
 
-RQ_DataArrayHandle RQ_PrimPolygonMesh::faceNormals(int segment, const char *positions, RQ_Storage storage) const
+namespace
+{
+/// Call `visit(kernel)` with the normal kernel of a mesh.
+template <class Real, class Visit>
+void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::SharedTopology &shared, const rq::Positions &positions,
+                 RQ_NormalWeights weights, const float *given, Visit &&visit)
+{
+    visitMesh(mesh, positions, [&](const auto &topology, const auto &position) {
+        using Topology = std::remove_cvref_t<decltype(topology)>;
+        const rq::SharedTopology::Adjacency adjacency(shared, positions.entries(), topology);
+        visit(host::NormalKernel<Real, typename Topology::Index, Topology>(*adjacency, topology, position,
+                                                                           host::NormalWeights(weights), given));
+    });
+}
+}  // namespace
+
+bool RQ_PrimPolygonMesh::writeFaceNormals(void *normals, RQ_Storage storage, int segment, const char *positions) const
 {
     // A face costs about 10 ns here.
     constexpr int64_t kFacesPerTask = 4096;
     const rq::Positions reader = positionsOf(*this, segment, positions);
-    if (!reader.isValid())
-        return nullptr;
-    return makeNormals(storage, getFaceCount(), [&](auto *values) {
+    return reader.isValid() && writeAs(storage, normals, getFaceCount(), [&](auto *values) {
         visitMesh(*this, reader, [&](const auto &topology, const auto &position) {
             host::parallelFor(topology.faces(), kFacesPerTask, [&](int64_t face) {
                 const int64_t begin = topology.begin(face);
@@ -106,26 +118,70 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::faceNormals(int segment, const char *posi
     });
 }
 
-RQ_DataArrayHandle RQ_PrimPolygonMesh::createPointNormals(int segment, const char *positions, bool normalize,
-                                                          const float *weights, RQ_Storage storage) const
+bool RQ_PrimPolygonMesh::writePointNormals(void *normals, RQ_Storage storage, int segment, const char *positions,
+                                           bool normalize, RQ_NormalWeights weights, const float *given) const
+{
+    const rq::Positions reader = positionsOf(*this, segment, positions);
+    return reader.isValid() && writeAs(storage, normals, reader.entries(), [&]<class Real>(Real *values) {
+        visitKernel<Real>(*this, *topology_, reader, weights, given, [&](const auto &kernel) {
+            kernel.pointNormals(normalize,
+                                [values](int64_t point, const BAS_Vec3d &normal) { store(values, point, normal); });
+        });
+    });
+}
+
+bool RQ_PrimPolygonMesh::writeVertexNormals(void *normals, RQ_Storage storage, int segment, const char *positions,
+                                            double cuspAngle, bool normalize, RQ_NormalWeights weights) const
 {
     const rq::Positions reader = positionsOf(*this, segment, positions);
     if (!reader.isValid())
-        return nullptr;
-    return makeNormals(storage, reader.entries(), [&](auto *values) {
-        visitKernel(*this, reader, weights, [&](const auto &kernel) {
-            kernel.pointNormals(reader.entries(), normalize,
-                                [values](int64_t point, const BAS_Vec3d &normal) { store(values, point, normal); });
+        return false;
+    return writeAs(storage, normals, getVertexCount(), [&]<class Real>(Real *values) {
+        // Faceted and smooth normals are those of faces and points, spread over the vertices.
+        std::vector<Real> few;
+        if (cuspAngle >= 180.0)
+        {
+            few.resize(size_t(3 * reader.entries()));
+            writePointNormals(few.data(), RQstorageOf<Real>, segment, positions, normalize, weights, nullptr);
+        }
+        else if (!(cuspAngle > 0.0))
+        {
+            few.resize(size_t(3 * getFaceCount()));
+            writeFaceNormals(few.data(), RQstorageOf<Real>, segment, positions);
+        }
+        else
+            return visitKernel<Real>(*this, *topology_, reader, weights, nullptr, [&](const auto &kernel) {
+                kernel.cornerNormals(cuspAngle, normalize, [values](int64_t corner, const BAS_Vec3d &normal) {
+                    store(values, corner, normal);
+                });
+            });
+        rq::visitTopology(counts_, *vertexList_, [&](const auto &topology) {
+            for (int64_t face = 0; face < topology.faces(); ++face)
+                for (int64_t corner = topology.begin(face); corner < topology.end(face); ++corner)
+                    std::copy_n(few.data() + 3 * (cuspAngle >= 180.0 ? topology.point(corner) : face), 3,
+                                values + 3 * corner);
         });
+    });
+}
+
+RQ_DataArrayHandle RQ_PrimPolygonMesh::faceNormals(int segment, const char *positions, RQ_Storage storage) const
+{
+    return makeNormals(storage, getFaceCount(),
+                       [&](auto *values) { return writeFaceNormals(values, storage, segment, positions); });
+}
+
+RQ_DataArrayHandle RQ_PrimPolygonMesh::createPointNormals(int segment, const char *positions, bool normalize,
+                                                          const float *weights, RQ_Storage storage) const
+{
+    return makeNormals(storage, positionsOf(*this, segment, positions).entries(), [&](auto *values) {
+        return writePointNormals(values, storage, segment, positions, normalize, RQ_NORMAL_WEIGHTS_ANGLE, weights);
     });
 }
 
 RQ_DataArrayHandle RQ_PrimPolygonMesh::createVertexNormals(int segment, const char *positions, double cuspAngle,
                                                            bool normalize, RQ_Storage storage) const
 {
-    const rq::Positions reader = positionsOf(*this, segment, positions);
-    if (!reader.isValid())
-        return nullptr;
+    // The normals of points and faces need not be spread: the vertices see them through views.
     if (cuspAngle >= 180.0)
     {
         const RQ_DataArrayHandle points = createPointNormals(segment, positions, normalize, nullptr, storage);
@@ -137,10 +193,7 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::createVertexNormals(int segment, const ch
         return faces ? RQ_DAIndirect::createIndirect(faces, counts_.buildRepeatList()) : nullptr;
     }
     return makeNormals(storage, getVertexCount(), [&](auto *values) {
-        visitKernel(*this, reader, nullptr, [&](const auto &kernel) {
-            kernel.cornerNormals(reader.entries(), cuspAngle, normalize,
-                                 [values](int64_t corner, const BAS_Vec3d &normal) { store(values, corner, normal); });
-        });
+        return writeVertexNormals(values, storage, segment, positions, cuspAngle, normalize, RQ_NORMAL_WEIGHTS_ANGLE);
     });
 }
 

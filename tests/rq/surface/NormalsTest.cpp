@@ -171,6 +171,51 @@ TEST(Normals, GiveTheSameBitsForAnyNumberOfThreads)
     EXPECT_EQ(one, run(16));
 }
 
+TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
+{
+    for (const MeshShape &shape : meshShapes())
+    {
+        SCOPED_TRACE(shape.name);
+        const RQ_PolygonMeshHandle mesh = makeMesh(shape);
+        for (const double cusp : {0.0, 60.0, 180.0})
+        {
+            std::vector<BAS_Vec3d> normals(static_cast<size_t>(mesh->getVertexCount()));
+            std::vector<Imath::Vec3<PLT_Half>> halves(normals.size());
+            ASSERT_TRUE(mesh->vertexNormals(normals.data(), 0, "P", cusp));
+            ASSERT_TRUE(mesh->vertexNormals(halves.data(), 0, "P", cusp));
+            const RQ_DataArrayHandle expected = mesh->createVertexNormals(0, "P", cusp, true, RQ_STORAGE_REAL64);
+            const RQ_DataArrayHandle narrow = mesh->createVertexNormals(0, "P", cusp, true, RQ_STORAGE_REAL16);
+            for (size_t c = 0; c < normals.size(); ++c)
+            {
+                ASSERT_EQ(normals[c], vectorOf(*expected, int64_t(c)));
+                ASSERT_EQ(BAS_Vec3d(halves[c]), vectorOf(*narrow, int64_t(c)));
+            }
+        }
+    }
+
+    // At the apex of a wedge of one large and two small upright faces the weights make all the difference.
+    MeshShape wedge{"wedge", {0, 0, 0, 4, 0, 0, 0, 4, 0, 0, 0, 1, 0, 4, 1}, {}, {}};
+    wedge.addFace({0, 1, 2});
+    wedge.addFace({0, 2, 4});
+    wedge.addFace({0, 4, 3});
+    const RQ_PolygonMeshHandle mesh = makeMesh(wedge);
+    struct Case
+    {
+        RQ_NormalWeights weights;
+        double up, side;
+    };
+    const double angle = std::numbers::pi / 2.0;
+    for (const Case &c : {Case{RQ_NORMAL_WEIGHTS_ANGLE, angle, angle}, Case{RQ_NORMAL_WEIGHTS_EQUAL, 1.0, 2.0},
+                          Case{RQ_NORMAL_WEIGHTS_AREA, 8.0, 4.0}})
+    {
+        std::vector<BAS_Vec3d> normals(5);
+        ASSERT_TRUE(mesh->pointNormals(normals.data(), 0, "P", false, c.weights));
+        EXPECT_LT((normals[0] - BAS_Vec3d(c.side, 0.0, c.up)).length(), 1e-9) << c.weights;
+    }
+    std::vector<BAS_Vec3d> none(5);
+    EXPECT_FALSE(mesh->pointNormals(none.data(), 0, "rest"));
+}
+
 TEST(Normals, AreAddedOnlyWhereMissingAndFailWithoutPositions)
 {
     const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());

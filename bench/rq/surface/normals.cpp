@@ -1,0 +1,53 @@
+#include <memory>
+
+#include <bench/normalJobs.h>
+#include <bench/rq/surface/quads.h>
+#include <rq/data/Values.h>
+
+namespace
+{
+using Make = RQ_DataArrayHandle (*)(const RQ_PrimPolygonMesh &);
+
+template <RQ_NormalWeights weights> RQ_DataArrayHandle pointNormals(const RQ_PrimPolygonMesh &mesh)
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<float>> normals(new RQ_DANumeric<float>(mesh.getPointCount(), 3, RQ_TYPE_NORMAL));
+    mesh.pointNormals(reinterpret_cast<BAS_Vec3f *>(normals->data()), 0, "P", true, weights);
+    return normals;
+}
+
+template <RQ_NormalWeights weights> RQ_DataArrayHandle cuspNormals(const RQ_PrimPolygonMesh &mesh)
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<float>> normals(new RQ_DANumeric<float>(mesh.getVertexCount(), 3, RQ_TYPE_NORMAL));
+    mesh.vertexNormals(reinterpret_cast<BAS_Vec3f *>(normals->data()), 0, "P", 60.0, true, weights);
+    return normals;
+}
+
+/// With `again` the mesh is the same in every turn, as the segments of a moving mesh are: what follows from its topology is
+/// there already.
+void addJob(const char *job, double outputs, Make make, bool again = false)
+{
+    for (const int threads : {1, 2})
+        bench::addNormals(job, "ours", threads, outputs, [make, again] {
+            const bench::QuadMesh quads(bench::kNormalCells);
+            const RQ_PolygonMeshHandle mesh = bench::makeMesh(quads);
+            const auto run = [=] { return bench::keep(make(again ? *mesh : *bench::withOwnTopology(*mesh))); };
+            const auto check = [=] {
+                const rq::Values<float> normals(make(*mesh));
+                return bench::lengthError(normals.data(), normals.entries());
+            };
+            return bench::Work{run, check};
+        });
+}
+
+const bool registered = [] {
+    addJob("face-normals", bench::kNormalFaces, [](const RQ_PrimPolygonMesh &mesh) { return mesh.faceNormals(); });
+    addJob("point-normals-equal", bench::kNormalPoints, pointNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
+    addJob("point-normals-area", bench::kNormalPoints, pointNormals<RQ_NORMAL_WEIGHTS_AREA>);
+    addJob("point-normals-angle", bench::kNormalPoints, pointNormals<RQ_NORMAL_WEIGHTS_ANGLE>);
+    addJob("point-normals-equal-again", bench::kNormalPoints, pointNormals<RQ_NORMAL_WEIGHTS_EQUAL>, true);
+    addJob("cusp60-equal", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
+    addJob("cusp60-angle", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_ANGLE>);
+    addJob("cusp60-equal-again", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>, true);
+    return true;
+}();
+}  // namespace
