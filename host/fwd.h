@@ -9,4 +9,5 @@ class MOD_ConstDetailHandle;
 class MOD_DetailHandle;
 class MOD_Edit;
 class MSH_Detail;
+class MSH_Payload;
 class MSH_Primitive;

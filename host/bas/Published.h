@@ -48,4 +48,13 @@ private:
 
     mutable std::atomic<const T *> value_{nullptr};  // one count
 };
+
+/// The same for values that are copied: a copy builds anew.
+template <class T> class PublishedCache : public Published<T>
+{
+public:
+    PublishedCache() = default;
+    PublishedCache(const PublishedCache &) : Published<T>() {}
+    PublishedCache &operator=(const PublishedCache &) = delete;
+};
 }  // namespace host

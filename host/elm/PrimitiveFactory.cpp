@@ -3,7 +3,8 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <vector>
+
+#include <host/elm/detail/builtInTypes.h>
 
 namespace
 {
@@ -25,36 +26,7 @@ struct Factory
     void add(std::vector<ELM_PrimitiveDefinition> added);
 };
 
-Factory::Factory()
-{
-    const auto fixed = [](ELM_PrimitiveType id, const char *name, const char *label) {
-        return ELM_PrimitiveDefinition{id, BAS_StringHolder::literal(name), BAS_StringHolder::literal(label), false};
-    };
-    add({fixed(ELM_PRIMITIVE_POLYGON, "polygon", "Polygon"),
-         fixed(ELM_PRIMITIVE_NURBS_CURVE, "nurbs_curve", "NURBS Curve"),
-         fixed(ELM_PRIMITIVE_BEZIER_CURVE, "bezier_curve", "Bezier Curve"),
-         fixed(ELM_PRIMITIVE_GRID, "grid", "Grid"),
-         fixed(ELM_PRIMITIVE_NURBS_SURFACE, "nurbs_surface", "NURBS Surface"),
-         fixed(ELM_PRIMITIVE_BEZIER_SURFACE, "bezier_surface", "Bezier Surface"),
-         fixed(ELM_PRIMITIVE_CIRCLE, "circle", "Circle"),
-         fixed(ELM_PRIMITIVE_SPHERE, "sphere", "Sphere"),
-         fixed(ELM_PRIMITIVE_TUBE, "tube", "Tube"),
-         fixed(ELM_PRIMITIVE_PARTICLES, "particles", "Particle System"),
-         fixed(ELM_PRIMITIVE_BLOB_ELLIPSOID, "blob_ellipsoid", "Ellipsoid Blob"),
-         fixed(ELM_PRIMITIVE_BLOB_QUADRIC, "blob_quadric", "Super-quadric Blob"),
-         fixed(ELM_PRIMITIVE_BLOB_CAPSULE, "blob_capsule", "Capsule Blob"),
-         fixed(ELM_PRIMITIVE_BLOB_BOX, "blob_box", "Rounded Box Blob"),
-         fixed(ELM_PRIMITIVE_BLOB_EXPRESSION, "blob_expression", "Blob Expression"),
-         fixed(ELM_PRIMITIVE_TRIANGLE_FAN, "triangle_fan", "Triangle Fan"),
-         fixed(ELM_PRIMITIVE_TRIANGLE_STRIP, "triangle_strip", "Triangle Strip"),
-         fixed(ELM_PRIMITIVE_TRIANGULAR_PATCH, "triangular_patch", "Triangular Bezier Patch"),
-         fixed(ELM_PRIMITIVE_VOLUME, "volume", "Volume"),
-         fixed(ELM_PRIMITIVE_TETRAHEDRON, "tetrahedron", "Tetrahedron"),
-         fixed(ELM_PRIMITIVE_SOUP, "polygon_soup", "Polygon Soup"),
-         fixed(ELM_PRIMITIVE_SPARSE_VOLUME, "sparse_volume", "Sparse Volume"),
-         fixed(ELM_PRIMITIVE_HEXAHEDRON, "hexahedron", "Hexahedron"),
-         fixed(ELM_PRIMITIVE_CHANNEL, "channel", "Channel")});
-}
+Factory::Factory() { add(host::builtInTypes()); }
 
 void Factory::add(std::vector<ELM_PrimitiveDefinition> added)
 {
@@ -105,14 +77,24 @@ const ELM_PrimitiveDefinition *ELM_PrimitiveFactory::at(int64_t i)
 
 ELM_PrimitiveTypeId ELM_PrimitiveFactory::add(std::string_view name, std::string_view label, bool isPacked)
 {
+    ELM_PrimitiveDefinition definition;
+    definition.name = BAS_StringHolder(name);
+    definition.label = BAS_StringHolder(label);
+    definition.isPacked = definition.isPlaced = isPacked;
+    return add(std::move(definition));
+}
+
+ELM_PrimitiveTypeId ELM_PrimitiveFactory::add(ELM_PrimitiveDefinition definition)
+{
     Factory &types = factory();
     const std::lock_guard lock(types.adding);
-    if (name.empty() || find(name))
+    if (definition.name.isEmpty() || find(definition.name.view()))
         return ELM_PRIMITIVE_NONE;
-    // One past the largest id so far; the fixed types end right before the first free one.
+    // One past the largest id so far; the built-in types end right before the first free one.
     const ELM_PrimitiveTypeId id = ELM_PrimitiveTypeId(registry().byId.size());
     if (id > INT16_MAX)
         return ELM_PRIMITIVE_NONE;
-    types.add({{id, BAS_StringHolder(name), BAS_StringHolder(label), isPacked}});
+    definition.id = id;
+    types.add({std::move(definition)});
     return id;
 }

@@ -2,8 +2,9 @@
 
 #include <host/bas/StringHolder.h>
 #include <host/elm/types.h>
+#include <host/fwd.h>
 
-/// The fixed primitive types; applications' own follow from `ELM_PRIMITIVE_FIRST_FREE` on.
+/// The fixed primitive types, and those of packed geometry; applications' own follow from `ELM_PRIMITIVE_FIRST_FREE` on.
 enum ELM_PrimitiveType : ELM_PrimitiveTypeId
 {
     ELM_PRIMITIVE_NONE = 0,
@@ -32,6 +33,11 @@ enum ELM_PrimitiveType : ELM_PrimitiveTypeId
     ELM_PRIMITIVE_SPARSE_VOLUME,
     ELM_PRIMITIVE_HEXAHEDRON,
     ELM_PRIMITIVE_CHANNEL,
+    ELM_PRIMITIVE_PACKED_GEOMETRY,
+    ELM_PRIMITIVE_PACKED_FRAGMENT,
+    ELM_PRIMITIVE_PACKED_DISK,
+    ELM_PRIMITIVE_PACKED_DISK_SEQUENCE,
+    ELM_PRIMITIVE_PACKED_AGENT,
     ELM_PRIMITIVE_FIRST_FREE
 };
 
@@ -42,6 +48,12 @@ struct ELM_PrimitiveDefinition
     BAS_StringHolder name;   ///< unique, for files and lookups
     BAS_StringHolder label;  ///< for people
     bool isPacked = false;   ///< stands for geometry that lies elsewhere
+    bool isPlaced = false;   ///< has a 3x3 matrix, and the position of its one point
+    int32_t fewestVertices = 0;
+    int32_t mostVertices = INT32_MAX;
+
+    /// Make an empty payload for a file to fill, whose class is the one of all payloads of the type; null: there are none.
+    MSH_Payload *(*makePayload)() = nullptr;
 };
 
 /// The primitive types of the process.  Types are added, never removed.
@@ -61,6 +73,9 @@ public:
     /// The i-th registered type, in order of registration; null out of range.
     static const ELM_PrimitiveDefinition *at(int64_t i);
 
-    /// Add a type and return its id; `ELM_PRIMITIVE_NONE` when the name is empty or taken.
+    /// Add a type and return its id; `ELM_PRIMITIVE_NONE` when the name is empty or taken.  A packed type is placed.
     static ELM_PrimitiveTypeId add(std::string_view name, std::string_view label, bool isPacked);
+
+    /// The same for everything that a definition says; its id is not read.
+    static ELM_PrimitiveTypeId add(ELM_PrimitiveDefinition definition);
 };

@@ -100,6 +100,9 @@ enum ELM_TypeInfo : int32_t
 /// The point attribute that every detail has.
 inline constexpr const char *ELM_POSITION_NAME = "P";
 
+/// The private primitive attribute of 3x3 matrices that place spheres, volumes, packed geometry and their like.
+inline constexpr const char *ELM_TRANSFORM_NAME = "transform";
+
 /// Primitives of this group are skipped unless hidden ones are asked for.
 inline constexpr const char *ELM_HIDDEN_GROUP_NAME = "__hidden";
 

@@ -4,6 +4,11 @@
 
 MOD_DetailHandle::MOD_DetailHandle() : control_(new Control) { control_->current = new MSH_Detail(MSH_DetailData()); }
 
+MOD_DetailHandle::MOD_DetailHandle(const MOD_ConstDetailHandle &start) : control_(new Control)
+{
+    control_->current = start ? start.readLock() : new MSH_Detail(MSH_DetailData());
+}
+
 MOD_DetailHandle::MOD_DetailHandle(const MOD_DetailHandle &) = default;
 MOD_DetailHandle &MOD_DetailHandle::operator=(const MOD_DetailHandle &) = default;
 MOD_DetailHandle::~MOD_DetailHandle() = default;

@@ -32,6 +32,9 @@ class HOST_API MOD_DetailHandle
 public:
     /// A new detail without elements.
     MOD_DetailHandle();
+
+    /// A new detail that begins as a snapshot, which stays as it is.  A handle of nothing counts as no elements.
+    explicit MOD_DetailHandle(const MOD_ConstDetailHandle &start);
     MOD_DetailHandle(const MOD_DetailHandle &other);
     MOD_DetailHandle &operator=(const MOD_DetailHandle &other);
     ~MOD_DetailHandle();

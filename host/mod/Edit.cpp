@@ -64,10 +64,7 @@ void MOD_Edit::dropRows()
     }
     const int64_t primitives = capacity(ELM_OWNER_PRIMITIVE);
     data_.vertexPoint.resize(capacity(ELM_OWNER_VERTEX));
-    data_.vertexStart.resize(primitives);
-    data_.vertexCount.resize(primitives);
-    data_.type.resize(primitives);
-    data_.flags.resize(primitives);
+    data_.eachPrimitiveColumn([primitives](auto &column) { column.resize(primitives); });
 }
 
 // Let an owner have more offsets, with elements, and rows of its attributes.
@@ -214,6 +211,7 @@ void MOD_Edit::finishColumns()
         data_.vertexCount.compress();
         data_.type.compress();
         data_.flags.compress();
+        data_.payload.compress();
     }
     ++data_.metaCacheCount;
 }

@@ -7,6 +7,20 @@
 #include <unordered_set>
 
 #include <host/mod/DetailHandle.h>
+#include <host/mod/Primitives.h>
+
+struct MSH_BlobData;
+struct MSH_BlobExpressionData;
+struct MSH_ChannelData;
+struct MSH_CurveData;
+struct MSH_GridData;
+struct MSH_Patch3Data;
+struct MSH_SoupData;
+struct MSH_SparseVolumeData;
+struct MSH_SurfaceData;
+struct MSH_TubeData;
+struct MSH_VolumeData;
+class MOD_PackedImpl;
 
 /// An exclusive edit of a detail: changes gather in a copy-on-write clone, and `commit` publishes them at once.
 ///
@@ -44,19 +58,59 @@ public:
 
     /// Add a polygon per entry of `corners`, its number of vertices (0 is allowed).  `points` holds the points of all
     /// vertices, polygon after polygon.  A closed polygon is a face, an open one a polyline.
-    [[nodiscard]] bool appendPolygons(std::span<const int32_t> corners, std::span<const int32_t> points, bool closed);
-    [[nodiscard]] bool appendPolygons(std::span<const int32_t> corners, std::span<const int64_t> points, bool closed);
+    [[nodiscard]] bool appendPolygons(std::span<const int32_t> corners, const MOD_Indices &points, bool closed);
 
     /// Add `points.size() / corners` polygons of the same number of vertices.
-    [[nodiscard]] bool appendPolygons(int32_t corners, std::span<const int32_t> points, bool closed);
-    [[nodiscard]] bool appendPolygons(int32_t corners, std::span<const int64_t> points, bool closed);
+    [[nodiscard]] bool appendPolygons(int32_t corners, const MOD_Indices &points, bool closed);
 
     /// Add one particle system: a primitive with a vertex for each particle.
-    [[nodiscard]] bool appendParticles(std::span<const int32_t> points);
-    [[nodiscard]] bool appendParticles(std::span<const int64_t> points);
+    [[nodiscard]] bool appendParticles(const MOD_Indices &points);
 
     /// Connect a vertex to another point; -1 to none, which makes the topology invalid.
     [[nodiscard]] bool setVertexPoint(ELM_Offset vertex, ELM_Offset point);
+
+    // ---- Primitives of other types.  Their points are listed primitive after primitive.  Where `transforms` are asked for,
+    // there is one for each, one for all, or none, which means the identity.
+
+    /// Add primitives of any type.  The others below are short for it.
+    [[nodiscard]] bool append(const MOD_Primitives &primitives);
+
+    [[nodiscard]] bool appendTetrahedra(const MOD_Indices &points);
+    [[nodiscard]] bool appendHexahedra(const MOD_Indices &points);
+    [[nodiscard]] bool appendTriangleFans(std::span<const int32_t> corners, const MOD_Indices &points);
+    [[nodiscard]] bool appendTriangleStrips(std::span<const int32_t> corners, const MOD_Indices &points);
+    [[nodiscard]] bool appendSoup(MSH_SoupData soup, const MOD_Indices &points);
+
+    /// Add as many of one size as the points make.
+    [[nodiscard]] bool appendGrids(MSH_GridData grid, const MOD_Indices &points);
+    [[nodiscard]] bool appendTriangularPatches(MSH_Patch3Data patch, const MOD_Indices &points);
+
+    /// Add curves of one kind, with the numbers of control vertices in `corners`.
+    [[nodiscard]] bool appendNURBSCurves(MSH_CurveData curve, std::span<const int32_t> corners, const MOD_Indices &points);
+    [[nodiscard]] bool appendBezierCurves(MSH_CurveData curve, std::span<const int32_t> corners, const MOD_Indices &points);
+    [[nodiscard]] bool appendNURBSSurface(MSH_SurfaceData surface, const MOD_Indices &points);
+    [[nodiscard]] bool appendBezierSurface(MSH_SurfaceData surface, const MOD_Indices &points);
+
+    /// Add one at each point.
+    [[nodiscard]] bool appendCircles(const MOD_Indices &points, const MOD_Matrices &transforms = {});
+    [[nodiscard]] bool appendSpheres(const MOD_Indices &points, const MOD_Matrices &transforms = {});
+    [[nodiscard]] bool appendTubes(MSH_TubeData tube, const MOD_Indices &points, const MOD_Matrices &transforms = {});
+    [[nodiscard]] bool appendVolumes(MSH_VolumeData volume, const MOD_Indices &points, const MOD_Matrices &transforms = {});
+    [[nodiscard]] bool appendSparseVolumes(MSH_SparseVolumeData volume, const MOD_Indices &points,
+                                           const MOD_Matrices &transforms = {});
+
+    /// Add a blob at each point; `type` says which of the four shapes.
+    [[nodiscard]] bool appendBlobs(ELM_PrimitiveTypeId type, MSH_BlobData blob, const MOD_Indices &points,
+                                   const MOD_Matrices &transforms = {});
+    [[nodiscard]] bool appendBlobExpression(MSH_BlobExpressionData expression);
+
+    /// Add one channel, with a vertex for each key or none.
+    [[nodiscard]] bool appendChannel(MSH_ChannelData channel, const MOD_Indices &points = {});
+
+    /// Add one at each point, all of one implementation; `pivot` is the point of its geometry that comes to lie there.
+    [[nodiscard]] bool appendPacked(BAS_IntrusivePtr<const MOD_PackedImpl> implementation, const MOD_Indices &points,
+                                    const MOD_Matrices &transforms = {}, const BAS_Vec3d &pivot = BAS_Vec3d(0.0),
+                                    int32_t viewportLOD = 4);
 
     // ---- Taking elements away.  When memory is exhausted on the way, the edit ends and its changes are dropped.
 
@@ -124,10 +178,15 @@ public:
 private:
     struct Primitives;
 
-    template <class Index> bool appendFaces(std::span<const int32_t> corners, std::span<const Index> points, bool closed);
-    template <class Index> bool appendFaces(int32_t corners, std::span<const Index> points, bool closed);
-    template <class Index> bool appendCloud(std::span<const Index> points);
-    template <class Index> bool appendPrimitives(Primitives &added, std::span<const Index> points);
+    bool appendPrimitives(Primitives &added, const MOD_Indices &points);
+    bool appendEach(ELM_PrimitiveTypeId type, int32_t corners, MSH_PayloadHandle payload, const MOD_Indices &points,
+                    const MOD_Matrices &transforms = {});
+    bool appendRuns(ELM_PrimitiveTypeId type, std::span<const int32_t> corners, MSH_PayloadHandle payload,
+                    const MOD_Indices &points);
+    bool appendOne(ELM_PrimitiveTypeId type, MSH_PayloadHandle payload, const MOD_Indices &points);
+    bool checkPayloads(const Primitives &added);
+    void writePayloads(const Primitives &added);
+    void writeTransforms(const Primitives &added);
     bool prepare(Primitives &added, int64_t points);
     void appendRows(const Primitives &added);
 

@@ -93,11 +93,10 @@ void MOD_Edit::compact(ELM_Owner owner, MSH_DetailData &data)
     }
     else
     {
-        data.vertexStart.rearrange(rows);
-        data.vertexCount.rearrange(rows);
-        data.type.rearrange(rows);
-        data.flags.rearrange(rows);
+        data.eachPrimitiveColumn([&rows](auto &column) { column.rearrange(rows); });
+        data.payloads.keepUsed(data.payload);
     }
+    data.payloads.renumber(owner, [&ranks](ELM_Offset was) { return ranks(was); });
     data.capacity[owner] = rows.size();
     data.vacant[owner] = 0;
     data.live[owner] = nullptr;

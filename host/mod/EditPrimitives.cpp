@@ -82,18 +82,19 @@ bool MOD_Edit::prepare(Primitives &added, int64_t points)
            fail(fmt::format("the polygons have {} vertices, but {} points are given", added.vertices, points));
 }
 
-template <class Index> bool MOD_Edit::appendPrimitives(Primitives &added, std::span<const Index> points)
+bool MOD_Edit::appendPrimitives(Primitives &added, const MOD_Indices &points)
 {
-    if (!prepare(added, int64_t(points.size())))
+    if (!prepare(added, points.size()) || !checkPayloads(added))
         return false;
     const ELM_Offset firstVertex = capacity(ELM_OWNER_VERTEX), endPoint = capacity(ELM_OWNER_POINT);
     data_.vertexPoint.resize(firstVertex + added.vertices);
-    if (!data_.vertexPoint.write(firstVertex, points, 0, endPoint))
-        return fail(badPoint(points, endPoint));
-    if (!refersToLive(points))
-        return false;
-    appendRows(added);
-    return true;
+    const bool good = points.visit([&](auto list) {
+        return (data_.vertexPoint.write(firstVertex, list, 0, endPoint) || fail(badPoint(list, endPoint))) &&
+               refersToLive(list);
+    });
+    if (good)
+        appendRows(added);
+    return good;
 }
 
 // All columns but vertex -> point, which is written before.
@@ -103,70 +104,39 @@ void MOD_Edit::appendRows(const Primitives &added)
         return;
     const ELM_Offset first = capacity(ELM_OWNER_PRIMITIVE), firstVertex = capacity(ELM_OWNER_VERTEX);
     const int64_t vertices = firstVertex + added.vertices, primitives = first + added.count;
-    data_.vertexStart.resize(primitives);
+    data_.eachPrimitiveColumn([primitives](auto &column) { column.resize(primitives); });
     added.writeStarts(data_.vertexStart, first, firstVertex);
-    data_.vertexCount.resize(primitives);
     if (added.corners)
         data_.vertexCount.writeCompact(first, added.count, added.corners);
     else
         data_.vertexCount.fill(first, added.count, &added.sameCorners);
     const int16_t type = int16_t(added.type);
-    data_.type.resize(primitives);
     data_.type.fill(first, added.count, &type);
-    data_.flags.resize(primitives);
     data_.flags.fill(first, added.count, &added.flags);
 
     data_.typeCounts.resize(std::max(data_.typeCounts.size(), size_t(added.type) + 1));
+    resizeAttributes(ELM_OWNER_VERTEX, vertices);
+    resizeAttributes(ELM_OWNER_PRIMITIVE, primitives);
+    writePayloads(added);
+    if (added.isPlaced)
+        writeTransforms(added);
     setCapacity(ELM_OWNER_VERTEX, vertices);
     setCapacity(ELM_OWNER_PRIMITIVE, primitives);
     data_.typeCounts[size_t(added.type)] += added.count;
     changed_ = topologyChanged_ = true;
 }
 
-template <class Index>
-bool MOD_Edit::appendFaces(std::span<const int32_t> corners, std::span<const Index> points, bool closed)
+bool MOD_Edit::appendPolygons(std::span<const int32_t> corners, const MOD_Indices &points, bool closed)
 {
     Primitives added = Primitives::polygons(corners, closed);
     return attempt([&] { return appendPrimitives(added, points); });
 }
 
-template <class Index> bool MOD_Edit::appendFaces(int32_t corners, std::span<const Index> points, bool closed)
+bool MOD_Edit::appendPolygons(int32_t corners, const MOD_Indices &points, bool closed)
 {
-    const int64_t given = int64_t(points.size());
+    const int64_t given = points.size();
     if (corners < 1 || given % corners != 0)
         return fail(fmt::format("{} points do not make polygons of {} vertices", given, corners));
     Primitives added = Primitives::polygons(corners, given / corners, closed);
     return attempt([&] { return appendPrimitives(added, points); });
 }
-
-template <class Index> bool MOD_Edit::appendCloud(std::span<const Index> points)
-{
-    if (points.size() > size_t(INT32_MAX))
-        return fail(fmt::format("{} particles are too many for one primitive", points.size()));
-    Primitives added{ELM_PRIMITIVE_PARTICLES, 0, 1, nullptr, int32_t(points.size())};
-    return attempt([&] { return appendPrimitives(added, points); });
-}
-
-bool MOD_Edit::appendPolygons(std::span<const int32_t> corners, std::span<const int32_t> points, bool closed)
-{
-    return appendFaces(corners, points, closed);
-}
-
-bool MOD_Edit::appendPolygons(std::span<const int32_t> corners, std::span<const int64_t> points, bool closed)
-{
-    return appendFaces(corners, points, closed);
-}
-
-bool MOD_Edit::appendPolygons(int32_t corners, std::span<const int32_t> points, bool closed)
-{
-    return appendFaces(corners, points, closed);
-}
-
-bool MOD_Edit::appendPolygons(int32_t corners, std::span<const int64_t> points, bool closed)
-{
-    return appendFaces(corners, points, closed);
-}
-
-bool MOD_Edit::appendParticles(std::span<const int32_t> points) { return appendCloud(points); }
-
-bool MOD_Edit::appendParticles(std::span<const int64_t> points) { return appendCloud(points); }

@@ -165,7 +165,9 @@ void MOD_Edit::removePrimitives(const ELM_Range &gone)
         data_.vertexCount.reset(begin, end - begin);
         data_.type.reset(begin, end - begin);
         data_.flags.reset(begin, end - begin);
+        data_.payload.reset(begin, end - begin);
     }
+    data_.payloads.renumber(ELM_OWNER_PRIMITIVE, [&gone](ELM_Offset was) { return gone.contains(was) ? -1 : was; });
     vacate(ELM_OWNER_PRIMITIVE, gone);
 
     const ELM_Range goneVertices(ELM_OWNER_VERTEX, vertices);

@@ -33,17 +33,26 @@ void writeSharedVertices(const Kernel &kernel, const Faces &faces, const MSH_Det
     });
 }
 
+bool sharesVertices(const MSH_Detail &detail)
+{
+    constexpr ELM_PrimitiveTypeId kManyFaced[] = {ELM_PRIMITIVE_TRIANGLE_FAN, ELM_PRIMITIVE_TRIANGLE_STRIP,
+                                                  ELM_PRIMITIVE_SOUP, ELM_PRIMITIVE_GRID};
+    return std::any_of(std::begin(kManyFaced), std::end(kManyFaced),
+                       [&detail](ELM_PrimitiveTypeId type) { return detail.primitiveCount(type) > 0; });
+}
+
 template <class Index, class Position>
-void computeInto(float *to, const MSH_Detail &detail, ELM_Owner owner, double cuspAngle, const Position &position)
+void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &counts, ELM_Owner owner, double cuspAngle,
+                 const Position &position)
 {
     using Faces = host::FaceTable<Index>;
-    const Faces faces(detail);
+    const Faces faces(detail, counts);
     const int64_t points = detail.capacity(ELM_OWNER_POINT);
     const host::CornerAdjacency<Index> adjacency(points, faces);
     const host::NormalKernel<float, Index, Faces> kernel(adjacency, faces, position, host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
         kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
-    else if (faces.sharesVertices())
+    else if (sharesVertices(detail))
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else
         kernel.cornerNormals(cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
@@ -62,16 +71,18 @@ try
     if (normals->size() == 0)
         return normals;
     float *to = normals->modifyAll<float>();
-    const bool isNarrow = detail.vertexCount() < ELM_INDEX32_LIMIT && detail.pointCount() < ELM_INDEX32_LIMIT;
+    const host::FaceCounts counts(detail);
+    const bool isNarrow = std::max({counts.beforePage.back().corners, detail.capacity(ELM_OWNER_VERTEX),
+                                    detail.capacity(ELM_OWNER_POINT)}) < ELM_INDEX32_LIMIT;
     detail.positions().numericTuple()->visit([&](const auto &pages) {
         const auto position = [reader = pages.reader()](int64_t point) {
             const auto *p = reader.tuple(point);
             return BAS_Vec3d(double(p[0]), double(p[1]), double(p[2]));
         };
         if (isNarrow)
-            computeInto<int32_t>(to, detail, owner, cuspAngle, position);
+            computeInto<int32_t>(to, detail, counts, owner, cuspAngle, position);
         else
-            computeInto<int64_t>(to, detail, owner, cuspAngle, position);
+            computeInto<int64_t>(to, detail, counts, owner, cuspAngle, position);
     });
     return normals;
 }

@@ -94,6 +94,13 @@ public:
     }
     ELM_OffsetList vertices(ELM_Offset primitive) const;
 
+    /// What a primitive holds beyond the columns; null without.  Its view knows what it is made of.
+    const MSH_Payload *payload(ELM_Offset primitive) const
+    {
+        const int32_t number = data_.payload.value(primitive);
+        return number < 0 ? nullptr : data_.payloads[number].payload.get();
+    }
+
     /// True while the primitives' runs follow each other in offset order without gaps: then the vertices of any run of
     /// primitives are a run, and `vertexPoint` read from the first on is their vertex list.
     bool sequentialVertices() const { return data_.sequentialVertices; }

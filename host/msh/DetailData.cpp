@@ -1,6 +1,11 @@
 #include <host/msh/DetailData.h>
 
-MSH_DetailData::MSH_DetailData() : topologyId(ELM_Attribute::nextDataId())
+namespace
+{
+constexpr int32_t kNoPayload = -1;
+}  // namespace
+
+MSH_DetailData::MSH_DetailData() : payload(1, &kNoPayload), topologyId(ELM_Attribute::nextDataId())
 {
     attributes[ELM_OWNER_POINT].insert(ELM_Attribute::create(ELM_OWNER_POINT, ELM_SCOPE_PUBLIC,
                                                              BAS_StringHolder::literal(ELM_POSITION_NAME),
@@ -13,6 +18,7 @@ int64_t MSH_DetailData::memoryUsage() const
     bytes += type.memoryUsage() + flags.memoryUsage() + int64_t(typeCounts.capacity() * sizeof(int64_t));
     for (const ELM_OffsetBitsHandle &bits : live)
         bytes += bits ? int64_t(sizeof(*bits)) + bits->bits.getMemoryUsage() : 0;
+    bytes += payload.memoryUsage() + payloads.memoryUsage();
     for (const ELM_AttributeDict &dict : attributes)
         for (const ELM_Attribute &attribute : dict)
             bytes += attribute.memoryUsage();

@@ -6,6 +6,7 @@
 #include <host/elm/AttributeDict.h>
 #include <host/elm/GroupDict.h>
 #include <host/elm/IndexColumn.h>
+#include <host/msh/PayloadTable.h>
 
 /// The columns of a detail: everything that makes it up, as plain values.
 ///
@@ -42,6 +43,18 @@ struct HOST_API MSH_DetailData
     ELM_PageArray<int32_t> vertexCount;  ///< primitive -> number of its vertices, which follow each other
     ELM_PageArray<int16_t> type;         ///< primitive -> type id
     ELM_PageArray<uint8_t> flags;        ///< primitive -> bits
+    ELM_PageArray<int32_t> payload;      ///< primitive -> its payload's number, -1 without one
+    MSH_PayloadTable payloads;
+
+    /// Call `visit(column)` with every column that has a row for each primitive.
+    template <class Visit> void eachPrimitiveColumn(Visit &&visit)
+    {
+        visit(vertexStart);
+        visit(vertexCount);
+        visit(type);
+        visit(flags);
+        visit(payload);
+    }
 
     std::vector<int64_t> typeCounts;  ///< type id -> number of primitives
     int64_t looseVertices = 0;        ///< vertices without a point

@@ -23,6 +23,10 @@ public:
     ELM_Offset vertex(int64_t i) const { return detail_->vertexRun(offset_).start + i; }
     ELM_Offset point(int64_t i) const { return detail_->vertexPoint(vertex(i)); }
 
+protected:
+    /// What the payload is made of, which the type of the primitive tells.
+    template <class Data> const Data &payload() const { return MSHpayloadData<Data>(*detail_->payload(offset_)); }
+
 private:
     const MSH_Detail *detail_;
     ELM_Offset offset_;

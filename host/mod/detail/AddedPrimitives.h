@@ -11,6 +11,10 @@ struct MOD_Edit::Primitives
     const int32_t *corners;  // null: each has `sameCorners` vertices
     int32_t sameCorners;
 
+    std::span<const MSH_PayloadHandle> payloads{};  // none, one for all, or one each
+    MOD_Matrices transforms{};                      // the same
+    bool isPlaced = false;
+
     int64_t vertices = 0;                // of all primitives
     std::vector<int64_t> startOfPage{};  // with `corners`: vertices before the primitives of each page of offsets
 

@@ -7,13 +7,30 @@
 
 namespace host
 {
+/// How many faces a detail has before each page of primitives, and their corners; the last entry has all.
+///
+/// Faces are closed polygons, and those of fans, strips, soups and grids, if every corner has a point.
+struct FaceCounts
+{
+    struct Totals
+    {
+        int64_t faces = 0;
+        int64_t corners = 0;
+    };
+
+    explicit FaceCounts(const MSH_Detail &detail);
+
+    std::vector<Totals> beforePage;
+};
+
 /// The faces of a detail, in offset order, as the normal kernel reads them: corners are numbered face after face.
 template <class IndexType> class FaceTable
 {
 public:
     using Index = IndexType;
 
-    explicit FaceTable(const MSH_Detail &detail);
+    /// `Index` must hold the number of corners, of vertices and of points.
+    FaceTable(const MSH_Detail &detail, const FaceCounts &counts);
 
     int64_t faces() const { return int64_t(starts_.size()) - 1; }
     int64_t begin(int64_t face) const { return starts_[size_t(face)]; }
@@ -22,13 +39,9 @@ public:
     int64_t vertex(int64_t corner) const { return vertices_[size_t(corner)]; }
     int64_t point(int64_t corner) const { return points_[size_t(corner)]; }
 
-    /// True when a vertex may be the corner of several faces.
-    bool sharesVertices() const { return sharesVertices_; }
-
 private:
     using Row = std::vector<Index, BAS_BlockAllocator<Index>>;
 
     Row starts_, vertices_, points_;
-    bool sharesVertices_ = false;
 };
 }  // namespace host

@@ -6,6 +6,7 @@
 #include <host/bas/Vector.h>
 #include <host/mod/Edit.h>
 #include <host/mod/normals.h>
+#include <host/msh/Faces.h>
 
 namespace
 {
@@ -41,7 +42,10 @@ TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
         std::vector<BAS_Vec3f> normals;
     } cases[] = {
         {"sharp vertices", ELM_OWNER_VERTEX, 60, {up, up, up, up, right, right, right, right, none, none, none}},
-        {"soft vertices", ELM_OWNER_VERTEX, 90, {up, between, between, up, between, right, right, between, none, none, none}},
+        {"soft vertices",
+         ELM_OWNER_VERTEX,
+         90,
+         {up, between, between, up, between, right, right, between, none, none, none}},
         {"points", ELM_OWNER_POINT, 0, {up, between, between, up, right, right, none, none}},
     };
     for (const auto &c : cases)
@@ -51,8 +55,20 @@ TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
         ASSERT_TRUE(normals);
         EXPECT_EQ(normals->typeInfo(), ELM_TYPE_NORMAL);
         for (size_t i = 0; i < c.normals.size(); ++i)
-            EXPECT_LT((rowOf(*normals, int64_t(i)) - c.normals[i]).length(), 1e-6) << i << ": " << rowOf(*normals, int64_t(i));
+            EXPECT_LT((rowOf(*normals, int64_t(i)) - c.normals[i]).length(), 1e-6)
+                << i << ": " << rowOf(*normals, int64_t(i));
     }
+
+    // The same squares as a soup, whose corners at the edge are one vertex: a crease gives the direction of both.
+    MOD_DetailHandle other;
+    MOD_Edit soup(other);
+    ASSERT_TRUE(soup.appendPoints(8));
+    ASSERT_TRUE(soup.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(0, 8, positions[0]));
+    ASSERT_TRUE(soup.appendSoup(MSH_SoupData(std::vector<int32_t>{4, 4}, squares), std::vector<int32_t>{0, 1, 2, 3, 4, 5}));
+    const ELM_AttributeHandle normals = MODcomputeNormals(*soup.commit().readLock(), ELM_OWNER_VERTEX, 0);
+    const BAS_Vec3f expected[] = {up, between, between, up, right, right};
+    for (int64_t i = 0; i < 6; ++i)
+        EXPECT_LT((rowOf(*normals, i) - expected[i]).length(), 1e-6) << i << ": " << rowOf(*normals, i);
     EXPECT_FALSE(MODcomputeNormals(*snapshot.readLock(), ELM_OWNER_PRIMITIVE, 60));
 }
 }  // namespace
