@@ -3,8 +3,9 @@
 #include <variant>
 
 #include <host/bas/StringHolder.h>
+#include <host/elm/IndexedTuple.h>
+#include <host/elm/NumericArrays.h>
 #include <host/elm/NumericTuple.h>
-#include <host/elm/StringTuple.h>
 
 class ELM_Attribute;
 using ELM_AttributeHandle = BAS_IntrusivePtr<ELM_Attribute>;
@@ -20,9 +21,13 @@ public:
     /// Take a new data id: process-wide, 64 bits, 1 first, never repeated.  Safe from any thread.
     static int64_t nextDataId();
 
-    /// Create an attribute of zeros (of no strings).  Null when the storage, tuple size or owner cannot be.
+    /// Create an attribute of zeros (of no strings, no dictionaries).  Null when the storage, tuple size or owner cannot be.
     static ELM_AttributeHandle create(ELM_Owner owner, ELM_Scope scope, const BAS_StringHolder &name, ELM_Storage storage,
                                       int tupleSize, ELM_TypeInfo typeInfo, int64_t size);
+
+    /// Create an attribute whose rows are arrays of varying length, all empty.
+    static ELM_AttributeHandle createArrays(ELM_Owner owner, ELM_Scope scope, const BAS_StringHolder &name,
+                                            ELM_Storage storage, int tupleSize, ELM_TypeInfo typeInfo, int64_t size);
 
     /// Create an attribute that is in no dictionary and has no name.
     static ELM_AttributeHandle createDetached(ELM_Owner owner, ELM_Storage storage, int tupleSize, ELM_TypeInfo typeInfo,
@@ -47,8 +52,21 @@ public:
     // The read interfaces: null when the attribute holds another kind of value.
     const ELM_NumericTuple *numericTuple() const { return std::get_if<ELM_NumericTuple>(&values_); }
     const ELM_StringTuple *strings() const { return std::get_if<ELM_StringTuple>(&values_); }
+    const ELM_DictTuple *dicts() const { return std::get_if<ELM_DictTuple>(&values_); }
+    const ELM_NumericArrays *numericArrays() const { return std::get_if<ELM_NumericArrays>(&values_); }
+    const ELM_StringArrays *stringArrays() const { return std::get_if<ELM_StringArrays>(&values_); }
+    const ELM_DictArrays *dictArrays() const { return std::get_if<ELM_DictArrays>(&values_); }
+
+    // The same to write.
     ELM_NumericTuple *numericTuple() { return std::get_if<ELM_NumericTuple>(&values_); }
     ELM_StringTuple *strings() { return std::get_if<ELM_StringTuple>(&values_); }
+    ELM_DictTuple *dicts() { return std::get_if<ELM_DictTuple>(&values_); }
+    ELM_NumericArrays *numericArrays() { return std::get_if<ELM_NumericArrays>(&values_); }
+    ELM_StringArrays *stringArrays() { return std::get_if<ELM_StringArrays>(&values_); }
+    ELM_DictArrays *dictArrays() { return std::get_if<ELM_DictArrays>(&values_); }
+
+    /// True when rows are arrays of varying length.
+    bool hasArrays() const { return numericArrays() || stringArrays() || dictArrays(); }
 
     /// The pages as values of type T; null when the storage is another.
     template <class T> const ELM_PageArray<T> *pages() const
@@ -93,10 +111,10 @@ public:
         return true;
     }
 
-    /// Change the number of rows; new ones hold zeros (no string).
+    /// Change the number of rows; new ones hold zeros (no string, no dictionary, the empty array).
     void resize(int64_t size);
 
-    /// Let rows hold zeros (no string) again, let row i be what row `rows[i]` was, and turn the rows of a run about.
+    /// Let rows hold what new ones do again, let row i be what row `rows[i]` was, and turn the rows of a run about.
     void reset(int64_t first, int64_t count);
     void rearrange(const ELM_OffsetList &rows);
     void reverse(int64_t first, int64_t count);
@@ -105,10 +123,13 @@ public:
     int64_t memoryUsage() const;
 
 private:
-    using Values = std::variant<ELM_NumericTuple, ELM_StringTuple>;
+    using Values =
+        std::variant<ELM_NumericTuple, ELM_StringTuple, ELM_DictTuple, ELM_NumericArrays, ELM_StringArrays, ELM_DictArrays>;
 
     ELM_Attribute(ELM_Owner owner, ELM_Scope scope, const BAS_StringHolder &name, ELM_TypeInfo typeInfo, Values values);
     ELM_Attribute(const ELM_Attribute &) = default;
+
+    template <class Change> void changeRows(Change change);
 
     ELM_Owner owner_;
     ELM_Scope scope_;

@@ -29,6 +29,14 @@ ELM_Attribute *ELM_AttributeDict::insert(ELM_AttributeHandle attribute)
     return slot.get();
 }
 
+bool ELM_AttributeDict::remove(ELM_Scope scope, std::string_view name)
+{
+    const int64_t at = place(scope, name);
+    if (at >= 0)
+        attributes_.erase(attributes_.begin() + at);
+    return at >= 0;
+}
+
 ELM_Attribute *ELM_AttributeDict::writable(ELM_Scope scope, std::string_view name)
 {
     const int64_t at = place(scope, name);

@@ -23,6 +23,9 @@ public:
     /// Add an attribute at the end, or in the place of the one of the same scope and name.
     ELM_Attribute *insert(ELM_AttributeHandle attribute);
 
+    /// Drop an attribute.  False when there is none.
+    bool remove(ELM_Scope scope, std::string_view name);
+
     /// An attribute to write: a copy takes its place when others share it.  Null when there is none.
     ELM_Attribute *writable(ELM_Scope scope, std::string_view name);
     ELM_Attribute *writable(int64_t i);

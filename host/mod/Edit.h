@@ -152,16 +152,28 @@ public:
 
     // ---- Attributes and groups
 
-    /// A public attribute to write, made when there is none.  One of another storage, tuple size or type info is replaced,
-    /// in its place in the order, by zeros.  It has a row for every element, and follows when elements are added.
+    /// An attribute to write, made when there is none.  One of another storage, tuple size or type info is replaced, in its
+    /// place in the order, by zeros.  It has a row for every offset, and follows when elements are added.
     ELM_Attribute *attribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize = 1,
-                             ELM_TypeInfo typeInfo = ELM_TYPE_NONE);
+                             ELM_TypeInfo typeInfo = ELM_TYPE_NONE, ELM_Scope scope = ELM_SCOPE_PUBLIC);
 
-    /// The same for strings: write through `ELM_Attribute::strings`.
-    ELM_Attribute *stringAttribute(ELM_Owner owner, std::string_view name, int tupleSize = 1);
+    /// The same for strings and dictionaries: write through `ELM_Attribute::strings` and `dicts`.
+    ELM_Attribute *stringAttribute(ELM_Owner owner, std::string_view name, int tupleSize = 1,
+                                   ELM_Scope scope = ELM_SCOPE_PUBLIC);
+    ELM_Attribute *dictAttribute(ELM_Owner owner, std::string_view name, int tupleSize = 1,
+                                 ELM_Scope scope = ELM_SCOPE_PUBLIC);
+
+    /// The same for arrays of numbers, strings or dictionaries, as the storage says: write through
+    /// `ELM_Attribute::numericArrays`, `stringArrays` and `dictArrays`.
+    ELM_Attribute *arrayAttribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize = 1,
+                                  ELM_TypeInfo typeInfo = ELM_TYPE_NONE, ELM_Scope scope = ELM_SCOPE_PUBLIC);
 
     /// A group to write, made when there is none.
     ELM_Group *group(ELM_Owner owner, std::string_view name);
+
+    /// Drop an attribute or a group.  "P" cannot be dropped.
+    [[nodiscard]] bool removeAttribute(ELM_Owner owner, std::string_view name, ELM_Scope scope = ELM_SCOPE_PUBLIC);
+    [[nodiscard]] bool removeGroup(ELM_Owner owner, std::string_view name);
 
     // ---- The end
 
@@ -213,8 +225,8 @@ private:
     bool fail(std::string message);
 
     bool isAttribute(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize);
-    ELM_Attribute *writable(ELM_Owner owner, std::string_view name, ELM_Storage storage, int tupleSize,
-                            ELM_TypeInfo typeInfo);
+    struct Shape;
+    ELM_Attribute *writable(ELM_Owner owner, ELM_Scope scope, std::string_view name, const Shape &shape);
     ELM_Attribute *touch(ELM_Attribute *attribute);
     void resizeAttributes(ELM_Owner owner, int64_t size);
     void finishColumns();

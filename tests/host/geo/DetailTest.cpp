@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <host/bas/MemoryTracker.h>
 #include <host/mod/Edit.h>
 
 namespace
@@ -49,6 +50,62 @@ TEST(Detail, BulkLoadedColumnsAreTheMemoryThatConsumersGet)
         EXPECT_TRUE(result.data().vertexCount.isConstantPage(page)) << "page " << page;
 }
 
+TEST(Detail, TakesTheMemoryOfItsColumnsAndAnEditThatOfWhatItWrites)
+{
+    const auto used = [] {
+        return BAS_MemoryTracker::current(BAS_MEMORY_HOST_PAGE) + BAS_MemoryTracker::current(BAS_MEMORY_HOST_TABLE);
+    };
+    const auto isWithin = [](int64_t bytes, int64_t expected) { return bytes <= expected + expected / 20; };
+    const int64_t points = 150000, triangles = 300000, empty = used();
+    const MOD_DetailHandle detail;
+    {
+        std::vector<int32_t> corners(size_t(3 * triangles));
+        for (size_t i = 0; i < corners.size(); ++i)
+            corners[i] = int32_t(i * 7 % size_t(points));
+        MOD_Edit edit(detail);
+        ASSERT_TRUE(edit.appendPoints(points) && edit.appendPolygons(3, corners, true));
+        std::fill_n(writePositions(edit), 3 * points, 1.0f);
+        edit.commit();
+    }
+    EXPECT_TRUE(isWithin(used() - empty, 12 * points + 12 * triangles + 4 * triangles)) << used() - empty;
+
+    const MOD_ConstDetailHandle snapshot = detail.read();
+    const int64_t built = used();
+    MOD_Edit edit(detail);
+    std::fill_n(edit.attribute(ELM_OWNER_POINT, "mask", ELM_STORAGE_UINT8)->writeAll<uint8_t>(), points, uint8_t(1));
+    edit.commit();
+    EXPECT_TRUE(isWithin(used() - built, points)) << used() - built;
+
+    const int64_t masked = used();
+    MOD_Edit second(detail);
+    std::fill_n(writePositions(second), 3 * points, 2.0f);
+    second.commit();
+    EXPECT_TRUE(isWithin(used() - masked, 12 * points)) << used() - masked;
+}
+
+TEST(Detail, OffsetsBeyond32BitsNeedNoMemoryOfTheirOwn)
+{
+    const int64_t pages = BAS_MemoryTracker::current(BAS_MEMORY_HOST_PAGE);
+    const int64_t limit = int64_t(1) << 31;
+    MOD_DetailHandle detail;
+    MOD_Edit edit(detail);
+    ASSERT_TRUE(edit.appendPoints(limit + 100));
+    const std::vector<int64_t> corners = {0, limit / 2, limit - 1, limit, limit + 99, 5};
+    ASSERT_TRUE(edit.appendPolygons(3, corners, true));
+    ELM_Attribute *p = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT);
+    p->pages<float>()->writableTuple(limit + 99)[1] = 3;
+    edit.group(ELM_OWNER_POINT, "last")->set(limit + 99);
+    ASSERT_TRUE(edit.reverse(ELM_Range(ELM_OWNER_PRIMITIVE, 0, 1)));
+    const MOD_ConstDetailHandle snapshot = edit.commit();
+    const MSH_Detail &result = *snapshot.readLock();
+    EXPECT_EQ(result.vertexPoint(0), limit - 1);
+    EXPECT_EQ(result.vertexPoint(4), limit + 99);
+    EXPECT_EQ(result.positions().pages<float>()->value(limit + 99, 1), 3.0f);
+    EXPECT_EQ(result.offsets(ELM_OWNER_POINT), ELM_OffsetList(0, limit + 100));
+    EXPECT_EQ(result.group(ELM_OWNER_POINT, "last")->range().size(), 1);
+    EXPECT_LT(BAS_MemoryTracker::current(BAS_MEMORY_HOST_PAGE) - pages, 1 << 20);
+}
+
 TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
 {
     const std::vector<int32_t> none, three = {3}, minus = {3, -1}, good = {0, 1, 2}, high = {0, 4, 2}, low = {0, 1, -1};
@@ -75,6 +132,10 @@ TEST(Edit, BadInputIsRefusedWithAReasonAndChangesNothing)
         {[&](MOD_Edit &e) { return e.remove(ELM_Range(ELM_OWNER_POINT, 2, 5)); }, "elements [2, 5) are out of range [0, 4)"},
         {[&](MOD_Edit &e) { return e.attribute(ELM_OWNER_POINT, "a", ELM_STORAGE_INT8, 0); },
          "attribute \"a\" needs a name and a tuple size of at least 1, not 0"},
+        {[&](MOD_Edit &e) { return e.arrayAttribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3); },
+         "\"P\" needs 3 numbers a point, not arrays"},
+        {[&](MOD_Edit &e) { return e.removeAttribute(ELM_OWNER_POINT, "P"); }, "every detail has \"P\""},
+        {[&](MOD_Edit &e) { return e.removeGroup(ELM_OWNER_POINT, "g"); }, "there is no group \"g\""},
         {[&](MOD_Edit &e) { return e.stringAttribute(ELM_OWNER_POINT, "P"); },
          "\"P\" needs floating-point values, 3 a point"},
     };

@@ -124,6 +124,33 @@ TEST(Attribute, StringsShareOneTable)
     EXPECT_TRUE(strings.get(1).isEmpty());
 }
 
+TEST(Attribute, EqualArraysAreKeptOnce)
+{
+    const ELM_AttributeHandle arrays =
+        ELM_Attribute::createArrays(ELM_OWNER_POINT, ELM_SCOPE_PUBLIC, "a", ELM_STORAGE_INT32, 2, ELM_TYPE_NONE, 3000);
+    ELM_ArrayTuple<int32_t> &values = *arrays->numericArrays()->as<int32_t>();
+    const std::vector<int32_t> some = {1, 2, 3, 4}, odd = {1, 2, 3};
+    EXPECT_TRUE(values.set(5, some));
+    EXPECT_TRUE(values.set(2000, some));
+    EXPECT_TRUE(values.set(6, {}));
+    EXPECT_FALSE(values.set(7, odd)) << "no multiple of the tuple size";
+    EXPECT_EQ(values.arrayCount(), 2);
+    EXPECT_TRUE(values.get(7).empty());
+
+    const ELM_AttributeHandle old = arrays->clone();
+    EXPECT_TRUE(values.set(5, values.get(5).subspan(2)));
+    EXPECT_EQ(values.get(5).front(), 3);
+    EXPECT_EQ(old->numericArrays()->as<int32_t>()->get(5).size(), 4u);
+    EXPECT_EQ(old->numericArrays()->as<int32_t>()->arrayCount(), 2);
+    const int32_t places[] = {2, 3};
+    EXPECT_FALSE(values.writeIndices(0, 2, places));
+    EXPECT_TRUE(values.writeIndices(0, 1, places));
+    EXPECT_EQ(values.get(0).back(), 4);
+    EXPECT_TRUE(arrays->hasArrays());
+    EXPECT_EQ(arrays->storage(), ELM_STORAGE_INT32);
+    EXPECT_EQ(arrays->numericTuple(), nullptr);
+}
+
 TEST(PrimitiveFactory, FixedTypesComeFirstAndAddedOnesAreSeenByAll)
 {
     EXPECT_EQ(ELM_PrimitiveFactory::find("polygon")->id, 1);

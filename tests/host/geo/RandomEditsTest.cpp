@@ -22,7 +22,17 @@ struct Kind
     ELM_Attribute *(*open)(MOD_Edit &edit, ELM_Owner owner);
     void (*write)(ELM_Attribute &attribute, int64_t row, int number);
     int (*read)(const ELM_Attribute &attribute, int64_t row);
+    ELM_Scope scope = ELM_SCOPE_PUBLIC;
 };
+
+BAS_OptionsHolder dictOf(int number)
+{
+    BAS_Options options;
+    options.set("number", int64_t(number));
+    return BAS_OptionsHolder(options);
+}
+
+int numberOf(const BAS_OptionsHolder &dict) { return int(dict.options().get("number", int64_t(-1))); }
 
 const Kind kKinds[] = {
     {"P",
@@ -39,6 +49,39 @@ const Kind kKinds[] = {
      [](ELM_Attribute &a, int64_t row, int n) { a.strings()->set(row, std::to_string(n)); },
      [](const ELM_Attribute &a, int64_t row) {
          return a.strings()->index(row) < 0 ? -1 : std::stoi(a.strings()->get(row).c_str());
+     }},
+    {"options", [](MOD_Edit &edit, ELM_Owner owner) { return edit.dictAttribute(owner, "options"); },
+     [](ELM_Attribute &a, int64_t row, int n) { a.dicts()->set(row, dictOf(n)); },
+     [](const ELM_Attribute &a, int64_t row) { return numberOf(a.dicts()->get(row)); }},
+    {"weights", [](MOD_Edit &edit, ELM_Owner owner) { return edit.arrayAttribute(owner, "weights", ELM_STORAGE_REAL16, 2); },
+     [](ELM_Attribute &a, int64_t row, int n) {
+         const std::vector<PLT_Half> values(size_t(2 * (n % 5 + 1)), PLT_Half(float(n)));
+         EXPECT_TRUE(a.numericArrays()->as<PLT_Half>()->set(row, values));
+     },
+     [](const ELM_Attribute &a, int64_t row) {
+         const std::span<const PLT_Half> values = a.numericArrays()->as<PLT_Half>()->get(row);
+         return values.empty() ? -1 : int(values.size()) == 2 * (int(values.back()) % 5 + 1) ? int(values.back()) : -2;
+     }},
+    {"tags",
+     [](MOD_Edit &edit, ELM_Owner owner) {
+         return edit.arrayAttribute(owner, "tags", ELM_STORAGE_STRING, 1, ELM_TYPE_NONE, ELM_SCOPE_PRIVATE);
+     },
+     [](ELM_Attribute &a, int64_t row, int n) {
+         const BAS_StringHolder both[] = {"n", std::to_string(n)};
+         EXPECT_TRUE(a.stringArrays()->set(row, both));
+     },
+     [](const ELM_Attribute &a, int64_t row) {
+         const std::span<const BAS_StringHolder> tags = a.stringArrays()->get(row);
+         return tags.size() == 2 && tags[0].view() == "n" ? std::stoi(tags[1].c_str()) : -1;
+     },
+     ELM_SCOPE_PRIVATE},
+    {"choices",
+     [](MOD_Edit &edit, ELM_Owner owner) { return edit.arrayAttribute(owner, "choices", ELM_STORAGE_DICTIONARY); },
+     [](ELM_Attribute &a, int64_t row, int n) {
+         EXPECT_TRUE(a.dictArrays()->set(row, std::vector<BAS_OptionsHolder>(3, dictOf(n))));
+     },
+     [](const ELM_Attribute &a, int64_t row) {
+         return a.dictArrays()->get(row).size() == 3 ? numberOf(a.dictArrays()->get(row)[2]) : -1;
      }},
 };
 
@@ -371,7 +414,7 @@ void expectEqual(const MSH_Detail &detail, const DetailModel &model)
     expectTopology(detail, model);
     for (const auto &[key, rows] : model.attributes)
     {
-        const ELM_Attribute *attribute = detail.find(key.first, key.second->name);
+        const ELM_Attribute *attribute = detail.find(key.first, key.second->scope, key.second->name);
         ASSERT_NE(attribute, nullptr) << key.second->name;
         ASSERT_EQ(attribute->size(), int64_t(rows.size()));
         std::vector<int> is;
