@@ -8,8 +8,8 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
+#include <rq/data/convert.h>
 #include <rq/data/detail/clones.h>
-#include <rq/data/detail/half.h>
 #include <rq/prim/detail/transformInverse.h>
 
 namespace
@@ -137,9 +137,10 @@ void changeTuples(const Change &change, const PLT_Half *from, PLT_Half *to, int6
     for (int64_t i = 0; i < count; i += tuplesPerBlock)
     {
         const int64_t tuples = std::min(tuplesPerBlock, count - i);
-        rq::convertHalfs(from + i * tupleSize, block.data(), tuples * tupleSize);
+        const int64_t values = tuples * tupleSize;
+        rq::convertValues(from + i * tupleSize, RQ_STORAGE_REAL16, block.data(), RQ_STORAGE_REAL32, values);
         changeTuples<float>(change, block.data(), block.data(), tupleSize, tuples);
-        rq::convertHalfs(block.data(), to + i * tupleSize, tuples * tupleSize);
+        rq::convertValues(block.data(), RQ_STORAGE_REAL32, to + i * tupleSize, RQ_STORAGE_REAL16, values);
     }
 }
 
