@@ -59,15 +59,18 @@ struct Row
 template <class Index> bench::Work gatherPlain(const Indices<Index> &indices)
 {
     const auto source = makeSource(), to = makeSource();
-    return {[=] {
-                const Row *from = reinterpret_cast<const Row *>(source->data());
-                Row *out = reinterpret_cast<Row *>(to->data());
-                const Index *rows = indices->data();
-                for (int64_t i = 0; i < bench::kRows; ++i)
-                    out[i] = from[rows[i]];
-                return std::shared_ptr<void>();
-            },
-            {}};
+    const auto run = [=] {
+        const Row *from = reinterpret_cast<const Row *>(source->data());
+        Row *out = reinterpret_cast<Row *>(to->data());
+        const Index *rows = indices->data();
+        for (int64_t i = 0; i < bench::kRows; ++i)
+            out[i] = from[rows[i]];
+        return std::shared_ptr<void>();
+    };
+    return {run, [=] {
+                run();
+                return gatherError(*to, *source, *indices);
+            }};
 }
 
 template <class Index> void addGather(const char *mesh, Indices<Index> (*make)())
