@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include <fmt/format.h>
+
 #include <host/bas/JSONValue.h>
 #include <tests/DataReadme.h>
 #include <tests/apps/Program.h>
@@ -90,11 +92,7 @@ public:
         double number = 0;
         if (value && value->string())
             return *value->string();
-        if (!value || !value->number(number))
-            return "no number";
-        std::ostringstream stream;
-        stream << number;
-        return stream.str();
+        return value && value->number(number) ? fmt::format("{:g}", number) : "no number";
     }
     int64_t integer(const std::string &path) const
     {

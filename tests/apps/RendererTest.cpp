@@ -7,30 +7,19 @@
 
 #include <apps/offline/Integrator.h>
 #include <host/bas/Parallel.h>
-#include <rq/attrib/AttributeList.h>
-#include <rq/data/DANumeric.h>
 #include <rq/surface/PrimPointMesh.h>
+#include <tests/rq/surface/Fixture.h>
 
 namespace
 {
 using namespace rq::offline;
+using namespace tests;
 
 constexpr int kWidth = 96, kHeight = 54;
 
 RQ_DataArrayHandle triples(const std::vector<BAS_Vec3f> &values, RQ_Type type)
 {
     return RQ_DataArrayHandle(new RQ_DANumeric<float>(&values.data()->x, int64_t(values.size()), 3, type));
-}
-
-RQ_DataArrayHandle integers(const std::vector<int32_t> &values)
-{
-    return RQ_DataArrayHandle(new RQ_DANumeric<int32_t>(values.data(), int64_t(values.size())));
-}
-
-RQ_AttributeListHandle listOf(const char *name, const RQ_DataArrayHandle &array)
-{
-    const RQ_AttributeListHandle none(new RQ_AttributeList(nullptr));
-    return none->addAttribute(name, array, false);
 }
 
 /// A globe of quads around the origin, closed by triangles at the poles.
@@ -59,8 +48,8 @@ struct Globe
 
     RQ_PrimitiveHandle mesh(const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {}) const
     {
-        return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(integers(counts), integers(corners),
-                                                         listOf("P", triples(points, RQ_TYPE_POINT)), vertex, uniform));
+        return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(
+            integers(counts), integers(corners), oneAttribute("P", triples(points, RQ_TYPE_POINT)), vertex, uniform));
     }
 };
 
@@ -138,7 +127,7 @@ TEST(Renderer, FramesObjectsOfAnySizeAndPlaceAndWithLostPoints)
 
 TEST(Renderer, DrawsPointsAsSpheres)
 {
-    RQ_AttributeListHandle list = listOf("P", triples({{0, 0, 0}, {10, 0, 0}, {5, 4, 0}}, RQ_TYPE_POINT));
+    RQ_AttributeListHandle list = oneAttribute("P", triples({{0, 0, 0}, {10, 0, 0}, {5, 4, 0}}, RQ_TYPE_POINT));
     const float widths[] = {2.0f, 1.0f, 1.0f};
     list = list->addAttribute("width", RQ_DataArrayHandle(new RQ_DANumeric<float>(widths, 3)), false);
     Scene scene;
@@ -151,7 +140,7 @@ TEST(Renderer, DrawsPointsAsSpheres)
 TEST(Renderer, SurvivesUglyInput)
 {
     const RQ_PrimitiveHandle noFaces(
-        new RQ_PrimPolygonMesh(integers({}), integers({}), listOf("P", triples({{0, 0, 0}}, RQ_TYPE_POINT))));
+        new RQ_PrimPolygonMesh(integers({}), integers({}), oneAttribute("P", triples({{0, 0, 0}}, RQ_TYPE_POINT))));
     const RQ_PrimitiveHandle noPositions(
         new RQ_PrimPolygonMesh(integers({3}), integers({0, 0, 0}), RQ_AttributeListHandle(new RQ_AttributeList(nullptr))));
     Globe flat(8, 4);
@@ -186,10 +175,10 @@ TEST(Renderer, TakesColoursFromAnyOwner)
     const Globe globe(24, 12);
     const BAS_Vec3f red(0.9f, 0.1f, 0.1f);
     const auto colours = [&](size_t count) { return triples(std::vector<BAS_Vec3f>(count, red), RQ_TYPE_COLOR); };
-    const std::unique_ptr<Image> byVertex = picture(globe.mesh(listOf("Cd", colours(globe.corners.size()))));
+    const std::unique_ptr<Image> byVertex = picture(globe.mesh(oneAttribute("Cd", colours(globe.corners.size()))));
     const BAS_Vec3f middle = byVertex->at(kWidth / 2, kHeight / 2);
     EXPECT_GT(middle.x, 4.0f * middle.y);
-    EXPECT_LT(difference(*byVertex, *picture(globe.mesh({}, listOf("Cd", colours(globe.counts.size()))))), 1e-6);
+    EXPECT_LT(difference(*byVertex, *picture(globe.mesh({}, oneAttribute("Cd", colours(globe.counts.size()))))), 1e-6);
 }
 
 TEST(Renderer, NormalsOfTheFileMayPointInward)
@@ -198,7 +187,7 @@ TEST(Renderer, NormalsOfTheFileMayPointInward)
     std::vector<BAS_Vec3f> inward;
     for (const int32_t point : globe.corners)
         inward.push_back(-globe.points[size_t(point)]);
-    const RQ_PrimitiveHandle reversed = globe.mesh(listOf("N", triples(inward, RQ_TYPE_NORMAL)));
+    const RQ_PrimitiveHandle reversed = globe.mesh(oneAttribute("N", triples(inward, RQ_TYPE_NORMAL)));
     EXPECT_LT(difference(*picture(globe.mesh(), 16), *picture(reversed, 16)), 0.02);
 }
 

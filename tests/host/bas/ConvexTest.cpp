@@ -72,13 +72,8 @@ std::vector<int> allCorners(const Polygon &polygon)
 /// -1 for a clockwise polygon, else 1.
 int directionOf(const Polygon &polygon)
 {
-    host::ExactSum sum;
-    for (size_t i = 0, last = polygon.size() - 1; i < polygon.size(); last = i++)
-    {
-        sum.addProduct(polygon[last].x, polygon[i].y);
-        sum.addProduct(-polygon[last].y, polygon[i].x);
-    }
-    return sum.leading() < 0.0 ? -1 : 1;
+    long double magnitude = 0;
+    return area2(polygon, allCorners(polygon), magnitude) < 0 ? -1 : 1;
 }
 
 /// True when a line along an edge of one convex piece has the other on its outer side, or when the first is but a point.

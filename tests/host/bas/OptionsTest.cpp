@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include <host/bas/JSONWriter.h>
 #include <host/bas/OptionsHolder.h>
+#include <tests/json.h>
 
 namespace
 {
@@ -18,14 +18,6 @@ BAS_Options sample()
     options.set("reals", std::vector<double>{0.5});
     return options;
 }
-
-std::string saved(const BAS_Options &options)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(options.save(writer));
-    return text;
-}
 }  // namespace
 
 TEST(Options, KeepTheOrderOfInsertion)
@@ -36,8 +28,9 @@ TEST(Options, KeepTheOrderOfInsertion)
     other.set("more", int64_t(3));
     other.set("flag", 0.5);
     options.merge(other);
-    EXPECT_EQ(saved(options), R"({"flag":0.5,"whole":9007199254740993,"real":2.5,"wholes":[1,2],"reals":[0.5],"more":3})");
-    EXPECT_EQ(saved({}), "{}");
+    EXPECT_EQ(tests::jsonOf(options),
+              R"({"flag":0.5,"whole":9007199254740993,"real":2.5,"wholes":[1,2],"reals":[0.5],"more":3})");
+    EXPECT_EQ(tests::jsonOf(BAS_Options()), "{}");
 }
 
 TEST(Options, GettersAreStrictAndImportWidens)

@@ -32,25 +32,6 @@ TEST(Progress, AnInterruptionIsSticky)
     EXPECT_EQ(BAS_ProgressHandler::install(before), &handler);
 }
 
-TEST(Parallel, SumsHaveTheSameBitsForAnyNumberOfThreads)
-{
-    const auto sum = [] {
-        return host::parallelReduce(
-            100000, 1000, 0.0,
-            [](int64_t begin, int64_t end) {
-                double part = 0.0;
-                for (int64_t i = begin; i < end; ++i)
-                    part += 1.0 / double(i + 1);
-                return part;
-            },
-            [](double &into, double from) { into += from; });
-    };
-    const double many = sum();
-    const BAS_Threads::Limit limit(1);
-    EXPECT_FALSE(BAS_Threads::enabled());
-    EXPECT_EQ(sum(), many);
-}
-
 TEST(Parallel, WeightedPiecesCoverEverythingOnce)
 {
     const std::pair<const char *, std::vector<int64_t>> kCases[] = {{"none", {}},

@@ -1,9 +1,9 @@
 #include <fmt/format.h>
 
 #include <host/bas/CopyCounter.h>
-#include <host/bas/JSONWriter.h>
 #include <host/bas/MemoryTracker.h>
 #include <rq/data/mixId.h>
+#include <tests/json.h>
 
 #include "lists.h"
 
@@ -172,12 +172,7 @@ TEST(AttributeList, DumpsAndSavesInTheFixedForm)
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "points 2 segments\n--- segment 0 ---\n" + body + "--- segment 1 ---\n" + body);
 
-    std::string text;
-    {
-        BAS_JSONWriter writer(text);
-        EXPECT_TRUE(list->save(writer));
-    }
     const std::string array = R"({"class":"RQ_DANumeric","storage":"real32","type":"point","size":3,"values":[[1,2,3]]})";
-    EXPECT_EQ(text, "{\"P\":[" + array + "," + array + "],\"gone\":[null,null]}");
+    EXPECT_EQ(tests::jsonOf(*list), "{\"P\":[" + array + "," + array + "],\"gone\":[null,null]}");
 }
 }  // namespace

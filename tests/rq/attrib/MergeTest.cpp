@@ -1,13 +1,10 @@
 #include <functional>
 #include <set>
 
-#include <gtest/gtest.h>
-
 #include <rq/attrib/AttributeBuilder.h>
 #include <rq/attrib/AttributeMerge.h>
-#include <rq/data/DANumeric.h>
 #include <rq/data/DARange.h>
-#include <rq/data/Values.h>
+#include <tests/rq/data/arrays.h>
 
 namespace
 {
@@ -30,8 +27,7 @@ RQ_AttributeListHandle listOf(const std::vector<Given> &attributes)
 
 Floats valuesOf(const RQ_AttributeListHandle &list, const char *name)
 {
-    const rq::Values<float> values(list ? list->get(name) : nullptr);
-    return Floats(values.begin(), values.end());
+    return ::valuesOf<float>(list ? list->get(name) : nullptr);
 }
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <rq/bridge/MSHElementArray.h>
 #include <rq/bridge/typeFromHost.h>
 #include <tests/rq/bridge/Fixture.h>
+#include <tests/rq/data/arrays.h>
 
 using namespace tests;
 
@@ -33,14 +34,11 @@ MOD_ConstDetailHandle makeRichDetail()
     for (int o = 0; o < ELM_OWNERS; ++o)
     {
         const ELM_Owner owner = ELM_Owner(o);
-        addNumbers<uint8_t>(edit, owner, ELM_STORAGE_UINT8, kNames[0]);
-        addNumbers<int8_t>(edit, owner, ELM_STORAGE_INT8, kNames[1]);
-        addNumbers<int16_t>(edit, owner, ELM_STORAGE_INT16, kNames[2]);
-        addNumbers<int32_t>(edit, owner, ELM_STORAGE_INT32, kNames[3]);
-        addNumbers<int64_t>(edit, owner, ELM_STORAGE_INT64, kNames[4]);
-        addNumbers<PLT_Half>(edit, owner, ELM_STORAGE_REAL16, kNames[5]);
-        addNumbers<float>(edit, owner, ELM_STORAGE_REAL32, kNames[6]);
-        addNumbers<double>(edit, owner, ELM_STORAGE_REAL64, kNames[7]);
+        int storage = 0;
+        forEachType(RQ_NumericTestTypes(), [&]<class T>(T) {
+            addNumbers<T>(edit, owner, ELM_Storage(storage), kNames[storage]);
+            ++storage;
+        });
         edit.attribute(owner, "constant", ELM_STORAGE_INT32, kTuple);
         ELM_StringTuple *strings = edit.stringAttribute(owner, "text")->strings();
         for (int64_t i = 0; i < (o == ELM_OWNER_DETAIL ? 1 : edit.count(owner)); i += 2)
@@ -85,27 +83,16 @@ std::vector<Rows> rowsOf(const MSH_Detail &detail, ELM_Owner owner)
             {"shuffled", RQ_MSHOffsetList(shuffled.data(), int64_t(shuffled.size()))}};
 }
 
-/// Compare whole blocks in a type of the caller's.
-template <class T> void expectBlocks(const RQ_DataArray &array, const std::vector<int> &expected)
-{
-    RQ_DataArrayHandle buffer;
-    const T *values = array.getArray<T>(buffer);
-    for (size_t i = 0; i < expected.size(); ++i)
-        ASSERT_EQ(double(values[i]), double(expected[i])) << "value " << i;
-}
-
 void expectValues(const RQ_DataArray &array, const std::vector<int> &expected)
 {
     ASSERT_TRUE(array.isValid());
     ASSERT_EQ(array.entries() * array.getTupleSize(), int64_t(expected.size()));
-    expectBlocks<uint8_t>(array, expected);
-    expectBlocks<int8_t>(array, expected);
-    expectBlocks<int16_t>(array, expected);
-    expectBlocks<int32_t>(array, expected);
-    expectBlocks<int64_t>(array, expected);
-    expectBlocks<PLT_Half>(array, expected);
-    expectBlocks<float>(array, expected);
-    expectBlocks<double>(array, expected);
+    forEachType(RQ_NumericTestTypes(), [&]<class T>(T) {
+        RQ_DataArrayHandle buffer;
+        const T *values = array.getArray<T>(buffer);
+        for (size_t i = 0; i < expected.size(); ++i)
+            ASSERT_EQ(double(values[i]), double(expected[i])) << "value " << i;
+    });
     for (int64_t i = 0; i < array.entries(); i += 17)
         for (int c = 0; c < kTuple; ++c)
         {
@@ -120,6 +107,7 @@ TEST(ElementArray, ReadsEveryStorageThroughEveryMapping)
 {
     const MOD_ConstDetailHandle handle = makeRichDetail();
     const MSH_Detail &detail = *handle.readLock();
+    EXPECT_FALSE(RQ_MSHElementArray(handle, nullptr, RQ_MSHOffsetList(detail, ELM_OWNER_POINT), ELM_OWNER_POINT).isValid());
     for (int from = 0; from < ELM_OWNERS; ++from)
         for (const Rows &rows : rowsOf(detail, ELM_Owner(from)))
             for (const ELM_Owner to : {ELM_OWNER_VERTEX, ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE, ELM_OWNER_DETAIL})
@@ -204,16 +192,6 @@ TEST(ElementArray, HandsOutTheHostsMemory)
     EXPECT_EQ(mapped->getBackingData(), nullptr) << "points seen from vertices are not in this order in memory";
 }
 
-TEST(ElementArray, IsNotValidWithoutAnAttribute)
-{
-    const MOD_ConstDetailHandle handle = makeDetail(cubeShape());
-    const RQ_DataArrayHandle array(
-        new RQ_MSHElementArray(handle, nullptr, RQ_MSHOffsetList(*handle.readLock(), ELM_OWNER_POINT), ELM_OWNER_POINT));
-    EXPECT_FALSE(array->isValid());
-    EXPECT_EQ(array->entries(), 0);
-    EXPECT_EQ(array->getTupleSize(), 0);
-}
-
 /// A cube with the velocity (x, 0, 0) at its points, and what `change` does to it.
 MOD_ConstDetailHandle makeMovingCube(float x, void (*change)(MOD_Edit &edit))
 {
@@ -243,12 +221,7 @@ TEST(ElementArray, FollowsANewerSnapshotOfTheSameShape)
     EXPECT_NE(array->getDataId(), id);
     EXPECT_EQ(before[0], 1.0f) << "pointers handed out before stay good until the next re-binding";
 
-    struct Refusal
-    {
-        const char *what;
-        void (*change)(MOD_Edit &edit);
-    };
-    const Refusal refusals[] = {
+    const std::pair<const char *, void (*)(MOD_Edit &)> refusals[] = {
         {"more points", [](MOD_Edit &edit) { ASSERT_TRUE(edit.appendPoints(1)); }},
         {"another storage",
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL64, 3, ELM_TYPE_VECTOR); }},
@@ -257,10 +230,10 @@ TEST(ElementArray, FollowsANewerSnapshotOfTheSameShape)
         {"another meaning",
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR); }},
     };
-    for (const Refusal &refusal : refusals)
+    for (const auto &[what, change] : refusals)
     {
-        SCOPED_TRACE(refusal.what);
-        array->updateGeoDetail(makeMovingCube(3.0f, refusal.change), "v", RQ_OWNER_POINT, 0);
+        SCOPED_TRACE(what);
+        array->updateGeoDetail(makeMovingCube(3.0f, change), "v", RQ_OWNER_POINT, 0);
         EXPECT_TRUE(elements.isBoundTo(newer));
         EXPECT_EQ(array->getF32(0, 0), 2.0f);
     }
@@ -334,14 +307,13 @@ TEST(ElementArray, KnowsWhatHostTypesMean)
 
 TEST(OffsetList, KeepsItsTwoFacts)
 {
-    struct Case
+    const int64_t limit = 0x40000000;
+    const struct
     {
         const char *what;
         std::vector<int64_t> offsets;
         bool is32Bit, monotonic, trivial;
-    };
-    const int64_t limit = 0x40000000;
-    const Case cases[] = {
+    } cases[] = {
         {"empty", {}, true, true, true},
         {"a run", {4, 5, 6}, true, true, true},
         {"rising", {4, 4, 9}, true, true, false},
@@ -350,7 +322,7 @@ TEST(OffsetList, KeepsItsTwoFacts)
         {"first wide one", {limit}, false, true, true},
         {"wide in the middle", {1, limit + 5, 2}, false, false, false},
     };
-    for (const Case &c : cases)
+    for (const auto &c : cases)
     {
         SCOPED_TRACE(c.what);
         RQ_MSHOffsetList appended;

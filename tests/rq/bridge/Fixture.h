@@ -5,13 +5,13 @@
 
 #include <gtest/gtest.h>
 
-#include <host/bas/JSONWriter.h>
 #include <host/mod/Edit.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/prim/RefineList.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
+#include <tests/json.h>
 #include <tests/shapes.h>
 
 namespace tests
@@ -50,14 +50,7 @@ inline std::vector<RQ_PrimitiveHandle> refine(const MOD_ConstDetailHandle &detai
     return primitives;
 }
 
-inline std::string textOf(const RQ_Primitive &primitive)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(primitive.save(writer));
-    writer.flush();
-    return text;
-}
+inline std::string textOf(const RQ_Primitive &primitive) { return jsonOf(primitive); }
 
 inline std::string textOf(const std::vector<RQ_PrimitiveHandle> &primitives)
 {

@@ -1,9 +1,9 @@
 #include <random>
 
-#include <host/bas/JSONWriter.h>
 #include <rq/data/Counts.h>
 #include <rq/data/DARange.h>
 #include <rq/data/Values.h>
+#include <tests/json.h>
 
 #include "arrays.h"
 
@@ -27,14 +27,6 @@ const struct
     {"total of 64 bits", {kHuge - 1, 1}, 1, kHuge - 1, RQ_STORAGE_INT64},
     {"equal and huge", {kHuge, kHuge}, kHuge - 1, kHuge, RQ_STORAGE_INT64},
 };
-
-std::string saved(const RQ_CountArray &counts)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(counts.save(writer));
-    return text;
-}
 
 void expectCounts(const RQ_CountArray &array, const std::vector<int64_t> &counts)
 {
@@ -85,8 +77,8 @@ TEST(CountArray, KeepsCountsAndPlaces)
         EXPECT_TRUE(owned.isEqual(array));
         EXPECT_FALSE(array.isEqual(RQ_CountArray(makeArray<int32_t>({1, 2, 3}))));
     }
-    EXPECT_EQ(saved(RQ_CountArray(makeArray<int32_t>({3, 0, 4}))), "[3,0,4]");
-    EXPECT_EQ(saved(RQ_CountArray()), "[]");
+    EXPECT_EQ(tests::jsonOf(RQ_CountArray(makeArray<int32_t>({3, 0, 4}))), "[3,0,4]");
+    EXPECT_EQ(tests::jsonOf(RQ_CountArray()), "[]");
     expectCounts(RQ_CountArray(), {});
     expectCounts(RQ_CountArray(makeArray<int32_t>({-3, 2, -1})), {0, 2, 0});
 }

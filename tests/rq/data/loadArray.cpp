@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include <host/bas/JSONValue.h>
-#include <host/bas/JSONWriter.h>
 #include <rq/data/DABool.h>
 #include <rq/data/DAConstantText.h>
 #include <rq/data/DAConstantValue.h>
@@ -15,18 +14,13 @@
 #include <rq/data/DAText.h>
 #include <rq/data/DATextArray.h>
 #include <rq/data/convert.h>
+#include <tests/json.h>
 
 #include "arrays.h"
 
 namespace
 {
-std::string describe(const RQ_DataArray &array)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    EXPECT_TRUE(array.save(writer, true));
-    return text;
-}
+std::string describe(const RQ_DataArray &array) { return tests::jsonOf(array, true); }
 
 RQ_DataArrayHandle load(std::string_view text, std::string &error)
 {

@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <host/bas/JSONWriter.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndexedText.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DARange.h>
 #include <rq/data/DASubArray.h>
 #include <rq/data/DAText.h>
+#include <tests/json.h>
 
 #include "arrays.h"
 
@@ -125,14 +125,8 @@ TEST(DataArray, SavesValues)
     for (const auto &c : cases)
     {
         SCOPED_TRACE(c.description);
-        std::string plain, described;
-        {
-            BAS_JSONWriter plainWriter(plain), describedWriter(described);
-            EXPECT_TRUE(c.array->save(plainWriter));
-            EXPECT_TRUE(c.array->save(describedWriter, true));
-        }
-        EXPECT_EQ(plain, c.values);
-        EXPECT_EQ(described, fmt::format("{{\"class\":{},\"values\":{}}}", c.description, c.values));
+        EXPECT_EQ(tests::jsonOf(*c.array), c.values);
+        EXPECT_EQ(tests::jsonOf(*c.array, true), fmt::format("{{\"class\":{},\"values\":{}}}", c.description, c.values));
     }
 }
 

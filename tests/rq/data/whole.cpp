@@ -1,7 +1,6 @@
 #include <cmath>
 
 #include <host/bas/CopyCounter.h>
-#include <host/bas/JSONWriter.h>
 #include <rq/data/DAClamp.h>
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndexedText.h>

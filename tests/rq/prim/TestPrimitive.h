@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include <host/bas/JSONWriter.h>
 #include <rq/data/convert.h>
 #include <rq/prim/Primitive.h>
+#include <tests/json.h>
 #include <tests/rq/data/arrays.h>
 
 /// A primitive as an application would write it: any attribute lists, any children to refine to, fixed measures.
@@ -68,8 +68,8 @@ RQ_DataArrayHandle numbers(std::initializer_list<double> values, int64_t tupleSi
 /// A list of one attribute, with one array per motion segment.
 inline RQ_AttributeListHandle listOf(const char *name, const std::vector<RQ_DataArrayHandle> &segments)
 {
-    const RQ_AttributeListHandle empty(new RQ_AttributeList(new RQ_AttributeMap, 1));
-    return empty->addAttribute(name, segments.data(), int(segments.size()), true);
+    return RQ_AttributeListHandle(new RQ_AttributeList(nullptr))
+        ->addAttribute(name, segments.data(), int(segments.size()), true);
 }
 
 inline RQ_DataArrayHandle positions(std::initializer_list<double> values)
@@ -84,12 +84,4 @@ inline RQ_TransformHandle translation(double x, double y, double z)
     return transformOf(BAS_Mat4d().translate(BAS_Vec3d(x, y, z)));
 }
 
-/// What `save` writes.
-template <class T> std::string jsonOf(const T &object)
-{
-    std::string text;
-    BAS_JSONWriter writer(text);
-    object.save(writer);
-    writer.flush();
-    return text;
-}
+using tests::jsonOf;

@@ -3,30 +3,19 @@
 #include <memory>
 #include <vector>
 
-#include <rq/data/DANumeric.h>
 #include <rq/surface/PrimPolygonMesh.h>
+#include <tests/rq/data/arrays.h>
 #include <tests/shapes.h>
 
 namespace tests
 {
-inline RQ_DataArrayHandle integers(const std::vector<int> &values)
-{
-    return new RQ_DANumeric<int32_t>(values.data(), int64_t(values.size()), 1, RQ_TYPE_NONE);
-}
-
-inline RQ_DataArrayHandle positions(const std::vector<float> &values)
-{
-    return new RQ_DANumeric<float>(values.data(), int64_t(values.size()) / 3, 3, RQ_TYPE_POINT);
-}
+inline RQ_DataArrayHandle integers(const std::vector<int> &values) { return makeArray(values); }
+inline RQ_DataArrayHandle positions(const std::vector<float> &values) { return makeArray(values, 3, RQ_TYPE_POINT); }
 
 /// A list of one attribute.
 inline RQ_AttributeListHandle oneAttribute(const char *name, const RQ_DataArrayHandle &array)
 {
-    RQ_AttributeMapHandle map(new RQ_AttributeMap);
-    map->add(name, true);
-    RQ_AttributeListHandle list(new RQ_AttributeList(map, 1));
-    list->set(0, array, 0);
-    return list;
+    return RQ_AttributeListHandle(new RQ_AttributeList(nullptr))->addAttribute(name, array, false);
 }
 
 /// A mesh whose vertex attribute "corner" and uniform attribute "face" number what they belong to.
@@ -46,17 +35,6 @@ inline BAS_Vec3d pointOf(const MeshShape &shape, int64_t point)
 {
     const float *p = shape.positions.data() + 3 * point;
     return {p[0], p[1], p[2]};
-}
-
-/// The values of an array, for comparing results of different runs bit for bit.
-inline std::vector<double> valuesOf(const RQ_DataArrayHandle &array)
-{
-    std::vector<double> values;
-    if (array)
-        for (int64_t i = 0; i < array->entries(); ++i)
-            for (int64_t c = 0; c < array->getTupleSize(); ++c)
-                values.push_back(array->getF64(i, int(c)));
-    return values;
 }
 
 inline BAS_Vec3d vectorOf(const RQ_DataArray &array, int64_t i)
