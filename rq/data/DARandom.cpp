@@ -1,5 +1,6 @@
 #include <rq/data/DARandom.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -134,7 +135,9 @@ template <RQ_NumericValue T> template <class To> void RQ_DARandom<T>::fillRun(To
     {
         const int64_t length = std::min(count - done, rq::kBlockEntries);
         drawBits(bits, first + uint64_t(done), length);
-        if constexpr (kDirect)
+        if constexpr (kDirect && std::same_as<T, int64_t>)
+            std::transform(bits, bits + length, out + done, mapping);  // 128-bit products do not vectorise
+        else if constexpr (kDirect)
             mapRun(bits, out + done, mapping, length);
         else
         {
