@@ -74,8 +74,12 @@ std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element)
         const bool taken = std::any_of(plan.begin(), plan.end(), [&](const PLYAttribute &attribute) {
             return std::find(attribute.properties.begin(), attribute.properties.end(), p) != attribute.properties.end();
         });
-        if (!taken && !property.isList() && !hasName(plan, property.name))
-            plan.push_back({std::string(property.name), storageOf(property.type), ELM_TYPE_NONE, {p}});
+        if (taken || property.isList())
+            continue;
+        std::string name(property.name);
+        while (hasName(plan, name))
+            name += '_';
+        plan.push_back({std::move(name), storageOf(property.type), ELM_TYPE_NONE, {p}});
     }
     std::stable_sort(plan.begin(), plan.end(), [](const PLYAttribute &a, const PLYAttribute &b) {
         return a.properties.front() < b.properties.front();

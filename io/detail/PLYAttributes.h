@@ -15,7 +15,7 @@ struct PLYAttribute
 };
 
 /// What the single values of an element become, in their order: triples and pairs of well-known names "P", "N", "Cd",
-/// "Alpha" and "uv", every other property an attribute of its own name and storage.
+/// "Alpha" and "uv", every other property an attribute of its own name and storage, with "_" behind a name that is taken.
 std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element);
 
 /// Where the components of an attribute go; `values` is the first value of row 0.

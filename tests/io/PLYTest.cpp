@@ -128,6 +128,10 @@ const struct
               "property uchar red\nproperty uchar green\nproperty uchar blue\n",
           "0 0 0 9\n3 0 0 0 255 0 255\n"),
      "f 0 0 0,\npoint P real32: 0 0 0;\npoint alpha uint8: 9;\nface Cd real32: 1 0 1;"},
+    {"a property of a name that is taken",
+     file("element vertex 1\n" + kXYZ + "property float nx\nproperty float ny\nproperty float nz\nproperty int N\n",
+          "0 0 0 0 0 1 7\n"),
+     "\npoint P real32: 0 0 0;\npoint N real32: 0 0 1;\npoint N_ int32: 7;"},
     {"strips turn round and begin anew; faces keep their rows",
      file("element vertex 5\n" + kXYZ + "element tristrips 1\nproperty list int int vertex_indices\nelement face 1\n" +
               kCorners + "property int id\n",
