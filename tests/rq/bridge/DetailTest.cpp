@@ -1,6 +1,4 @@
 #include <host/elm/PrimitiveFactory.h>
-#include <rq/bridge/MSHPrimCollectPoly.h>
-#include <rq/bridge/MSHPrimitive.h>
 #include <rq/prim/PrimCollect.h>
 #include <tests/rq/bridge/Fixture.h>
 
@@ -8,23 +6,6 @@ using namespace tests;
 
 namespace
 {
-/// A cube, and a square beside it: two primitives groups' worth of faces, all points used.
-MOD_DetailHandle makeCubeAndSquare()
-{
-    const MOD_DetailHandle detail;
-    MOD_Edit edit(detail);
-    append(edit, cubeShape());
-    append(edit, faceShape("square", {{5, 0}, {6, 0}, {6, 1}, {5, 1}}));
-    edit.commit();
-    return detail;
-}
-
-const RQ_PrimPolygonMesh *onlyMesh(const std::vector<RQ_PrimitiveHandle> &primitives)
-{
-    EXPECT_EQ(primitives.size(), 1u);
-    return primitives.size() == 1 ? as<RQ_PrimPolygonMesh>(primitives[0]) : nullptr;
-}
-
 TEST(Detail, KeepsEveryFaceOfEveryShape)
 {
     for (const MeshShape &shape : meshShapes())
@@ -33,7 +14,8 @@ TEST(Detail, KeepsEveryFaceOfEveryShape)
         const std::vector<RQ_PrimitiveHandle> primitives = refine(makeDetail(shape));
         if (shape.counts.empty())
         {
-            EXPECT_EQ(primitives.size(), shape.pointCount() > 0 ? 1u : 0u);
+            ASSERT_EQ(primitives.size(), shape.pointCount() > 0 ? 1u : 0u);
+            EXPECT_TRUE(primitives.empty() || as<RQ_PrimPointMesh>(primitives[0])->getPointCount() == shape.pointCount());
             continue;
         }
         ASSERT_FALSE(primitives.empty());
@@ -54,27 +36,13 @@ TEST(Detail, KeepsEveryFaceOfEveryShape)
     }
 }
 
-TEST(Detail, ReadsTheHostInPlace)
-{
-    const MOD_ConstDetailHandle handle = makeCubeAndSquare().read();
-    const MSH_Detail &detail = *handle.readLock();
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle);
-    const RQ_PrimPolygonMesh *mesh = onlyMesh(primitives);
-    ASSERT_NE(mesh, nullptr);
-    RQ_DataArrayHandle buffer;
-    EXPECT_EQ(mesh->getVertexList()->getArray<int32_t>(buffer), detail.vertexPoint().contiguous32());
-    EXPECT_EQ(mesh->getShared()->get("P")->getArray<float>(buffer), detail.positions().contiguousData<float>());
-    EXPECT_EQ(mesh->getMinVertexCount(), 4);
-    EXPECT_EQ(mesh->getMaxVertexCount(), 4);
-}
-
 TEST(Detail, HasTheSameIdsWheneverItIsRefined)
 {
-    const MOD_DetailHandle detail = makeCubeAndSquare();
+    const MOD_DetailHandle detail = makeGeometry(cubeShape());
     const MOD_ConstDetailHandle first = detail.read();
     const auto idsOf = [](const MOD_ConstDetailHandle &handle) {
         const std::vector<RQ_PrimitiveHandle> primitives = refine(handle);
-        const RQ_PrimPolygonMesh *mesh = onlyMesh(primitives);
+        const auto *mesh = as<RQ_PrimPolygonMesh>(primitives.at(0));
         return std::pair(mesh->getVertexList()->getDataId(), mesh->getShared()->get("P")->getDataId());
     };
     const auto ids = idsOf(first);
@@ -92,73 +60,39 @@ TEST(Detail, HasTheSameIdsWheneverItIsRefined)
 struct PointCase
 {
     const char *what;
-    bool unusedPoints, allPoints, pointMesh;
-    std::vector<int64_t> pointMeshes;  // points of each
-    bool polygons;
+    bool unusedPoints, allPoints, pointMesh, fast;
+    int64_t limit;
+    std::vector<int64_t> pointMeshes, polygonMeshes;  // points of each
 };
 
 TEST(Detail, TurnsLoosePointsIntoPointMeshes)
 {
     const MOD_ConstDetailHandle handle = makeDetail(meshShape("unused points"));  // 7 points, 3 of them unused
-    for (const PointCase &c :
-         {PointCase{"as always", true, false, false, {3}, true},
-          PointCase{"no unused points", false, false, false, {}, true},
-          PointCase{"all points", true, true, false, {7}, true}, PointCase{"points only", true, false, true, {7}, false}})
+    for (const PointCase &c : {PointCase{"no more than four points in a mesh", true, false, false, true, 4, {3}, {7}},
+                               PointCase{"no more than two", true, false, false, true, 2, {2, 1}, {7}},
+                               PointCase{"unused points are searched", true, false, false, false, 4, {3}, {4}},
+                               PointCase{"no unused points", false, false, false, true, 4, {}, {7}},
+                               PointCase{"all points", true, true, false, true, 7, {7}, {7}},
+                               PointCase{"points only", true, false, true, true, 7, {7}, {}}})
     {
         SCOPED_TRACE(c.what);
         RQ_RefineParms parms;
         parms.setShowUnusedPoints(c.unusedPoints);
         parms.setShowAllPoints(c.allPoints);
         parms.setGeoPointMesh(c.pointMesh);
-        std::vector<int64_t> points;
-        int meshes = 0;
+        parms.setFastPolyCompacting(c.fast);
+        parms.setMaxPointMeshSize(c.limit);
+        std::vector<int64_t> points, polygons;
         for (const RQ_PrimitiveHandle &primitive : refine(handle, &parms))
             if (const auto *mesh = as<RQ_PrimPointMesh>(primitive))
                 points.push_back(mesh->getPointCount());
-            else if (as<RQ_PrimPolygonMesh>(primitive))
-                ++meshes;
+            else if (const auto *faces = as<RQ_PrimPolygonMesh>(primitive))
+                polygons.push_back(faces->getPointCount());
         EXPECT_EQ(points, c.pointMeshes);
-        EXPECT_EQ(meshes, int(c.polygons));
+        EXPECT_EQ(polygons, c.polygonMeshes);
     }
-}
-
-TEST(Detail, LeavesUnusedPointsInTheMeshUnlessTheyAreSearched)
-{
-    const MOD_ConstDetailHandle handle = makeDetail(meshShape("unused points"));
-    for (const bool fast : {true, false})
-    {
-        RQ_RefineParms parms;
-        parms.setFastPolyCompacting(fast);
-        const std::vector<RQ_PrimitiveHandle> primitives = refine(handle, &parms);
-        const auto *mesh = as<RQ_PrimPolygonMesh>(primitives.back());
-        ASSERT_NE(mesh, nullptr);
-        EXPECT_EQ(mesh->getPointCount(), fast ? 7 : 4);
-        EXPECT_TRUE(mesh->validate());
-    }
-}
-
-TEST(Detail, WithoutPrimitivesIsOnePointMesh)
-{
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(makeDetail(meshShape("points only")));
-    ASSERT_EQ(primitives.size(), 1u);
-    const auto *points = as<RQ_PrimPointMesh>(primitives[0]);
-    ASSERT_NE(points, nullptr);
-    EXPECT_EQ(points->getPointCount(), 3);
-    EXPECT_EQ(points->getPoints()->get("P")->getF32(1, 0), 1.0f);
-
     EXPECT_TRUE(refine(MOD_DetailHandle().read()).empty());
     EXPECT_TRUE(refine(MOD_ConstDetailHandle()).empty());
-}
-
-TEST(Detail, CutsLargePointMeshes)
-{
-    const MOD_ConstDetailHandle handle = makeDetail(meshShape("points only"));
-    RQ_RefineParms parms;
-    parms.setMaxPointMeshSize(2);
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle, &parms);
-    ASSERT_EQ(primitives.size(), 2u);
-    EXPECT_EQ(as<RQ_PrimPointMesh>(primitives[0])->getPointCount(), 2);
-    EXPECT_EQ(as<RQ_PrimPointMesh>(primitives[1])->getPointCount(), 1);
 }
 
 TEST(Detail, GathersPointsByTheirInstanceFile)
@@ -184,28 +118,20 @@ TEST(Detail, GathersPointsByTheirInstanceFile)
     EXPECT_EQ(meshes, expected);
 }
 
-TEST(Detail, WrapsWhatHasNoCollector)
+TEST(Detail, CollectsFacesBesideWrappedPolygons)
 {
     const MOD_DetailHandle detail;
     MOD_Edit edit(detail);
     append(edit, cubeShape());
-    const int32_t line[] = {0, 1, 2}, cloud[] = {3, 4}, three[] = {3};
+    const int32_t line[] = {0, 1, 2}, three[] = {3};
     ASSERT_TRUE(edit.appendPolygons(three, line, false));
-    ASSERT_TRUE(edit.appendParticles(cloud));
     const std::vector<RQ_PrimitiveHandle> primitives = refine(edit.commit());
-    ASSERT_EQ(primitives.size(), 2u);
-    const auto *particles = as<RQ_MSHPrimitive>(primitives[0]);
-    ASSERT_NE(particles, nullptr);
-    EXPECT_EQ(particles->getHostType(), ELM_PRIMITIVE_PARTICLES);
-    EXPECT_EQ(particles->getVertexCount(), 2);
-
-    const auto *both = as<RQ_PrimCollect>(primitives[1]);
+    const auto *both = as<RQ_PrimCollect>(primitives.at(0));
     ASSERT_NE(both, nullptr) << "the closed mesh and the open polygon";
     ASSERT_EQ(both->entries(), 2);
     EXPECT_NE(as<RQ_PrimPolygonMesh>(both->getPrim(0)), nullptr);
     const RQ_PrimitiveHandle open = both->getPrim(1);
     ASSERT_NE(as<RQ_MSHPrimitive>(open), nullptr);
-    EXPECT_FALSE(as<RQ_MSHPrimitive>(open)->isClosed());
     BAS_BoundingBox box;
     open->enlargeBounds(&box, 1);
     EXPECT_EQ(box.minimum(), BAS_Vec3f(-0.5f, -0.5f, -0.5f));
@@ -214,7 +140,7 @@ TEST(Detail, WrapsWhatHasNoCollector)
 
 TEST(Detail, FollowsMotionWhileTheTopologyStays)
 {
-    const MOD_DetailHandle detail = makeCubeAndSquare();
+    const MOD_DetailHandle detail = makeGeometry(cubeShape());
     const MOD_ConstDetailHandle first = detail.read();
     MOD_Edit edit(detail);
     edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->modifyAll<float>()[0] = 50.0f;
@@ -230,7 +156,7 @@ TEST(Detail, FollowsMotionWhileTheTopologyStays)
     EXPECT_EQ(points->get("P", 1)->getF32(0, 0), 50.0f);
     BAS_BoundingBox boxes[2];
     moving->enlargeBounds(boxes, 2);
-    EXPECT_EQ(boxes[0].maximum().x, 6.0f);
+    EXPECT_EQ(boxes[0].maximum().x, 0.5f);
     EXPECT_EQ(boxes[1].maximum().x, 50.0f);
 }
 
@@ -239,7 +165,7 @@ TEST(Detail, PlacesEverythingByItsTransform)
     BAS_Mat4d up;
     up.setTranslation(BAS_Vec3d(0, 0, 10));
     const RQ_PrimitiveHandle placed = RQ_MSHDetail::makeDetail(makeDetail(meshShape("unused points")));
-    placed->setPrimitiveTransform(RQ_TransformHandle(new RQ_Transform(&up, 1)));
+    placed->setPrimitiveTransform(new RQ_Transform(&up, 1));
     RQ_RefineList list;
     EXPECT_TRUE(list.refine(placed.get(), nullptr));
     ASSERT_EQ(list.entries(), 2);
@@ -251,47 +177,23 @@ TEST(Detail, PlacesEverythingByItsTransform)
     }
 }
 
-/// Counts what it is given, and emits one thing at the end.
-class Counter final : public RQ_MSHPrimCollect
-{
-public:
-    struct Data final : RQ_MSHPrimCollectOffsets
-    {};
-
-    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *) const override
-    {
-        return new Data;
-    }
-    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *primitives, int,
-                               RQ_MSHPrimCollectData *data) const override
-    {
-        static_cast<Data *>(data)->append(*primitives[0]);
-        return nullptr;
-    }
-    RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
-    {
-        return new RQ_PrimPointMesh(details->getPrimitiveAttributes(nullptr, static_cast<Data *>(data)->getPrimitives()),
-                                    details->getPointAttributes(nullptr, static_cast<Data *>(data)->getPrimitives()));
-    }
-};
-
 TEST(Collectors, OfCallersWinAndSurviveNewTypes)
 {
-    const MOD_ConstDetailHandle handle = makeDetail(cubeShape());
+    MOD_Edit edit{MOD_DetailHandle()};
+    append(edit, cubeShape());
+    edit.attribute(ELM_OWNER_PRIMITIVE, "number", ELM_STORAGE_INT32);
     const auto builtIn = RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON);
     ASSERT_NE(builtIn, nullptr);
-    const auto counter = std::make_shared<Counter>();
-    RQ_MSHPrimCollect::bind(counter, ELM_PRIMITIVE_POLYGON);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), counter);
+    const auto recorder = std::make_shared<Recorder>(false);
+    RQ_MSHPrimCollect::bind(recorder, ELM_PRIMITIVE_POLYGON);
     EXPECT_NE(ELM_PrimitiveFactory::add("collectors_test_type", "Test", false), ELM_PRIMITIVE_NONE);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), counter) << "after a rebuild";
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(handle);
-    ASSERT_EQ(primitives.size(), 1u);
-    ASSERT_NE(as<RQ_PrimPointMesh>(primitives[0]), nullptr);
-    EXPECT_EQ(primitives[0]->getDetailAttributes()->get("P")->entries(), 6) << "one collect for each face";
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), recorder) << "after a rebuild";
+    const RQ_PrimitiveHandle last = refine(edit.commit()).back();
+    ASSERT_NE(as<RQ_PrimPointMesh>(last), nullptr);
+    EXPECT_EQ(last->getPointAttributes()->get("number")->entries(), 6) << "one collect for each face";
 
     // A bare collector may be bound to several types, and again.
-    const RQ_MSHPrimCollect *bare = new Counter;
+    const RQ_MSHPrimCollect *bare = new Recorder(true);
     bare->bind(ELM_PRIMITIVE_POLYGON);
     bare->bind(ELM_PRIMITIVE_PARTICLES);
     bare->bind(ELM_PRIMITIVE_POLYGON);

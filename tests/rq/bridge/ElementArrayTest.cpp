@@ -114,11 +114,10 @@ TEST(ElementArray, ReadsEveryStorageThroughEveryMapping)
             {
                 SCOPED_TRACE("offsets of owner " + std::to_string(from) + " (" + rows.what + "), attribute of owner " +
                              std::to_string(to));
-                std::vector<int> expected, zeros;
+                std::vector<int> expected;
                 for (int64_t i = 0; i < rows.list.entries(); ++i)
                     for (int c = 0; c < kTuple; ++c)
                         expected.push_back(valueAt(to, elementOf(detail, ELM_Owner(from), to, rows.list[i]), c));
-                zeros.resize(expected.size());
                 const bool reachable = elementOf(detail, ELM_Owner(from), to, 0) >= 0;
                 for (const char *name : kNames)
                 {
@@ -126,19 +125,16 @@ TEST(ElementArray, ReadsEveryStorageThroughEveryMapping)
                     const ELM_Attribute *attribute = detail.find(to, name);
                     const RQ_DataArrayHandle array(new RQ_MSHElementArray(handle, attribute, rows.list, ELM_Owner(from)));
                     EXPECT_EQ(array->isValid(), reachable);
+                    EXPECT_TRUE(reachable || (array->entries() == 0 && array->getTupleSize() == 0));
                     if (!reachable)
-                    {
-                        EXPECT_EQ(array->entries(), 0);
-                        EXPECT_EQ(array->getTupleSize(), 0);
                         continue;
-                    }
                     EXPECT_EQ(int(array->getStorage()), int(attribute->storage()));
                     expectValues(*array, expected);
                 }
                 const RQ_DataArrayHandle constant(
                     new RQ_MSHElementArray(handle, detail.find(to, "constant"), rows.list, ELM_Owner(from)));
                 if (reachable)
-                    expectValues(*constant, zeros);
+                    expectValues(*constant, std::vector<int>(expected.size(), 0));
             }
 }
 
@@ -244,12 +240,7 @@ TEST(ElementArray, FollowsANewerSnapshotOfTheSameShape)
 
 TEST(ElementArray, FollowsOtherTopologyOnlyWhereThatTakesNoPart)
 {
-    const MOD_DetailHandle detail;
-    {
-        MOD_Edit edit(detail);
-        append(edit, cubeShape());
-        edit.commit();
-    }
+    const MOD_DetailHandle detail = makeGeometry(cubeShape());
     const MOD_ConstDetailHandle older = detail.read();
     const MSH_Detail &snapshot = *older.readLock();
     const RQ_DataArrayHandle direct(
@@ -279,11 +270,8 @@ TEST(ElementArray, ReadsNothingWhereAVertexHasNoPoint)
     const ELM_Attribute *name = handle.readLock()->find(ELM_OWNER_POINT, "name");
     const RQ_DataArrayHandle text(new RQ_MSHElementArray(handle, name, vertices, ELM_OWNER_VERTEX));
     RQ_DataArrayHandle buffer;
-    for (int c = 0; c < 3; ++c)
-    {
-        EXPECT_EQ(p->getArray<float>(buffer)[9 + c], 0.0f);
-        EXPECT_EQ(p->getF64(3, c), 0.0);
-    }
+    EXPECT_EQ(p->getArray<float>(buffer)[11], 0.0f);
+    EXPECT_EQ(p->getF64(3, 2), 0.0);
     EXPECT_EQ(text->getStringIndex(3), -1);
     EXPECT_EQ(text->getS(3).view(), "");
     EXPECT_EQ(text->getS(2).view(), "named");

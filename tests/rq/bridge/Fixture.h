@@ -8,6 +8,8 @@
 #include <host/mod/Edit.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHDetail.h>
+#include <rq/bridge/MSHPrimCollectPoly.h>
+#include <rq/bridge/MSHPrimitive.h>
 #include <rq/prim/RefineList.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
@@ -32,18 +34,24 @@ inline void append(MOD_Edit &edit, const MeshShape &shape)
     }
 }
 
-inline MOD_ConstDetailHandle makeDetail(const MeshShape &shape)
+/// Geometry that can be edited further.
+inline MOD_DetailHandle makeGeometry(const MeshShape &shape)
 {
-    MOD_Edit edit{MOD_DetailHandle()};
+    const MOD_DetailHandle geometry;
+    MOD_Edit edit(geometry);
     append(edit, shape);
-    return edit.commit();
+    edit.commit();
+    return geometry;
 }
 
+inline MOD_ConstDetailHandle makeDetail(const MeshShape &shape) { return makeGeometry(shape).read(); }
+
 /// What a snapshot refines to.
-inline std::vector<RQ_PrimitiveHandle> refine(const MOD_ConstDetailHandle &detail, const RQ_RefineParms *parms = nullptr)
+inline std::vector<RQ_PrimitiveHandle> refine(const MOD_ConstDetailHandle &detail, const RQ_RefineParms *parms = nullptr,
+                                              const RQ_MSHDetail::RangeHandle &range = {})
 {
     RQ_RefineList list;
-    EXPECT_EQ(list.refine(RQ_MSHDetail::makeDetail(detail).get(), parms), bool(detail));
+    EXPECT_EQ(list.refine(RQ_MSHDetail::makeDetail(detail, range).get(), parms), bool(detail));
     std::vector<RQ_PrimitiveHandle> primitives;
     for (int i = 0; i < list.entries(); ++i)
         primitives.push_back(list.getPrimitive(i));
@@ -61,4 +69,37 @@ inline std::string textOf(const std::vector<RQ_PrimitiveHandle> &primitives)
 }
 
 template <class T> const T *as(const RQ_PrimitiveHandle &primitive) { return dynamic_cast<const T *>(primitive.get()); }
+
+/// A collector that emits nothing but the attributes of what it got, with or without merging.
+class Recorder final : public RQ_MSHPrimCollect
+{
+public:
+    explicit Recorder(bool merges) : merges_(merges) {}
+
+    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *) const override
+    {
+        return new RQ_MSHPrimCollectOffsets;
+    }
+    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &details, const MSH_Primitive *const *primitives, int,
+                               RQ_MSHPrimCollectData *data) const override
+    {
+        static_cast<RQ_MSHPrimCollectOffsets *>(data)->append(*primitives[0]);
+        // Some are emitted on the way.
+        const ELM_Offset offset = primitives[0]->offset();
+        return offset % 1000 == 0 ? new RQ_MSHPrimitive(details, offset) : RQ_PrimitiveHandle();
+    }
+    RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
+    {
+        const RQ_MSHOffsetList &all = static_cast<const RQ_MSHPrimCollectOffsets *>(data)->getPrimitives();
+        return new RQ_PrimPointMesh(details->getPrimitiveAttributes(nullptr, all));
+    }
+    bool canMergeData() const override { return merges_; }
+    void mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const override
+    {
+        static_cast<RQ_MSHPrimCollectOffsets *>(into)->append(*static_cast<const RQ_MSHPrimCollectOffsets *>(from));
+    }
+
+private:
+    bool merges_;
+};
 }  // namespace tests

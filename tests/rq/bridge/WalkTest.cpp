@@ -9,8 +9,6 @@
 #include <host/bas/Parallel.h>
 #include <host/bas/Progress.h>
 #include <host/elm/PrimitiveFactory.h>
-#include <rq/bridge/MSHPrimCollectPoly.h>
-#include <rq/bridge/MSHPrimitive.h>
 #include <rq/prim/PrimCollect.h>
 #include <tests/rq/bridge/Fixture.h>
 
@@ -96,15 +94,7 @@ struct Refinement
             range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, primitives / 5, primitives - primitives / 7);
     }
 
-    std::vector<RQ_PrimitiveHandle> run() const
-    {
-        RQ_RefineList list;
-        EXPECT_TRUE(list.refine(RQ_MSHDetail::makeDetail(detail, range).get(), &parms));
-        std::vector<RQ_PrimitiveHandle> primitives;
-        for (int i = 0; i < list.entries(); ++i)
-            primitives.push_back(list.getPrimitive(i));
-        return primitives;
-    }
+    std::vector<RQ_PrimitiveHandle> run() const { return refine(detail, &parms, range); }
 
     bool wants(ELM_Offset primitive, bool skipsHidden, bool onlySome) const
     {
@@ -200,39 +190,6 @@ TEST(Walk, SeesWhatAPlainLoopSees)
             EXPECT_TRUE(look(refinement.run()) == walkPlainly(refinement, variant));
         }
 }
-
-/// Emits nothing but the numbers of what it got, with or without merging.
-class Recorder final : public RQ_MSHPrimCollect
-{
-public:
-    explicit Recorder(bool merges) : merges_(merges) {}
-
-    RQ_MSHPrimCollectData *beginCollecting(const RQ_MSHDetailListHandle &, const RQ_RefineParms *) const override
-    {
-        return new RQ_MSHPrimCollectOffsets;
-    }
-    RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &details, const MSH_Primitive *const *primitives, int,
-                               RQ_MSHPrimCollectData *data) const override
-    {
-        static_cast<RQ_MSHPrimCollectOffsets *>(data)->append(*primitives[0]);
-        // Some are emitted on the way.
-        const ELM_Offset offset = primitives[0]->offset();
-        return offset % 1000 == 0 ? new RQ_MSHPrimitive(details, offset) : RQ_PrimitiveHandle();
-    }
-    RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
-    {
-        const RQ_MSHOffsetList &all = static_cast<const RQ_MSHPrimCollectOffsets *>(data)->getPrimitives();
-        return new RQ_PrimPointMesh(details->getPrimitiveAttributes(nullptr, all));
-    }
-    bool canMergeData() const override { return merges_; }
-    void mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const override
-    {
-        static_cast<RQ_MSHPrimCollectOffsets *>(into)->append(*static_cast<const RQ_MSHPrimCollectOffsets *>(from));
-    }
-
-private:
-    bool merges_;
-};
 
 /// A binding that ends with the scope.
 struct Bound
