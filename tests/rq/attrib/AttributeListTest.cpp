@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <host/bas/CopyCounter.h>
-#include <host/bas/MemoryTracker.h>
 #include <rq/data/mixId.h>
 #include <tests/json.h>
 
@@ -68,9 +67,7 @@ TEST(AttributeList, RemovesTheArrayWithTheName)
     const RQ_AttributeListHandle list = sampleList()->addAttribute("id", kThird, false);
     EXPECT_EQ(list->removeAttribute("absent"), list);
     const RQ_AttributeListHandle less = list->removeAttribute("width");
-    EXPECT_EQ(less->entries(), 2);
     EXPECT_EQ(less->get(1), kThird);
-    EXPECT_EQ(less->getIndex("id"), 1);
     EXPECT_EQ(list->removeAttributes({"P", "id", "absent", "width"})->entries(), 0);
     EXPECT_EQ(list->entries(), 3) << "the source stays";
 }
@@ -111,6 +108,8 @@ TEST(AttributeList, SegmentsThatShareKeepSharing)
 TEST(AttributeList, CopiesASegmentOfTheSameNames)
 {
     const RQ_AttributeListHandle list = listOf({{"P", kNone}, {"width", kNone}}, 2);
+    list->getMap()->setOriginalOwner(0, RQ_OWNER_VERTEX);
+    list->getMap()->addExportName(0, "position");
     EXPECT_TRUE(list->copySegment(5, *sampleList(), 0));
     EXPECT_FALSE(list->get("P", 0));
     EXPECT_EQ(list->get("P", 1)->getF32(1, 0), 3.0f);
@@ -148,17 +147,6 @@ TEST(AttributeList, HashFollowsTheDataIds)
     EXPECT_EQ(hash, RQmixId(RQmixId(3) + RQmixId(11)) + RQmixId(12)) << "a null array counts in the start only";
     list->get(1)->setDataId(-1);
     EXPECT_FALSE(list->getDataIdHash(hash, 0));
-}
-
-TEST(AttributeList, GivesItsMemoryBack)
-{
-    const int64_t before = BAS_MemoryTracker::current(BAS_MEMORY_LIST);
-    {
-        const RQ_AttributeListHandle list = listOf({{"P", kNone}, {"N", kNone}, {"Cd", kNone}}, 4),
-                                     copy(new RQ_AttributeList(*list));
-        EXPECT_EQ(BAS_MemoryTracker::current(BAS_MEMORY_LIST), before + 2 * (3 * 4 * 8 + 24));
-    }
-    EXPECT_EQ(BAS_MemoryTracker::current(BAS_MEMORY_LIST), before);
 }
 
 TEST(AttributeList, DumpsAndSavesInTheFixedForm)

@@ -1,29 +1,14 @@
 #include <functional>
 #include <set>
 
-#include <rq/attrib/AttributeBuilder.h>
 #include <rq/attrib/AttributeMerge.h>
 #include <rq/data/DARange.h>
-#include <tests/rq/data/arrays.h>
+
+#include "lists.h"
 
 namespace
 {
 using Floats = std::vector<float>;
-
-struct Given
-{
-    const char *declaration;
-    Floats values;
-};
-
-RQ_AttributeListHandle listOf(const std::vector<Given> &attributes)
-{
-    RQ_BuilderStatus status;
-    RQ_AttributeBuilder builder(status);
-    for (const Given &given : attributes)
-        EXPECT_TRUE(builder.add(given.declaration, given.values.data(), int64_t(given.values.size())));
-    return builder.build(RQ_OWNER_POINT);
-}
 
 Floats valuesOf(const RQ_AttributeListHandle &list, const char *name)
 {
@@ -33,10 +18,10 @@ Floats valuesOf(const RQ_AttributeListHandle &list, const char *name)
 
 TEST(AttributeListMerge, ConcatenatesListsOfTheSameNames)
 {
-    const auto a = listOf({{"point float x", {1, 2}}, {"point vector v", {1, 2, 3, 4, 5, 6}}});
-    const auto b = listOf({{"point float x", {3}}, {"point vector v", {7, 8, 9}}});
-    const auto wide = listOf({{"point double x", {3}}, {"point vector v", {7, 8, 9}}}),
-               fewer = listOf({{"point float x", {3}}});
+    const auto a = listOf({{"x", makeArray<float>({1, 2})}, {"v", makeArray<float>({1, 2, 3, 4, 5, 6}, 3, RQ_TYPE_VECTOR)}});
+    const auto b = listOf({{"x", makeArray<float>({3})}, {"v", makeArray<float>({7, 8, 9}, 3, RQ_TYPE_VECTOR)}});
+    const auto wide = listOf({{"x", makeArray<double>({3})}, {"v", makeArray<float>({7, 8, 9}, 3, RQ_TYPE_VECTOR)}}),
+               fewer = listOf({{"x", makeArray<float>({3})}});
     const RQ_AttributeListHandle gone(new RQ_AttributeList(*b)), none;
     gone->set(0, nullptr);
     const struct
@@ -66,9 +51,10 @@ TEST(AttributeListMerge, ConcatenatesListsOfTheSameNames)
 
 TEST(AttributeListMerge, FillsWhatASideLacks)
 {
-    const auto a = listOf({{"point float x", {1, 2}}, {"point vector v", {1, 2, 3, 4, 5, 6}}});
-    const auto b = listOf({{"point float y", {8}}, {"point float x", {3}}});
-    const auto twins = listOf({{"point double v", {9}}, {"point float y", {7}}}), clash = listOf({{"point int x", {3}}});
+    const auto a = listOf({{"x", makeArray<float>({1, 2})}, {"v", makeArray<float>({1, 2, 3, 4, 5, 6}, 3, RQ_TYPE_VECTOR)}});
+    const auto b = listOf({{"y", makeArray<float>({8})}, {"x", makeArray<float>({3})}});
+    const auto twins = listOf({{"v", makeArray<double>({9})}, {"y", makeArray<float>({7})}}),
+               clash = listOf({{"x", makeArray<int32_t>({3})}});
     const RQ_AttributeMerge merge(a->getMap(), b->getMap());
     EXPECT_EQ(merge.map->getLabel(), "x v y");
 
@@ -97,7 +83,8 @@ TEST(AttributeListMerge, FillsWhatASideLacks)
 
 TEST(AttributeListMerge, TheSameListMadeAgainHasTheSameIds)
 {
-    const auto a = listOf({{"point float x", {1, 2, 3, 4}}}), b = listOf({{"point vector v", {7, 8, 9}}});
+    const auto a = listOf({{"x", makeArray<float>({1, 2, 3, 4})}}),
+               b = listOf({{"v", makeArray<float>({7, 8, 9}, 3, RQ_TYPE_VECTOR)}});
     const RQ_DataArrayHandle order(new RQ_DARange(1, 3)), other(new RQ_DARange(1, 3));
     const RQ_AttributeMerge merge(a->getMap(), b->getMap());
     const std::function<RQ_AttributeListHandle()> kMakers[] = {
