@@ -138,10 +138,6 @@ TEST(ElementId, NamesTheElementBehindARow)
         scene->fillArray(last, many.entries() - 2, 2);
         EXPECT_EQ(last[1], 0);
     }
-    EXPECT_EQ(RQ_DataArrayHandle(
-                  new RQ_MSHElementId(handle, RQ_MSHOffsetList(ELM_OffsetList(0x3FFFFFFF, 1)), ELM_OWNER_POINT, false))
-                  ->getStorage(),
-              RQ_STORAGE_INT32);
 }
 
 TEST(AutoNormal, IsWhatTheMeshComputesAndFollowsItsDetail)

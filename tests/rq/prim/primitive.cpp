@@ -45,22 +45,15 @@ TEST(Primitive, FindsAttributesByOwnerOrder)
     primitive->lists[RQ_OWNER_POINT] = listOf("a", {point})->addAttribute("null", point, true);
     primitive->lists[RQ_OWNER_DETAIL] = listOf("d", {detail, vertex});
 
-    const struct
-    {
-        const char *name;
-        int segment;
-        RQ_DataArrayHandle array;
-        RQ_Owner owner;
-    } cases[] = {{"absent", 0, nullptr, RQ_OWNER_DETAIL},
-                 {"a", 0, vertex, RQ_OWNER_VERTEX},
-                 {"null", 0, point, RQ_OWNER_POINT},
-                 {"d", 9, vertex, RQ_OWNER_DETAIL}};
-    for (const auto &c : cases)
-    {
+    const auto found = [&](const char *name, int segment) {
         RQ_Owner owner = RQ_OWNER_INVALID;
-        EXPECT_EQ(primitive->findAttribute(c.name, owner, c.segment), c.array) << c.name;
-        EXPECT_EQ(owner, c.owner) << c.name;
-    }
+        const RQ_DataArrayHandle array = primitive->findAttribute(name, owner, segment);
+        return std::pair(array, owner);
+    };
+    EXPECT_EQ(found("absent", 0), std::pair(RQ_DataArrayHandle(), RQ_OWNER_DETAIL));
+    EXPECT_EQ(found("a", 0), std::pair(vertex, RQ_OWNER_VERTEX));
+    EXPECT_EQ(found("null", 0), std::pair(point, RQ_OWNER_POINT));
+    EXPECT_EQ(found("d", 9), std::pair(vertex, RQ_OWNER_DETAIL));
 
     const RQ_Owner order[] = {RQ_OWNER_UNIFORM, RQ_OWNER_POINT, RQ_OWNER_VERTEX};
     RQ_Storage storage = RQ_STORAGE_INVALID;

@@ -25,12 +25,9 @@ RQ_PolygonMeshHandle rich()
     const RQ_AttributeListHandle shared = oneAttribute("P", positions(cube.positions))
                                               ->addAttribute("both", integers(points), true)
                                               ->addAttribute("point", integers(points), true);
-    const RQ_AttributeListHandle uniform =
-        oneAttribute("name", integers(faces))->addAttribute("face", integers(faces), true);
-    const RQ_AttributeListHandle detail =
-        oneAttribute("name", integers({7}))->addAttribute("whole", integers({8}), true);
+    const RQ_AttributeListHandle detail = oneAttribute("name", integers({7}))->addAttribute("whole", integers({8}), true);
     return new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices), shared,
-                                  oneAttribute("both", integers(corners)), uniform, detail);
+                                  oneAttribute("both", integers(corners)), oneAttribute("name", integers(faces)), detail);
 }
 
 std::vector<int64_t> membersOf(const RQ_FaceSet &set) { return {set.begin(), set.end()}; }
@@ -137,10 +134,7 @@ TEST(Pieces, HoldTheirFacesPointsAndSets)
 
 TEST(Pieces, AreOfEvenSize)
 {
-    MeshShape triangles{"ten", std::vector<float>(9), std::vector<int>(10, 3), {}};
-    for (int i = 0; i < 30; ++i)
-        triangles.indices.push_back(i % 3);
-    const RQ_PolygonMeshHandle mesh = makeMesh(triangles);
+    const RQ_PolygonMeshHandle mesh = makeMesh(stripShape(10));
     BAS_Array<RQ_PrimitiveHandle> pieces;
     EXPECT_FALSE(mesh->splitMesh(10, pieces));
     EXPECT_FALSE(mesh->splitMesh(0, pieces));
@@ -199,7 +193,6 @@ TEST(FaceSets, AreSortedOnceAndKnowTheirWidth)
     EXPECT_EQ(map->add("a", set), set);
     EXPECT_EQ(map->add("a", deleted), set);
     EXPECT_EQ(map->add("a", deleted, true), deleted);
-    EXPECT_EQ(map->entries(), 1);
 }
 
 TEST(FaceSets, MayBeReadFromManyThreadsAtOnce)
