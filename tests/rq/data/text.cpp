@@ -16,38 +16,9 @@ namespace
 {
 using Strings = BAS_Array<BAS_StringHolder>;
 
-RQ_DataArrayHandle colours()
+TEST(DAIndexedString, AnIndexPastTheListIsNoText)
 {
-    const Strings values = {"red", "", "green", "red", "blue", "green"};
-    return RQ_DAIndexedString::createIndexed(values.data(), 6);
-}
-
-Strings read(const RQ_DataArray &array)
-{
-    Strings strings, filled(size_t(array.entries()));
-    array.fillStrings(strings);
-    array.fillStringArray(filled.data(), 0, array.entries());
-    EXPECT_EQ(strings, filled);
-    return strings;
-}
-
-TEST(DAIndexedString, KeepsDistinctTextsOnce)
-{
-    const RQ_DataArrayHandle array = colours();
-    EXPECT_EQ(read(*array), (Strings{"red", "", "green", "red", "blue", "green"}));
-    EXPECT_EQ(array->getStringIndexCount(), 3);
-    EXPECT_EQ(array->getStringIndex(1), -1);
-    EXPECT_EQ(array->getStringIndex(5), 1);
-    Strings distinct;
-    array->getStrings(distinct);
-    EXPECT_EQ(distinct, (Strings{"red", "green", "blue"}));
-    double low, high;
-    EXPECT_FALSE(array->getMinMax(&low, &high));
-    EXPECT_EQ(low, std::numeric_limits<double>::max());
-    EXPECT_EQ(array->getF64(0), 0.0);
-    EXPECT_EQ(array->getDictIndexCount(), -1);
-    EXPECT_TRUE(array->getDict(0).isEmpty());
-    EXPECT_EQ(RQ_DAIndexedString({"a"}, {0, 5, -7}).getS(1), BAS_StringHolder()) << "an index past the list";
+    EXPECT_EQ(RQ_DAIndexedString({"a"}, {0, 5, -7}).getS(1), BAS_StringHolder());
 }
 
 template <class Value> class EveryText : public testing::Test
@@ -128,17 +99,5 @@ TEST(DataArray, SavesValues)
         EXPECT_EQ(tests::jsonOf(*c.array), c.values);
         EXPECT_EQ(tests::jsonOf(*c.array, true), fmt::format("{{\"class\":{},\"values\":{}}}", c.description, c.values));
     }
-}
-
-TEST(DataArray, DumpsValuesBesideTheirId)
-{
-    const RQ_DataArrayHandle array = makeArray<int32_t>({4});
-    array->setDataId(42);
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    array->dumpValues("P: ");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "P: {\"class\":\"RQ_DANumeric\",\"storage\":\"int32\",\"type\":\"\",\"size\":1,\"values\":[4]}\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[id:42]");
 }
 }  // namespace

@@ -222,13 +222,4 @@ TEST(DataArray, FillsVectorsAndTheirBox)
     EXPECT_EQ(block[4], -4.0f);
     EXPECT_EQ(box, BAS_BoundingBox(BAS_Vec3f(-4, 2, 3), BAS_Vec3f(1, 5, 6)));
 }
-
-TEST(DataArray, TellsWhichIndicesItCanHold)
-{
-    EXPECT_TRUE(makeArray<int32_t>({1})->checkIndexing(RQ_INDEXING_AUTO));
-    EXPECT_FALSE(makeArray<int32_t>({1})->checkIndexing(RQ_INDEXING_64));
-    EXPECT_TRUE(makeArray<int64_t>({1})->checkIndexing(RQ_INDEXING_64));
-    EXPECT_FALSE(makeArray<int32_t>({1, 2}, 2)->checkIndexing(RQ_INDEXING_AUTO));
-    EXPECT_FALSE(makeArray<float>({1})->checkIndexing(RQ_INDEXING_AUTO));
-}
 }  // namespace
