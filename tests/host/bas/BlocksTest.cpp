@@ -79,15 +79,3 @@ TEST(BitArray, KeepsTheBitsPastItsSizeClear)
         EXPECT_EQ(bits.next(size), size + 70) << "none behind";
     }
 }
-
-TEST(BitArray, WalksSetBits)
-{
-    BAS_BitArray bits(300);
-    const std::vector<int64_t> set = {0, 63, 64, 130, 299};
-    for (const int64_t i : set)
-        bits.set(i);
-    std::vector<int64_t> seen;
-    for (int64_t i = bits.next(-5); i < bits.size(); i = bits.next(i + 1))
-        seen.push_back(i);
-    EXPECT_EQ(seen, set);
-}
