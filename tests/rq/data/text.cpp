@@ -62,6 +62,9 @@ TYPED_TEST(EveryText, IsSeenThroughViewsAndHardened)
         {
             owned->getStrings(distinct);
             view->fillStringArray(filled.data(), 0, 3);
+            Strings strings;
+            view->fillStrings(strings);
+            EXPECT_EQ(strings, filled);
             EXPECT_EQ(RQ_DAConstant::createConstant(back, 1, 2)->getS(1), values[2]);
         }
         else
