@@ -7,58 +7,6 @@
 #include <host/bas/JSONValue.h>
 #include <host/bas/JSONWriter.h>
 
-TEST(JSONWriter, AnswersWhatIsLegal)
-{
-    const struct
-    {
-        const char *what;
-        bool (*write)(BAS_JSONWriter &);
-        bool legal;
-    } kCases[] = {
-        {"a lone value", [](BAS_JSONWriter &w) { return w.writeInt(1); }, true},
-        {"a value without a key", [](BAS_JSONWriter &w) { return w.beginMap() && w.writeInt(1); }, false},
-        {"a key without a value", [](BAS_JSONWriter &w) { return w.beginMap() && w.key("a") && w.endMap(); }, false},
-        {"crossed ends", [](BAS_JSONWriter &w) { return w.beginArray() && w.endMap(); }, false},
-    };
-    for (const auto &c : kCases)
-    {
-        SCOPED_TRACE(c.what);
-        std::string text;
-        BAS_JSONWriter writer(text);
-        EXPECT_EQ(c.write(writer), c.legal);
-        if (!c.legal)
-        {
-            EXPECT_FALSE(writer.beginArray()) << "a failure is final";
-            EXPECT_FALSE(writer.flush());
-        }
-    }
-}
-
-TEST(JSONWriter, WritesOneLineOrIndents)
-{
-    const auto write = [](BAS_JSONWriter &writer) {
-        const float row[] = {0.1f, 2.0f};
-        const BAS_StringHolder names[] = {"P", "N"};
-        writer.beginMap();
-        writer.key("row");
-        writer.uniformArray(row, 2);
-        writer.key("items");
-        writer.beginArray();
-        writer.stringArray(names, 2);
-        writer.writeNull();
-        writer.endArray();
-        writer.endMap();
-    };
-    std::string line, indented;
-    BAS_Options options;
-    options.set("int json:indentstep", int64_t(2));
-    BAS_JSONWriter lineWriter(line), indentingWriter(indented, options);
-    write(lineWriter);
-    write(indentingWriter);
-    EXPECT_EQ(line, R"({"row":[0.1,2],"items":[["P","N"],null]})");
-    EXPECT_EQ(indented, "{\n  \"row\": [0.1, 2],\n  \"items\": [\n    [\"P\", \"N\"],\n    null\n  ]\n}");
-}
-
 TEST(JSONWriter, AlwaysWritesValidText)
 {
     const struct

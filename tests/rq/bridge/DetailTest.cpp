@@ -6,36 +6,6 @@ using namespace tests;
 
 namespace
 {
-TEST(Detail, KeepsEveryFaceOfEveryShape)
-{
-    for (const MeshShape &shape : meshShapes())
-    {
-        SCOPED_TRACE(shape.name);
-        const std::vector<RQ_PrimitiveHandle> primitives = refine(makeDetail(shape));
-        if (shape.counts.empty())
-        {
-            ASSERT_EQ(primitives.size(), shape.pointCount() > 0 ? 1u : 0u);
-            EXPECT_TRUE(primitives.empty() || as<RQ_PrimPointMesh>(primitives[0])->getPointCount() == shape.pointCount());
-            continue;
-        }
-        ASSERT_FALSE(primitives.empty());
-        const auto *mesh = as<RQ_PrimPolygonMesh>(primitives.back());
-        ASSERT_NE(mesh, nullptr);
-        std::string why;
-        EXPECT_TRUE(mesh->validate(&why)) << why;
-        ASSERT_EQ(mesh->getFaceCount(), int64_t(shape.counts.size()));
-        ASSERT_EQ(mesh->getVertexCount(), int64_t(shape.indices.size()));
-        const RQ_DataArrayHandle &p = mesh->getShared()->get("P");
-        for (int64_t v = 0; v < mesh->getVertexCount(); ++v)
-            for (int c = 0; c < 3; ++c)
-            {
-                const float expected = shape.positions[size_t(3 * shape.indices[size_t(v)] + c)];
-                const float value = p->getF32(mesh->getVertexList()->getI64(v), c);
-                ASSERT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected))) << "vertex " << v;
-            }
-    }
-}
-
 TEST(Detail, HasTheSameIdsWheneverItIsRefined)
 {
     const MOD_DetailHandle detail = makeGeometry(cubeShape());

@@ -116,30 +116,4 @@ TEST(RefineParms, AreEqualAfterTheyWereDumpedAndLoaded)
 }
 
 // What the table says must be what the getters do: it is the command line's only knowledge.
-TEST(RefineParms, TableDescribesEveryOption)
-{
-    std::set<std::string> keys;
-    for (const RQ_RefineOption &option : RQ_RefineParms::options())
-    {
-        SCOPED_TRACE(option.key);
-        EXPECT_TRUE(keys.insert(option.key).second) << "a key twice";
-        EXPECT_NE(*option.meaning, '\0');
-        EXPECT_EQ(RQ_RefineParms::findOption(option.key), &option);
-    }
-    EXPECT_EQ(keys.size(), 40u + 5u);
-    EXPECT_EQ(RQ_RefineParms::findOption("no such key"), nullptr);
-
-    // Setting every default changes nothing but the store.
-    BAS_Options defaults;
-    for (const RQ_RefineOption &option : RQ_RefineParms::options())
-        if (BAS_StringHolder(option.key).view() != "geo:refinegroup")
-            defaults.set(option.key, option.defaultValue);
-    RQ_RefineParms parms;
-    parms.load(defaults);
-    EXPECT_EQ(parms.getFlags(), 0xFC25u);
-    EXPECT_EQ(parms.getCuspAngle(), RQ_RefineParms::getCuspAngle(nullptr));
-    BAS_WorkBuffer buffer;
-    EXPECT_EQ(RQ_RefineParms::getGeoRefineGroup(nullptr, buffer), nullptr);
-    EXPECT_EQ(parms.get("cuspangle", 0.0), 60.060001373291016);
-}
 }  // namespace
