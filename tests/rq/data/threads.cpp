@@ -27,7 +27,7 @@ RQ_DataArrayHandle makeFloats()
     return array;
 }
 
-RQ_DataArrayHandle makeIndices() { return RQ_DARandom<int32_t>(kEntries, 9, 0, int32_t(kEntries)).harden(); }
+RQ_DataArrayHandle makeIndices() { return RQ_DARandom<int32_t>(kEntries, 9, 0, int32_t(kEntries) - 1).harden(); }
 
 TEST(Threads, HashesSumsAndMinimaDoNotDependOnTheirNumber)
 {
