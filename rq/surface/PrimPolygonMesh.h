@@ -162,19 +162,21 @@ public:
     /// them.  `Vector` is a 3-vector of `float`, `double` or `PLT_Half`.  False, with nothing written, where those fail.
     template <class Vector> bool faceNormals(Vector *normals, int segment = 0, const char *positions = "P") const
     {
-        return writeFaceNormals(&normals->x, storageOf<Vector>, segment, positions);
+        return writeFaceNormals(static_cast<void *>(normals), storageOf<Vector>, segment, positions);
     }
     template <class Vector>
     bool pointNormals(Vector *normals, int segment = 0, const char *positions = "P", bool normalize = true,
                       RQ_NormalWeights weights = RQ_NORMAL_WEIGHTS_ANGLE) const
     {
-        return writePointNormals(&normals->x, storageOf<Vector>, segment, positions, normalize, weights, nullptr);
+        return writePointNormals(static_cast<void *>(normals), storageOf<Vector>, segment, positions, normalize, weights,
+                                 nullptr);
     }
     template <class Vector>
     bool vertexNormals(Vector *normals, int segment, const char *positions, double cuspAngle, bool normalize = true,
                        RQ_NormalWeights weights = RQ_NORMAL_WEIGHTS_ANGLE) const
     {
-        return writeVertexNormals(&normals->x, storageOf<Vector>, segment, positions, cuspAngle, normalize, weights);
+        return writeVertexNormals(static_cast<void *>(normals), storageOf<Vector>, segment, positions, cuspAngle, normalize,
+                                  weights);
     }
 
     /// The mesh with point normals "N", or this one when vertices or points have an "N" already.
