@@ -19,6 +19,8 @@ template <class Position> BAS_Vec3d newellVector(int64_t corners, Position &&pos
     BAS_Vec3d sum(0.0);
     if (corners < 3)
         return sum;
+    if (corners == 4)
+        return (position(2) - position(0)) % (position(3) - position(1));
     const BAS_Vec3d origin = position(0);
     BAS_Vec3d last = position(1) - origin;
     for (int64_t i = 2; i < corners; ++i)
@@ -30,11 +32,14 @@ template <class Position> BAS_Vec3d newellVector(int64_t corners, Position &&pos
     return sum;
 }
 
+// Between these the squares of a vector's parts neither vanish nor overflow.
+constexpr double kLeastPlainSquare = 1e-280;
+constexpr double kGreatestPlainSquare = 1e280;
+
 /// The direction of `v`; the zero vector when it has none (zero length, not finite).
 inline BAS_Vec3d direction(const BAS_Vec3d &v)
 {
-    // Between these the squares neither vanish nor overflow.
-    if (const double squared = v.dot(v); squared > 1e-280 && squared < 1e280)
+    if (const double squared = v.dot(v); squared > kLeastPlainSquare && squared < kGreatestPlainSquare)
         return v / std::sqrt(squared);
     const double largest = std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
     if (!(largest > 0.0) || !std::isfinite(v.x + v.y + v.z))
@@ -49,23 +54,23 @@ inline BAS_Vec3d direction(const BAS_Vec3d &v)
 /// to which the rest of the circle is folded.
 inline double angleOf(double across, double along)
 {
-    constexpr double kCoefficients[] = {0.999999999978399,   -0.33333332097613705, 0.19999883856762368, -0.1428158877682093,
+    constexpr double kCoefficients[] = {0.999999999978399, -0.33333332097613705, 0.19999883856762368, -0.1428158877682093,
                                         0.110404892674878, -0.08456193076995829, 0.047073484921487066};
     constexpr double kEighth = std::numbers::sqrt2 - 1.0;  // the tangent of pi/8
     const double length = std::abs(along);
     const double small = std::min(across, length), large = std::max(across, length);
     const bool isFolded = small > kEighth * large;
     const double sum = isFolded ? large + small : large;
-    if (!(sum > 0.0))
-        return 0.0;
-    const double tangent = (isFolded ? small - large : small) / sum;
+    const bool isAngle = sum > 0.0;
+    const double tangent = (isFolded ? small - large : small) / (isAngle ? sum : 1.0);
     const double square = tangent * tangent;
     double series = 0.0;
     for (int i = 6; i >= 0; --i)
         series = series * square + kCoefficients[i];
     double angle = tangent * series + (isFolded ? 0.25 * std::numbers::pi : 0.0);
     angle = across > length ? 0.5 * std::numbers::pi - angle : angle;
-    return along < 0.0 ? std::numbers::pi - angle : angle;
+    angle = along < 0.0 ? std::numbers::pi - angle : angle;
+    return isAngle ? angle : 0.0;
 }
 
 /// Two unit axes at right angles to a face's Newell vector and to each other (Duff and others, "Building an orthonormal
@@ -86,8 +91,8 @@ inline void faceFrame(const BAS_Vec3d &newell, BAS_Vec3d &axisX, BAS_Vec3d &axis
     axisY = BAS_Vec3d(b, sign + normal.y * normal.y * a, -normal.y);
 }
 
-/// The unit normal of a face from its first three corners; from all of them where these are too small to trust.
-template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&position)
+/// A vector along a face's normal from its first three corners; from all of them where these are too small to trust.
+template <class Position> BAS_Vec3d fastNormalVector(int64_t corners, Position &&position)
 {
     // Squared length of the sums under which three corners are taken for degenerate.
     constexpr double kTrusted = 1e-6;
@@ -96,9 +101,13 @@ template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&posit
     const BAS_Vec3d first = position(0);
     const BAS_Vec3d sum = (position(1) - first) % (position(2) - first);
     const double squared = sum.dot(sum);
-    if (squared > kTrusted && std::isfinite(squared))
-        return sum / std::sqrt(squared);
-    return direction(newellVector(corners, position));
+    return squared > kTrusted && std::isfinite(squared) ? sum : newellVector(corners, position);
+}
+
+/// The unit normal of a face, from that vector.
+template <class Position> BAS_Vec3d fastNormal(int64_t corners, Position &&position)
+{
+    return direction(fastNormalVector(corners, position));
 }
 
 /// The angle in radians at corner `at` of a face.  Neighbours that lie on the corner are passed over, so that a quad with

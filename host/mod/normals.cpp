@@ -8,29 +8,31 @@ namespace
 // A corner costs a few nanoseconds to write.
 constexpr int64_t kVerticesPerTask = 8192;
 
-void store(float *to, const BAS_Vec3d &normal)
+void store(float *to, const BAS_Vec3f &normal)
 {
-    for (int axis = 0; axis < 3; ++axis)
-        to[axis] = float(normal[axis]);
+    to[0] = normal.x;
+    to[1] = normal.y;
+    to[2] = normal.z;
 }
 
-// A vertex that several faces share gets the direction of the sum of its corners' normals.  The kernel writes the corners of
-// one point from one thread, in order, so adding up is safe and always gives the same bits.
+// A vertex that several faces share gets the direction of the sum of its corners' normals.
 template <class Kernel, class Faces>
-void writeSharedVertices(const Kernel &kernel, const Faces &faces, const MSH_Detail &detail, double cuspAngle, float *to)
+void writeSharedVertices(Kernel &kernel, const Faces &faces, const MSH_Detail &detail, double cuspAngle, float *to)
 {
+    std::vector<BAS_Vec3f> normals(size_t(faces.corners()));
+    kernel.cornerNormals(cuspAngle, true,
+                         [&](int64_t corner, const BAS_Vec3f &normal) { normals[size_t(corner)] = normal; });
     std::vector<BAS_Vec3d> sums(size_t(detail.capacity(ELM_OWNER_VERTEX)), BAS_Vec3d(0.0));
     std::vector<uint8_t> isShared(sums.size()), isSeen(sums.size());
-    kernel.cornerNormals(cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
+    for (int64_t corner = 0; corner < faces.corners(); ++corner)
+    {
         const size_t vertex = size_t(faces.vertex(corner));
-        sums[vertex] += normal;
+        sums[vertex] += BAS_Vec3d(normals[size_t(corner)]);
         isShared[vertex] |= isSeen[vertex];
         isSeen[vertex] = 1;
-    });
-    host::parallelFor(int64_t(sums.size()), kVerticesPerTask, [&](int64_t vertex) {
-        const BAS_Vec3d &sum = sums[size_t(vertex)];
-        store(to + 3 * vertex, isShared[size_t(vertex)] ? host::direction(sum) : sum);
-    });
+    }
+    host::parallelFor(int64_t(sums.size()), kVerticesPerTask,
+                      [&](int64_t vertex) { store(to + 3 * vertex, BAS_Vec3f(host::direction(sums[size_t(vertex)]))); });
 }
 
 bool sharesVertices(const MSH_Detail &detail)
@@ -48,16 +50,16 @@ void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &co
     using Faces = host::FaceTable<Index>;
     const Faces faces(detail, counts);
     const int64_t points = detail.capacity(ELM_OWNER_POINT);
-    const host::CornerAdjacency<Index> adjacency(points, faces);
-    const host::NormalKernel<float, Index, Faces> kernel(adjacency, faces, position, host::NormalWeights::angle);
+    const auto adjacencyOf = [&] { return std::make_unique<host::CornerAdjacency<Index>>(points, faces); };
+    host::NormalKernel<float, Faces, Position, decltype(adjacencyOf)> kernel(points, faces, position, adjacencyOf,
+                                                                             host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
-        kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3d &normal) { store(to + 3 * point, normal); });
+        kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3f &normal) { store(to + 3 * point, normal); });
     else if (sharesVertices(detail))
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else
-        kernel.cornerNormals(cuspAngle, true, [&](int64_t corner, const BAS_Vec3d &normal) {
-            store(to + 3 * faces.vertex(corner), normal);
-        });
+        kernel.cornerNormals(cuspAngle, true,
+                             [&](int64_t corner, const BAS_Vec3f &normal) { store(to + 3 * faces.vertex(corner), normal); });
 }
 }  // namespace
 

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <vector>
+
+#include <host/bas/LargeBlocks.h>
+#include <host/bas/Parallel.h>
+
+namespace host
+{
+/// Runs of points, and the blocks of neighbouring faces that use any point of each: whoever adds up what faces give to their
+/// points can take one run at a time, with all faces of a point in order, and needs no list of the faces around a point.
+///
+/// A mesh whose faces come in the order of its points, as most do, has each block in one window, seldom two.
+class PointWindows
+{
+public:
+    /// Windows over points [0, points); blocks are `facesPerBlock` faces each.  Without locality there are none when several
+    /// workers wait for them, and a single one for one worker.
+    template <class Topology> PointWindows(int64_t points, const Topology &topology, int64_t facesPerBlock) : points_(points)
+    {
+        using Index = typename Topology::Index;
+        const int64_t blocks = (topology.faces() + facesPerBlock - 1) / facesPerBlock;
+        Row<Span> spans(static_cast<size_t>(blocks));
+        parallelFor(blocks, kBlocksPerTask, [&](int64_t block) {
+            const int64_t lastFace = std::min((block + 1) * facesPerBlock, topology.faces());
+            const int64_t end = topology.end(lastFace - 1);
+            Index least = std::numeric_limits<Index>::max(), greatest = 0;
+            for (int64_t corner = topology.begin(block * facesPerBlock); corner < end; ++corner)
+            {
+                const Index point = Index(topology.point(corner));
+                least = std::min(least, point);
+                greatest = std::max(greatest, point);
+            }
+            spans[size_t(block)] = {std::min<int64_t>(least, greatest), greatest};
+        });
+        size_ = std::clamp<int64_t>(points / (kWindowsPerWorker * BAS_Threads::processors()), kLeastPoints, kMostPoints);
+        if (entries(spans) > 2 * blocks + kFewEntries)
+        {
+            size_ = std::max<int64_t>(points, 1);
+            hasLocality_ = !BAS_Threads::enabled();
+        }
+        if (hasLocality_)
+            listBlocks(spans);
+    }
+
+    /// False when the work is better done point by point.
+    bool hasLocality() const { return hasLocality_; }
+
+    int64_t count() const { return int64_t(starts_.size()) - 1; }
+
+    /// The points of a window.
+    int64_t first(int64_t window) const { return window * size_; }
+    int64_t last(int64_t window) const { return std::min((window + 1) * size_, points_); }
+
+    /// Its blocks, in order; in the first of its windows a block is at home.
+    struct Block
+    {
+        int64_t index;
+        bool isHome;
+    };
+    std::span<const Block> blocks(int64_t window) const
+    {
+        return {blocks_.data() + starts_[size_t(window)], blocks_.data() + starts_[size_t(window) + 1]};
+    }
+
+private:
+    // A block of 64 quads takes a microsecond or two to work out, and 100 ns to look through.
+    static constexpr int64_t kBlocksPerTask = 256;
+    static constexpr int64_t kFewEntries = 64;
+    static constexpr int64_t kWindowsPerWorker = 8;
+    static constexpr int64_t kLeastPoints = 4096;
+    static constexpr int64_t kMostPoints = 65536;
+
+    template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
+
+    // The least and the greatest point of a block; 0 for faces without corners.
+    struct Span
+    {
+        int64_t first;
+        int64_t last;
+    };
+
+    int64_t entries(const Row<Span> &spans) const
+    {
+        int64_t sum = 0;
+        for (const Span &span : spans)
+            sum += span.last / size_ - span.first / size_ + 1;
+        return sum;
+    }
+
+    void listBlocks(const Row<Span> &spans)
+    {
+        const size_t windows = size_t((points_ + size_ - 1) / size_);
+        starts_.assign(windows + 1, 0);
+        const auto eachEntry = [&](auto &&visit) {
+            for (size_t block = 0; block < spans.size(); ++block)
+            {
+                const int64_t home = spans[block].first / size_;
+                for (int64_t window = home; window <= spans[block].last / size_ && size_t(window) < windows; ++window)
+                    visit(size_t(window), Block{int64_t(block), window == home});
+            }
+        };
+        eachEntry([this](size_t window, Block) { ++starts_[window + 1]; });
+        for (size_t window = 0; window < windows; ++window)
+            starts_[window + 1] += starts_[window];
+        blocks_.resize(starts_.back());
+        std::vector<size_t> places = starts_;
+        eachEntry([&](size_t window, Block block) { blocks_[places[window]++] = block; });
+    }
+
+    int64_t points_;
+    int64_t size_ = 1;  // points of a window
+    bool hasLocality_ = true;
+    std::vector<size_t> starts_ = {0};
+    Row<Block> blocks_;
+};
+}  // namespace host

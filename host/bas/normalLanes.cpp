@@ -1,0 +1,81 @@
+#include <host/bas/normalLanes.h>
+
+#include <host/bas/faceGeometry.h>
+
+// The same loops are compiled twice on x86-64: for the processors that all have, and for those with 256-bit registers.
+// Neither fuses a multiplication with an addition, so the bits are the same.
+#if defined(__x86_64__)
+#define HOST_WIDE __attribute__((target("avx2")))
+#else
+#define HOST_WIDE
+#endif
+
+namespace
+{
+bool hasWideRegisters()
+{
+#if defined(__x86_64__)
+    static const bool has = __builtin_cpu_supports("avx2");
+    return has;
+#else
+    return false;
+#endif
+}
+
+bool isPlain(double squared) { return (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare); }
+
+// Leaves vectors that need care as they are, with length 1; false when there are any.
+[[gnu::always_inline]] inline bool normalizePlain(double *x, double *y, double *z, int64_t count, double *lengths)
+{
+    int64_t plain = 0;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const double squared = x[i] * x[i] + y[i] * y[i] + z[i] * z[i];
+        const double length = std::sqrt(isPlain(squared) ? squared : 1.0);
+        x[i] /= length;
+        y[i] /= length;
+        z[i] /= length;
+        lengths[i] = length;
+        plain += isPlain(squared);
+    }
+    return plain == count;
+}
+
+[[gnu::always_inline]] inline void anglesPlain(double *angles, const double *along, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+        angles[i] = host::angleOf(std::sqrt(angles[i]), along[i]);
+}
+
+HOST_WIDE bool normalizeWide(double *x, double *y, double *z, int64_t count, double *lengths)
+{
+    return normalizePlain(x, y, z, count, lengths);
+}
+
+HOST_WIDE void anglesWide(double *angles, const double *along, int64_t count) { anglesPlain(angles, along, count); }
+}  // namespace
+
+namespace host
+{
+void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
+{
+    if ((hasWideRegisters() ? normalizeWide : normalizePlain)(vectors.x, vectors.y, vectors.z, count, lengths))
+        return;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const BAS_Vec3d vector(vectors.x[i], vectors.y[i], vectors.z[i]);
+        if (isPlain(vector.dot(vector)))
+            continue;
+        const BAS_Vec3d unit = direction(vector);
+        vectors.x[i] = unit.x;
+        vectors.y[i] = unit.y;
+        vectors.z[i] = unit.z;
+        lengths[i] = unit == BAS_Vec3d(0.0) ? 0.0 : vector.length();
+    }
+}
+
+void anglesOfLanes(double *angles, const double *along, int64_t count)
+{
+    (hasWideRegisters() ? anglesWide : anglesPlain)(angles, along, count);
+}
+}  // namespace host
