@@ -32,19 +32,15 @@ public:
     /// and `point(corner)`; `position(point)` reads a point as 64-bit floats.  `given`, if not null, holds one weight per
     /// corner of the mesh that is taken instead of `weights`.
     template <class Topology, class Position>
-    void evaluate(const Topology &topology, const Position &position, int64_t first, int64_t last, NormalWeights weights,
+    void evaluate(const Topology topology, const Position position, int64_t first, int64_t last, NormalWeights weights,
                   const float *given)
     {
         begin_ = topology.begin(first);
         weighsCorners_ = given || weights == NormalWeights::angle;
         const int64_t faces = last - first, corners = topology.end(last - 1) - begin_;
         const bool measures = weighsCorners_ && !given;
-        hasRepeats_ = false;
         if (measures)
-        {
-            angles_.resize(size_t(corners));
-            along_.resize(size_t(corners));
-        }
+            edges_.resize(corners);
         for (int64_t i = 0; i < faces; ++i)
             visitCorners(topology, position, first + i, [&](auto count, const BAS_Vec3d *at) {
                 const BAS_Vec3d newell = newellVector(count, [at](int64_t k) { return at[k]; });
@@ -52,7 +48,7 @@ public:
                 lanes_.y[i] = newell.y;
                 lanes_.z[i] = newell.z;
                 if (measures && count > 0)
-                    measureCorners(count, at, topology.begin(first + i) - begin_);
+                    noteEdges(count, at, topology.begin(first + i) - begin_);
             });
         double areas[kFaces];  // twice the area of each
         normalizeLanes(lanes_, faces, areas);
@@ -74,9 +70,10 @@ public:
     Real cornerWeight(int64_t corner) const { return weights_[size_t(corner - begin_)]; }
 
 private:
-    // Triangles and quads are worked out with loops unrolled.
+    // Triangles and quads are worked out with loops unrolled; a call for each would cost as much as the work.
     template <class Topology, class Position, class Visit>
-    void visitCorners(const Topology &topology, const Position &position, int64_t face, Visit &&visit)
+    [[gnu::always_inline]] inline void visitCorners(const Topology &topology, const Position &position, int64_t face,
+                                                    Visit &&visit)
     {
         const int64_t begin = topology.begin(face), count = topology.end(face) - begin;
         const auto at = [&](int64_t i) { return position(topology.point(begin + i)); };
@@ -93,17 +90,17 @@ private:
         }
     }
 
-    template <class Count> void measureCorners(Count count, const BAS_Vec3d *at, int64_t corner)
+    template <class Count> void noteEdges(Count count, const BAS_Vec3d *at, int64_t corner)
     {
-        double *angles = angles_.data() + corner, *along = along_.data() + corner;
         BAS_Vec3d previous = at[0] - at[count - 1];
         for (int64_t i = 0; i < count; ++i)
         {
             const BAS_Vec3d next = at[i + 1 < count ? i + 1 : 0] - at[i];
-            const BAS_Vec3d across = previous % next;
-            angles[i] = across.dot(across);
-            along[i] = -next.dot(previous);
-            hasRepeats_ |= (angles[i] == 0.0) & (along[i] == 0.0);
+            for (int axis = 0; axis < 3; ++axis)
+            {
+                edges_.previous[axis][size_t(corner + i)] = previous[axis];
+                edges_.next[axis][size_t(corner + i)] = next[axis];
+            }
             previous = next;
         }
     }
@@ -113,11 +110,13 @@ private:
     {
         const int64_t count = topology.end(last - 1) - begin_;
         weights_.resize(size_t(count));
+        bool hasRepeats = false;
         if (given)
             std::copy_n(given + begin_, count, weights_.begin());
         else
         {
-            anglesOfLanes(angles_.data(), along_.data(), count);
+            angles_.resize(size_t(count));
+            hasRepeats = !anglesOfLanes(edges_, count, angles_.data());
             std::copy_n(angles_.begin(), count, weights_.begin());
         }
         for (int64_t face = first; face < last; ++face)
@@ -127,7 +126,7 @@ private:
             const int64_t corners = topology.end(face) - topology.begin(face);
             if (normals_[size_t(face - first)] == Vector(Real(0)))
                 std::fill_n(weights, corners, Real(0));
-            else if (hasRepeats_)
+            else if (hasRepeats)
                 for (int64_t i = 0; i < corners; ++i)
                     weights[i] = Real(cornerAngle(
                         corners, i, [&](int64_t k) { return position(topology.point(topology.begin(face) + k)); }));
@@ -138,10 +137,10 @@ private:
     std::array<Vector, kFaces> normals_;
     std::array<Real, kFaces> factors_;
     bool weighsCorners_ = false;
-    bool hasRepeats_ = false;  // some neighbouring corners lie in one place
-    int64_t begin_ = 0;        // the first corner
+    int64_t begin_ = 0;  // the first corner
     std::vector<BAS_Vec3d> corners_;
-    std::vector<double> angles_, along_;
+    CornerLanes edges_;
+    std::vector<double> angles_;
     std::vector<Real> weights_;
 };
 }  // namespace host

@@ -41,10 +41,26 @@ bool isPlain(double squared) { return (squared > host::kLeastPlainSquare) & (squ
     return plain == count;
 }
 
-[[gnu::always_inline]] inline void anglesPlain(double *angles, const double *along, int64_t count)
+// Edges of the corners, axis by axis: the previous ones, then the next ones.
+struct Edges
 {
+    const double *x, *y, *z, *nextX, *nextY, *nextZ;
+};
+
+[[gnu::always_inline]] inline bool anglesPlain(const Edges &edges, int64_t count, double *angles)
+{
+    int64_t repeats = 0;
     for (int64_t i = 0; i < count; ++i)
-        angles[i] = host::angleOf(std::sqrt(angles[i]), along[i]);
+    {
+        const double x = edges.x[i], y = edges.y[i], z = edges.z[i];
+        const double nextX = edges.nextX[i], nextY = edges.nextY[i], nextZ = edges.nextZ[i];
+        const double acrossX = y * nextZ - z * nextY, acrossY = z * nextX - x * nextZ, acrossZ = x * nextY - y * nextX;
+        const double across = acrossX * acrossX + acrossY * acrossY + acrossZ * acrossZ;
+        const double along = -(x * nextX + y * nextY + z * nextZ);
+        angles[i] = host::angleOf(std::sqrt(across), along);
+        repeats += (across == 0.0) & (along == 0.0);
+    }
+    return repeats == 0;
 }
 
 HOST_WIDE bool normalizeWide(double *x, double *y, double *z, int64_t count, double *lengths)
@@ -52,7 +68,7 @@ HOST_WIDE bool normalizeWide(double *x, double *y, double *z, int64_t count, dou
     return normalizePlain(x, y, z, count, lengths);
 }
 
-HOST_WIDE void anglesWide(double *angles, const double *along, int64_t count) { anglesPlain(angles, along, count); }
+HOST_WIDE bool anglesWide(const Edges &edges, int64_t count, double *angles) { return anglesPlain(edges, count, angles); }
 }  // namespace
 
 namespace host
@@ -74,8 +90,11 @@ void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
     }
 }
 
-void anglesOfLanes(double *angles, const double *along, int64_t count)
+bool anglesOfLanes(const CornerLanes &corners, int64_t count, double *angles)
 {
-    (hasWideRegisters() ? anglesWide : anglesPlain)(angles, along, count);
+    const auto &[x, y, z] = corners.previous;
+    const auto &[nextX, nextY, nextZ] = corners.next;
+    const Edges edges{x.data(), y.data(), z.data(), nextX.data(), nextY.data(), nextZ.data()};
+    return (hasWideRegisters() ? anglesWide : anglesPlain)(edges, count, angles);
 }
 }  // namespace host

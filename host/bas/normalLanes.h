@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include <host/plt/types.h>
 
@@ -22,6 +23,21 @@ struct VectorLanes
 /// Replace the first `count` vectors by their directions, as `direction` does, and write their lengths.
 HOST_API void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths);
 
-/// `angles[i]` becomes `angleOf(sqrt(angles[i]), along[i])`: it comes as the square of the sine's part.
-HOST_API void anglesOfLanes(double *angles, const double *along, int64_t count);
+/// The edges on both sides of some corners of faces, axis by axis: from the corner before to it, and from it to the next.
+struct CornerLanes
+{
+    std::vector<double> previous[3];
+    std::vector<double> next[3];
+
+    void resize(int64_t count)
+    {
+        for (auto *edges : {previous, next})
+            for (int axis = 0; axis < 3; ++axis)
+                edges[axis].resize(size_t(count));
+    }
+};
+
+/// The angle at each corner, as `angleOf` gives it.  False when some corner lies on both its neighbours or on one of them,
+/// and its angle is not known from these edges alone.
+HOST_API bool anglesOfLanes(const CornerLanes &corners, int64_t count, double *angles);
 }  // namespace host

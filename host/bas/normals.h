@@ -11,7 +11,7 @@
 // Normals of points and of face corners, in one kernel, so that two users can never disagree.
 //
 // A topology offers `faces()`, `begin(face)`, `end(face)` (corner positions) and `point(corner)`; positions are read as
-// `position(point)` in 64-bit floats.
+// `position(point)` in 64-bit floats.  Both are copied into the loops: they must be small.
 
 namespace host
 {
@@ -81,6 +81,9 @@ private:
     static constexpr int64_t kPointsPerTask = 1024;
     static constexpr int64_t kBlocksPerTask = 64;
 
+    // Around fewer faces all pairs are looked at sooner.
+    static constexpr size_t kFew = 8;
+
     using Block = FaceBlock<Real>;
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
 
@@ -121,14 +124,16 @@ private:
 
     void addToPoints(const Block &block, int64_t firstFace, int64_t lastFace, int64_t firstPoint, Row<BAS_Vec3d> &sums) const
     {
+        const Topology topology = topology_;
         const uint64_t count = sums.size();
+        BAS_Vec3d *to = sums.data();
         for (int64_t face = firstFace; face < lastFace; ++face)
         {
             const BAS_Vec3d normal(block.normal(face - firstFace));
             const BAS_Vec3d part = normal * double(block.weight(face - firstFace));
-            for (int64_t corner = topology_.begin(face), end = topology_.end(face); corner < end; ++corner)
-                if (const uint64_t at = uint64_t(topology_.point(corner) - firstPoint); at < count)
-                    sums[at] += block.weighsCorners() ? normal * double(block.cornerWeight(corner)) : part;
+            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
+                if (const uint64_t at = uint64_t(topology.point(corner) - firstPoint); at < count)
+                    to[at] += block.weighsCorners() ? normal * double(block.cornerWeight(corner)) : part;
         }
     }
 
@@ -206,13 +211,14 @@ private:
         const Real near = Real(least + 1e-6);
         std::atomic<bool> any = false;
         parallelForRange(topology_.faces(), kBlocksPerTask * Block::kFaces, [&](int64_t first, int64_t last) {
+            const Topology topology = topology_;
             bool found = false;
             for (int64_t face = first; face < last; ++face)
             {
                 const Vector own = normals_[size_t(face)];
-                for (int64_t corner = topology_.begin(face), end = topology_.end(face); corner < end; ++corner)
+                for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
                 {
-                    const int64_t point = topology_.point(corner);
+                    const int64_t point = topology.point(corner);
                     const Vector &normal = points[size_t(point)];
                     write(corner, normal);
                     if (own.dot(normal) > near * (normalized ? Real(1) : normal.length()))
@@ -242,19 +248,25 @@ private:
             fan.normals[i] = BAS_Vec3d(normals_[size_t(face)]);
             fan.contributions[i] = contribution(face, corners[i]);
         }
-        // All corners of a smooth point share one sum; this spares a point of many faces the look at every pair.
-        const bool isSmooth = isNearMean(fan.normals, cusp.mean);
+        // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
+        const bool isSmooth = valence > kFew && isNearMean(fan.normals, cusp.mean);
         BAS_Vec3d sum(0.0);
+        Vector normal(Real(0));
         for (size_t own = 0; own < valence; ++own)
         {
+            BAS_Vec3d ownSum = sum;
             if (own == 0 || !isSmooth)
             {
-                sum = BAS_Vec3d(0.0);
+                ownSum = BAS_Vec3d(0.0);
                 for (size_t i = 0; i < valence; ++i)
                     if (i == own || isSmooth || fan.normals[own].dot(fan.normals[i]) >= cusp.pair)
-                        sum += fan.contributions[i];
+                        ownSum += fan.contributions[i];
             }
-            write(int64_t(corners[own]), Vector(normalize ? direction(sum) : sum));
+            // Neighbours on one side of a crease have the same sum.
+            if (ownSum != sum)
+                normal = Vector(normalize ? direction(ownSum) : ownSum);
+            sum = ownSum;
+            write(int64_t(corners[own]), normal);
         }
     }
 
@@ -268,8 +280,8 @@ private:
                            [&](const BAS_Vec3d &normal) { return mean.dot(normal) >= least; });
     }
 
-    const Topology &topology_;
-    const Position &position_;
+    Topology topology_;
+    Position position_;
     const AdjacencyOf &adjacencyOf_;
     NormalWeights weights_;
     const float *given_;

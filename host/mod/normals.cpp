@@ -49,10 +49,11 @@ void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &co
 {
     using Faces = host::FaceTable<Index>;
     const Faces faces(detail, counts);
+    const typename Faces::Topology topology = faces.topology();
     const int64_t points = detail.capacity(ELM_OWNER_POINT);
-    const auto adjacencyOf = [&] { return std::make_unique<host::CornerAdjacency<Index>>(points, faces); };
-    host::NormalKernel<float, Faces, Position, decltype(adjacencyOf)> kernel(points, faces, position, adjacencyOf,
-                                                                             host::NormalWeights::angle);
+    const auto adjacencyOf = [&] { return std::make_unique<host::CornerAdjacency<Index>>(points, topology); };
+    host::NormalKernel<float, typename Faces::Topology, Position, decltype(adjacencyOf)> kernel(
+        points, topology, position, adjacencyOf, host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
         kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3f &normal) { store(to + 3 * point, normal); });
     else if (sharesVertices(detail))

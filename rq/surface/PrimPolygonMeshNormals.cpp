@@ -60,7 +60,7 @@ template <class Visit> void visitMesh(const RQ_PrimPolygonMesh &mesh, const rq::
 {
     rq::visitTopology(mesh.getFaceCountArray(), *mesh.getVertexList(), [&](const auto &topology) {
         positions.visit(
-            [&](const auto &reader) { visit(topology, [&reader](int64_t point) { return BAS_Vec3d(reader(point)); }); });
+            [&](const auto &reader) { visit(topology, [reader](int64_t point) { return BAS_Vec3d(reader(point)); }); });
     });
 }
 

@@ -32,12 +32,23 @@ public:
     /// `Index` must hold the number of corners, of vertices and of points.
     FaceTable(const MSH_Detail &detail, const FaceCounts &counts);
 
-    int64_t faces() const { return int64_t(starts_.size()) - 1; }
-    int64_t begin(int64_t face) const { return starts_[size_t(face)]; }
-    int64_t end(int64_t face) const { return starts_[size_t(face) + 1]; }
+    /// The faces for loops over them; valid as long as the table.
+    struct Topology
+    {
+        using Index = IndexType;
+
+        const Index *starts, *points;
+        int64_t count;
+
+        int64_t faces() const { return count; }
+        int64_t begin(int64_t face) const { return starts[face]; }
+        int64_t end(int64_t face) const { return starts[face + 1]; }
+        int64_t point(int64_t corner) const { return points[corner]; }
+    };
+    Topology topology() const { return {starts_.data(), points_.data(), int64_t(starts_.size()) - 1}; }
+
     int64_t corners() const { return int64_t(vertices_.size()); }
     int64_t vertex(int64_t corner) const { return vertices_[size_t(corner)]; }
-    int64_t point(int64_t corner) const { return points_[size_t(corner)]; }
 
 private:
     using Row = std::vector<Index, BAS_BlockAllocator<Index>>;

@@ -27,7 +27,7 @@ template <class Faces, class Point> struct FaceTopology
 {
     using Index = Point;
 
-    const Faces &ranges;
+    Faces ranges;
     const Point *points;
 
     int64_t faces() const { return ranges.entries(); }
