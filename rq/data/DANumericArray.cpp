@@ -2,6 +2,7 @@
 
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/TypedEntriesImpl.h>
 
 template <RQ_NumericValue T>
 RQ_DANumericArray<T>::RQ_DANumericArray(const Values &values, const RQ_CountArray &counts, int64_t tupleSize, RQ_Type type)
@@ -26,39 +27,27 @@ To RQ_DANumericArray<T>::valueAs(int64_t offset, int component) const
     return component >= 0 && component < count ? RQconvert<To>(values_->data()[begin + component]) : To(0.0f);
 }
 
-namespace
+template <RQ_NumericValue T>
+template <class Out>
+bool RQ_DANumericArray<T>::copyEntries(int64_t start, int64_t length, Out &values, BAS_Array<int> *sizes) const
 {
-/// Replace `out` by a run of values.
-template <class Array, class T> void copyRun(const RQ_DANumeric<T> *values, int64_t begin, int64_t count, Array &out)
-{
-    out.resize(size_t(count));
-    if (count > 0)
-        rq::convertValues(values->data() + begin, RQstorageOf<T>, out.data(), RQstorageOf<typename Array::value_type>,
-                          count);
-}
-}  // namespace
-
-#define RQ_DEFINE(To, NAME, ARRAY)                                                                                          \
-    template <RQ_NumericValue T> bool RQ_DANumericArray<T>::get##ARRAY(BAS_ValArray<To> &values, int64_t offset) const      \
-    {                                                                                                                       \
-        const auto [begin, count] = counts_.getOffsetCount(offset);                                                         \
-        copyRun(values_.get(), begin, count, values);                                                                       \
-        return true;                                                                                                        \
-    }                                                                                                                       \
-    template <RQ_NumericValue T>                                                                                            \
-    void RQ_DANumericArray<T>::doFillArrayAttr(BAS_Array<To> &data, BAS_Array<int> &sizes, int64_t start, int64_t length)   \
-        const                                                                                                               \
-    {                                                                                                                       \
-        sizes.resize(size_t(std::max<int64_t>(0, length)));                                                                 \
-        const int64_t begin = sizes.empty() ? 0 : counts_.getOffset(start);                                                 \
-        int64_t total = 0;                                                                                                  \
-        for (size_t i = 0; i < sizes.size(); ++i)                                                                           \
-            total += sizes[i] = int(itemSize(start + int64_t(i)));                                                          \
-        copyRun(values_.get(), begin, total, data);                                                                         \
+    int64_t count = 0;
+    for (int64_t i = 0; i < length; ++i)
+    {
+        const int64_t size = itemSize(start + i);
+        count += size;
+        if (sizes)
+            (*sizes)[size_t(i)] = int(size);
     }
-RQ_NUMERIC_TYPES(RQ_DEFINE)
+    values.resize(size_t(count));
+    if (count > 0)
+        rq::convertValues(values_->data() + counts_.getOffset(start), RQstorageOf<T>, values.data(),
+                          RQstorageOf<typename Out::value_type>, count);
+    return true;
+}
 
 #define RQ_INSTANTIATE(T, NAME, ARRAY)                                                                                      \
-    template class RQ_TypedArray<RQ_DANumericArray<T>, RQ_DANumbers>;                                                       \
+    template class RQ_TypedEntries<RQ_DANumericArray<T>, RQ_DANumbers>;                                                     \
+    template class RQ_TypedArray<RQ_DANumericArray<T>, RQ_TypedEntries<RQ_DANumericArray<T>, RQ_DANumbers>>;                \
     template class RQ_DANumericArray<T>;
 RQ_NUMERIC_TYPES(RQ_INSTANTIATE)

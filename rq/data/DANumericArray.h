@@ -2,6 +2,7 @@
 
 #include <rq/data/CountArray.h>
 #include <rq/data/DANumeric.h>
+#include <rq/data/TypedEntries.h>
 
 /// Entries that are arrays of numbers, of any length each.
 ///
@@ -10,7 +11,9 @@
 /// Failure  no entries when the counts want more values than there are
 /// Threads  immutable after construction, safe to read from any thread
 /// Cost     many entries at once, through `fillArray` with sizes, are one conversion
-template <RQ_NumericValue T> class RQ_API RQ_DANumericArray final : public RQ_TypedArray<RQ_DANumericArray<T>, RQ_DANumbers>
+template <RQ_NumericValue T>
+class RQ_API RQ_DANumericArray final
+    : public RQ_TypedArray<RQ_DANumericArray<T>, RQ_TypedEntries<RQ_DANumericArray<T>, RQ_DANumbers>>
 {
 public:
     using Values = BAS_IntrusivePtr<RQ_DANumeric<T>>;
@@ -28,29 +31,13 @@ public:
     RQ_Type getTypeInfo() const override { return type_; }
     bool hasArrayEntries() const override { return true; }
 
-    bool getFA16(BAS_ValArray<PLT_Half> &values, int64_t offset) const override;
-    bool getFA32(BAS_ValArray<float> &values, int64_t offset) const override;
-    bool getFA64(BAS_ValArray<double> &values, int64_t offset) const override;
-    bool getUA8(BAS_ValArray<uint8_t> &values, int64_t offset) const override;
-    bool getIA8(BAS_ValArray<int8_t> &values, int64_t offset) const override;
-    bool getIA16(BAS_ValArray<int16_t> &values, int64_t offset) const override;
-    bool getIA32(BAS_ValArray<int32_t> &values, int64_t offset) const override;
-    bool getIA64(BAS_ValArray<int64_t> &values, int64_t offset) const override;
-
-protected:
-    void doFillArrayAttr(BAS_Array<double> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<float> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<PLT_Half> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<int64_t> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<int32_t> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<int16_t> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<int8_t> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-    void doFillArrayAttr(BAS_Array<uint8_t> &data, BAS_Array<int> &sizes, int64_t start, int64_t length) const override;
-
 private:
-    friend RQ_TypedArray<RQ_DANumericArray<T>, RQ_DANumbers>;
+    using Entries = RQ_TypedEntries<RQ_DANumericArray<T>, RQ_DANumbers>;
+    friend Entries;
+    friend RQ_TypedArray<RQ_DANumericArray<T>, Entries>;
 
     template <RQ_NumericValue To> To valueAs(int64_t offset, int component) const;
+    template <class Out> bool copyEntries(int64_t start, int64_t length, Out &values, BAS_Array<int> *sizes) const;
 
     Values values_;
     RQ_CountArray counts_;
@@ -58,19 +45,27 @@ private:
     RQ_Type type_;
 };
 
-extern template class RQ_TypedArray<RQ_DANumericArray<double>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<double>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<double>, RQ_TypedEntries<RQ_DANumericArray<double>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<double>;
-extern template class RQ_TypedArray<RQ_DANumericArray<float>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<float>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<float>, RQ_TypedEntries<RQ_DANumericArray<float>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<float>;
-extern template class RQ_TypedArray<RQ_DANumericArray<PLT_Half>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<PLT_Half>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<PLT_Half>, RQ_TypedEntries<RQ_DANumericArray<PLT_Half>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<PLT_Half>;
-extern template class RQ_TypedArray<RQ_DANumericArray<int64_t>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<int64_t>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<int64_t>, RQ_TypedEntries<RQ_DANumericArray<int64_t>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<int64_t>;
-extern template class RQ_TypedArray<RQ_DANumericArray<int32_t>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<int32_t>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<int32_t>, RQ_TypedEntries<RQ_DANumericArray<int32_t>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<int32_t>;
-extern template class RQ_TypedArray<RQ_DANumericArray<int16_t>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<int16_t>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<int16_t>, RQ_TypedEntries<RQ_DANumericArray<int16_t>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<int16_t>;
-extern template class RQ_TypedArray<RQ_DANumericArray<int8_t>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<int8_t>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<int8_t>, RQ_TypedEntries<RQ_DANumericArray<int8_t>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<int8_t>;
-extern template class RQ_TypedArray<RQ_DANumericArray<uint8_t>, RQ_DANumbers>;
+extern template class RQ_TypedEntries<RQ_DANumericArray<uint8_t>, RQ_DANumbers>;
+extern template class RQ_TypedArray<RQ_DANumericArray<uint8_t>, RQ_TypedEntries<RQ_DANumericArray<uint8_t>, RQ_DANumbers>>;
 extern template class RQ_DANumericArray<uint8_t>;

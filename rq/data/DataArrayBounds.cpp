@@ -1,6 +1,5 @@
-#include <host/bas/Parallel.h>
 #include <rq/data/Positions.h>
-#include <rq/data/detail/blocks.h>
+#include <rq/data/detail/blockFills.h>
 
 namespace
 {
@@ -8,12 +7,12 @@ template <class T>
 void fillAndEnlarge(const RQ_DataArray &array, T *dest, int64_t start, int64_t length, BAS_BoundingBox &box, int tsize,
                     int stride)
 {
+    if (!RQisNumeric(array.getStorage()))
+        return array.fillArray(dest, start, length, tsize, stride);
     const rq::BlockShape shape(array, tsize, stride);
-    array.fillArray(dest, start, length, shape.components, shape.stride);
-    if (shape.components < 3 || !RQisNumeric(array.getStorage()))
-        return;
-    for (int64_t i = 0; i < length; ++i, dest += shape.stride)
-        box.enlarge(BAS_Vec3f(float(dest[0]), float(dest[1]), float(dest[2])));
+    rq::fillAndBound(dest, length, shape, box, [&](T *to, int64_t first, int64_t count, int step) {
+        array.fillArray(to, start + first, count, shape.components, step);
+    });
 }
 }  // namespace
 

@@ -1,5 +1,5 @@
 #include <host/bas/CopyCounter.h>
-#include <rq/data/detail/blocks.h>
+#include <rq/data/detail/blockFills.h>
 #include <rq/data/detail/copyValues.h>
 #include <rq/data/detail/numericTypes.h>
 
@@ -25,36 +25,13 @@ template <class T> const T *RQ_DataArray::makeArray(RQ_DataArrayHandle &buffer) 
     return copy->data();
 }
 
-namespace
-{
-// Write every entry `nrepeats` times: the block in its final places first, then its repetitions.
-template <class T, class Fill>
-void fillRepeated(T *data, int64_t length, const rq::BlockShape &shape, int nrepeats, Fill &&fill)
-{
-    if (nrepeats < 1)
-        return;
-    const int64_t step = int64_t(shape.stride) * nrepeats;
-    const bool wide = step > std::numeric_limits<int>::max();
-    if (!wide)
-        fill(data, 0, length, int(step));
-    for (int64_t i = 0; i < length; ++i)
-    {
-        T *row = data + i * step;
-        if (wide)
-            fill(row, i, 1, shape.stride);
-        for (int64_t repeat = 1; repeat < nrepeats; ++repeat)
-            std::copy_n(row, shape.components, row + repeat * shape.stride);
-    }
-}
-}  // namespace
-
 #define RQ_DEFINE(T, NAME, ARRAY)                                                                                           \
     bool RQ_DataArray::get##ARRAY(BAS_ValArray<T> &, int64_t) const { return false; }                                       \
     const T *RQ_DataArray::get##NAME##Array(RQ_DataArrayHandle &buffer) const { return makeArray<T>(buffer); }              \
     void RQ_DataArray::extendedFill(T *data, int64_t start, int64_t length, int tsize, int nrepeats, int stride) const      \
     {                                                                                                                       \
         const rq::BlockShape shape(*this, tsize, stride);                                                                   \
-        fillRepeated(data, length, shape, nrepeats, [&](T *out, int64_t first, int64_t count, int step) {                   \
+        rq::fillRepeated(data, length, shape, nrepeats, [&](T *out, int64_t first, int64_t count, int step) {               \
             doFillArray(out, start + first, count, shape.components, step);                                                 \
         });                                                                                                                 \
     }                                                                                                                       \
@@ -101,7 +78,7 @@ void RQ_DataArray::doExtendedQuantizedFill(uint8_t *data, int64_t start, int64_t
                                            double black, double white) const
 {
     const rq::BlockShape shape(*this, tsize, stride);
-    fillRepeated(data, length, shape, nrepeats, [&](uint8_t *out, int64_t first, int64_t count, int step) {
+    rq::fillRepeated(data, length, shape, nrepeats, [&](uint8_t *out, int64_t first, int64_t count, int step) {
         doFillQuantizedArray(out, start + first, count, shape.components, step, black, white);
     });
 }
