@@ -4,7 +4,8 @@ RQ_MSHAttributeFilter::~RQ_MSHAttributeFilter() = default;
 
 bool RQ_MSHAttributeFilter::isValid(const ELM_Attribute &attribute) const
 {
-    return attribute.scope() == ELM_SCOPE_PUBLIC && (attribute.numericTuple() || attribute.strings());
+    // Every kind of value has a reader.
+    return attribute.scope() == ELM_SCOPE_PUBLIC;
 }
 
 bool RQ_MSHViewportAttributeFilter::isValid(const ELM_Attribute &attribute) const
@@ -15,7 +16,8 @@ bool RQ_MSHViewportAttributeFilter::isValid(const ELM_Attribute &attribute) cons
 bool RQ_MSHStdKelAttributeFilter::isValid(const ELM_Attribute &attribute) const
 {
     const int size = attribute.tupleSize();
-    return attribute.scope() == ELM_SCOPE_PUBLIC && attribute.storageClass() == ELM_STORAGE_CLASS_FLOAT &&
+    return attribute.scope() == ELM_SCOPE_PUBLIC && !attribute.hasArrays() &&
+           attribute.storageClass() == ELM_STORAGE_CLASS_FLOAT &&
            (size == 1 || size == 3 || size == 4 || size == 9 || size == 16);
 }
 

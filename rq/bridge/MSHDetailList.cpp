@@ -83,7 +83,8 @@ RQ_AttributeListHandle RQ_MSHDetailList::makeList(std::initializer_list<ELM_Owne
             if (!(getHandle(segment) == getHandle()))
                 array = makeArray(*attributes[i], rows, rowOwner, segment);
             const bool fits = array->isValid() && array->getStorage() == first->getStorage() &&
-                              array->getTupleSize() == first->getTupleSize();
+                              array->getTupleSize() == first->getTupleSize() &&
+                              array->hasArrayEntries() == first->hasArrayEntries();
             list->set(int(i), fits ? array : first, segment);
         }
     }

@@ -1,7 +1,5 @@
 #include <rq/bridge/MSHElementArray.h>
 
-#include <algorithm>
-
 #include <host/msh/Detail.h>
 #include <rq/bridge/typeFromHost.h>
 #include <rq/data/mixId.h>
@@ -36,7 +34,7 @@ void RQ_MSHElementArray::initAttribute(const ELM_Attribute *attribute)
     storage_ = RQ_STORAGE_INVALID;
     tupleSize_ = 0;
     backing_ = nullptr;
-    if (!attribute || !(attribute->numericTuple() || attribute->strings()) || !chooseMapping(attribute->owner()))
+    if (!attribute || !chooseMapping(attribute->owner()))
         return;
     attribute_ = attribute;
     storage_ = RQ_Storage(attribute->storage());
@@ -107,51 +105,6 @@ bool RQ_MSHElementArray::getPointerAliasing(const void *data) const
     return first && asked >= first && asked < first + entries() * tupleSize_ * RQsizeof(storage_);
 }
 
-BAS_StringHolder RQ_MSHElementArray::getS(int64_t offset, int idx) const
-{
-    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
-    const ELM_Offset row = strings ? getDataOffset(offset) : ELM_INVALID_OFFSET;
-    return row >= 0 ? strings->get(row, idx) : BAS_StringHolder();
-}
-
-int64_t RQ_MSHElementArray::getStringIndexCount() const
-{
-    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
-    return strings ? int64_t(strings->table().size()) : -1;
-}
-
-int64_t RQ_MSHElementArray::getStringIndex(int64_t offset, int idx) const
-{
-    const ELM_StringTuple *strings = attribute_ ? attribute_->strings() : nullptr;
-    const ELM_Offset row = strings ? getDataOffset(offset) : ELM_INVALID_OFFSET;
-    return row >= 0 ? strings->index(row, idx) : -1;
-}
-
-void RQ_MSHElementArray::getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const
-{
-    strings.clear();
-    indices.clear();
-    if (!attribute_ || !attribute_->strings())
-        return;
-    strings = attribute_->strings()->table();
-    for (size_t i = 0; i < strings.size(); ++i)
-        indices.push_back(int64_t(i));
-}
-
-void RQ_MSHElementArray::fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize, int stride) const
-{
-    const int64_t wanted = tsize < 1 ? tupleSize_ : tsize, step = stride < 1 ? wanted : stride;
-    for (int64_t i = 0; i < length; ++i)
-        for (int64_t c = 0; c < std::min(wanted, tupleSize_); ++c)
-            data[i * step + c] = getS(start + i, int(c));
-}
-
-void RQ_MSHElementArray::getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BAS_Array<int64_t> &indices) const
-{
-    dicts.clear();
-    indices.clear();
-}
-
 bool RQ_MSHElementArray::hasSameElements(const MSH_Detail &newer) const
 {
     const MSH_Detail &older = *detail_.readLock();
@@ -172,7 +125,7 @@ void RQ_MSHElementArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, co
     const ELM_Attribute *attribute = newer->find(attribute_->owner(), attribute_->scope(), name);
     const bool mapped = mapping_ == Mapping::VERTEX_TO_POINT || mapping_ == Mapping::VERTEX_TO_PRIMITIVE;
     if (!attribute || attribute->storage() != attribute_->storage() || attribute->tupleSize() != attribute_->tupleSize() ||
-        attribute->typeInfo() != attribute_->typeInfo() ||
+        attribute->typeInfo() != attribute_->typeInfo() || attribute->hasArrays() != attribute_->hasArrays() ||
         (mapped && newer->topologyId() != detail_.readLock()->topologyId()))
         return;
     follow(handle);

@@ -3,19 +3,21 @@
 #include <host/elm/Attribute.h>
 #include <rq/bridge/MSHOffsetList.h>
 #include <rq/data/TypedArray.h>
+#include <rq/data/TypedEntries.h>
 
 /// A host attribute seen through a list of element offsets: the array that lets primitives read a detail in place.
 ///
 /// Shape      row i is the attribute's value at element `offsets[i]`; vertex offsets reach point and primitive attributes
-///            through the detail's maps, and a detail attribute has the same row everywhere
+///            through the detail's maps, and a detail attribute has the same row everywhere.  Where rows are arrays of
+///            varying length, single values and fixed rows are the first ones of an array, and 0 or empty behind its end
 /// Failure    not valid, and without rows, when there is no such attribute or it belongs to elements that the offsets cannot
-///            reach; a vertex without a point reads the point attributes as zero and as no string
+///            reach; a vertex without a point reads the point attributes as zero, as no string and as the empty array
 /// Ownership  keeps the snapshot of the detail alive; the attribute stays the host's
 /// Threads    safe to read from any thread; `updateGeoDetail` must not race with readers
 /// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one
-/// block,
-///            `getArray` hands out that memory.  Everything else is gathered block by block.
-class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>
+///            block, `getArray` hands out that memory.  Everything else is gathered block by block, and arrays of varying
+///            length are always copied.
+class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>
 {
 public:
     /// An attribute of another snapshot stands for the one of the same owner, scope and name in this detail.
@@ -33,24 +35,37 @@ public:
     bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }
 
     const char *className() const override;
+
+    /// A copy that lets the detail go, of arrays of varying length too.
+    RQ_DataArrayHandle harden() const override;
+
     RQ_Storage getStorage() const override { return storage_; }
     int64_t entries() const override { return attribute_ ? offsets_.entries() : 0; }
+    int64_t itemSize(int64_t offset) const override;
+    int64_t getTotalArrayEntries() const override;
     int64_t getTupleSize() const override { return tupleSize_; }
     int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + offsets_.offsetList().memoryUsage(); }
     RQ_Type getTypeInfo() const override { return type_; }
+    bool hasArrayEntries() const override { return attribute_ && attribute_->hasArrays(); }
     bool isValid() const override { return attribute_; }
     bool getPointerAliasing(const void *data) const override;
     const void *getBackingData() const override { return backing_; }
 
     BAS_StringHolder getS(int64_t offset, int idx = 0) const override;
+    bool getSA(BAS_Array<BAS_StringHolder> &strings, int64_t offset) const override;
     int64_t getStringIndexCount() const override;
     int64_t getStringIndex(int64_t offset, int idx = 0) const override;
     void getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, BAS_Array<int64_t> &indices) const override;
     void fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize = -1,
                          int stride = -1) const override;
-    int64_t getDictIndexCount() const override { return -1; }
-    int64_t getDictIndex(int64_t, int = 0) const override { return -1; }
+
+    BAS_OptionsHolder getDict(int64_t offset, int idx = 0) const override;
+    bool getDictA(BAS_Array<BAS_OptionsHolder> &dicts, int64_t offset) const override;
+    int64_t getDictIndexCount() const override;
+    int64_t getDictIndex(int64_t offset, int idx = 0) const override;
     void getIndexedDicts(BAS_Array<BAS_OptionsHolder> &dicts, BAS_Array<int64_t> &indices) const override;
+    void fillDictionaryArray(BAS_OptionsHolder *data, int64_t start, int64_t length, int tsize = -1,
+                             int stride = -1) const override;
 
     /// Read the attribute from a newer snapshot, provided that its shape, the number of elements and, where the topology
     /// takes part, the topology are the same; otherwise the array stays as it is: see `isBoundTo`.  Pointers handed out
@@ -59,6 +74,14 @@ public:
 
 protected:
     bool computeMinMax(double *min, double *max) const override;
+    void doFillQuantizedArray(uint8_t *data, int64_t start, int64_t length, int tsize, int stride, double black,
+                              double white) const override;
+    void doExtendedQuantizedFill(uint8_t *data, int64_t start, int64_t length, int tsize, int nrepeats, int stride,
+                                 double black, double white) const override;
+    void doFillVec3BBox(double *dest, int64_t start, int64_t length, BAS_BoundingBox &bbox, int tsize,
+                        int stride) const override;
+    void doFillVec3BBox(float *dest, int64_t start, int64_t length, BAS_BoundingBox &bbox, int tsize,
+                        int stride) const override;
 
     /// Without an attribute yet: a subclass that makes its own hands it over through `initAttribute`, and keeps it alive.
     RQ_MSHElementArray(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &offsets, ELM_Owner owner);
@@ -69,7 +92,8 @@ protected:
     void follow(const MOD_ConstDetailHandle &newer);
 
 private:
-    friend RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;
+    friend RQ_TypedEntries<RQ_MSHElementArray>;
+    friend RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;
 
     /// How a row finds its element.
     enum class Mapping
@@ -93,6 +117,18 @@ private:
     template <class Index> const Index *knownElements(int64_t start) const;
     void findElements(int64_t *elements, int64_t start, int64_t length) const;
 
+    // The element of a row; -1 when there is none, or no attribute.
+    ELM_Offset elementOf(int64_t offset) const { return attribute_ ? getDataOffset(offset) : ELM_INVALID_OFFSET; }
+
+    // Call `visit(element, row)` for rows of a block, counted from its first.
+    template <class Visit> void visitElements(int64_t start, int64_t length, Visit &&visit) const;
+
+    template <class T>
+    void fillBounded(T *dest, int64_t start, int64_t length, BAS_BoundingBox &box, int tsize, int stride) const;
+
+    template <class Value> void fillTexts(Value *data, int64_t start, int64_t length, int tsize, int stride) const;
+    template <class Values> bool copyEntries(int64_t start, int64_t length, Values &values, BAS_Array<int> *sizes) const;
+
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
 
@@ -108,4 +144,5 @@ private:
     const void *backing_ = nullptr;
 };
 
-extern template class RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;
+extern template class RQ_TypedEntries<RQ_MSHElementArray>;
+extern template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;

@@ -3,8 +3,7 @@
 
 #include <host/bas/Parallel.h>
 #include <host/msh/Detail.h>
-#include <rq/bridge/MSHElementArray.h>
-#include <rq/data/convert.h>
+#include <rq/bridge/detail/elementRows.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 
 namespace
@@ -15,27 +14,6 @@ constexpr int64_t kRowsPerBlock = 1024;
 // A gathered row costs a few nanoseconds.
 constexpr int64_t kRowsPerTask = 16 * kRowsPerBlock;
 }  // namespace
-
-/// Where rows are written to.
-struct RQ_MSHElementArray::Target
-{
-    char *data;
-    RQ_Storage storage;
-    int components;
-    int64_t stride;
-
-    Target from(int64_t row) const { return {data + row * stride * RQsizeof(storage), storage, components, stride}; }
-
-    void convert(const void *rows, RQ_Storage rowStorage, int64_t rowStride, int64_t count) const
-    {
-        rq::convertRows(rows, rowStorage, rowStride, data, storage, stride, components, count);
-    }
-    template <class Index>
-    void gather(const void *rows, RQ_Storage rowStorage, int64_t rowStride, const Index *indices, int64_t count) const
-    {
-        rq::gatherRows(rows, rowStorage, rowStride, indices, data, storage, stride, components, count);
-    }
-};
 
 // The elements of some rows as a block of memory; null when they are not known as one.
 template <class Index> const Index *RQ_MSHElementArray::knownElements(int64_t start) const
@@ -58,6 +36,8 @@ void RQ_MSHElementArray::findElements(int64_t *elements, int64_t start, int64_t 
         detail_.readLock()->vertexPoint().copyOut(elements, offsets_.offsetList(), start, length);
     else if (mapping_ == Mapping::VERTEX_TO_PRIMITIVE)
         detail_.readLock()->vertexPrimitive().copyOut(elements, offsets_.offsetList(), start, length);
+    else if (mapping_ == Mapping::DETAIL)
+        std::fill_n(elements, length, 0);
     else
         offsets_.offsetList().visit([&](auto offsets) {
             for (int64_t i = 0; i < length; ++i)
@@ -108,7 +88,7 @@ void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target 
     const MSH_Detail &detail = *detail_.readLock();
     const bool complete =
         mapping_ == Mapping::DIRECT || (detail.topologyIsValid() && !detail.hasVacantOffsets(ELM_OWNER_VERTEX));
-    if (const S *flat = complete ? pages.contiguous() : nullptr)
+    if (const S *flat = complete && !target.scale ? pages.contiguous() : nullptr)
     {
         if (const auto *narrow = knownElements<int32_t>(start))
             return target.gather(flat, storage_, tupleSize_, narrow, length);
@@ -136,7 +116,7 @@ void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target 
 
 bool RQ_MSHElementArray::computeMinMax(double *min, double *max) const
 {
-    if (mapping_ != Mapping::DETAIL)
+    if (mapping_ != Mapping::DETAIL || hasArrayEntries())
         return RQ_DataArray::computeMinMax(min, max);
     // One row, however often it is shown.
     for (int c = 0; c < tupleSize_; ++c)
@@ -147,19 +127,25 @@ bool RQ_MSHElementArray::computeMinMax(double *min, double *max) const
 
 template <RQ_NumericValue T> T RQ_MSHElementArray::valueAs(int64_t offset, int component) const
 {
-    const ELM_NumericTuple *numbers = attribute_ ? attribute_->numericTuple() : nullptr;
-    if (!numbers)
+    const ELM_Offset element = elementOf(offset);
+    if (element < 0)
         return T(0);
-    const ELM_Offset row = getDataOffset(offset);
-    if (row < 0)
-        return T(0);
-    return numbers->visit([&](const auto &pages) { return RQconvert<T>(pages.value(row, component)); });
+    if (const ELM_NumericTuple *numbers = attribute_->numericTuple())
+        return numbers->visit([&](const auto &pages) { return RQconvert<T>(pages.value(element, component)); });
+    const ELM_NumericArrays *arrays = attribute_->numericArrays();
+    return !arrays ? T(0) : arrays->visit([&](const auto &typed) {
+        const auto values = typed.get(element);
+        return component >= 0 && component < std::ssize(values) ? RQconvert<T>(values[size_t(component)]) : T(0);
+    });
 }
 
 template <RQ_NumericValue T>
 void RQ_MSHElementArray::fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const
 {
-    fillRows({reinterpret_cast<char *>(out), RQstorageOf<T>, components, stride}, start, length);
+    if (hasArrayEntries())
+        RQ_TypedArray::fillBlock(out, start, length, components, stride);
+    else
+        fillRows({reinterpret_cast<char *>(out), RQstorageOf<T>, components, stride}, start, length);
 }
 
-template class RQ_TypedArray<RQ_MSHElementArray, RQ_DataArray>;
+template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;

@@ -26,7 +26,53 @@ template <class T> void addNumbers(MOD_Edit &edit, ELM_Owner owner, ELM_Storage 
 
 const char *const kNames[] = {"u8", "i8", "i16", "i32", "i64", "r16", "r32", "r64"};
 
-/// Several pages of every owner, and an attribute of every storage on each.
+constexpr const char *kKey = "value";
+
+BAS_OptionsHolder dictOf(int value)
+{
+    BAS_Options options;
+    options.set(kKey, int64_t(value));
+    return BAS_OptionsHolder(options);
+}
+
+// A value as what attributes of T hold.
+template <class T> T makeValue(int value)
+{
+    if constexpr (std::same_as<T, BAS_StringHolder>)
+        return std::to_string(value);
+    else if constexpr (std::same_as<T, BAS_OptionsHolder>)
+        return dictOf(value);
+    else
+        return T(float(value));
+}
+
+/// The array in a row: none to three values.
+template <class T> std::vector<T> arrayAt(int owner, ELM_Offset element)
+{
+    std::vector<T> values;
+    for (int c = 0; c < element % 4; ++c)
+        values.push_back(makeValue<T>(valueAt(owner, element, c)));
+    return values;
+}
+
+std::string arraysOf(const char *name) { return std::string("arrays of ") + name; }
+
+template <class T> void addArrays(MOD_Edit &edit, ELM_Owner owner, ELM_Storage storage, const char *name)
+{
+    ELM_Attribute *attribute = edit.arrayAttribute(owner, arraysOf(name), storage);
+    for (int64_t i = 0; i < attribute->size(); ++i)
+    {
+        const std::vector<T> values = arrayAt<T>(owner, i);
+        if constexpr (std::same_as<T, BAS_StringHolder>)
+            attribute->stringArrays()->set(i, values);
+        else if constexpr (std::same_as<T, BAS_OptionsHolder>)
+            attribute->dictArrays()->set(i, values);
+        else
+            attribute->numericArrays()->as<T>()->set(i, values);
+    }
+}
+
+/// Several pages of every owner, and an attribute of every kind and storage on each.
 MOD_ConstDetailHandle makeRichDetail()
 {
     MOD_Edit edit{MOD_DetailHandle()};
@@ -37,12 +83,18 @@ MOD_ConstDetailHandle makeRichDetail()
         int storage = 0;
         forEachType(RQ_NumericTestTypes(), [&]<class T>(T) {
             addNumbers<T>(edit, owner, ELM_Storage(storage), kNames[storage]);
+            addArrays<T>(edit, owner, ELM_Storage(storage), kNames[storage]);
             ++storage;
         });
+        addArrays<BAS_StringHolder>(edit, owner, ELM_STORAGE_STRING, "text");
+        addArrays<BAS_OptionsHolder>(edit, owner, ELM_STORAGE_DICTIONARY, "dict");
         edit.attribute(owner, "constant", ELM_STORAGE_INT32, kTuple);
-        ELM_StringTuple *strings = edit.stringAttribute(owner, "text")->strings();
-        for (int64_t i = 0; i < (o == ELM_OWNER_DETAIL ? 1 : edit.count(owner)); i += 2)
-            strings->set(i, std::to_string(valueAt(o, i, 0)));
+        ELM_Attribute *strings = edit.stringAttribute(owner, "text"), *dicts = edit.dictAttribute(owner, "dict");
+        for (int64_t i = 0; i < strings->size(); i += 2)
+        {
+            strings->strings()->set(i, std::to_string(valueAt(o, i, 0)));
+            dicts->dicts()->set(i, dictOf(valueAt(o, i, 0)));
+        }
     }
     return edit.commit();
 }
@@ -81,6 +133,13 @@ std::vector<Rows> rowsOf(const MSH_Detail &detail, ELM_Owner owner)
             {"all", RQ_MSHOffsetList(ELM_OffsetList(0, count))},
             {"a run across pages", RQ_MSHOffsetList(ELM_OffsetList(count / 3, count / 2))},
             {"shuffled", RQ_MSHOffsetList(shuffled.data(), int64_t(shuffled.size()))}};
+}
+
+/// An attribute seen from vertices.
+RQ_DataArrayHandle elements(const MOD_ConstDetailHandle &detail, ELM_Owner owner, const char *name,
+                            const RQ_MSHOffsetList &vertices)
+{
+    return new RQ_MSHElementArray(detail, detail.readLock()->find(owner, name), vertices, ELM_OWNER_VERTEX);
 }
 
 void expectValues(const RQ_DataArray &array, const std::vector<int> &expected)
@@ -138,7 +197,7 @@ TEST(ElementArray, ReadsEveryStorageThroughEveryMapping)
             }
 }
 
-TEST(ElementArray, ReadsStringsThroughEveryMapping)
+TEST(ElementArray, ReadsTextsThroughEveryMapping)
 {
     const MOD_ConstDetailHandle handle = makeRichDetail();
     const MSH_Detail &detail = *handle.readLock();
@@ -146,11 +205,13 @@ TEST(ElementArray, ReadsStringsThroughEveryMapping)
         for (const Rows &rows : rowsOf(detail, ELM_OWNER_VERTEX))
         {
             SCOPED_TRACE(std::string(rows.what) + ", owner " + std::to_string(to));
-            const RQ_DataArrayHandle array(
-                new RQ_MSHElementArray(handle, detail.find(to, "text"), rows.list, ELM_OWNER_VERTEX));
+            const RQ_DataArrayHandle array = elements(handle, to, "text", rows.list);
+            const RQ_DataArrayHandle dicts = elements(handle, to, "dict", rows.list);
             ASSERT_EQ(array->entries(), rows.list.entries());
             std::vector<BAS_StringHolder> all(size_t(rows.list.entries()));
             array->fillStringArray(all.data(), 0, array->entries());
+            std::vector<BAS_OptionsHolder> allDicts(all.size());
+            dicts->fillDictionaryArray(allDicts.data(), 0, dicts->entries());
             for (int64_t i = 0; i < array->entries(); ++i)
             {
                 const ELM_Offset element = elementOf(detail, ELM_OWNER_VERTEX, to, rows.list[i]);
@@ -158,8 +219,116 @@ TEST(ElementArray, ReadsStringsThroughEveryMapping)
                 ASSERT_EQ(std::string(array->getS(i).view()), text) << "row " << i;
                 ASSERT_EQ(std::string(all[size_t(i)].view()), text) << "row " << i;
                 ASSERT_EQ(array->getStringIndex(i) < 0, text.empty()) << "row " << i;
+                const BAS_OptionsHolder dict = text.empty() ? BAS_OptionsHolder() : dictOf(valueAt(to, element, 0));
+                ASSERT_TRUE(dicts->getDict(i) == dict && allDicts[size_t(i)] == dict) << "row " << i;
+                ASSERT_EQ(dicts->getDictIndex(i) < 0, text.empty()) << "row " << i;
+            }
+            EXPECT_TRUE(array->isEqual(*array->harden()) && dicts->isEqual(*dicts->harden()));
+            EXPECT_EQ(array->getDictIndexCount() + dicts->getStringIndexCount(), -2) << "neither is the other";
+        }
+}
+
+template <class T> void expectArrays(const RQ_DataArray &array, ELM_Owner to, const std::vector<ELM_Offset> &rows)
+{
+    std::vector<T> expected;
+    std::vector<int> expectedSizes;
+    for (size_t i = 0; i < rows.size(); ++i)
+    {
+        const std::vector<T> row = arrayAt<T>(to, rows[i]);
+        expected.insert(expected.end(), row.begin(), row.end());
+        expectedSizes.push_back(int(row.size()));
+        ASSERT_EQ(array.itemSize(int64_t(i)), expectedSizes.back()) << "row " << i;
+        if constexpr (RQ_NumericValue<T>)
+        {
+            BAS_ValArray<T> values{T(1.0f)};
+            array.import(int64_t(i), values);
+            ASSERT_TRUE(std::equal(row.begin(), row.end(), values.begin(), values.end())) << "row " << i;
+            ASSERT_EQ(array.getValue<T>(int64_t(i), 2), row.size() < 3 ? T(0.0f) : row[2]) << "row " << i;
+        }
+        else
+        {
+            BAS_Array<T> values(1);
+            ASSERT_TRUE(array.import(int64_t(i), values) && values == row) << "row " << i;
+        }
+    }
+    EXPECT_TRUE(array.hasArrayEntries());
+    EXPECT_EQ(array.getTotalArrayEntries(), int64_t(expected.size()));
+    if constexpr (RQ_NumericValue<T>)
+    {
+        BAS_Array<T> values;
+        BAS_Array<int> sizes;
+        array.fillArray(values, sizes, 0, array.entries());
+        EXPECT_TRUE(values == expected && sizes == expectedSizes);
+    }
+}
+
+TEST(ElementArray, ReadsArraysThroughEveryMapping)
+{
+    const MOD_ConstDetailHandle handle = makeRichDetail();
+    const MSH_Detail &detail = *handle.readLock();
+    for (const ELM_Owner to : {ELM_OWNER_VERTEX, ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE, ELM_OWNER_DETAIL})
+        for (const Rows &rows : rowsOf(detail, ELM_OWNER_VERTEX))
+        {
+            SCOPED_TRACE(std::string(rows.what) + ", owner " + std::to_string(to));
+            std::vector<ELM_Offset> shown;
+            for (int64_t i = 0; i < rows.list.entries(); ++i)
+                shown.push_back(elementOf(detail, ELM_OWNER_VERTEX, to, rows.list[i]));
+            const auto read = [&](const char *name) { return elements(handle, to, arraysOf(name).c_str(), rows.list); };
+            // Each storage as itself, and as one of the others.
+            int storage = 0;
+            forEachType(RQ_NumericTestTypes(), [&]<class T>(T) {
+                expectArrays<T>(*read(kNames[storage]), to, shown);
+                expectArrays<T>(*read(kNames[(storage + 3) % 8]), to, shown);
+                ++storage;
+            });
+            expectArrays<BAS_StringHolder>(*read("text"), to, shown);
+            expectArrays<BAS_OptionsHolder>(*read("dict"), to, shown);
+            for (const char *name : {"r32", "text", "dict"})
+            {
+                const RQ_DataArrayHandle array = read(name), copy = array->harden();
+                EXPECT_NE(array, copy) << "it lets the detail go";
+                EXPECT_TRUE(array->isEqual(*copy));
             }
         }
+}
+
+// What is filled in another form is what a copy in memory fills.
+TEST(ElementArray, FillsQuantisedRowsAndBoxesLikeACopy)
+{
+    const MOD_ConstDetailHandle handle = makeRichDetail();
+    const MSH_Detail &detail = *handle.readLock();
+    for (const ELM_Owner to : {ELM_OWNER_VERTEX, ELM_OWNER_POINT, ELM_OWNER_DETAIL})
+        for (const Rows &rows : rowsOf(detail, ELM_OWNER_VERTEX))
+            for (const char *name : {"u8", "i64", "r16", "r32", "constant", "text", "arrays of r64"})
+            {
+                SCOPED_TRACE(std::string(rows.what) + ", " + name + " of owner " + std::to_string(to));
+                const RQ_DataArrayHandle array = elements(handle, to, name, rows.list), copy = array->harden();
+                const int64_t first = rows.list.entries() / 7, count = rows.list.entries() - first;
+                const auto fill = [&](const RQ_DataArray &from) {
+                    std::vector<uint8_t> bytes(size_t(6 * count), 7);
+                    std::vector<float> values(size_t(4 * count), 7.0f);
+                    BAS_BoundingBox box;
+                    from.fillArray(bytes.data(), first, count, 2, 6, 10.0, 80.0);
+                    from.extendedFillArray(bytes.data(), first, count, 1, 2, 3, 10.0, 80.0);
+                    from.fillVec3BBox(values.data(), first, count, box, 3, 4);
+                    return std::make_tuple(bytes, values, box.minimum(), box.maximum());
+                };
+                EXPECT_TRUE(fill(*array) == fill(*copy));
+            }
+}
+
+TEST(ElementArray, EveryKindOfAttributeIsInTheLists)
+{
+    const RQ_MSHDetailList details(makeRichDetail());
+    const MSH_Detail &detail = *details.getDetail();
+    const RQ_MSHOffsetList rows(ELM_OffsetList(0, 9));
+    const RQ_AttributeListHandle lists[] = {
+        details.getVertexAttributes(nullptr, rows), details.getPointAttributes(nullptr, rows),
+        details.getPrimitiveAttributes(nullptr, rows), details.getDetailAttributes(nullptr)};
+    for (int owner = 0; owner < ELM_OWNERS; ++owner)
+        for (const ELM_Attribute &attribute : detail.attributes(ELM_Owner(owner)))
+            EXPECT_TRUE(attribute.scope() != ELM_SCOPE_PUBLIC || lists[owner]->get(attribute.name())->isValid())
+                << owner << " " << attribute.name().c_str();
 }
 
 TEST(ElementArray, HandsOutTheHostsMemory)
@@ -225,6 +394,8 @@ TEST(ElementArray, FollowsANewerSnapshotOfTheSameShape)
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL32, 4, ELM_TYPE_VECTOR); }},
         {"another meaning",
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR); }},
+        {"arrays",
+         [](MOD_Edit &edit) { edit.arrayAttribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL32, 3, ELM_TYPE_VECTOR); }},
     };
     for (const auto &[what, change] : refusals)
     {
@@ -263,6 +434,9 @@ TEST(ElementArray, ReadsNothingWhereAVertexHasNoPoint)
     ELM_StringTuple *names = edit.stringAttribute(ELM_OWNER_POINT, "name")->strings();
     for (int64_t point = 0; point < 8; ++point)
         names->set(point, "named");
+    const float three[] = {1, 2, 3};
+    ELM_Attribute *weights = edit.arrayAttribute(ELM_OWNER_POINT, "weights", ELM_STORAGE_REAL32);
+    weights->numericArrays()->as<float>()->fill(0, 8, weights->numericArrays()->as<float>()->add(three));
     ASSERT_TRUE(edit.setVertexPoint(3, -1));
     const MOD_ConstDetailHandle handle = edit.commit();
     const RQ_MSHOffsetList vertices(*handle.readLock(), ELM_OWNER_VERTEX);
@@ -275,6 +449,9 @@ TEST(ElementArray, ReadsNothingWhereAVertexHasNoPoint)
     EXPECT_EQ(text->getStringIndex(3), -1);
     EXPECT_EQ(text->getS(3).view(), "");
     EXPECT_EQ(text->getS(2).view(), "named");
+    const RQ_DataArrayHandle arrays = elements(handle, ELM_OWNER_POINT, "weights", vertices);
+    EXPECT_EQ(arrays->itemSize(3), 0);
+    EXPECT_EQ(arrays->getTotalArrayEntries(), 23 * 3);
 }
 
 TEST(ElementArray, KnowsHostTypesByTheirSize)
