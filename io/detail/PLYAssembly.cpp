@@ -67,7 +67,7 @@ bool PLYAssembly::appendPoints(MOD_Edit &edit)
         source_.messages.warn(source_.name, {}, "expected points, found none");
         return true;
     }
-    const std::vector<PLYAttribute> plan = planPLYAttributes(*vertex);
+    const std::vector<PLYAttribute> plan = planPLYAttributes(*vertex, -1);
     if (std::none_of(plan.begin(), plan.end(),
                      [](const PLYAttribute &a) { return a.name == ELM_POSITION_NAME && a.properties.size() == 3; }))
         return headerSource_.fail(vertex->name.data(), "expected properties x, y and z of \"vertex\", found fewer");
@@ -136,7 +136,7 @@ bool PLYAssembly::appendStrips(MOD_Edit &edit, const PLYList &strips)
     };
     for (size_t first = 0, strip = 0; first < points.size(); ++strip)
     {
-        const size_t count = size_t(strips.sameCount > 0 ? strips.sameCount : strips.counts[strip]);
+        const size_t count = size_t(strips.countOf(int64_t(strip)));
         append(points.subspan(first, count));
         first += count;
     }
@@ -151,9 +151,8 @@ bool PLYAssembly::failAtIndex(size_t element, int property, const PLYList &list)
         return !(point >= 0 && point < points_) && !(strips && point == kRestart);
     });
     int64_t item = bad - points.begin(), record = 0;
-    const auto countOf = [&](int64_t i) { return list.sameCount > 0 ? list.sameCount : list.counts[size_t(i)]; };
-    for (; item >= countOf(record); ++record)
-        item -= countOf(record);
+    for (; item >= list.countOf(record); ++record)
+        item -= list.countOf(record);
     const bool isUnsigned = header_.elements[element].properties[size_t(property)].type == PLYType::UInt32;
     return source_.fail(body_.find(element, record, property, item),
                         fmt::format("expected the number of a point, of which the file has {}, found {}", points_,
@@ -177,11 +176,18 @@ bool PLYAssembly::writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owne
 {
     const PLYElement &e = header_.elements[element];
     std::vector<PLYTarget> targets;
-    for (const PLYAttribute &attribute : planPLYAttributes(e))
+    for (const PLYAttribute &attribute : planPLYAttributes(e, owner == ELM_OWNER_POINT ? -1 : indicesOf(e)))
     {
+        const int property = attribute.properties[0], size = int(attribute.properties.size());
+        if (e.properties[size_t(property)].isList())
+        {
+            ELM_Attribute *column = edit.arrayAttribute(owner, attribute.name, attribute.storage);
+            if (!writeLists(*column, element, property, firstRow))
+                return false;
+            continue;
+        }
         if (adopt(edit, element, owner, attribute))
             continue;
-        const int size = int(attribute.properties.size());
         ELM_Attribute *column = edit.attribute(owner, attribute.name, attribute.storage, size, attribute.type);
         column->numericTuple()->visit([&](auto &pages) {
             auto *values = e.count == pages.size() ? pages.writeAll() : pages.modifyAll();
@@ -189,13 +195,26 @@ bool PLYAssembly::writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owne
             targets.insert(targets.end(), added.begin(), added.end());
         });
     }
-    const int indices = indicesOf(e);
-    for (int p = 0; p < int(e.properties.size()); ++p)
-    {
-        if (e.properties[size_t(p)].isList() && (p != indices || owner == ELM_OWNER_POINT))
-            lists_.add(e.properties[size_t(p)].name.data());
-    }
     return targets.empty() || body_.readValues(element, targets);
+}
+
+bool PLYAssembly::writeLists(ELM_Attribute &column, size_t element, int property, int64_t firstRow)
+{
+    PLYList list;
+    if (!body_.readList(element, property, column.storage(), list))
+        return false;
+    column.numericArrays()->visit([&]<class T>(ELM_ArrayTuple<T> &arrays) {
+        std::span<const T> items = list.items<T>();
+        std::vector<int32_t> places(size_t(header_.elements[element].count));
+        for (size_t row = 0; row < places.size(); ++row)
+        {
+            const size_t count = size_t(list.countOf(int64_t(row)));
+            places[row] = arrays.add(items.first(count));
+            items = items.subspan(count);
+        }
+        arrays.writeIndices(firstRow, std::ssize(places), places.data());
+    });
+    return true;
 }
 
 void PLYAssembly::warnOfSmallFaces(size_t element, const PLYList &corners)
@@ -218,10 +237,6 @@ void PLYAssembly::warnOfTheRest()
         headerSource_.warn(elements_.first, fmt::format("expected vertex, face or tristrips, found {}; {} passed over",
                                                         describe(headerSource_.text, elements_.first),
                                                         counted(elements_.count, "element is", "elements are")));
-    if (lists_.count > 0)
-        headerSource_.warn(lists_.first, fmt::format("expected single values, found the list {}; {} passed over",
-                                                     describe(headerSource_.text, lists_.first),
-                                                     counted(lists_.count, "list is", "lists are")));
     body_.warnOfSurplus();
 }
 }  // namespace rq::io

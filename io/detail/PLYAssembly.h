@@ -28,6 +28,7 @@ private:
     bool failAtIndex(size_t element, int property, const PLYList &list);
     bool adopt(MOD_Edit &edit, size_t element, ELM_Owner owner, const PLYAttribute &attribute);
     bool writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owner, int64_t firstRow);
+    bool writeLists(ELM_Attribute &column, size_t element, int property, int64_t firstRow);
     void warnOfSmallFaces(size_t element, const PLYList &corners);
     void warnOfTheRest();
 
@@ -40,6 +41,5 @@ private:
     const std::shared_ptr<const void> &owner_;
     int64_t points_ = 0;
     Tally elements_;  // that nobody knows
-    Tally lists_;     // that nobody keeps
 };
 }  // namespace rq::io

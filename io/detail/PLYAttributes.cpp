@@ -55,7 +55,7 @@ std::vector<int> propertiesOf(const Role &role, const PLYElement &element)
 }
 }  // namespace
 
-std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element)
+std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element, int corners)
 {
     std::vector<PLYAttribute> plan;
     for (const Role &role : kRoles)
@@ -74,7 +74,7 @@ std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element)
         const bool taken = std::any_of(plan.begin(), plan.end(), [&](const PLYAttribute &attribute) {
             return std::find(attribute.properties.begin(), attribute.properties.end(), p) != attribute.properties.end();
         });
-        if (taken || property.isList())
+        if (taken || p == corners)
             continue;
         std::string name(property.name);
         while (hasName(plan, name))

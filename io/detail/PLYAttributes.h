@@ -4,19 +4,20 @@
 
 namespace rq::io
 {
-/// An attribute that single values of an element become.
+/// An attribute that the properties of an element become.
 struct PLYAttribute
 {
     std::string name;
     ELM_Storage storage = ELM_STORAGE_INVALID;
     ELM_TypeInfo type = ELM_TYPE_NONE;
-    std::vector<int> properties{};  ///< one per component
+    std::vector<int> properties{};  ///< one per component, or a list
     bool color = false;             ///< whole numbers stand for fractions of their largest value
 };
 
-/// What the single values of an element become, in their order: triples and pairs of well-known names "P", "N", "Cd",
-/// "Alpha" and "uv", every other property an attribute of its own name and storage, with "_" behind a name that is taken.
-std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element);
+/// What the properties of an element become, in their order, all but the one that tells the corners (-1 when none does):
+/// triples and pairs of well-known names "P", "N", "Cd", "Alpha" and "uv", every other property an attribute of its own name
+/// and storage, with "_" behind a name that is taken.
+std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element, int corners);
 
 /// Where the components of an attribute go; `values` is the first value of row 0.
 std::vector<PLYTarget> targetsOf(const PLYAttribute &attribute, const PLYElement &element, void *values);

@@ -29,6 +29,7 @@ struct PLYList
     Values<char> bytes;      ///< the items of all lists, one after the other
     ELM_Storage storage = ELM_STORAGE_INVALID;
 
+    int32_t countOf(int64_t record) const { return sameCount >= 0 ? sameCount : counts[size_t(record)]; }
     template <class T> std::span<const T> items() const
     {
         return {reinterpret_cast<const T *>(bytes.data()), bytes.size() / sizeof(T)};

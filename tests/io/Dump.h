@@ -8,7 +8,8 @@
 
 namespace tests
 {
-/// A detail as text: the points of all polygons, then a line for each attribute; "f 0 1 2,\npoint P real32: 0 0 0;1 0 0;\n".
+/// A detail as text: the points of all polygons, then a line for each attribute; "f 0 1 2,\npoint P real32: 0 0 0;1 0 0;\n",
+/// arrays as "face uv real32: [ 0 1 ] [ ]".
 inline std::string dump(const MSH_Detail &detail)
 {
     std::string text;
@@ -26,17 +27,27 @@ inline std::string dump(const MSH_Detail &detail)
         for (const ELM_Attribute &attribute : detail.attributes(owner))
         {
             text += fmt::format("\n{} {}", owner == ELM_OWNER_POINT ? "point" : "face", attribute.name().c_str());
-            if (!attribute.numericTuple())
-                continue;
-            text += fmt::format(" {}:", kStorages[attribute.storage()]);
-            attribute.numericTuple()->visit([&](const auto &pages) {
-                for (int64_t i = 0; i < pages.size(); ++i)
-                {
-                    for (int c = 0; c < pages.tupleSize(); ++c)
-                        text += fmt::format(" {:g}", double(pages.value(i, c)));
-                    text += ';';
-                }
-            });
+            if (attribute.numericTuple() || attribute.numericArrays())
+                text += fmt::format(" {}:", kStorages[attribute.storage()]);
+            if (const ELM_NumericTuple *numbers = attribute.numericTuple())
+                numbers->visit([&](const auto &pages) {
+                    for (int64_t i = 0; i < pages.size(); ++i)
+                    {
+                        for (int c = 0; c < pages.tupleSize(); ++c)
+                            text += fmt::format(" {:g}", double(pages.value(i, c)));
+                        text += ';';
+                    }
+                });
+            if (const ELM_NumericArrays *numbers = attribute.numericArrays())
+                numbers->visit([&](const auto &arrays) {
+                    for (int64_t i = 0; i < arrays.size(); ++i)
+                    {
+                        text += " [";
+                        for (const auto value : arrays.get(i))
+                            text += fmt::format(" {:g}", double(value));
+                        text += " ]";
+                    }
+                });
         }
     }
     return text;

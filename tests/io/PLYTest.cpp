@@ -137,6 +137,20 @@ const struct
               kCorners + "property int id\n",
           "0 0 0\n1 0 0\n0 1 0\n1 1 0\n2 2 0\n9 0 1 2 3 -1 -1 4 3 2\n3 0 1 4 77\n"),
      "f 0 1 2,f 2 1 3,f 4 3 2,f 0 1 4,\npoint P real32: 0 0 0; 1 0 0; 0 1 0; 1 1 0; 2 2 0;\nface id int32: 0; 0; 0; 77;"},
+    {"lists beside the corners",
+     file("element vertex 2\n" + kXYZ +
+              "property list uchar ushort near\nelement tristrips 1\n"
+              "property list int int vertex_indices\nproperty list int int none\nelement face 3\n"
+              "property list int uint ids\n" +
+              kCorners + "property list uint double uv\nproperty int x\n",
+          "0 0 0 2 7 65535\n1 0 0 0\n3 0 1 1 1 9\n1 4294967295 3 0 1 0 2 .5 -1 5\n0 3 1 1 1 0 6\n0 0 1 0 7\n"),
+     "f 0 1 1,f 0 1 0,f 1 1 1,f,\npoint P real32: 0 0 0; 1 0 0;\npoint near int32: [ 7 65535 ] [ ]\n"
+     "face ids int64: [ ] [ 4.29497e+09 ] [ ] [ ]\nface uv real64: [ ] [ 0.5 -1 ] [ ] [ 0 ]\n"
+     "face x int32: 0; 5; 6; 7;"},
+    {"lists of one length",
+     file("element vertex 1\n" + kXYZ + "element face 2\n" + kCorners + "property list uchar char a\n",
+          "0 0 0\n3 0 0 0 2 1 2\n3 0 0 0 2 -3 2\n"),
+     "f 0 0 0,f 0 0 0,\npoint P real32: 0 0 0;\nface a int8: [ 1 2 ] [ -3 2 ]"},
 };
 
 TEST(PLY, ReadsTheSameFromAllForms)
