@@ -247,14 +247,16 @@ TEST(Walk, GivesNothingWhenItIsInterrupted)
     EXPECT_FALSE(refinement.run().empty());
 }
 
+// The collector of a type in use changes while details are walked and types are added.  Both that take turns gather alike.
 TEST(Walk, GoesOnWhileCollectorsAndTypesComeAndGo)
 {
+    const Bound bound(std::make_shared<Recorder>(false), ELM_PRIMITIVE_POLYGON);
     const Refinement refinement(kVariants[1], makeMixedDetail(3, 400, 2000, false, false));
-    const Seen expected = look(refinement.run());
+    const std::string expected = textOf(refinement.run());
     std::atomic<bool> stop{false};
     std::thread binder([&] {
         for (int i = 0; !stop; ++i)
-            Bound(std::make_shared<Recorder>(i % 2 == 0), ELM_PRIMITIVE_TRIANGLE_FAN);
+            RQ_MSHPrimCollect::bind(std::make_shared<Recorder>(i % 2 == 0), ELM_PRIMITIVE_POLYGON);
     });
     std::thread adder([] {
         for (int i = 0; i < 20; ++i)
@@ -263,12 +265,18 @@ TEST(Walk, GoesOnWhileCollectorsAndTypesComeAndGo)
     });
     std::thread asker([&] {
         while (!stop)
-            EXPECT_NE(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), nullptr);
+            EXPECT_NE(std::dynamic_pointer_cast<const Recorder>(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON)),
+                      nullptr)
+                << "a new type took the binding back";
+    });
+    std::thread other([&] {
+        while (!stop)
+            EXPECT_TRUE(textOf(refinement.run()) == expected);
     });
     for (int i = 0; i < 20; ++i)
-        EXPECT_TRUE(look(refinement.run()) == expected);
+        EXPECT_TRUE(textOf(refinement.run()) == expected);
     stop = true;
-    for (std::thread *thread : {&binder, &adder, &asker})
+    for (std::thread *thread : {&binder, &adder, &asker, &other})
         thread->join();
 }
 
