@@ -111,10 +111,10 @@ public:
 
     /// The entries of `a` and then those of `b`, with the attributes of both.
     ///
-    /// Where a side lacks an attribute it has entry 0 of the attribute of that name in its constants (converted where they
-    /// differ in form), or else zeros and empty text.  A null list lacks all.  Null when an array does not have the count of
-    /// its side, when the arrays of a name differ in storage or tuple size, and when dictionaries or arrays of arrays have
-    /// nothing to stand in.
+    /// Where a side lacks an attribute it has entry 0 of the attribute of that name in its constants (numbers converted where
+    /// they differ in form), or else zeros, empty texts and dictionaries, or empty arrays.  A null list lacks all.
+    ///
+    /// Null when an array does not have the count of its side, and when the arrays of a name differ in form.
     static RQ_AttributeListHandle createMerged(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
                                                int64_t aCount, const RQ_AttributeListHandle &b, int64_t bCount,
                                                const RQ_AttributeListHandle &aConstants = nullptr,
@@ -124,7 +124,7 @@ public:
     static RQ_AttributeListHandle createConstantMerge(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
                                                       int64_t count);
 
-    /// The entries of `a`, which may be a merged list, and then `count` times entry 0 of `b`; zeros and empty text where a
+    /// The entries of `a`, which may be a merged list, and then `count` times entry 0 of `b`; zeros and empty values where a
     /// side lacks an attribute.  `aCount` below 0 is the length of the first array.  Null as for `createMerged`.
     static RQ_AttributeListHandle expandConstantMerge(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
                                                       const RQ_AttributeListHandle &b, int64_t count, int64_t aCount = -1);

@@ -7,7 +7,8 @@
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndexedText.h>
 #include <rq/data/DAList.h>
-#include <rq/data/DANumeric.h>
+#include <rq/data/DANumericArray.h>
+#include <rq/data/DATextArray.h>
 
 namespace
 {
@@ -34,42 +35,67 @@ RQ_DataArrayHandle joined(const BAS_Array<RQ_DataArrayHandle> &parts)
     return list;
 }
 
-// `count` entries of the form of `like`: those of entry 0 of `constant` (may be null) where it can be read so, else zeros or
-// empty text.  Null for dictionaries and arrays of arrays, which have no zero.
+template <class Value> RQ_DataArrayHandle emptyText(const RQ_DataArray &like)
+{
+    const int64_t tuple = like.getTupleSize();
+    if (like.hasArrayEntries())
+        return new RQ_DATextArray<Value>({}, RQ_CountArray(1, 0), tuple, like.getTypeInfo());
+    return RQ_DAIndexedText<Value>::createIndexed(BAS_Array<Value>(size_t(tuple)).data(), 1, tuple, like.getTypeInfo());
+}
+
+// One entry of the form of `like` that holds nothing: zeros, empty texts, no options, or the empty array.
+RQ_DataArrayHandle emptyEntry(const RQ_DataArray &like)
+{
+    const RQ_Storage storage = like.getStorage();
+    if (storage == RQ_STORAGE_STRING)
+        return emptyText<BAS_StringHolder>(like);
+    if (storage == RQ_STORAGE_DICTIONARY)
+        return emptyText<BAS_OptionsHolder>(like);
+    RQ_DataArrayHandle entry;
+    rq::dispatchStorage(storage, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        if (like.hasArrayEntries())
+            entry = new RQ_DANumericArray<T>({}, RQ_CountArray(1, 0), like.getTupleSize(), like.getTypeInfo());
+        else
+            entry = new RQ_DANumeric<T>(BAS_Array<T>(size_t(like.getTupleSize())).data(), 1, like.getTupleSize(),
+                                        like.getTypeInfo());
+    });
+    return entry;
+}
+
+// Entry 0 of `numbers` in the storage and tuple size of `like`.
+RQ_DataArrayHandle convertedEntry(const RQ_DataArray &like, const RQ_DataArrayHandle &numbers)
+{
+    RQ_DataArrayHandle entry;
+    rq::dispatchStorage(like.getStorage(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const BAS_IntrusivePtr<RQ_DANumeric<T>> converted(new RQ_DANumeric<T>(0, like.getTupleSize(), like.getTypeInfo()));
+        converted->concat(*repeated(numbers, 1));
+        entry = converted;
+    });
+    return entry;
+}
+
+// `count` entries of the form of `like`: those of entry 0 of `constant` (may be null) where it can be read so, else nothing.
 RQ_DataArrayHandle filler(const RQ_DataArray &like, const RQ_DataArrayHandle &constant, int64_t count)
 {
     const RQ_Storage storage = like.getStorage();
     const int64_t tuple = like.getTupleSize();
-    const bool usable = constant && constant->entries() > 0 && constant->hasArrayEntries() == like.hasArrayEntries();
+    const bool arrays = like.hasArrayEntries();
+    const bool usable = constant && constant->entries() > 0 && constant->hasArrayEntries() == arrays;
     if (usable && constant->getStorage() == storage && constant->getTupleSize() == tuple)
         return repeated(constant, count);
-    if (like.hasArrayEntries())
-        return {};
 
-    const bool convert = usable && RQisNumeric(storage) && RQisNumeric(constant->getStorage());
-    RQ_DataArrayHandle entry;
-    if (storage == RQ_STORAGE_STRING)
-        entry = RQ_DAIndexedString::createIndexed(BAS_Array<BAS_StringHolder>(size_t(tuple)).data(), 1, tuple,
-                                                  like.getTypeInfo());
-    rq::dispatchStorage(storage, [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        const BAS_IntrusivePtr<RQ_DANumeric<T>> numbers(new RQ_DANumeric<T>(0, tuple, like.getTypeInfo()));
-        if (convert)
-            numbers->concat(*repeated(constant, 1));
-        numbers->resize(1);
-        if (!convert)
-            std::fill_n(numbers->data(), tuple, T(0));
-        entry = numbers;
-    });
+    const bool convert = usable && !arrays && RQisNumeric(storage) && RQisNumeric(constant->getStorage());
+    const RQ_DataArrayHandle entry = convert ? convertedEntry(like, constant) : emptyEntry(like);
     if (!entry)
         return {};
-    const auto key = [&](rq::View view) {
-        return rq::viewKey(view, {uint64_t(storage), uint64_t(tuple), uint64_t(like.getTypeInfo())});
-    };
+    const uint64_t key = rq::viewKey(convert ? rq::View::CONVERTED : rq::View::ZEROS,
+                                     {uint64_t(storage), uint64_t(tuple), uint64_t(like.getTypeInfo()), uint64_t(arrays)});
     if (convert)
-        rq::setViewId(entry, constant, key(rq::View::CONVERTED));
+        rq::setViewId(entry, constant, key);
     else
-        entry->setDataId(rq::validId(key(rq::View::ZEROS)));
+        entry->setDataId(rq::validId(key));
     return repeated(entry, count);
 }
 
