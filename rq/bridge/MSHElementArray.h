@@ -127,6 +127,11 @@ private:
     void fillBounded(T *dest, int64_t start, int64_t length, BAS_BoundingBox &box, int tsize, int stride) const;
 
     template <class Value> void fillTexts(Value *data, int64_t start, int64_t length, int tsize, int stride) const;
+
+    // Rows that are arrays of numbers: in their own storage, and in any.
+    template <class Visit> void visitNumbers(int64_t start, int64_t length, Visit &&visit) const;
+    int64_t countNumbers(int64_t start, int64_t length, int *sizes) const;
+    void copyNumbers(int64_t start, int64_t length, void *to) const;
     template <class Values> bool copyEntries(int64_t start, int64_t length, Values &values, BAS_Array<int> *sizes) const;
 
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;

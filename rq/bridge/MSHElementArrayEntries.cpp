@@ -38,10 +38,8 @@ int64_t RQ_MSHElementArray::itemSize(int64_t offset) const { return runAt(attrib
 
 int64_t RQ_MSHElementArray::getTotalArrayEntries() const
 {
-    // A row costs some nanoseconds.
-    constexpr int64_t kRowsPerBlock = 16 * ELM_PAGE_SIZE;
     return host::parallelReduce(
-        hasArrayEntries() ? entries() : 0, kRowsPerBlock, int64_t(0),
+        hasArrayEntries() ? entries() : 0, Target::kRowsPerTask, int64_t(0),
         [&](int64_t begin, int64_t end) {
             int64_t part = 0;
             visitElements(begin, end - begin,
@@ -51,20 +49,49 @@ int64_t RQ_MSHElementArray::getTotalArrayEntries() const
         [](int64_t &into, int64_t from) { into += from; });
 }
 
+template <class Visit> void RQ_MSHElementArray::visitNumbers(int64_t start, int64_t length, Visit &&visit) const
+{
+    attribute_->numericArrays()->visit([&](const auto &arrays) {
+        visitElements(start, length, [&](ELM_Offset element, int64_t row) {
+            visit(element >= 0 ? arrays.get(element) : arrays.array(0), row);  // the empty one
+        });
+    });
+}
+
+int64_t RQ_MSHElementArray::countNumbers(int64_t start, int64_t length, int *sizes) const
+{
+    int64_t total = 0;
+    visitNumbers(start, length, [&](const auto &values, int64_t row) {
+        total += std::ssize(values);
+        if (sizes)
+            sizes[row] = int(values.size());
+    });
+    return total;
+}
+
+void RQ_MSHElementArray::copyNumbers(int64_t start, int64_t length, void *to) const
+{
+    visitNumbers(start, length, [&]<class T>(std::span<const T> values, int64_t) {
+        to = std::copy(values.begin(), values.end(), static_cast<T *>(to));
+    });
+}
+
 template <class Values>
 bool RQ_MSHElementArray::copyEntries(int64_t start, int64_t length, Values &values, BAS_Array<int> *sizes) const
 {
     if (!hasArrayEntries() || !RQisNumeric(storage_))
         return false;
-    values.clear();
-    visitElements(start, length, [&](ELM_Offset element, int64_t row) {
-        const Run run = runAt(attribute_, element);
-        const size_t before = values.size();
-        values.resize(before + size_t(run.count));
-        rq::convertValues(run.values, storage_, values.data() + before, RQstorageOf<typename Values::value_type>, run.count);
-        if (sizes)
-            (*sizes)[size_t(row)] = int(run.count);
-    });
+    const int64_t total = countNumbers(start, length, sizes ? sizes->data() : nullptr);
+    values.resize(size_t(total));
+    constexpr RQ_Storage kStorage = RQstorageOf<typename Values::value_type>;
+    if (storage_ == kStorage)
+        copyNumbers(start, length, values.data());
+    else
+    {
+        std::vector<char> own(size_t(total * RQsizeof(storage_)));
+        copyNumbers(start, length, own.data());
+        rq::convertValues(own.data(), storage_, values.data(), kStorage, total);
+    }
     return true;
 }
 

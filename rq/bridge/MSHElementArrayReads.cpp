@@ -10,9 +10,6 @@ namespace
 {
 // Rows whose elements are looked up at a time: their offsets stay in the first-level cache.
 constexpr int64_t kRowsPerBlock = 1024;
-
-// A gathered row costs a few nanoseconds.
-constexpr int64_t kRowsPerTask = 16 * kRowsPerBlock;
 }  // namespace
 
 // The elements of some rows as a block of memory; null when they are not known as one.
@@ -72,7 +69,7 @@ void RQ_MSHElementArray::fillRows(const Target &target, int64_t start, int64_t l
 template <class S>
 void RQ_MSHElementArray::fillRun(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const
 {
-    host::parallelForRange(length, kRowsPerTask, [&](int64_t begin, int64_t end) {
+    host::parallelForRange(length, Target::kRowsPerTask, [&](int64_t begin, int64_t end) {
         int64_t row = begin;
         pages.forEachRun(offsets_[start + begin], end - begin, [&](const S *tuples, int64_t rows, bool repeated) {
             target.from(row).convert(tuples, storage_, repeated ? 0 : tupleSize_, rows);
@@ -88,14 +85,14 @@ void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target 
     const MSH_Detail &detail = *detail_.readLock();
     const bool complete =
         mapping_ == Mapping::DIRECT || (detail.topologyIsValid() && !detail.hasVacantOffsets(ELM_OWNER_VERTEX));
-    if (const S *flat = complete && !target.scale ? pages.contiguous() : nullptr)
+    if (const S *flat = complete ? pages.contiguous() : nullptr)
     {
         if (const auto *narrow = knownElements<int32_t>(start))
             return target.gather(flat, storage_, tupleSize_, narrow, length);
         if (const auto *wide = knownElements<int64_t>(start))
             return target.gather(flat, storage_, tupleSize_, wide, length);
     }
-    host::parallelForRange(length, kRowsPerTask, [&](int64_t begin, int64_t end) {
+    host::parallelForRange(length, Target::kRowsPerTask, [&](int64_t begin, int64_t end) {
         const ELM_ReadHandle<S> reader = pages.reader();
         const int64_t components = target.components;
         int64_t elements[kRowsPerBlock];

@@ -28,8 +28,8 @@ struct Fills
             *edit.arrayAttribute(ELM_OWNER_POINT, "weights", ELM_STORAGE_REAL32)->numericArrays()->as<float>();
         for (int64_t i = 0; i < kPoints; ++i)
         {
-            const float values[] = {float(i), 1.0f, 2.0f};
-            arrays.set(i, std::span(values, size_t(i % 4)));
+            const float weightsOf[] = {float(i), 1.0f, 2.0f};
+            arrays.set(i, std::span(weightsOf, size_t(i % 4)));
         }
     });
     RQ_DataArrayHandle points = elements("P"), weights = elements("weights");

@@ -195,8 +195,8 @@ TEST(DataArray, QuantisesBetweenBlackAndWhite)
         double value, black, white;
         uint8_t result;
     } cases[] = {
-        {0.5, 0, 1, 128}, {-1, 0, 1, 0},  {7, 0, 1, 255}, {0.25, 1, 0, 191},     {NAN, 0, 1, 0},
-        {1, 2, 2, 0},     {2, 2, 2, 255}, {NAN, 2, 2, 0}, {INFINITY, 0, 1, 255},
+        {0.5, 0, 1, 128}, {-1, 0, 1, 0},  {7, 0, 1, 255},        {0.25, 1, 0, 191},    {NAN, 0, 1, 0}, {1, 2, 2, 0},
+        {2, 2, 2, 255},   {NAN, 2, 2, 0}, {INFINITY, 0, 1, 255}, {0.5, 0.1, 0.7, 170}, {3, 1, 5, 128},
     };
     for (const auto &c : cases)
     {
