@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <limits>
+#include <type_traits>
+
+#include <host/bas/stream.h>
 
 namespace
 {
@@ -10,19 +13,24 @@ constexpr bool fits32(int64_t value)
     return value >= std::numeric_limits<int32_t>::min() && value <= std::numeric_limits<int32_t>::max();
 }
 
-// Copy, and tell whether every value lies in [low, high).  No early way out, so that the loop vectorises.
-template <class To, class From> bool copyChecked(To *to, const From *from, int64_t count, int64_t low, int64_t high)
+// True when every value lies in [low, high).  No early way out, so that the loop vectorises.
+template <class Index> bool allWithin(const Index *values, int64_t count, int64_t low, int64_t high)
 {
-    if (count == 0)
-        return true;
-    From smallest = from[0], largest = from[0];
+    Index smallest = std::numeric_limits<Index>::max(), largest = std::numeric_limits<Index>::min();
     for (int64_t i = 0; i < count; ++i)
     {
-        smallest = std::min(smallest, from[i]);
-        largest = std::max(largest, from[i]);
-        to[i] = To(from[i]);
+        smallest = std::min(smallest, values[i]);
+        largest = std::max(largest, values[i]);
     }
-    return int64_t(smallest) >= low && int64_t(largest) < high;
+    return count == 0 || (int64_t(smallest) >= low && int64_t(largest) < high);
+}
+
+template <class To, class From> void copyIndices(To *to, const From *from, int64_t count, bool streamed)
+{
+    if constexpr (std::is_same_v<To, From>)
+        host::copyBytes(to, from, size_t(count) * sizeof(To), streamed);
+    else
+        std::copy_n(from, count, to);
 }
 
 template <class To, class Pages>
@@ -97,12 +105,16 @@ bool ELM_IndexColumn::writeChecked(int64_t first, std::span<const Index> values,
         const Index largest = *std::max_element(values.begin(), values.end());
         widenFor(largest);
     }
+    const bool streamed = int64_t(values.size_bytes()) >= host::kStreamedBytes;
     std::atomic<bool> good{true};
     std::visit(
         [&](auto &pages) {
             pages.writeBlocks(first, int64_t(values.size()), [&](auto *to, int64_t row, int64_t rows) {
-                if (!copyChecked(to, values.data() + (row - first), rows, low, high))
+                // A page of values is in the first cache when it is copied.
+                const Index *from = values.data() + (row - first);
+                if (!allWithin(from, rows, low, high))
                     good.store(false, std::memory_order_relaxed);
+                copyIndices(to, from, rows, streamed);
             });
         },
         pages_);

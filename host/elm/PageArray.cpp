@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include <host/bas/stream.h>
+
 namespace
 {
 constexpr uint64_t kRaw = uint64_t(ELM_PAGE_SIZE - 1);
@@ -268,8 +270,9 @@ template <class T> void ELM_PageArray<T>::fill(int64_t first, int64_t count, con
 
 template <class T> void ELM_PageArray<T>::write(int64_t first, int64_t count, const T *values)
 {
+    const bool streamed = int64_t(bytesOf(count)) >= host::kStreamedBytes;
     writeBlocks(first, count, [&](T *to, int64_t row, int64_t rows) {
-        std::memcpy(static_cast<void *>(to), values + (row - first) * tupleSize(), bytesOf(rows));
+        host::copyBytes(to, values + (row - first) * tupleSize(), bytesOf(rows), streamed);
     });
 }
 

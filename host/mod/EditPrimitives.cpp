@@ -1,7 +1,10 @@
 #include <host/mod/detail/AddedPrimitives.h>
 
 #include <atomic>
+
 #include <fmt/format.h>
+
+#include <host/bas/stream.h>
 
 namespace
 {
@@ -57,20 +60,18 @@ bool MOD_Edit::Primitives::addUp(ELM_Offset first)
 
 void MOD_Edit::Primitives::writeStarts(ELM_IndexColumn &starts, ELM_Offset first, int64_t firstVertex) const
 {
+    const bool streamed = count * int64_t(sizeof(int32_t)) >= host::kStreamedBytes;
     starts.writeBlocks(first, count, firstVertex + vertices, [&](auto *to, int64_t row, int64_t rows) {
         using Index = std::remove_pointer_t<decltype(to)>;
-        if (!corners)
-        {
-            for (int64_t i = 0; i < rows; ++i)
-                to[i] = Index(firstVertex + (row + i - first) * sameCorners);
-            return;
-        }
-        int64_t start = firstVertex + startOfPage[size_t((row >> ELM_PAGE_BITS) - (first >> ELM_PAGE_BITS))];
-        for (int64_t i = 0; i < rows; ++i)
-        {
-            to[i] = Index(start);
-            start += corners[row + i - first];
-        }
+        int64_t start = firstVertex + (corners ? startOfPage[size_t((row >> ELM_PAGE_BITS) - (first >> ELM_PAGE_BITS))]
+                                               : (row - first) * sameCorners);
+        host::writeBlocks(to, rows, streamed, [&](Index *out, int64_t done, int64_t length) {
+            for (int64_t i = 0; i < length; ++i)
+            {
+                out[i] = Index(start);
+                start += corners ? corners[row - first + done + i] : sameCorners;
+            }
+        });
     });
 }
 

@@ -35,22 +35,21 @@ void rq::FaceLists::storeCounts(int64_t faces, int64_t corners)
     std::fill_n(counts_->data() + faces_ - faces, faces, int32_t(corners));
 }
 
+void rq::FaceLists::appendCount(int64_t corners)
+{
+    noteCounts(1, corners, corners);
+    if (counts_)
+        storeCounts(1, corners);
+}
+
 void rq::FaceLists::finish()
 {
-    const Run run = run_;
-    run_ = {};
-    if (run.faces == 0)
-        return;
-    noteCounts(run.faces, run.corners, run.corners);
-    if (counts_)
-        storeCounts(run.faces, run.corners);
-    primitives_.concat(RQ_MSHOffsetList(ELM_OffsetList(run.primitive, run.faces)));
-    vertices_.concat(RQ_MSHOffsetList(ELM_OffsetList(run.vertex, run.faces * run.corners)));
+    primitives_.flush();
+    vertices_.flush();
 }
 
 void rq::FaceLists::append(const FaceLists &following)
 {
-    finish();
     if (following.faces_ == 0)
         return;
     if (faces_ == 0)
@@ -63,6 +62,6 @@ void rq::FaceLists::append(const FaceLists &following)
         storeCounts(following.faces_, following.most_);
     if (following.counts_)
         std::copy_n(following.counts_->data(), following.faces_, counts_->data() + faces_ - following.faces_);
-    primitives_.concat(following.primitives_);
-    vertices_.concat(following.vertices_);
+    primitives_.append(following.primitives());
+    vertices_.append(following.vertices());
 }

@@ -147,8 +147,8 @@ void rq::FaceLists::gather(const MSH_Detail &detail, const ELM_Range &range, RQ_
         });
     if (progress.isInterrupted())
         return;
-    gathered.primitives_ = primitives.finish();
-    gathered.vertices_ = vertices.finish();
+    gathered.primitives_.append(primitives.finish());
+    gathered.vertices_.append(vertices.finish());
     append(gathered);
     open.concat(all.open);
 }

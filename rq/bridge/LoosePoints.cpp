@@ -3,46 +3,17 @@
 #include <algorithm>
 
 #include <host/msh/Detail.h>
+#include <rq/bridge/detail/RunList.h>
 #include <rq/data/DAIndexedText.h>
 #include <rq/surface/PrimPointMesh.h>
 
 namespace
 {
-/// A list that grows by one offset at a time, mostly by the next one.
-class RunList
-{
-public:
-    void append(ELM_Offset offset)
-    {
-        if (offset != end_)
-        {
-            flush();
-            begin_ = offset;
-        }
-        end_ = offset + 1;
-    }
-    const RQ_MSHOffsetList &finish()
-    {
-        flush();
-        return list_;
-    }
-
-private:
-    void flush()
-    {
-        list_.concat(RQ_MSHOffsetList(ELM_OffsetList(begin_, end_ - begin_)));
-        begin_ = end_ = -1;
-    }
-
-    RQ_MSHOffsetList list_;
-    ELM_Offset begin_ = -1, end_ = -1;
-};
-
 /// The loose points, apart by the file that they name.
 struct LoosePoints
 {
-    RunList plain;
-    std::vector<std::pair<int32_t, RunList>> byFile;  // in order of the first point
+    rq::RunList plain;
+    std::vector<std::pair<int32_t, rq::RunList>> byFile;  // in order of the first point
 
     LoosePoints(const MSH_Detail &detail, const ELM_StringTuple *files, bool all, BAS_Progress &progress)
     {
@@ -60,16 +31,16 @@ struct LoosePoints
                 const int32_t file = files ? files->index(point) : -1;
                 if (file < 0 || files->table()[size_t(file)].isEmpty())
                 {
-                    plain.append(point);
+                    plain.append(point, 1);
                     continue;
                 }
                 int32_t &place = placeOf[size_t(file)];
                 if (place < 0)
                 {
                     place = int32_t(byFile.size());
-                    byFile.emplace_back(file, RunList());
+                    byFile.emplace_back(file, rq::RunList());
                 }
-                byFile[size_t(place)].second.append(point);
+                byFile[size_t(place)].second.append(point, 1);
             }
         }
     }
@@ -114,11 +85,13 @@ void rq::makeLoosePointMeshes(const RQ_MSHDetailList &details, const RQ_RefinePa
     const bool instances = !all && parms && parms->getPointInstanceEnable() && detail.instanceFile();
     const ELM_StringTuple *files = instances ? detail.instanceFile()->strings() : nullptr;
     LoosePoints loose(detail, files, all, progress);
-    makePointMeshes(details, loose.plain.finish(), parms, meshes);
+    loose.plain.flush();
+    makePointMeshes(details, loose.plain.list(), parms, meshes);
     for (auto &[file, points] : loose.byFile)
     {
         std::vector<RQ_PrimitiveHandle> ofFile;
-        makePointMeshes(details, points.finish(), parms, ofFile);
+        points.flush();
+        makePointMeshes(details, points.list(), parms, ofFile);
         for (const RQ_PrimitiveHandle &mesh : ofFile)
             meshes.push_back(withInstanceFile(*mesh, files->table()[size_t(file)]));
     }

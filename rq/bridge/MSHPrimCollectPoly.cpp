@@ -15,14 +15,11 @@ RQ_MSHPrimCollectPolyData::~RQ_MSHPrimCollectPolyData() = default;
 
 void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, ELM_Offset primitive)
 {
-    const MSH_Detail::VertexRun run = detail.vertexRun(primitive);
-    for (int64_t i = 0; i < run.count && !detail.topologyIsValid(); ++i)
-        if (detail.vertexPoint(run.start + i) < 0)
-            return;
-    if (detail.isClosed(primitive))
-        closed_.append(primitive, run.start, run.count);
-    else
-        open_.append(primitive);
+    if (!reader_ || !reader_->reads(detail))
+        reader_.emplace(detail);
+    reader_->visitOne(
+        primitive, [this](ELM_Offset face, ELM_Offset vertex, int64_t corners) { closed_.append(face, vertex, corners); },
+        [this](ELM_Offset polygon) { open_.append(polygon); });
 }
 
 void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress)

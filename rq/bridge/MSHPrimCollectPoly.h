@@ -1,8 +1,11 @@
 #pragma once
 
+#include <optional>
+
 #include <host/elm/Group.h>
 #include <rq/bridge/MSHPrimCollect.h>
 #include <rq/bridge/detail/FaceLists.h>
+#include <rq/bridge/detail/PolygonReader.h>
 
 /// The polygons of one refinement: closed ones as the faces of one mesh, open ones by their offsets.
 class RQ_API RQ_MSHPrimCollectPolyData : public RQ_MSHPrimCollectData
@@ -29,7 +32,8 @@ public:
 private:
     bool coversDetail(const MSH_Detail &detail) const;
 
-    const RQ_RefineParms *parms_;  // of the refinement, which outlives the data
+    const RQ_RefineParms *parms_;              // of the refinement, which outlives the data
+    std::optional<rq::PolygonReader> reader_;  // of the detail that was read last
     rq::FaceLists closed_;
     RQ_MSHOffsetList open_;
     bool fastCompacting_;

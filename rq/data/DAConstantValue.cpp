@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include <host/bas/stream.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/stream.h>
 
 template <RQ_NumericValue T>
 RQ_DAConstantValue<T>::RQ_DAConstantValue(int64_t size, T value, int64_t tupleSize, RQ_Type type)
@@ -25,7 +25,7 @@ void RQ_DAConstantValue<T>::fillBlock(To *out, int64_t, int64_t length, int comp
 {
     const To value = RQconvert<To>(value_);
     if (components == stride)
-        rq::writeBlocks(out, length * components, [&](To *to, int64_t, int64_t count) { std::fill_n(to, count, value); });
+        host::writeBlocks(out, length * components, [&](To *to, int64_t, int64_t count) { std::fill_n(to, count, value); });
     else
         for (int64_t i = 0; i < length; ++i)
             std::fill_n(out + i * stride, components, value);

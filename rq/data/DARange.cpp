@@ -4,10 +4,10 @@
 #include <limits>
 #include <type_traits>
 
+#include <host/bas/stream.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 #include <rq/data/detail/clones.h>
-#include <rq/data/detail/stream.h>
 
 namespace
 {
@@ -59,7 +59,7 @@ template <RQ_NumericValue T> void RQ_DARange::fillBlock(T *out, int64_t start, i
     {
         // All values lie between start and end, so the arithmetic of the storage does.
         const bool narrow = getStorage() == RQ_STORAGE_INT32;
-        return rq::writeBlocks(out, length, [&](T *to, int64_t first, int64_t count) {
+        return host::writeBlocks(out, length, [&](T *to, int64_t first, int64_t count) {
             if (narrow)
                 fillSequence(to, valueAs<int32_t>(start + first, 0), int32_t(step_), count);
             else

@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/stream.h>
 #include <rq/data/detail/clones.h>
 #include <rq/data/detail/lanes.h>
-#include <rq/data/detail/stream.h>
 
 namespace rq
 {
@@ -64,8 +64,8 @@ template <class To, class From> void convertTable(const Rows &table)
     const From *from = static_cast<const From *>(table.from);
     To *to = static_cast<To *>(table.to);
     if (table.components == table.fromStride && table.components == table.toStride)
-        writeBlocks(to, table.rows * table.components, table.streamed && sizeof(To) >= 2 * sizeof(From),
-                    [&](To *out, int64_t first, int64_t count) { convertSpan(from + first, out, count); });
+        host::writeBlocks(to, table.rows * table.components, table.streamed && sizeof(To) >= 2 * sizeof(From),
+                          [&](To *out, int64_t first, int64_t count) { convertSpan(from + first, out, count); });
     else
         for (int64_t row = 0; row < table.rows; ++row)
             for (int64_t c = 0; c < table.components; ++c)
@@ -97,7 +97,7 @@ void convertRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, v
     const int64_t toRow = toStride * RQsizeof(toStorage);
     host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
         function({static_cast<const char *>(from) + begin * fromRow, fromStride, static_cast<char *>(to) + begin * toRow,
-                  toStride, components, end - begin, rows * toRow >= kStreamedBytes});
+                  toStride, components, end - begin, rows * toRow >= host::kStreamedBytes});
     });
 }
 

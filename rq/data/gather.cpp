@@ -1,9 +1,10 @@
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/stream.h>
 #include <rq/data/convert.h>
-#include <rq/data/detail/stream.h>
 
 namespace rq
 {
@@ -60,15 +61,38 @@ template <class Index> std::pair<int64_t, int64_t> streamTriples(Rows<Index> row
         _mm_stream_si128(out + 1, join(pair(b + 4), pair(c)));
         _mm_stream_si128(out + 2, join(ends(c, d), pair(d + 4)));
     }
-    finishStream();
+    host::finishStream();
     return {first, row};
 #else
     return {0, 0};
 #endif
 }
 
+/// Move whole groups of packed words from `row` on, those of consecutive rows at once: lists of a detail's elements are
+/// mostly runs.  Answers where the groups end.
+template <int kBytes, class Index> int64_t moveGroups(Rows<Index> rows, int64_t row, int64_t end)
+{
+    constexpr int64_t kGroup = 8;
+    using Unsigned = std::make_unsigned_t<Index>;
+    for (; row + kGroup <= end; row += kGroup)
+    {
+        const Index *group = rows.indices + row;
+        Unsigned gaps = 0;
+        for (int64_t i = 0; i < kGroup; ++i)
+            gaps |= Unsigned(group[i]) ^ (Unsigned(group[0]) + Unsigned(i));
+        if (gaps == 0)
+            std::memcpy(rows.target(row), rows.source(row), kGroup * kBytes);
+        else
+            for (int64_t i = 0; i < kGroup; ++i)
+                std::memcpy(rows.target(row + i), rows.source(row + i), kBytes);
+    }
+    return row;
+}
+
 template <int kBytes, class Index> void moveRows(Rows<Index> rows, int64_t begin, int64_t end)
 {
+    if (kBytes <= 8 && rows.fromStride == kBytes && rows.toStride == kBytes)
+        begin = moveGroups<kBytes>(rows, begin, end);
     for (int64_t row = begin; row < end; ++row)
         std::memcpy(rows.target(row), rows.source(row), kBytes);
 }
@@ -133,7 +157,7 @@ void gatherParallel(const void *from, RQ_Storage fromStorage, int64_t fromStride
     if (components < 1 || !RQisNumeric(fromStorage) || !RQisNumeric(toStorage))
         return;
     const int fromSize = RQsizeof(fromStorage), toSize = RQsizeof(toStorage);
-    const bool streamed = count * toStride * toSize >= kStreamedBytes;
+    const bool streamed = count * toStride * toSize >= host::kStreamedBytes;
     const auto gather = [&](int64_t begin, int64_t end) {
         const Rows<Index> rows = {static_cast<const char *>(from),
                                   fromStride * fromSize,

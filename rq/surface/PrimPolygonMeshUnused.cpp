@@ -25,10 +25,8 @@ public:
             std::fill(used_.begin() + begin, used_.begin() + end, 0);
         });
         rq::visitTopology(counts, vertexList, [&](const auto &topology) {
-            host::parallelFor(counts.sumCounts(), kItemsPerTask, [&](int64_t corner) {
-                // Several corners mark one point: all write the same value.
-                std::atomic_ref<uint8_t>(used_[size_t(topology.point(corner))]).store(1, std::memory_order_relaxed);
-            });
+            host::parallelForRange(counts.sumCounts(), kItemsPerTask,
+                                   [&](int64_t begin, int64_t end) { mark(used_.data(), topology.points, begin, end); });
         });
         host::parallelFor(int64_t(before_.size()) - 1, 1, [&](int64_t block) {
             int64_t sum = 0;
@@ -54,6 +52,14 @@ public:
     }
 
 private:
+    // By pointers of its own: a byte may be part of anything, so nothing else would stay in registers.
+    template <class Point> static void mark(uint8_t *used, const Point *points, int64_t begin, int64_t end)
+    {
+        // Several corners mark one point: all write the same value.
+        for (int64_t corner = begin; corner < end; ++corner)
+            std::atomic_ref<uint8_t>(used[points[corner]]).store(1, std::memory_order_relaxed);
+    }
+
     std::vector<uint8_t, BAS_BlockAllocator<uint8_t>> used_;
     std::vector<int64_t> before_;
 };

@@ -70,26 +70,37 @@ MOD_ConstDetailHandle makeDetail(Kind kind, const MOD_DetailHandle &geometry = {
     return bench::makeDetail(quads, change, geometry);
 }
 
-/// The walk alone: what the collector of polygons gathers.
-void addWalk(const char *who, Kind kind, int threads = 1)
+using Collecting = void (*)(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details,
+                            RQ_MSHPrimCollectData *data);
+
+void collectAll(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data)
 {
-    bench::add({"walk", "quads1M", who, threads, kFaces, 0.0, false, [kind] {
-                    const MOD_ConstDetailHandle detail = makeDetail(kind);
-                    const auto details = std::make_shared<RQ_MSHDetailList>(detail);
+    const MSH_Detail &detail = *details->getDetail();
+    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(data, detail, detail.range(ELM_OWNER_PRIMITIVE),
+                                                                     detail.hidden());
+}
+
+void collectOneByOne(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data)
+{
+    const MSH_Detail &detail = *details->getDetail();
+    for (ELM_Offset i = 0; i < detail.primitiveCount(); ++i)
+        if (!detail.hidden() || !detail.hidden()->contains(i))
+        {
+            const MSH_Primitive primitive(detail, i);
+            const MSH_Primitive *const pointer = &primitive;
+            collector.collect(details, &pointer, 1, data);
+        }
+}
+
+/// The walk alone: what the collector of polygons gathers.
+void addWalk(const char *who, Kind kind, Collecting collect = collectAll, int threads = 1)
+{
+    bench::add({"walk", "quads1M", who, threads, kFaces, 0.0, false, [=] {
+                    const RQ_MSHDetailListHandle details = std::make_shared<RQ_MSHDetailList>(makeDetail(kind));
                     const auto run = [=] {
                         const RQ_MSHPrimCollectPoly collector;
                         const std::shared_ptr<RQ_MSHPrimCollectData> data(collector.beginCollecting(details, nullptr));
-                        const MSH_Detail &snapshot = *detail.readLock();
-                        if (kind != Kind::ONE_BY_ONE)
-                            collector.collectAll(data.get(), snapshot, snapshot.range(ELM_OWNER_PRIMITIVE),
-                                                 snapshot.hidden());
-                        else
-                            for (ELM_Offset i = 0; i < snapshot.primitiveCount(); ++i)
-                            {
-                                const MSH_Primitive primitive(snapshot, i);
-                                const MSH_Primitive *const pointer = &primitive;
-                                collector.collect(details, &pointer, 1, data.get());
-                            }
+                        collect(collector, details, data.get());
                         return std::shared_ptr<void>(data);
                     };
                     return Work{run, {}};
@@ -238,11 +249,13 @@ void addUpdate(const char *mesh, Kind kind)
 const bool registered = [] {
     for (const int threads : {1, 2})
     {
-        addWalk("ours", Kind::PLAIN, threads);
-        addWalk("ours, hidden group", Kind::HIDDEN, threads);
-        addWalk("ours, triangles and quads", Kind::UNEVEN, threads);
+        addWalk("ours", Kind::PLAIN, collectAll, threads);
+        addWalk("ours, hidden group", Kind::HIDDEN, collectAll, threads);
+        addWalk("ours, triangles and quads", Kind::UNEVEN, collectAll, threads);
     }
-    addWalk("ours, one by one", Kind::ONE_BY_ONE);
+    addWalk("ours, one by one", Kind::PLAIN, collectOneByOne);
+    addWalk("ours, one by one, hidden group", Kind::HIDDEN, collectOneByOne);
+    addWalk("ours, one by one, triangles and quads", Kind::UNEVEN, collectOneByOne);
     addPrototype();
     for (const int threads : {1, 2})
     {

@@ -2,7 +2,7 @@
 
 #include <host/bas/Progress.h>
 #include <host/elm/Range.h>
-#include <rq/bridge/MSHOffsetList.h>
+#include <rq/bridge/detail/RunList.h>
 #include <rq/data/CountArray.h>
 #include <rq/data/DANumeric.h>
 
@@ -12,21 +12,19 @@ namespace rq
 ///
 /// Threads  belongs to one thread while it grows
 /// Cost     nothing is stored for consecutive primitives, consecutive vertices and equal counts; else 4 bytes an entry,
-///          8 for offsets of 2^30 and above.  Faces that continue the one before are counted, and stored later as a run.
+///          8 for offsets of 2^30 and above
 class FaceLists
 {
 public:
     /// Append one face of `corners` vertices from `vertex` on.
     void append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners)
     {
-        const bool continues = run_.faces > 0 && corners == run_.corners && primitive == run_.primitive + run_.faces &&
-                               vertex == run_.vertex + run_.faces * corners;
-        if (!continues)
-        {
-            finish();
-            run_ = {primitive, vertex, corners, 0};
-        }
-        ++run_.faces;
+        primitives_.append(primitive, 1);
+        vertices_.append(vertex, corners);
+        if (faces_ > 0 && !counts_ && corners == most_)
+            ++faces_;
+        else
+            appendCount(corners);
     }
 
     /// Append the faces of another list, which must be finished.
@@ -42,25 +40,17 @@ public:
     void finish();
 
     int64_t faces() const { return faces_; }
-    const RQ_MSHOffsetList &primitives() const { return primitives_; }
-    const RQ_MSHOffsetList &vertices() const { return vertices_; }
+    const RQ_MSHOffsetList &primitives() const { return primitives_.list(); }
+    const RQ_MSHOffsetList &vertices() const { return vertices_.list(); }
     RQ_CountArray counts() const;
 
 private:
-    /// Consecutive primitives of equal counts, whose vertices follow each other.
-    struct Run
-    {
-        ELM_Offset primitive = 0, vertex = 0;
-        int64_t corners = 0, faces = 0;
-    };
-
+    void appendCount(int64_t corners);
     void noteCounts(int64_t faces, int64_t least, int64_t most);
     void storeCounts(int64_t faces, int64_t corners);
 
-    Run run_;  // not stored yet
-
-    RQ_MSHOffsetList primitives_;
-    RQ_MSHOffsetList vertices_;
+    RunList primitives_;
+    RunList vertices_;
     BAS_IntrusivePtr<RQ_DANumeric<int32_t>> counts_;  // null while all faces have the same number of corners
     int64_t faces_ = 0;
     int64_t least_ = 0;  // corners of a face

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <host/msh/Detail.h>
 
 namespace rq
@@ -22,7 +24,26 @@ public:
     explicit PolygonReader(const MSH_Detail &detail)
         : detail_(detail), columns_(detail.data()), types_(columns_.type.reader()), flags_(columns_.flags.reader()),
           counts_(columns_.vertexCount.reader()), complete_(detail.topologyIsValid())
-    {}
+    {
+        columns_.vertexStart.visit(
+            [this](const auto &column) { std::get<decltype(column.reader())>(starts_) = column.reader(); });
+    }
+
+    bool reads(const MSH_Detail &detail) const { return &detail_ == &detail; }
+
+    /// Call `face(primitive, vertex, corners)` or `open(primitive)` for one polygon that has all points.
+    template <class OnFace, class OnOpen> void visitOne(ELM_Offset polygon, OnFace &&face, OnOpen &&open) const
+    {
+        const auto &[narrow, wide] = starts_;
+        const int64_t start = narrow.pages ? int64_t(narrow.value(polygon)) : wide.value(polygon);
+        const int64_t corners = counts_.value(polygon);
+        if (!hasAllPoints(start, corners))
+            return;
+        if (isClosed(polygon))
+            face(polygon, start, corners);
+        else
+            open(polygon);
+    }
 
     /// Call `faces(FaceRun)` for the closed polygons of a range in order, and `open(primitive)` for the open ones.
     template <class OnFaces, class OnOpen> void visit(const ELM_Range &range, OnFaces &&faces, OnOpen &&open) const
@@ -97,6 +118,7 @@ private:
     ELM_ReadHandle<int16_t> types_;
     ELM_ReadHandle<uint8_t> flags_;
     ELM_ReadHandle<int32_t> counts_;
+    std::pair<ELM_ReadHandle<int32_t>, ELM_ReadHandle<int64_t>> starts_;  // one of them
     bool complete_;
 };
 }  // namespace rq

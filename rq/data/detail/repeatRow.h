@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <rq/data/detail/stream.h>
+#include <host/bas/stream.h>
 
 namespace rq
 {
@@ -13,7 +13,7 @@ template <class T> void repeatRow(T *rows, int64_t count, int components, int st
         for (int64_t i = 1; i < count; ++i)
             std::copy_n(rows, components, rows + i * stride);
     else if (components == 1)
-        writeBlocks(rows, count, [value = *rows](T *to, int64_t, int64_t length) { std::fill_n(to, length, value); });
+        host::writeBlocks(rows, count, [value = *rows](T *to, int64_t, int64_t length) { std::fill_n(to, length, value); });
     else
     {
         // Copies of copies, up to a source that stays in the first cache.
