@@ -1,0 +1,17 @@
+#pragma once
+
+#include <rq/surface/PrimQuadricMesh.h>
+
+/// Many unit spheres, each placed by a transform of its own.
+class RQ_API RQ_PrimSphereMesh final : public RQ_PrimQuadricMesh
+{
+public:
+    const char *className() const override;
+    int getPrimitiveType() const override;
+    bool save(BAS_JSONWriter &writer) const override;
+    RQ_PrimitiveHandle doSoftCopy() const override;
+    RQ_QuadricHandle makeQuadric(int64_t quadric) const override;
+
+protected:
+    void enlargeByShape(BAS_BoundingBox &box, const BAS_Mat4d &matrix) const override;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <rq/surface/PrimPolygonMesh.h>
+
+namespace rq
+{
+/// The quads between the points of a grid, as a mesh without attributes; point i + nu * j is the i-th of row j.
+///
+/// With `alongU` the second corner of a quad is the next one of the row, else the one in the next row.  Grids of the same
+/// size mostly come many at a time: small ones share the faces of the one before.  Safe from any thread.
+RQ_PolygonMeshHandle gridFaces(int64_t nu, int64_t nv, bool alongU);
+}  // namespace rq
