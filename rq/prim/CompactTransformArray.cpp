@@ -81,6 +81,7 @@ void RQ_CompactTransformArray::write(Block &block, int64_t slot, const BAS_Mat4d
 void RQ_CompactTransformArray::changed()
 {
     dropInverses();
+    dataId_ = -1;
     const int64_t bytes = int64_t(matrices_.capacity() * sizeof(double));
     if (bytes != trackedBytes_)
         BAS_MemoryTracker::add(BAS_MEMORY_TRANSFORM, bytes - trackedBytes_);
@@ -113,6 +114,12 @@ void RQ_CompactTransformArray::setMatrices(const BAS_Mat4d *matrices, int64_t co
     const int64_t slots = std::max<int64_t>(count, 0) * segments;
     const int columns = host::parallelReduce(slots, kMatricesPerTask, 3, columnsOf, most);
     fill(count, segments, columns, [=](int64_t i) { return matrices[i]; });
+}
+
+void RQ_CompactTransformArray::setAffine(int64_t count, int segments, const std::function<BAS_Mat4d(int64_t, int)> &matrixAt)
+{
+    const int atLeastOne = std::max(segments, 1);
+    fill(count, atLeastOne, 3, [&](int64_t i) { return matrixAt(i / atLeastOne, int(i % atLeastOne)); });
 }
 
 void RQ_CompactTransformArray::reshape(int segments, int columns)

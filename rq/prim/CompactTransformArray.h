@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <vector>
 
 #include <host/bas/LargeBlocks.h>
@@ -25,11 +26,20 @@ public:
     RQ_CompactTransformArray(const RQ_CompactTransformArray &other);
     ~RQ_CompactTransformArray() override;
 
+    /// What `setDataId` said, until something changes.
+    int64_t getDataId() const override { return dataId_; }
+    void setDataId(int64_t id) { dataId_ = id; }
+
     int64_t entries() const override { return entries_; }
     RQ_TransformHandle get(int64_t index) const override;
     void set(int64_t index, const RQ_TransformHandle &transform) override;
     void setEntries(int64_t count) override;
     void setMatrices(const BAS_Mat4d *matrices, int64_t count, int segments) override;
+
+    /// Replace all entries by what `matrixAt(entry, segment)` answers, which is asked from several threads.  The fourth
+    /// columns of its matrices count as 0, 0, 0, 1.
+    void setAffine(int64_t count, int segments, const std::function<BAS_Mat4d(int64_t, int)> &matrixAt);
+
     int getMotionSegments() const override { return entries_ > 0 ? segments_ : 0; }
     void getMatrix(BAS_Mat4d &matrix, int64_t index, int segment) const override;
     void getInverse(BAS_Mat4d &matrix, int64_t index, int segment) const override;
@@ -54,6 +64,7 @@ private:
     void dropInverses();
     void changed();
 
+    int64_t dataId_ = -1;
     int64_t entries_ = 0;
     int segments_ = 1;
     int columns_ = 3;
