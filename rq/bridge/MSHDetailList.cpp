@@ -129,18 +129,25 @@ RQ_AttributeListHandle RQ_MSHDetailList::getVertexAttributes(const RQ_MSHAttribu
 
 RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveVertexAttributes(const RQ_MSHAttributeFilter *filter,
                                                                       const RQ_MSHOffsetList &primitives,
-                                                                      const RQ_RefineParms *parms) const
+                                                                      const RQ_RefineParms *parms,
+                                                                      RQ_MSHIncludePoint point) const
+{
+    const RQ_MSHOffsetList vertices = firstVertices(primitives);
+    return vertices.entries() == primitives.entries() ? makeVertexList(vertices, filter, point, parms) : nullptr;
+}
+
+RQ_MSHOffsetList RQ_MSHDetailList::firstVertices(const RQ_MSHOffsetList &primitives) const
 {
     RQ_MSHOffsetList vertices;
     vertices.reserve(primitives.entries());
     for (int64_t i = 0; i < primitives.entries() && !details_.empty(); ++i)
     {
-        const ELM_OffsetList own = getDetail()->vertices(primitives[i]);
-        if (own.isEmpty())
-            return nullptr;
-        vertices.append(own[0]);
+        const MSH_Detail::VertexRun run = getDetail()->vertexRun(primitives[i]);
+        if (run.count == 0)
+            return {};
+        vertices.append(run.start);
     }
-    return getVertexAttributes(filter, vertices, parms);
+    return vertices;
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::createPrimitive(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,

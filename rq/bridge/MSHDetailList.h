@@ -60,11 +60,15 @@ public:
     RQ_AttributeListHandle getVertexAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &vertices,
                                                const RQ_RefineParms *parms = nullptr) const;
 
-    /// The vertex attributes of primitives of one vertex: row i is the first vertex of primitive i.  Null when one of them
-    /// has no vertex.
+    /// The vertex attributes of primitives of one vertex: row i is the first vertex of primitive i, and that vertex's point.
+    /// Null when one of them has no vertex.
     RQ_AttributeListHandle getPrimitiveVertexAttributes(const RQ_MSHAttributeFilter *filter,
                                                         const RQ_MSHOffsetList &primitives,
-                                                        const RQ_RefineParms *parms = nullptr) const;
+                                                        const RQ_RefineParms *parms = nullptr,
+                                                        RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT) const;
+
+    /// The first vertex of each primitive; none at all when one has no vertex.
+    RQ_MSHOffsetList firstVertices(const RQ_MSHOffsetList &primitives) const;
 
     // The same for one primitive.  What is included stands behind, unless the name is taken.
 

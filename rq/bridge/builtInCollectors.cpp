@@ -1,6 +1,8 @@
 #include <rq/bridge/detail/builtInCollectors.h>
 
 #include <host/elm/PrimitiveFactory.h>
+#include <rq/bridge/MSHPrimCollectQuadric.h>
+#include <rq/bridge/MSHPrimCollectTube.h>
 
 const std::shared_ptr<const RQ_MSHPrimCollectPoly> &rq::builtInPolygonCollector()
 {
@@ -12,5 +14,12 @@ const std::shared_ptr<const RQ_MSHPrimCollectPoly> &rq::builtInPolygonCollector(
 
 std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>> rq::builtInCollectors()
 {
-    return {{ELM_PRIMITIVE_POLYGON, builtInPolygonCollector()}};
+    using Collectors = std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>>;
+    static const auto *collectors = new Collectors{
+        {ELM_PRIMITIVE_POLYGON, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_CIRCLE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_CIRCLE)},
+        {ELM_PRIMITIVE_SPHERE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_SPHERE)},
+        {ELM_PRIMITIVE_TUBE, std::make_shared<RQ_MSHPrimCollectTube>()},
+    };
+    return *collectors;
 }

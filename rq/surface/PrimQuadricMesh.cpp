@@ -51,14 +51,15 @@ void RQ_PrimQuadricMesh::enlargeBounds(BAS_BoundingBox *boxes, int segments) con
     for (int segment = 0; segment < segments; ++segment)
     {
         BAS_Mat4d base;
-        if (getBaseTransform())
+        const bool moves = getBaseTransform() && !getBaseTransform()->isIdentity();
+        if (moves)
             getBaseTransform()->getMatrix(base, segment);
         const auto enlarge = [&](BAS_BoundingBox *part, int64_t begin, int64_t end) {
             for (int64_t i = begin; i < end; ++i)
             {
                 BAS_Mat4d matrix;
                 transforms_->getMatrix(matrix, i, segment);
-                enlargeByShape(*part, matrix * base);
+                enlargeByShape(*part, moves ? matrix * base : matrix);
             }
         };
         rq::enlargeInBlocks(boxes + segment, 1, getQuadricCount(), kBoxesPerTask, enlarge);

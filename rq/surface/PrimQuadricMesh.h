@@ -8,6 +8,7 @@
 /// Shape      quadric i is the unit shape, placed by transform i and then by the transform of this primitive.  Vertex
 ///            attributes have one entry per quadric, detail attributes one
 /// Ownership  shares the transforms and the attributes
+/// Identity   `getDataIdHash` covers the attributes: combine it with the data id of the transforms
 /// Threads    immutable once shared, safe to read from any thread; bounds and refining run in parallel
 /// Cost       a million quadrics cost their transforms (see `RQ_CompactTransformArray`) and attributes
 class RQ_API RQ_PrimQuadricMesh : public RQ_Primitive
