@@ -1,0 +1,22 @@
+#pragma once
+
+#include <rq/prim/ViewportRefineOptions.h>
+#include <rq/surface/Basis.h>
+
+namespace rq
+{
+/// The straight pieces of a span where nobody asks for another number, before the option "lod".
+constexpr double kSegmentsPerSpan = 20.0;
+
+/// Linear curves are drawn as they are, all others as finely as the level of detail asks for.
+inline const RQ_ViewportRefineOptions &curveRefineOptions(RQ_Basis basis)
+{
+    static const RQ_ViewportRefineOptions linear;
+    static const RQ_ViewportRefineOptions smooth = [] {
+        RQ_ViewportRefineOptions options;
+        options.setChangesWithLOD(true);
+        return options;
+    }();
+    return basis == RQ_BASIS_LINEAR ? linear : smooth;
+}
+}  // namespace rq

@@ -1,0 +1,223 @@
+#include <rq/surface/detail/evaluateCurves.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <host/bas/Parallel.h>
+#include <rq/data/DANumeric.h>
+#include <rq/data/convert.h>
+#include <rq/data/detail/stream.h>
+#include <rq/surface/detail/curveKernel.h>
+
+namespace
+{
+// A value costs 0.3 ns, so a task is some 50 us of work.
+constexpr int64_t kValuesPerTask = 131072;
+
+// Sums lie in a buffer of the first cache until they are written out.
+constexpr int64_t kBufferValues = 4096;
+
+// Whole numbers up to here are told apart by a double.
+constexpr double kExactIntegers = 9007199254740992.0;
+
+/// A value of the storage: integers are rounded to the nearest and kept in their range.
+template <class Out, class T> Out stored(T value)
+{
+    if constexpr (std::is_integral_v<Out> && sizeof(Out) < sizeof(int64_t))
+        return RQconvert<Out>(
+            std::floor(std::clamp(value, T(std::numeric_limits<Out>::min()), T(std::numeric_limits<Out>::max())) + T(0.5)));
+    else if constexpr (std::is_integral_v<Out>)
+        return RQconvert<Out>(std::floor(value + T(0.5)));
+    else
+        return RQconvert<Out>(value);
+}
+
+/// Collects sums of type T and writes them, converted, to where the samples of some curves begin.
+template <class T, class Out> class Output
+{
+public:
+    Output(Out *target, int components, bool rational, bool streamed)
+        : target_(target), components_(components), width_(components + rational), streamed_(streamed),
+          buffer_(kBufferValues)
+    {}
+
+    /// Room for `samples` rows of `components` values, and one more for rational curves.
+    T *room(int samples)
+    {
+        const int64_t values = int64_t(rq::groups(samples)) * rq::kGroup * width_;
+        if (used_ + values > int64_t(buffer_.size()))
+            flush();
+        buffer_.resize(size_t(std::max(values, int64_t(buffer_.size()))));
+        return buffer_.data() + used_;
+    }
+    void add(int samples) { used_ += int64_t(samples) * width_; }
+
+    void flush()
+    {
+        int64_t values = used_;
+        if (width_ != components_)
+            values = divide();
+        if constexpr (std::is_same_v<T, Out>)
+        {
+            if (streamed_)
+                rq::streamCopy(reinterpret_cast<char *>(target_), reinterpret_cast<const char *>(buffer_.data()),
+                               size_t(values) * sizeof(T));
+            else
+                std::copy_n(buffer_.data(), values, target_);
+        }
+        else
+            std::transform(buffer_.data(), buffer_.data() + values, target_, stored<Out, T>);
+        target_ += values;
+        used_ = 0;
+    }
+
+private:
+    /// Divide each row by the weight behind it and close the gaps.
+    int64_t divide()
+    {
+        const T *from = buffer_.data();
+        T *to = buffer_.data();
+        for (const T *end = from + used_; from < end; from += width_)
+        {
+            const T weight = from[components_];
+            for (int c = 0; c < components_; ++c)
+                *to++ = weight == T(0) ? T(0) : from[c] / weight;
+        }
+        return to - buffer_.data();
+    }
+
+    Out *target_;
+    int components_;
+    int width_;
+    bool streamed_;
+    int64_t used_ = 0;
+    std::vector<T> buffer_;
+};
+
+/// One array of the vertices, to be summed in type T.
+template <class T> class Evaluation
+{
+public:
+    Evaluation(const rq::CurveSampling &sampling, const RQ_DataArray &vertices, const RQ_DataArray *weights)
+        : sampling_(sampling), values_(vertices), components_(int(vertices.getTupleSize())), points_(sampling.points())
+    {
+        if (weights)
+            weights_ = rq::Values<T>(*weights);
+        for (const rq::SpanWeights &table : sampling.tables())
+            tables_.emplace_back(table, width());
+    }
+
+    template <class Out> void run(Out *target) const
+    {
+        const int64_t samples = std::max<int64_t>(1, kValuesPerTask / width());
+        const bool streamed = points_.sum() * components_ * int64_t(sizeof(Out)) >= rq::kStreamedBytes;
+        host::parallelForWeighted(
+            points_.entries(), samples, [this](int64_t curve) { return points_.end(curve); },
+            [&](int64_t begin, int64_t end) {
+                Output<T, Out> output(target + points_.begin(begin) * components_, components_, isRational(), streamed);
+                runCurves(begin, end, output);
+                if (streamed)
+                    rq::finishStream();
+            });
+    }
+
+private:
+    bool isRational() const { return weights_.entries() > 0; }
+    int width() const { return components_ + isRational(); }
+
+    template <class Result> void runCurves(int64_t begin, int64_t end, Result &output) const
+    {
+        const rq::SpanShapes &shapes = sampling_.shapes();
+        std::vector<T> row;
+        rq::SpanWeights scratch;
+        rq::GroupedWeights<T> grouped;
+        for (int64_t curve = begin; curve < end; ++curve)
+        {
+            if (points_.count(curve) == 0)
+                continue;
+            const T *vertices = verticesOf(curve, row);
+            const int64_t stride = int64_t(shapes.step(curve)) * width();
+            sampling_.visitSpans(curve, scratch, [&](int64_t span, const rq::SpanWeights &weights, int table) {
+                if (table < 0)
+                    grouped.build(weights, width());
+                T *out = output.room(weights.samples);
+                rq::sumSpan(table < 0 ? grouped : tables_[size_t(table)], width(), vertices + span * stride, out);
+                output.add(weights.samples);
+            });
+        }
+        output.flush();
+    }
+
+    /// The vertices of a curve in a row, as its spans want them: the first ones again behind the last of a closed one, and
+    /// of a rational one multiplied by their weights, which stand behind.
+    const T *verticesOf(int64_t curve, std::vector<T> &row) const
+    {
+        const rq::SpanShapes &shapes = sampling_.shapes();
+        const int64_t first = shapes.firstVertex(curve), count = shapes.vertices(curve);
+        if (!shapes.wraps() && !isRational())
+            return values_.data() + first * components_;
+        row.clear();
+        for (int64_t i = 0; i < count + (shapes.wraps() ? shapes.order(curve) : 0); ++i)
+        {
+            const int64_t vertex = first + i % count;
+            const T weight = isRational() ? weights_[vertex] : T(1);
+            for (int c = 0; c < components_; ++c)
+                row.push_back(isRational() ? values_(vertex, c) * weight : values_(vertex, c));
+            if (isRational())
+                row.push_back(weight);
+        }
+        return row.data();
+    }
+
+    const rq::CurveSampling &sampling_;
+    rq::Values<T> values_;
+    rq::Values<T> weights_;
+    int components_;
+    rq::Counts points_;
+    std::vector<rq::GroupedWeights<T>> tables_;
+};
+}  // namespace
+
+bool rq::isEvaluated(const RQ_DataArray &array)
+{
+    if (!RQisNumeric(array.getStorage()) || array.hasArrayEntries())
+        return false;
+    if (array.getStorage() != RQ_STORAGE_INT64)
+        return true;
+    double low, high;
+    for (int c = 0; c < array.getTupleSize(); ++c)
+    {
+        array.getRange(low, high, c);
+        if (!(std::abs(low) < kExactIntegers && std::abs(high) < kExactIntegers) && array.entries() > 0)
+            return false;
+    }
+    return true;
+}
+
+RQ_DataArrayHandle rq::makeLike(const RQ_DataArray &array, int64_t entries)
+{
+    RQ_DataArrayHandle made;
+    dispatchStorage(array.getStorage(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        made = new RQ_DANumeric<T>(entries, array.getTupleSize(), array.getTypeInfo());
+    });
+    return made;
+}
+
+bool rq::evaluateCurves(const CurveSampling &sampling, const RQ_DataArray &vertices, const RQ_DataArray *weights,
+                        RQ_DataArray &target, int64_t at)
+{
+    if (at < 0 || target.getTupleSize() != vertices.getTupleSize() || target.entries() - at < sampling.points().sumCounts())
+        return false;
+    bool written = false;
+    dispatchStorage(vertices.getStorage(), [&](auto tag) {
+        using Out = typename decltype(tag)::type;
+        using T = std::conditional_t<std::is_same_v<Out, float> || std::is_same_v<Out, PLT_Half>, float, double>;
+        auto *values = dynamic_cast<RQ_DANumeric<Out> *>(&target);
+        if (values)
+            Evaluation<T>(sampling, vertices, weights).run(values->data() + at * values->getTupleSize());
+        written = values != nullptr;
+    });
+    return written;
+}
