@@ -1,11 +1,8 @@
 #include <rq/surface/PrimPointMesh.h>
 
-#include <algorithm>
-#include <vector>
-
-#include <host/bas/JSONWriter.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/detail/lists.h>
 
 RQ_PrimPointMesh::RQ_PrimPointMesh() = default;
 
@@ -23,39 +20,29 @@ void RQ_PrimPointMesh::init(const RQ_AttributeListHandle &points, const RQ_Attri
     dropDataIdHash();
 }
 
-int64_t RQ_PrimPointMesh::getPointCount() const
+bool RQ_PrimPointMesh::validate(std::string *why) const
 {
-    return points_ && points_->entries() > 0 && points_->get(0, 0) ? points_->get(0, 0)->entries() : 0;
+    std::string fault = rq::checkLengths("point", points_, getPointCount());
+    if (fault.empty())
+        fault = rq::checkLengths("detail", detail_, 1);
+    if (why)
+        *why = fault;
+    return fault.empty();
 }
+
+int64_t RQ_PrimPointMesh::getPointCount() const { return rq::entriesOf(points_); }
 
 const char *RQ_PrimPointMesh::className() const { return "RQ_PrimPointMesh"; }
 int RQ_PrimPointMesh::getPrimitiveType() const { return RQ_PRIM_POINT_MESH; }
 
 void RQ_PrimPointMesh::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
 {
-    // Widths move the sides of this cloud's box, not of what the caller's boxes hold already.
-    std::vector<BAS_BoundingBox> own(size_t(std::max(segments, 0)));
-    enlargeP(own.data(), segments, points_);
-    const std::vector<BAS_BoundingBox> positions = own;
-    enlargeWidth(own.data(), segments, 0.0f);
-    for (int segment = 0; segment < segments; ++segment)
-        if (!positions[size_t(segment)].isEmpty())
-            boxes[segment].enlarge(own[size_t(segment)]);
+    rq::enlargeWithWidths(*this, boxes, segments, [&](BAS_BoundingBox *own) { enlargeP(own, segments, points_); });
 }
 
-int RQ_PrimPointMesh::getMotionSegments() const
-{
-    int segments = getPrimitiveTransform() ? std::max(1, getPrimitiveTransform()->getSegments()) : 1;
-    for (const RQ_AttributeListHandle *list : {&points_, &detail_})
-        if (*list)
-            segments = std::max(segments, (*list)->getSegments());
-    return segments;
-}
+int RQ_PrimPointMesh::getMotionSegments() const { return rq::motionSegments(*this, {&points_, &detail_}); }
 
-int64_t RQ_PrimPointMesh::getMemoryUsage() const
-{
-    return int64_t(sizeof(*this)) + (points_ ? points_->getMemoryUsage() : 0) + (detail_ ? detail_->getMemoryUsage() : 0);
-}
+int64_t RQ_PrimPointMesh::getMemoryUsage() const { return int64_t(sizeof(*this)) + rq::memoryUsage({&points_, &detail_}); }
 
 bool RQ_PrimPointMesh::save(BAS_JSONWriter &writer) const
 {
@@ -65,15 +52,25 @@ bool RQ_PrimPointMesh::save(BAS_JSONWriter &writer) const
 
 RQ_PrimitiveHandle RQ_PrimPointMesh::doHarden() const
 {
-    BAS_IntrusivePtr<RQ_PrimPointMesh> copy(new RQ_PrimPointMesh(*this));
-    for (RQ_AttributeListHandle *list : {&copy->points_, &copy->detail_})
-        if (*list)
-        {
-            *list = new RQ_AttributeList(**list);
-            (*list)->harden();
-        }
+    const RQ_PointMeshHandle copy(new RQ_PrimPointMesh(*this));
+    rq::hardenLists({&copy->points_, &copy->detail_});
     copy->dropDataIdHash();
     return copy;
 }
 
 RQ_PrimitiveHandle RQ_PrimPointMesh::doSoftCopy() const { return new RQ_PrimPointMesh(*this); }
+
+RQ_PrimitiveHandle RQ_PrimPointMesh::doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *,
+                                                      const BAS_StringMMPattern *point, const BAS_StringMMPattern *,
+                                                      const BAS_StringMMPattern *detail) const
+{
+    bool changed = false;
+    const RQ_AttributeListHandle points = mergeAttributeLists(changed, points_, source.getPointAttributes(), point, nullptr);
+    const RQ_AttributeListHandle whole =
+        mergeAttributeLists(changed, detail_, source.getDetailAttributes(), detail, nullptr);
+    if (!changed)
+        return const_cast<RQ_PrimPointMesh *>(this);
+    const RQ_PointMeshHandle copy(new RQ_PrimPointMesh(*this));
+    copy->init(points, whole);
+    return copy;
+}

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <string>
+
 #include <rq/attrib/AttributeList.h>
 #include <rq/prim/Primitive.h>
+
+class RQ_PrimPointMesh;
+using RQ_PointMeshHandle = BAS_IntrusivePtr<RQ_PrimPointMesh>;
 
 /// A cloud of points.
 ///
@@ -19,6 +24,9 @@ public:
     /// Replace the attributes of a mesh that is not yet shared.
     void init(const RQ_AttributeListHandle &points, const RQ_AttributeListHandle &detail = {});
 
+    /// Check that all arrays have as many entries as there are points, or one.  False with the reason.
+    bool validate(std::string *why = nullptr) const;
+
     const RQ_AttributeListHandle &getPoints() const { return points_; }
     int64_t getPointCount() const;
 
@@ -34,6 +42,11 @@ public:
     bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doHarden() const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
+
+    /// The patterns for points and for detail attributes choose those; the others have nothing to choose from.
+    RQ_PrimitiveHandle doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
+                                        const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
+                                        const BAS_StringMMPattern *detail) const override;
 
 private:
     RQ_AttributeListHandle points_;

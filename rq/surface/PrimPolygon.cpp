@@ -1,12 +1,12 @@
 #include <rq/surface/PrimPolygon.h>
 
-#include <algorithm>
 #include <optional>
 
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/Convexer.h>
 #include <rq/surface/PrimPolygonMesh.h>
+#include <rq/surface/detail/lists.h>
 
 RQ_PrimPolygon::RQ_PrimPolygon() = default;
 
@@ -24,10 +24,7 @@ void RQ_PrimPolygon::init(const RQ_AttributeListHandle &vertex, const RQ_Attribu
     dropDataIdHash();
 }
 
-int64_t RQ_PrimPolygon::getVertexCount() const
-{
-    return vertex_ && vertex_->entries() > 0 && vertex_->get(0, 0) ? vertex_->get(0, 0)->entries() : 0;
-}
+int64_t RQ_PrimPolygon::getVertexCount() const { return rq::entriesOf(vertex_); }
 
 RQ_DataArrayHandle RQ_PrimPolygon::positions(int segment) const
 {
@@ -70,19 +67,9 @@ const char *RQ_PrimPolygon::className() const { return "RQ_PrimPolygon"; }
 int RQ_PrimPolygon::getPrimitiveType() const { return RQ_PRIM_POLYGON; }
 void RQ_PrimPolygon::enlargeBounds(BAS_BoundingBox *boxes, int segments) const { enlargeP(boxes, segments, vertex_); }
 
-int RQ_PrimPolygon::getMotionSegments() const
-{
-    int segments = getPrimitiveTransform() ? std::max(1, getPrimitiveTransform()->getSegments()) : 1;
-    for (const RQ_AttributeListHandle *list : {&vertex_, &uniform_})
-        if (*list)
-            segments = std::max(segments, (*list)->getSegments());
-    return segments;
-}
+int RQ_PrimPolygon::getMotionSegments() const { return rq::motionSegments(*this, {&vertex_, &uniform_}); }
 
-int64_t RQ_PrimPolygon::getMemoryUsage() const
-{
-    return int64_t(sizeof(*this)) + (vertex_ ? vertex_->getMemoryUsage() : 0) + (uniform_ ? uniform_->getMemoryUsage() : 0);
-}
+int64_t RQ_PrimPolygon::getMemoryUsage() const { return int64_t(sizeof(*this)) + rq::memoryUsage({&vertex_, &uniform_}); }
 
 bool RQ_PrimPolygon::save(BAS_JSONWriter &writer) const
 {
@@ -125,12 +112,7 @@ double RQ_PrimPolygon::computeVolume(const BAS_Vec3f &reference, int segment) co
 RQ_PrimitiveHandle RQ_PrimPolygon::doHarden() const
 {
     const RQ_PolygonHandle copy(new RQ_PrimPolygon(*this));
-    for (RQ_AttributeListHandle *list : {&copy->vertex_, &copy->uniform_})
-        if (*list)
-        {
-            *list = new RQ_AttributeList(**list);
-            (*list)->harden();
-        }
+    rq::hardenLists({&copy->vertex_, &copy->uniform_});
     copy->dropDataIdHash();
     return copy;
 }

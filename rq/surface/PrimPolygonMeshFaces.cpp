@@ -6,44 +6,24 @@
 #include <rq/data/DASubArray.h>
 #include <rq/prim/Refine.h>
 #include <rq/surface/detail/faceMerges.h>
+#include <rq/surface/detail/lists.h>
 
 const RQ_PrimPolygonMesh::FaceMerges &RQ_PrimPolygonMesh::faceMerges() const
 {
     return merges_.getOrBuild([this] { return BAS_IntrusivePtr<const FaceMerges>(new FaceMerges(*this)); });
 }
 
-namespace
-{
-/// The attributes that `merge` pairs, each from the first list where that has it and else from the second.
-template <class FromFirst, class FromSecond>
-RQ_AttributeListHandle mergedList(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &first,
-                                  const RQ_AttributeListHandle &second, FromFirst &&fromFirst, FromSecond &&fromSecond)
-{
-    const int segments = std::max(first ? first->getSegments() : 1, second ? second->getSegments() : 1);
-    RQ_AttributeListHandle list(new RQ_AttributeList(merge.map, segments));
-    for (int segment = 0; segment < segments; ++segment)
-        for (int i = 0; i < list->entries(); ++i)
-        {
-            if (const int own = merge.first[size_t(i)]; own >= 0 && first->get(own, segment))
-                list->set(i, fromFirst(first->get(own, segment)), segment);
-            else if (const int other = merge.second[size_t(i)]; other >= 0 && second->get(other, segment))
-                list->set(i, fromSecond(second->get(other, segment)), segment);
-        }
-    return list;
-}
-}  // namespace
-
 RQ_PolygonHandle RQ_PrimPolygonMesh::makeFace(const FaceMerges &merges, int64_t face) const
 {
     const auto [begin, count] = counts_.getOffsetCount(face);
     const RQ_DataArrayHandle points = RQ_DASubArray::createSubArray(vertexList_, begin, count);
-    const RQ_AttributeListHandle corners = mergedList(
+    const RQ_AttributeListHandle corners = rq::mergedList(
         merges.corner, vertex_, shared_,
         [begin = begin, count = count](const RQ_DataArrayHandle &array) {
             return RQ_DASubArray::createSubArray(array, begin, count);
         },
         [&points](const RQ_DataArrayHandle &array) { return RQ_DAIndirect::createIndirect(array, points); });
-    const RQ_AttributeListHandle whole = mergedList(
+    const RQ_AttributeListHandle whole = rq::mergedList(
         merges.whole, uniform_, detail_,
         [face](const RQ_DataArrayHandle &array) { return RQ_DAConstant::createConstant(array, face, 1); },
         [](const RQ_DataArrayHandle &array) { return array; });

@@ -1,23 +1,10 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
-#include <fmt/format.h>
-
 #include <rq/data/Values.h>
+#include <rq/surface/detail/lists.h>
 
 namespace
 {
-/// Arrays of one list must all have the length that its owner asks for.
-std::string checkList(const char *owner, const RQ_AttributeListHandle &list, int64_t expected)
-{
-    if (list)
-        for (int segment = 0; segment < list->getSegments(); ++segment)
-            for (int64_t i = 0; i < list->entries(); ++i)
-                if (const RQ_DataArrayHandle &array = list->get(int(i), segment); array && array->entries() != expected)
-                    return fmt::format("{} attribute {} has {} entries, expected {}", owner, list->getName(int(i)).view(),
-                                       array->entries(), expected);
-    return {};
-}
-
 std::string checkTopology(const RQ_PrimPolygonMesh &mesh)
 {
     const RQ_DataArrayHandle &list = mesh.getVertexList();
@@ -44,13 +31,13 @@ bool RQ_PrimPolygonMesh::validate(std::string *why) const
 {
     std::string fault = checkTopology(*this);
     if (fault.empty())
-        fault = checkList("point", shared_, getPointCount());
+        fault = rq::checkLengths("point", shared_, getPointCount());
     if (fault.empty())
-        fault = checkList("vertex", vertex_, getVertexCount());
+        fault = rq::checkLengths("vertex", vertex_, getVertexCount());
     if (fault.empty())
-        fault = checkList("uniform", uniform_, getFaceCount());
+        fault = rq::checkLengths("uniform", uniform_, getFaceCount());
     if (fault.empty())
-        fault = checkList("detail", detail_, 1);
+        fault = rq::checkLengths("detail", detail_, 1);
     if (why)
         *why = fault;
     return fault.empty();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <rq/attrib/BuilderStatus.h>
+#include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
 /// Make primitives from arrays of unknown origin: what does not hold together is refused with a message.
@@ -16,12 +17,22 @@ public:
     /// A mesh of at least one face.  `counts` holds the corners of each face, `vertexList` the point of each corner.
     RQ_PolygonMeshHandle polygonMesh(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
                                      const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex = {},
-                                     const RQ_AttributeListHandle &uniform = {},
-                                     const RQ_AttributeListHandle &detail = {});
+                                     const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {});
 
     /// A polygon of at least three corners, which are the entries of `vertex`.
     RQ_PolygonHandle polygon(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform = {});
 
+    /// A mesh of at least one curve.  `counts` holds the vertices of each curve.
+    RQ_CurveMeshHandle curveMesh(RQ_Basis basis, const RQ_DataArrayHandle &counts, const RQ_AttributeListHandle &vertex,
+                                 const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {},
+                                 bool wrap = false);
+
+    /// A curve of at least three vertices, which are the entries of `vertex`.
+    RQ_CurveHandle curve(RQ_Basis basis, const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform = {},
+                         bool wrap = false);
+
 private:
+    bool checkCounts(const char *mesh, const char *item, const char *element, const RQ_DataArrayHandle &counts);
+
     RQ_BuilderStatus &status_;
 };
