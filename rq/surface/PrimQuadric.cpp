@@ -1,8 +1,7 @@
 #include <rq/surface/PrimQuadric.h>
 
-#include <algorithm>
-
 #include <rq/prim/PrimitiveJSON.h>
+#include <rq/surface/detail/lists.h>
 
 RQ_PrimQuadric::~RQ_PrimQuadric() = default;
 
@@ -47,24 +46,14 @@ RQ_QuadricHandle RQ_PrimQuadric::clone(const RQ_Parametric &range) const
     return copy;
 }
 
-int RQ_PrimQuadric::getMotionSegments() const
-{
-    return std::max(attributes_ ? attributes_->getSegments() : 1, placement().getSegments());
-}
+int RQ_PrimQuadric::getMotionSegments() const { return rq::motionSegments(*this, {&attributes_}); }
 
-int64_t RQ_PrimQuadric::getMemoryUsage() const
-{
-    return int64_t(sizeof(*this)) + (attributes_ ? attributes_->getMemoryUsage() : 0);
-}
+int64_t RQ_PrimQuadric::getMemoryUsage() const { return int64_t(sizeof(*this)) + rq::memoryUsage({&attributes_}); }
 
 RQ_PrimitiveHandle RQ_PrimQuadric::doHarden() const
 {
     const RQ_QuadricHandle copy = clone(range_);
-    if (attributes_)
-    {
-        copy->attributes_ = new RQ_AttributeList(*attributes_);
-        copy->attributes_->harden();
-    }
+    rq::hardenLists({&copy->attributes_});
     copy->dropDataIdHash();
     return copy;
 }

@@ -94,6 +94,14 @@ protected:
     /// The base knows surfaces that are ruled along v: a straight profile has its extremes at the ends.
     virtual double reach(const BAS_Vec3d &direction) const;
 
+    /// The samples that the options want of this quadric's range, and what of it they leave; false when that is nothing.
+    bool chooseSamples(const RQ_RefineParms *parms, int &nu, int &nv, RQ_Parametric &range) const;
+
+    /// The samples of a range, placed: "P", and "N" unless its storage is the invalid one.  A single row is that of the
+    /// greatest v.
+    RQ_AttributeListHandle sweepGrid(int nu, int nv, const RQ_Parametric &range, RQ_Storage positions,
+                                     RQ_Storage normals) const;
+
     /// The transform, the identity in place of none.
     const RQ_Transform &placement() const;
 
@@ -107,8 +115,6 @@ protected:
     bool saveQuadric(BAS_JSONWriter &writer, const char *typeName) const;
 
 private:
-    RQ_AttributeListHandle sweepGrid(int nu, int nv, const RQ_Parametric &range, RQ_Storage positions,
-                                     RQ_Storage normals) const;
     bool split(double RQ_Parametric::*begin, double RQ_Parametric::*end, double at, RQ_QuadricHandle &low,
                RQ_QuadricHandle &high) const;
     void enlargeByReach(BAS_BoundingBox &box, const BAS_Mat4d &matrix) const;

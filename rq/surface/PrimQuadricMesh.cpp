@@ -5,6 +5,7 @@
 #include <host/bas/Parallel.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/detail/enlargeInBlocks.h>
+#include <rq/surface/detail/lists.h>
 
 namespace
 {
@@ -82,33 +83,20 @@ bool RQ_PrimQuadricMesh::refine(RQ_Refine &sink, const RQ_RefineParms *) const
 
 int RQ_PrimQuadricMesh::getMotionSegments() const
 {
-    int segments = getBaseTransform() ? std::max(1, getBaseTransform()->getSegments()) : 1;
-    if (transforms_)
-        segments = std::max(segments, transforms_->getMotionSegments());
-    for (const RQ_AttributeListHandle *list : {&vertex_, &detail_})
-        if (*list)
-            segments = std::max(segments, (*list)->getSegments());
-    return segments;
+    return std::max(rq::motionSegments(*this, {&vertex_, &detail_}), transforms_ ? transforms_->getMotionSegments() : 1);
 }
 
 int64_t RQ_PrimQuadricMesh::getMemoryUsage() const
 {
-    int64_t bytes = int64_t(sizeof(*this)) + (transforms_ ? transforms_->getMemoryUsage() : 0);
-    for (const RQ_AttributeListHandle *list : {&vertex_, &detail_})
-        bytes += *list ? (*list)->getMemoryUsage() : 0;
-    return bytes;
+    return int64_t(sizeof(*this)) + (transforms_ ? transforms_->getMemoryUsage() : 0) +
+           rq::memoryUsage({&vertex_, &detail_});
 }
 
 RQ_PrimitiveHandle RQ_PrimQuadricMesh::doHarden() const
 {
     // Transforms own their matrices already.
     const BAS_IntrusivePtr<RQ_PrimQuadricMesh> copy(static_cast<RQ_PrimQuadricMesh *>(doSoftCopy().get()));
-    for (RQ_AttributeListHandle *list : {&copy->vertex_, &copy->detail_})
-        if (*list)
-        {
-            *list = new RQ_AttributeList(**list);
-            (*list)->harden();
-        }
+    rq::hardenLists({&copy->vertex_, &copy->detail_});
     copy->dropDataIdHash();
     return copy;
 }

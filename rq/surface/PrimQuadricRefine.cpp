@@ -47,7 +47,7 @@ rq::Columns columnsOf(int64_t count, double begin, double end)
     for (int64_t i = 0; i < count; ++i)
         columns.set(i, rq::Turn(sample(i, count, begin, end)));
     // Bounds that are one turn apart can differ in the last digit of what is left of them.
-    if (std::abs(end - begin) == 1.0)
+    if (rq::isWholeTurn(begin, end))
         columns.set(count - 1, rq::Turn(begin));
     return columns;
 }
@@ -96,15 +96,22 @@ bool RQ_PrimQuadric::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const
     return bool(mesh);
 }
 
+bool RQ_PrimQuadric::chooseSamples(const RQ_RefineParms *parms, int &nu, int &nv, RQ_Parametric &range) const
+{
+    RQ_Parametric wanted;
+    extractRefineParms(parms, nu, nv, wanted.umin, wanted.umax, wanted.vmin, wanted.vmax);
+    adjustTesselationCounts(nu, nv);
+    range = range_;
+    limit(range.umin, range.umax, wanted.umin, wanted.umax);
+    limit(range.vmin, range.vmax, wanted.vmin, wanted.vmax);
+    return range.umin != range.umax && range.vmin != range.vmax;
+}
+
 RQ_PolygonMeshHandle RQ_PrimQuadric::refineToPolygonMesh(const RQ_RefineParms *parms) const
 {
     int nu, nv;
-    RQ_Parametric wanted, range = range_;
-    extractRefineParms(parms, nu, nv, wanted.umin, wanted.umax, wanted.vmin, wanted.vmax);
-    adjustTesselationCounts(nu, nv);
-    limit(range.umin, range.umax, wanted.umin, wanted.umax);
-    limit(range.vmin, range.vmax, wanted.vmin, wanted.vmax);
-    if (range.umin == range.umax || range.vmin == range.vmax)
+    RQ_Parametric range;
+    if (!chooseSamples(parms, nu, nv, range))
         return nullptr;
     return createMesh(nu, nv, range.umin, range.umax, range.vmin, range.vmax, true, true, RQ_STORAGE_REAL32,
                       RQ_STORAGE_REAL32);

@@ -1,4 +1,3 @@
-#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -52,7 +51,7 @@ RQ_DataArrayHandle withRings(const RQ_DataArray &quads, const Caps &caps, int64_
 std::vector<RQ_PrimTube::Cap> RQ_PrimTube::findCaps(int nu, int nv, const RQ_Parametric &range) const
 {
     std::vector<Cap> caps;
-    const bool isPart = std::abs(range.umax - range.umin) != 1.0;
+    const bool isPart = !rq::isWholeTurn(range.umin, range.umax);
     const bool turned = isMirrored() != (range.umax < range.umin);
     for (const double end : {0.0, 1.0})
         if ((range.vmin == end || range.vmax == end) && (end == 0.0 || taper_ != 0.0))

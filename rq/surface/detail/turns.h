@@ -46,6 +46,8 @@ struct Turn
     double sine;
 };
 
+inline bool isWholeTurn(double begin, double end) { return std::abs(end - begin) == 1.0; }
+
 /// The greatest value of `c * cosine + s * sine` over the turns between `a` and `b`.
 inline double greatestOfWave(double c, double s, double a, double b)
 {

@@ -357,7 +357,7 @@ TEST(Quadric, RefusesWhatIsNotFinite)
     EXPECT_FALSE(RQ_PrimHyperboloid().init(BAS_Vec3d(NAN), BAS_Vec3d(0.0), {}, {}));
     EXPECT_FALSE(sphere.createMesh(9, 1, 0, 1, 0, 1, true, true, RQ_STORAGE_REAL32, RQ_STORAGE_REAL32));
     EXPECT_FALSE(sphere.createMesh(9, 9, 0, 1, 0, NAN, true, true, RQ_STORAGE_REAL32, RQ_STORAGE_REAL32));
-    EXPECT_FALSE(RQ_PrimCircle::makePolygonMesh(nullptr, 3));
+    EXPECT_FALSE(RQ_PrimCircle::makePolygonMesh(nullptr, 3) || RQ_PrimCircle::makeCurve(nullptr, -1));
     // Placed nowhere, or flattened: no more than that.
     for (const BAS_Mat4d &matrix : {BAS_Mat4d(0.0), BAS_Mat4d().setScale(NAN)})
         for (const Shape &shape : shapes())
@@ -375,7 +375,17 @@ TEST(Quadric, MakersStandAtTheOrigin)
         const RQ_PolygonMeshHandle disc = RQ_PrimCircle::makePolygonMesh(nullptr, axis);
         EXPECT_EQ(vectorOf(*disc->getShared()->get("N"), 0), facing);
         EXPECT_EQ(boundsOf(*disc).size()[axis], 0.0f);
+        // The rim is the second row of the disc, without the last column.
+        const RQ_CurveMeshHandle rim = RQ_PrimCircle::makeCurve(nullptr, axis);
+        ASSERT_TRUE(rim->validate());
+        EXPECT_TRUE(rim->getWrap());
+        const std::vector<double> all = valuesOf(disc->getShared()->get("P"));
+        EXPECT_EQ(valuesOf(rim->getVertex()->get("P")), std::vector<double>(all.begin() + 60, all.end() - 3));
     }
+    const RQ_CurveMeshHandle arc =
+        static_cast<RQ_PrimCircle &>(*RQ_PrimCircle().clone({0, 0.5, 0, 3})).refineToCurve(nullptr);
+    EXPECT_FALSE(arc->getWrap());
+    EXPECT_NEAR(arc->computePerimeter(0), 3.0 * kPi, 0.02);
 }
 
 /// Meshes of every kind over the same transforms.
