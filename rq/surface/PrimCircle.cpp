@@ -59,7 +59,6 @@ void RQ_PrimCircle::computeCircleBounds(BAS_BoundingBox &box, const BAS_Mat4d &m
 
 const char *RQ_PrimCircle::className() const { return "RQ_PrimCircle"; }
 int RQ_PrimCircle::getPrimitiveType() const { return RQ_PRIM_CIRCLE; }
-bool RQ_PrimCircle::save(BAS_JSONWriter &writer) const { return saveQuadric(writer, RQprimitiveType(RQ_PRIM_CIRCLE)); }
 RQ_PrimitiveHandle RQ_PrimCircle::doSoftCopy() const { return new RQ_PrimCircle(*this); }
 void RQ_PrimCircle::adjustTesselationCounts(int &, int &nv) const { nv = 2; }
 RQ_PrimQuadric::Profile RQ_PrimCircle::profile(double v) const { return {{v, 0.0, 0.0}, {0.0, 0.0, 1.0}}; }

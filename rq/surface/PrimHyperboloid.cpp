@@ -26,11 +26,6 @@ int RQ_PrimHyperboloid::getPrimitiveType() const { return RQ_PRIM_HYPERBOLOID; }
 RQ_PrimitiveHandle RQ_PrimHyperboloid::doSoftCopy() const { return new RQ_PrimHyperboloid(*this); }
 void RQ_PrimHyperboloid::adjustTesselationCounts(int &, int &nv) const { nv = 2; }
 
-bool RQ_PrimHyperboloid::save(BAS_JSONWriter &writer) const
-{
-    return saveQuadric(writer, RQprimitiveType(RQ_PRIM_HYPERBOLOID));
-}
-
 bool RQ_PrimHyperboloid::saveShape(BAS_JSONWriter &writer) const
 {
     return writer.uniformArray(&p0_.x, 3) && writer.uniformArray(&p1_.x, 3);

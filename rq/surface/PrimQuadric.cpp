@@ -1,6 +1,7 @@
 #include <rq/surface/PrimQuadric.h>
 
 #include <rq/prim/PrimitiveJSON.h>
+#include <rq/prim/PrimitiveType.h>
 #include <rq/surface/detail/lists.h>
 
 RQ_PrimQuadric::~RQ_PrimQuadric() = default;
@@ -59,6 +60,8 @@ RQ_PrimitiveHandle RQ_PrimQuadric::doHarden() const
 }
 
 bool RQ_PrimQuadric::saveShape(BAS_JSONWriter &) const { return true; }
+
+bool RQ_PrimQuadric::save(BAS_JSONWriter &writer) const { return saveQuadric(writer, RQprimitiveType(getPrimitiveType())); }
 
 bool RQ_PrimQuadric::saveQuadric(BAS_JSONWriter &writer, const char *typeName) const
 {

@@ -46,6 +46,9 @@ public:
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;
     const RQ_AttributeListHandle &getDetailAttributes() const override { return attributes_; }
+
+    /// Write [name of the type, members of the shape..., range, lists].
+    bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doHarden() const override;
 
     /// Sample what the options want of this quadric's range as a grid with "P", "N" and "uv", all of them bound to points.
@@ -111,7 +114,7 @@ protected:
     /// Write the members of the shape into its record.
     virtual bool saveShape(BAS_JSONWriter &writer) const;
 
-    /// Write [name, members of the shape..., range, lists].
+    /// What `save` writes, under a name of the subclass's own.
     bool saveQuadric(BAS_JSONWriter &writer, const char *typeName) const;
 
 private:

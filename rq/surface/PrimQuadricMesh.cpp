@@ -4,6 +4,7 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/prim/PrimitiveJSON.h>
+#include <rq/prim/PrimitiveType.h>
 #include <rq/prim/detail/enlargeInBlocks.h>
 #include <rq/surface/detail/lists.h>
 
@@ -102,6 +103,11 @@ RQ_PrimitiveHandle RQ_PrimQuadricMesh::doHarden() const
 }
 
 bool RQ_PrimQuadricMesh::saveShape(BAS_JSONWriter &) const { return true; }
+
+bool RQ_PrimQuadricMesh::save(BAS_JSONWriter &writer) const
+{
+    return saveQuadricMesh(writer, RQprimitiveType(getPrimitiveType()));
+}
 
 bool RQ_PrimQuadricMesh::saveQuadricMesh(BAS_JSONWriter &writer, const char *typeName) const
 {

@@ -40,6 +40,9 @@ public:
     int64_t getMemoryUsage() const override;
     const RQ_AttributeListHandle &getVertexAttributes() const override { return vertex_; }
     const RQ_AttributeListHandle &getDetailAttributes() const override { return detail_; }
+
+    /// Write [name of the type, members of the shape..., transforms, lists].
+    bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doHarden() const override;
 
     /// A quadric by itself: its vertex attributes are its detail attributes, with those of the whole behind them.  Null out
@@ -53,7 +56,7 @@ protected:
     /// Write the members of the shape into its record.
     virtual bool saveShape(BAS_JSONWriter &writer) const;
 
-    /// Write [name, members of the shape..., transforms, lists].
+    /// What `save` writes, under a name of the subclass's own.
     bool saveQuadricMesh(BAS_JSONWriter &writer, const char *typeName) const;
 
     /// A quadric of a class, initialised with its attributes, its placement and `members`.

@@ -24,7 +24,6 @@ void RQ_PrimSphere::computeSphereBounds(BAS_BoundingBox &box, const BAS_Mat4d &m
 
 const char *RQ_PrimSphere::className() const { return "RQ_PrimSphere"; }
 int RQ_PrimSphere::getPrimitiveType() const { return RQ_PRIM_SPHERE; }
-bool RQ_PrimSphere::save(BAS_JSONWriter &writer) const { return saveQuadric(writer, RQprimitiveType(RQ_PRIM_SPHERE)); }
 RQ_PrimitiveHandle RQ_PrimSphere::doSoftCopy() const { return new RQ_PrimSphere(*this); }
 
 RQ_PrimQuadric::Profile RQ_PrimSphere::profile(double v) const

@@ -16,7 +16,6 @@ public:
 
     const char *className() const override;
     int getPrimitiveType() const override;
-    bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
 
 protected:

@@ -7,11 +7,6 @@ const char *RQ_PrimSphereMesh::className() const { return "RQ_PrimSphereMesh"; }
 int RQ_PrimSphereMesh::getPrimitiveType() const { return RQ_PRIM_SPHERE_MESH; }
 RQ_PrimitiveHandle RQ_PrimSphereMesh::doSoftCopy() const { return new RQ_PrimSphereMesh(*this); }
 
-bool RQ_PrimSphereMesh::save(BAS_JSONWriter &writer) const
-{
-    return saveQuadricMesh(writer, RQprimitiveType(RQ_PRIM_SPHERE_MESH));
-}
-
 RQ_QuadricHandle RQ_PrimSphereMesh::makeQuadric(int64_t quadric) const { return make<RQ_PrimSphere>(quadric); }
 
 void RQ_PrimSphereMesh::enlargeByShape(BAS_BoundingBox &box, const BAS_Mat4d &matrix) const

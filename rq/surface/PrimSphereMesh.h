@@ -8,7 +8,6 @@ class RQ_API RQ_PrimSphereMesh final : public RQ_PrimQuadricMesh
 public:
     const char *className() const override;
     int getPrimitiveType() const override;
-    bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
     RQ_QuadricHandle makeQuadric(int64_t quadric) const override;
 

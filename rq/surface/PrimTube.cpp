@@ -24,7 +24,6 @@ RQ_PolygonMeshHandle RQ_PrimTube::makePolygonMesh(const RQ_RefineParms *parms, d
 
 const char *RQ_PrimTube::className() const { return "RQ_PrimTube"; }
 int RQ_PrimTube::getPrimitiveType() const { return RQ_PRIM_TUBE; }
-bool RQ_PrimTube::save(BAS_JSONWriter &writer) const { return saveQuadric(writer, RQprimitiveType(RQ_PRIM_TUBE)); }
 bool RQ_PrimTube::saveShape(BAS_JSONWriter &writer) const { return writer.writeReal64(taper_) && writer.writeBool(caps_); }
 RQ_PrimitiveHandle RQ_PrimTube::doSoftCopy() const { return new RQ_PrimTube(*this); }
 

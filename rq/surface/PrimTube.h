@@ -22,7 +22,6 @@ public:
 
     const char *className() const override;
     int getPrimitiveType() const override;
-    bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doSoftCopy() const override;
 
     /// With caps one polygon more at each end of the tube that lies in the range, first the lower one, with points of its

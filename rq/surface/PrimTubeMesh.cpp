@@ -20,11 +20,6 @@ const char *RQ_PrimTubeMesh::className() const { return "RQ_PrimTubeMesh"; }
 int RQ_PrimTubeMesh::getPrimitiveType() const { return RQ_PRIM_TUBE_MESH; }
 RQ_PrimitiveHandle RQ_PrimTubeMesh::doSoftCopy() const { return new RQ_PrimTubeMesh(*this); }
 
-bool RQ_PrimTubeMesh::save(BAS_JSONWriter &writer) const
-{
-    return saveQuadricMesh(writer, RQprimitiveType(RQ_PRIM_TUBE_MESH));
-}
-
 bool RQ_PrimTubeMesh::saveShape(BAS_JSONWriter &writer) const
 {
     return writer.writeReal64(taper_) && writer.writeBool(caps_);

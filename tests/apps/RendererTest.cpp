@@ -7,7 +7,9 @@
 
 #include <apps/offline/Integrator.h>
 #include <host/bas/Parallel.h>
+#include <rq/prim/CompactTransformArray.h>
 #include <rq/surface/PrimPointMesh.h>
+#include <rq/surface/PrimSphereMesh.h>
 #include <tests/rq/surface/Fixture.h>
 
 namespace
@@ -135,6 +137,29 @@ TEST(Renderer, DrawsPointsAsSpheres)
     scene.commit(UpAxis::Y);
     EXPECT_EQ(scene.spheres(), 3);
     EXPECT_GT(spanned(scene).x, 0.6f);
+}
+
+TEST(Renderer, DrawsQuadricsAsTheSmoothSurfacesTheyAre)
+{
+    const BAS_Mat4d places[] = {BAS_Mat4d(), BAS_Mat4d().setTranslation(BAS_Vec3d(4, 0, 0))};
+    const BAS_IntrusivePtr<RQ_PrimSphereMesh> spheres(new RQ_PrimSphereMesh);
+    ASSERT_TRUE(spheres->init(oneAttribute("Cd", triples({{1, 0, 0}, {0, 1, 0}}, RQ_TYPE_COLOR)), {},
+                              new RQ_CompactTransformArray(places, 2)));
+    Scene scene;
+    scene.add(spheres, nullptr);
+    scene.commit(UpAxis::Y);
+    EXPECT_EQ(scene.notDrawn(), 0);
+    const float unit = 1.0f / std::sqrt(11.0f);  // the box is 6 x 2 x 2
+    for (const int i : {0, 1})
+    {
+        const BAS_Vec3f centre(unit * (i == 0 ? -2.0f : 2.0f), 0.0f, 0.0f);
+        Hit hit;
+        ASSERT_TRUE(scene.intersect(centre + BAS_Vec3f(0.5f * unit, 0.4f * unit, 2.0f), BAS_Vec3f(0, 0, -1), hit));
+        const BAS_Vec3f outward = (hit.position - centre) / unit;
+        EXPECT_NEAR(outward.length(), 1.0f, 0.03f);
+        EXPECT_LT((hit.normal - outward.normalized()).length(), 0.03f);
+        EXPECT_EQ(hit.colour, BAS_Vec3f(i == 0, i == 1, 0));
+    }
 }
 
 TEST(Renderer, SurvivesUglyInput)
