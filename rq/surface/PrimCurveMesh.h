@@ -137,8 +137,8 @@ public:
     /// Linear curves no point of which is further than `distance` from the straight pieces, measured in the space of "P",
     /// in all motion segments.
     ///
-    /// Every span is cut evenly into as few pieces as hold the bound, as measured at 8 places a piece and, around the
-    /// farthest, closer; at most 65536.  A distance below the precision of the positions counts as that.  Null also when
+    /// Every span, at most 65536 times, is cut evenly into the fewest pieces that stay within the distance; between spans
+    /// curves are taken to be in one piece.  A distance below the precision of the positions counts as that.  Null also when
     /// `distance` is not above 0 or "P" is missing.
     RQ_CurveMeshHandle refineToDistance(double distance) const;
 
@@ -183,6 +183,7 @@ private:
     int64_t knotCount() const { return getCurveCount() > 0 ? knotOffset(getCurveCount()) : 0; }
     RQ_CurveMeshHandle selectCurves(const RQ_DataArrayHandle &curves) const;
     RQ_CurveMeshHandle stretched(bool pin) const;
+    void enlargeByHull(BAS_BoundingBox *boxes, int segments) const;
     bool canBeSampled() const;
     RQ_CurveMeshHandle sampled(const rq::CurveSampling &sampling) const;
 

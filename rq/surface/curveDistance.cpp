@@ -6,7 +6,7 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
-#include <rq/surface/detail/sampledList.h>
+#include <rq/surface/detail/CurvePositions.h>
 
 namespace
 {
@@ -14,32 +14,6 @@ namespace
 constexpr int64_t kSpansPerTask = 32;
 
 constexpr int kMostPieces = 65536;
-
-/// The positions of one motion segment as homogeneous vertices.
-struct Vertices
-{
-    Vertices(const RQ_AttributeList &list, int segment)
-        : positions(list.get("P", segment)),
-          homogeneous(list.get("P", segment)->getTypeInfo() == RQ_TYPE_HPOINT && positions.tupleSize() > 3),
-          single(RQsizeof(list.get("P", segment)->getStorage()) <= 4 && RQisFloat(list.get("P", segment)->getStorage()))
-    {
-        if (const RQ_DataArray *given = rq::rationalWeights(list, list.getIndex("P"), segment))
-            weights = rq::Values<double>(*given);
-    }
-
-    BAS_Vec4d operator[](int64_t i) const
-    {
-        const BAS_Vec4d point(positions(i, 0), positions(i, 1), positions(i, 2), homogeneous ? positions(i, 3) : 1.0);
-        return weights.entries() > 0 ? point * weights[i] : point;
-    }
-
-    rq::Values<double> positions;
-    rq::Values<double> weights;
-    bool homogeneous;
-    bool single;
-};
-
-BAS_Vec3d divided(const BAS_Vec4d &p) { return BAS_Vec3d(p.x, p.y, p.z) * (p.w == 0.0 ? 0.0 : 1.0 / p.w); }
 
 double distanceTo(const BAS_Vec3d &point, const BAS_Vec3d &from, const BAS_Vec3d &to)
 {
@@ -53,19 +27,20 @@ double distanceTo(const BAS_Vec3d &point, const BAS_Vec3d &from, const BAS_Vec3d
 class Path
 {
 public:
-    Path(const rq::SpanShapes &shapes, int64_t curve, int64_t span, const Vertices &vertices)
-        : shapes_(shapes), curve_(curve), span_(span), order_(shapes.order(curve))
+    Path(const rq::SpanShapes &shapes, int64_t curve, int64_t span, const rq::CurvePositions &positions)
+        : shapes_(shapes), positions_(positions), curve_(curve), span_(span), order_(shapes.order(curve))
     {
         double extent = 0.0;
         for (int i = 0; i < order_; ++i)
         {
-            vertices_[i] = vertices[shapes.vertex(curve, span, i)];
-            const BAS_Vec3d place = divided(vertices_[i]);
+            vertices_[i] = positions[shapes.vertex(curve, span, i)];
+            const BAS_Vec3d place = positions.divided(vertices_[i]);
             extent = std::max({extent, std::abs(place.x), std::abs(place.y), std::abs(place.z)});
         }
-        precision_ =
-            2.0 * extent *
-            (vertices.single ? double(std::numeric_limits<float>::epsilon()) : 8.0 * std::numeric_limits<double>::epsilon());
+        precision_ = 2.0 * extent *
+                     (positions.isSingle() ? double(std::numeric_limits<float>::epsilon())
+                                           : 8.0 * std::numeric_limits<double>::epsilon());
+        bend_ = greatestBend();
     }
 
     /// What rounding may move a point by.
@@ -78,43 +53,67 @@ public:
         BAS_Vec4d sum(0.0);
         for (int i = 0; i < order_; ++i)
             sum += vertices_[i] * weights[i];
-        return divided(sum);
+        return positions_.divided(sum);
     }
 
-    /// How far the path goes from the straight line between its points at `begin` and `end`; looked at closely only where
-    /// that decides whether it is below `bound`.
-    double deviation(double begin, double end, double bound) const
+    /// Whether the path from `begin` to `end` stays within `bound` of the straight line between its points there. `farthest`
+    /// becomes the distance of a point that does not.
+    bool staysWithin(double bound, double begin, double end, double &farthest) const
     {
-        constexpr int kPlaces = 8;
-        const BAS_Vec3d from = at(begin), to = at(end);
-        const double step = (end - begin) / kPlaces;
-        double farthest = 0.0, place = begin;
-        for (int i = 1; i < kPlaces; ++i)
-            if (const double far = distanceTo(at(begin + step * i), from, to); far > farthest)
-            {
-                farthest = far;
-                place = begin + step * i;
-            }
-        if (farthest >= bound || farthest < 0.9 * bound)
-            return farthest;
-        // The farthest point lies within a step of the farthest place: narrow it down by thirds.
-        double low = place - step, high = place + step;
-        for (int i = 0; i < 20; ++i)
-        {
-            const double a = low + (high - low) / 3.0, b = high - (high - low) / 3.0;
-            const double farA = distanceTo(at(a), from, to), farB = distanceTo(at(b), from, to);
-            farthest = std::max({farthest, farA, farB});
-            (farA < farB ? low : high) = farA < farB ? a : b;
-        }
-        return farthest;
+        const Chord chord = {at(begin), at(end), bound};
+        return staysWithin(chord, begin, 0.0, end, 0.0, farthest);
     }
 
 private:
+    struct Chord
+    {
+        BAS_Vec3d from, to;
+        double bound;
+    };
+
+    /// The same between two points at known distances from the chord.  Of a path that bends by at most `bend_`, the part
+    /// between them is no further than the farther one and an eighth of the bend over the square of the step.
+    bool staysWithin(const Chord &chord, double begin, double beginDistance, double end, double endDistance,
+                     double &farthest) const
+    {
+        constexpr double kClose = 1e-6;
+        const double slack = bend_ * (end - begin) * (end - begin) / 8.0;
+        if (!(std::max(beginDistance, endDistance) + slack >= chord.bound))
+            return true;
+        const double middle = begin + 0.5 * (end - begin), distance = distanceTo(at(middle), chord.from, chord.to);
+        if (distance >= chord.bound || slack < kClose * chord.bound)
+        {
+            farthest = std::max(distance, chord.bound);
+            return false;
+        }
+        return staysWithin(chord, begin, beginDistance, middle, distance, farthest) &&
+               staysWithin(chord, middle, distance, end, endDistance, farthest);
+    }
+
+    /// The greatest second derivative, from differences over steps that are small for curves of this order, and a quarter
+    /// more for what lies between.
+    double greatestBend() const
+    {
+        const int steps = 4 * std::max(order_, 8);
+        double bend = 0.0;
+        BAS_Vec3d before = at(0.0), here = at(1.0 / steps);
+        for (int i = 2; i <= steps; ++i)
+        {
+            const BAS_Vec3d next = at(double(i) / steps);
+            bend = std::max(bend, (before - here - here + next).length());
+            before = here;
+            here = next;
+        }
+        return 1.25 * bend * steps * steps;
+    }
+
     const rq::SpanShapes &shapes_;
+    const rq::CurvePositions &positions_;
     int64_t curve_;
     int64_t span_;
     int order_;
     double precision_;
+    double bend_;
     BAS_Vec4d vertices_[rq::kLargestOrder];
 };
 
@@ -126,14 +125,15 @@ int piecesWithin(const Path &path, double distance, int pieces)
     while (pieces < kMostPieces)
     {
         double farthest = 0.0;
-        for (int i = 0; i < pieces && farthest < bound; ++i)
+        bool stays = true;
+        for (int i = 0; i < pieces && stays; ++i)
         {
             const int piece = (worst + i) % pieces;
-            farthest = path.deviation(double(piece) / pieces, double(piece + 1) / pieces, bound);
-            if (farthest >= bound)
+            stays = path.staysWithin(bound, double(piece) / pieces, double(piece + 1) / pieces, farthest);
+            if (!stays)
                 worst = piece;
         }
-        if (!(farthest >= bound))
+        if (stays)
             return pieces;
         // Deviations fall with the square of the number; take care not to jump over the least that does.
         const double likely = 0.7 * pieces * std::sqrt(farthest / bound);
@@ -153,12 +153,11 @@ std::vector<int> rq::segmentsWithin(const SpanShapes &shapes, const RQ_Attribute
         counts->data()[curve] = shapes.spans(curve);
     spans.init(counts);
 
-    std::vector<Vertices> moving;
+    std::vector<CurvePositions> moving;
     for (int segment = 0; segment < vertex.getSegments(); ++segment)
-        if (const RQ_DataArrayHandle &positions = vertex.get("P", segment);
-            positions && positions->entries() >= shapes.vertices() && positions->getTupleSize() > 2)
-            if (segment == 0 || positions != vertex.get("P", segment - 1))
-                moving.emplace_back(vertex, segment);
+        if (segment == 0 || vertex.get("P", segment) != vertex.get("P", segment - 1))
+            if (const CurvePositions positions(vertex, segment, shapes.vertices()); positions.isValid())
+                moving.push_back(positions);
 
     std::vector<int> pieces(size_t(spans.sumCounts()), 1);
     const Counts offsets(spans);
@@ -167,7 +166,7 @@ std::vector<int> rq::segmentsWithin(const SpanShapes &shapes, const RQ_Attribute
         [&](int64_t begin, int64_t end) {
             for (int64_t curve = begin; curve < end; ++curve)
                 for (int64_t span = 0; span < offsets.count(curve); ++span)
-                    for (const Vertices &vertices : moving)
+                    for (const rq::CurvePositions &vertices : moving)
                         if (!shapes.isEmpty(curve, span))
                         {
                             int &count = pieces[size_t(offsets.begin(curve) + span)];
