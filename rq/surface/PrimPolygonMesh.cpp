@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include <host/bas/JSONWriter.h>
-#include <rq/data/DAConstantValue.h>
+#include <rq/data/DARange.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/detail/SharedTopology.h>
@@ -24,6 +24,13 @@ RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_CountArray &counts, const RQ_Dat
                                        const RQ_AttributeListHandle &uniform, const RQ_AttributeListHandle &detail)
 {
     init(counts, vertexList, shared, vertex, uniform, detail);
+}
+
+RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygon &polygon) : RQ_Primitive(polygon)
+{
+    const int64_t corners = polygon.getVertexCount();
+    init(RQ_CountArray(1, corners), new RQ_DARange(0, corners, 1), polygon.getVertex(), nullptr, nullptr,
+         polygon.getUniform());
 }
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
@@ -153,15 +160,22 @@ int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
 
 void RQ_PrimPolygonMesh::enlargeBounds(BAS_BoundingBox *boxes, int segments) const { enlargeP(boxes, segments, shared_); }
 
+bool RQ_PrimPolygonMesh::saveFaces(BAS_JSONWriter &writer) const
+{
+    return counts_.save(writer) &&
+           (vertexList_ ? vertexList_->save(writer, false) : writer.beginArray() && writer.endArray());
+}
+
+bool RQ_PrimPolygonMesh::saveListsAndSets(BAS_JSONWriter &writer) const
+{
+    return saveAttributeLists(writer) &&
+           (!faceSets_ || (writer.beginMap() && writer.key("facesets") && faceSets_->save(writer) && writer.endMap()));
+}
+
 bool RQ_PrimPolygonMesh::save(BAS_JSONWriter &writer) const
 {
     const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_POLYGON_MESH));
-    const bool counts = counts_.save(*record);
-    const bool list = vertexList_ ? vertexList_->save(*record, false) : record->beginArray() && record->endArray();
-    const bool attributes = saveAttributeLists(*record);
-    const bool sets = !faceSets_ || (record->beginMap() && record->key("facesets") && faceSets_->save(*record) &&
-                                     record->endMap());
-    return counts && list && attributes && sets;
+    return saveFaces(*record) && saveListsAndSets(*record);
 }
 
 void RQ_PrimPolygonMesh::hardenAttributes()

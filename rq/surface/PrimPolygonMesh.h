@@ -62,6 +62,9 @@ public:
                        const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex = {},
                        const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {});
 
+    /// One face: a polygon's vertex attributes become those of points, its uniform ones those of the whole.
+    explicit RQ_PrimPolygonMesh(const RQ_PrimPolygon &polygon);
+
     /// The topology and state of `other` with other attributes.
     RQ_PrimPolygonMesh(const RQ_PrimPolygonMesh &other, const RQ_AttributeListHandle &shared,
                        const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
@@ -253,6 +256,17 @@ protected:
                                        const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
                                        const RQ_AttributeListHandle &detail) const;
 
+    // For subclasses that keep more by face and point than attributes.  `followElements` tells a new mesh that is still
+    // numbered as its source what became of it: its face i was face `faces[i]`, its point i point `points[i]` (null: the same).
+    virtual bool keepsMoreOfFaces() const { return false; }
+    virtual void followElements(const RQ_DataArrayHandle & /*faces*/, const RQ_DataArrayHandle & /*points*/) {}
+
+    void setVertexList(const RQ_DataArrayHandle &vertexList);
+
+    // The parts of a saved mesh: counts and vertex list, attribute lists and face sets.
+    bool saveFaces(BAS_JSONWriter &writer) const;
+    bool saveListsAndSets(BAS_JSONWriter &writer) const;
+
 private:
     // Write packed normals as values of a float storage.  False where the positions or the storage are none.
     template <class Vector> static constexpr RQ_Storage storageOf = RQstorageOf<typename Vector::BaseType>;
@@ -261,7 +275,6 @@ private:
                            RQ_NormalWeights weights, const float *given) const;
     bool writeVertexNormals(void *normals, RQ_Storage storage, int segment, const char *positions, double cuspAngle,
                             bool normalize, RQ_NormalWeights weights) const;
-    void setVertexList(const RQ_DataArrayHandle &vertexList);
 
     struct FaceMerges;
     const FaceMerges &faceMerges() const;

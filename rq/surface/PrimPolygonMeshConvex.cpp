@@ -38,7 +38,7 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::convex(int maxVertices, bool triangulat
     const bool hasSets = keepFaceSets && faceSets_;
     rq::ConvexWanted wanted;
     wanted.sourceVertex = edgeFlags || (vertex_ && vertex_->entries() > 0);
-    wanted.sourceFace = edgeFlags || hasSets || (uniform_ && uniform_->entries() > 0);
+    wanted.sourceFace = edgeFlags || hasSets || keepsMoreOfFaces() || (uniform_ && uniform_->entries() > 0);
     wanted.whole = false;
     RQ_ConvexArrays arrays;
     if (!cut(*this, wanted, maxVertices, triangulate, faceSubset, arrays))
@@ -70,6 +70,7 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::adoptConvexing(const RQ_ConvexArrays &a
     const RQ_AttributeListHandle vertex =
         vertex_ && arrays.sourceVertex ? vertex_->createIndirect(arrays.sourceVertex) : vertex_;
     const RQ_PolygonMeshHandle mesh = clone(counts, arrays.vertexList, shared_, vertex, uniform, detail_);
+    mesh->followElements(arrays.sourceFace, nullptr);
     if (faceSets_ && arrays.sourceFace)
         mesh->setFaceSetMap(faceSets_->followFaces(arrays.sourceFace));
     mesh->setConvexed(true);

@@ -82,15 +82,22 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::makePiece(const Piece &piece, bool hard
         std::transform(points.begin(), points.end(), list->data(),
                        [&used](Index point) { return Index(used.rank(int64_t(point))); });
         RQ_AttributeListHandle shared;
+        RQ_DataArrayHandle sources;
         if (used.isRun())
+        {
+            sources = new RQ_DARange(used.first(), used.first() + used.count(), 1);
             shared = window(shared_, used.first(), used.count());
+        }
         else
         {
             const Numbers<Index> rows = makeNumbers<Index>(used.count());
             used.copyTo(rows->data());
+            sources = rows;
             shared = selection(shared_, rows);
         }
-        return clone(piece.counts, list, shared, piece.vertex, piece.uniform, detail_);
+        const RQ_PolygonMeshHandle made = clone(piece.counts, list, shared, piece.vertex, piece.uniform, detail_);
+        made->followElements(piece.faces, sources);
+        return made;
     };
     const bool wide = vertexList_->getStorage() == RQ_STORAGE_INT64;
     const RQ_PolygonMeshHandle mesh = wide ? build(int64_t()) : build(int32_t());

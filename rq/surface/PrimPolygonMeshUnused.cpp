@@ -131,5 +131,7 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *
     const uint64_t origin = RQmixId(uint64_t(vertexList_->getDataId())) + RQmixId(uint64_t(points));
     kept->setDataId(rq::validId(RQmixId(origin)));
     list->setDataId(rq::validId(RQmixId(origin + 1)));
-    return clone(list, shared_->createIndirect(kept), vertex_, uniform_, detail_);
+    const RQ_PolygonMeshHandle mesh = clone(list, shared_->createIndirect(kept), vertex_, uniform_, detail_);
+    mesh->followElements(nullptr, kept);
+    return mesh;
 }
