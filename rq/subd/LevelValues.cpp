@@ -1,0 +1,187 @@
+#include <rq/subd/detail/levelValues.h>
+
+#include <algorithm>
+
+#include <host/bas/Parallel.h>
+#include <rq/subd/detail/levelMasks.h>
+
+namespace
+{
+using namespace rq;
+
+// A value costs some 20 ns: 80 us of work a task.
+constexpr int64_t kItemsPerTask = 4096;
+
+/// One step of refinement of N neighbouring components of the points' values.
+template <Sdc::SchemeType kScheme, class T, int N> class Step
+{
+public:
+    static constexpr bool kTriangles = kScheme == Sdc::SCHEME_LOOP;
+
+    Step(const Refiner &refiner, int level, const T *from, int64_t stride, T *to)
+        : level_(refiner.far->GetLevel(level)), scheme_(refiner.far->GetSchemeOptions()), from_(from), to_(to),
+          stride_(stride), firstFace_(level_.GetNumVertices()),
+          firstEdge_(firstFace_ + (kTriangles ? 0 : level_.GetNumFaces())),
+          evenEdges_(kScheme == Sdc::SCHEME_CATMARK &&
+                     (level > 0 || scheme_.GetOptions().GetTriangleSubdivision() == Sdc::Options::TRI_SUB_CATMARK))
+    {}
+
+    void run() const
+    {
+        if (!kTriangles)
+            host::parallelFor(level_.GetNumFaces(), kItemsPerTask, [this](int64_t face) { makeFacePoint(int(face)); });
+        host::parallelForRange(level_.GetNumEdges(), kItemsPerTask, [this](int64_t begin, int64_t end) {
+            Mask<T> mask;
+            for (int64_t edge = begin; edge < end; ++edge)
+                makeEdgePoint(int(edge), mask);
+        });
+        host::parallelForRange(level_.GetNumVertices(), kItemsPerTask, [this](int64_t begin, int64_t end) {
+            Mask<T> mask;
+            for (int64_t vertex = begin; vertex < end; ++vertex)
+                makeVertexPoint(int(vertex), mask);
+        });
+    }
+
+private:
+    /// A weighted sum that is stored when it is whole.
+    struct Sum
+    {
+        T values[N] = {};
+
+        void add(const T *tuple, T weight)
+        {
+            for (int i = 0; i < N; ++i)
+                values[i] += tuple[i] * weight;
+        }
+        void add(const T *tuple)
+        {
+            for (int i = 0; i < N; ++i)
+                values[i] += tuple[i];
+        }
+        void add(const Sum &other, T weight) { add(other.values, weight); }
+        void store(T *tuple) const { std::copy(values, values + N, tuple); }
+    };
+
+    const T *at(int vertex) const { return from_ + vertex * stride_; }
+    const T *facePoint(int face) const { return to_ + (firstFace_ + face) * stride_; }
+
+    void makeFacePoint(int face) const
+    {
+        const Far::ConstIndexArray corners = level_.GetFaceVertices(face);
+        Sum sum, mean;
+        for (int i = 0; i < corners.size(); ++i)
+            sum.add(at(corners[i]));
+        mean.add(sum, T(1) / T(corners.size()));
+        mean.store(to_ + (firstFace_ + face) * stride_);
+    }
+
+    void makeEdgePoint(int edge, Mask<T> &mask) const
+    {
+        const Far::ConstIndexArray ends = level_.GetEdgeVertices(edge);
+        const Far::ConstIndexArray faces = level_.GetEdgeFaces(edge);
+        Sum sum;
+        if (evenEdges_ && level_.GetEdgeSharpness(edge) <= 0.0f)
+        {
+            // The common case, and the ends and both faces all weigh the same.
+            for (const T *tuple : {at(ends[0]), at(ends[1]), facePoint(faces[0]), facePoint(faces[1])})
+                sum.add(tuple, T(0.25));
+            return sum.store(to_ + (firstEdge_ + edge) * stride_);
+        }
+        scheme_.ComputeEdgeVertexMask(EdgeAround(level_, edge), mask);
+        sum.add(at(ends[0]), mask.VertexWeight(0));
+        sum.add(at(ends[1]), mask.VertexWeight(1));
+        for (int i = 0; i < mask.GetNumFaceWeights(); ++i)
+            sum.add(kTriangles ? at(oppositeOf(faces[i], ends)) : facePoint(faces[i]), mask.FaceWeight(i));
+        sum.store(to_ + (firstEdge_ + edge) * stride_);
+    }
+
+    void makeVertexPoint(int vertex, Mask<T> &mask) const
+    {
+        const Far::ConstIndexArray edges = level_.GetVertexEdges(vertex);
+        const Sdc::Crease::Rule rule = level_.GetVertexRule(vertex);
+        Sum sum;
+        if (kScheme == Sdc::SCHEME_CATMARK && (rule == Sdc::Crease::RULE_SMOOTH || rule == Sdc::Crease::RULE_DART))
+        {
+            // Neighbours all weigh the same.
+            const Far::ConstIndexArray faces = level_.GetVertexFaces(vertex);
+            const T valence = T(faces.size());
+            Sum around;
+            for (int i = 0; i < edges.size(); ++i)
+                around.add(at(otherEnd(edges[i], vertex)));
+            for (int i = 0; i < faces.size(); ++i)
+                around.add(facePoint(faces[i]));
+            sum.add(at(vertex), (valence - 2) / valence);
+            sum.add(around, T(1) / (valence * valence));
+        }
+        else
+        {
+            const bool smooth = rule == Sdc::Crease::RULE_SMOOTH || rule == Sdc::Crease::RULE_DART;
+            scheme_.ComputeVertexVertexMask(VertexAround(level_, vertex), mask, smooth ? rule : Sdc::Crease::RULE_UNKNOWN);
+            sum.add(at(vertex), mask.VertexWeight(0));
+            for (int i = 0; i < mask.GetNumEdgeWeights(); ++i)
+                sum.add(at(otherEnd(edges[i], vertex)), mask.EdgeWeight(i));
+            const Far::ConstIndexArray faces = level_.GetVertexFaces(vertex);
+            for (int i = 0; i < mask.GetNumFaceWeights(); ++i)
+                sum.add(facePoint(faces[i]), mask.FaceWeight(i));
+        }
+        sum.store(to_ + vertex * stride_);
+    }
+
+    int otherEnd(int edge, int vertex) const
+    {
+        const Far::ConstIndexArray ends = level_.GetEdgeVertices(edge);
+        return ends[0] == vertex ? ends[1] : ends[0];
+    }
+
+    int oppositeOf(int triangle, const Far::ConstIndexArray &ends) const
+    {
+        const Far::ConstIndexArray corners = level_.GetFaceVertices(triangle);
+        for (int i = 0; i < 2; ++i)
+            if (corners[i] != ends[0] && corners[i] != ends[1])
+                return corners[i];
+        return corners[2];
+    }
+
+    const Far::TopologyLevel &level_;
+    const Sdc::Scheme<kScheme> scheme_;
+    const T *from_;
+    T *to_;
+    int64_t stride_;
+    int64_t firstFace_;
+    int64_t firstEdge_;
+    bool evenEdges_;
+};
+
+template <Sdc::SchemeType kScheme, class T>
+void runSteps(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to)
+{
+    int64_t first = 0;
+    for (; first + 3 <= tuple; first += 3)
+        Step<kScheme, T, 3>(refiner, level, from + first, tuple, to + first).run();
+    for (; first < tuple; ++first)
+        Step<kScheme, T, 1>(refiner, level, from + first, tuple, to + first).run();
+}
+
+template <class T> void interpolate(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to)
+{
+    switch (refiner.far->GetSchemeType())
+    {
+    case Sdc::SCHEME_CATMARK:
+        return runSteps<Sdc::SCHEME_CATMARK>(refiner, level, from, tuple, to);
+    case Sdc::SCHEME_LOOP:
+        return runSteps<Sdc::SCHEME_LOOP>(refiner, level, from, tuple, to);
+    case Sdc::SCHEME_BILINEAR:
+        return runSteps<Sdc::SCHEME_BILINEAR>(refiner, level, from, tuple, to);
+    }
+}
+}  // namespace
+
+void rq::interpolateLevel(const Refiner &refiner, int level, const float *from, int64_t tuple, float *to)
+{
+    interpolate(refiner, level, from, tuple, to);
+}
+
+void rq::interpolateLevel(const Refiner &refiner, int level, const double *from, int64_t tuple, double *to)
+{
+    interpolate(refiner, level, from, tuple, to);
+}
