@@ -19,6 +19,10 @@ struct Work
 
     /// Runs once before timing: the correctness figure of the row (an error, 0 is perfect).
     std::function<double()> check;
+
+    /// In place of the job's, where they are known only with the input.
+    double items = 0.0;
+    double bytes = 0.0;
 };
 
 /// One measured job.  Rows of equal `job`, `mesh` and `threads` are set side by side in the report.

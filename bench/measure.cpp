@@ -69,6 +69,8 @@ Row measure(const Job &job, Mode mode)
     Row row{&job, mode};
     const BAS_Threads::Limit limit(job.threads);
     const Work work = job.prepare();
+    row.items = work.items > 0 ? work.items : job.items;
+    row.bytes = work.bytes > 0 ? work.bytes : job.bytes;
     row.error = work.check ? work.check() : 0.0;
     const clockid_t clock = job.threads == 1 ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC;
     std::vector<double> seconds, copies;
@@ -83,8 +85,8 @@ Row measure(const Job &job, Mode mode)
         seconds.push_back(secondsOf(clock) - start);
         row.peakBytes = std::max(row.peakBytes, statusBytes("VmHWM:") - before);
         result.reset();
-        if (job.bytes > 0)
-            copies.push_back(seconds.back() / copyTime(job.bytes, clock));
+        if (row.bytes > 0)
+            copies.push_back(seconds.back() / copyTime(row.bytes, clock));
     }
     row.seconds = median(seconds);
     row.copies = copies.empty() ? 0.0 : median(copies);
@@ -94,7 +96,8 @@ Row measure(const Job &job, Mode mode)
 void measureForParent(size_t index, Mode mode)
 {
     const Row row = measure(jobs().at(index), mode);
-    std::printf("%a %a %lld %a\n", row.seconds, row.copies, static_cast<long long>(row.peakBytes), row.error);
+    std::printf("%a %a %a %a %lld %a\n", row.items, row.bytes, row.seconds, row.copies,
+                static_cast<long long>(row.peakBytes), row.error);
 }
 
 bool measureApart(size_t index, Mode mode, Row &row)
@@ -113,8 +116,9 @@ bool measureApart(size_t index, Mode mode, Row &row)
     row.job = &jobs()[index];
     row.mode = mode;
     long long peak = 0;
-    const int read = std::fscanf(pipe, "%la %la %lld %la", &row.seconds, &row.copies, &peak, &row.error);
+    const int read =
+        std::fscanf(pipe, "%la %la %la %la %lld %la", &row.items, &row.bytes, &row.seconds, &row.copies, &peak, &row.error);
     row.peakBytes = peak;
-    return pclose(pipe) == 0 && read == 4;
+    return pclose(pipe) == 0 && read == 6;
 }
 }  // namespace bench

@@ -15,6 +15,8 @@ struct Row
 {
     const Job *job = nullptr;
     Mode mode = Mode::warm;
+    double items = 0.0;
+    double bytes = 0.0;
     double seconds = 0.0;
     double copies = 0.0;  ///< the job's time over that of a memory copy of the same traffic
     int64_t peakBytes = 0;

@@ -29,8 +29,8 @@ std::string formatJSON(const std::vector<Row> &rows)
         writer.writeKeyInt("threads", row.job->threads);
         writer.writeKeyString("mode", modeName(row.mode));
         writer.writeKeyReal("seconds", row.seconds);
-        writer.writeKeyReal("items", row.job->items);
-        writer.writeKeyReal("bytes", row.job->bytes);
+        writer.writeKeyReal("items", row.items);
+        writer.writeKeyReal("bytes", row.bytes);
         writer.writeKeyReal("xM", row.copies);
         writer.writeKeyInt("peak_bytes", row.peakBytes);
         writer.writeKeyReal("correct", row.error);
@@ -58,7 +58,7 @@ std::string formatTable(const std::vector<Row> &rows)
         const auto base = ours.find(key(row));
         text += fmt::format("| {} | {} | {} | {} | {} | {:.3f} | {:.3g} | {} | {:.0f} | {:.1e} | {} |\n", row.job->job,
                             row.job->mesh, row.job->who, row.job->threads, modeName(row.mode), 1e3 * row.seconds,
-                            1e9 * row.seconds / row.job->items, row.copies > 0 ? fmt::format("{:.2f}", row.copies) : "",
+                            1e9 * row.seconds / row.items, row.copies > 0 ? fmt::format("{:.2f}", row.copies) : "",
                             double(row.peakBytes) / 1048576.0, row.error,
                             base != ours.end() ? fmt::format("{:.2f}", row.seconds / base->second) : "");
     }

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <numeric>
 
+#include <host/bas/SmallPolygon.h>
 #include <host/bas/detail/EarCutter.h>
 #include <host/bas/detail/PieceMerger.h>
-#include <host/bas/detail/SmallPolygon.h>
 
 struct BAS_Convex::Work
 {
@@ -77,14 +77,14 @@ BAS_Convex::Work::Shape BAS_Convex::Work::read(const BAS_Convex &polygon, int co
     points.resize(count);
     for (int i = 0; i < count; ++i)
         points[i] = polygon.getPoint(i);
-    isSmall = small.begin(points.data(), count);
+    if (!normalize())
+        return Shape::kNowhere;
+    isSmall = small.begin(count, [this](int i) { return points[i]; });
     if (isSmall)
     {
         isStrict = !small.hasReflexCorner() && windsOnce(points);
         return isStrict ? Shape::kConvex : Shape::kConcave;
     }
-    if (!normalize())
-        return Shape::kNowhere;
     ears.begin(points.data(), count);
     const bool concave = isConcave();
     isStrict = !concave && ears.cornersOfKind(host::EarCutter::kConvex) == count;
@@ -95,9 +95,14 @@ const std::vector<host::EarCutter::Triangle> &BAS_Convex::Work::cut()
 {
     if (isSmall)
     {
-        if (small.cut(triangles))
+        host::SmallPolygon::Triangle cuts[host::SmallPolygon::kMostCorners];
+        if (small.cut(cuts))
+        {
+            triangles.clear();
+            for (size_t i = 0; i + 2 < points.size(); ++i)
+                triangles.push_back({cuts[i].a, cuts[i].b, cuts[i].c, false});
             return triangles;
-        normalize();
+        }
         ears.begin(points.data(), int(points.size()));
     }
     return ears.cut();

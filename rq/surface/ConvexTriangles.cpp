@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/SmallPolygon.h>
 #include <host/bas/faceGeometry.h>
 #include <rq/data/DAConstantValue.h>
 #include <rq/data/DANumeric.h>
@@ -48,7 +49,7 @@ public:
             write(face, begin, 0, 1, 2, true);
         else if (corners == 4)
             addQuad(face, begin);
-        else if (corners > 4)
+        else if (corners > 4 && !(corners <= host::SmallPolygon::kMostCorners && addSmall(face, begin, int(corners))))
         {
             convexer.processFace(corners, begin, 3, true);
             const int64_t *cut = convexer.getVertexList(0);
@@ -70,6 +71,24 @@ private:
         // Selecting corners keeps the loop free of a branch that a mesh of random quads would mispredict.
         write(face, begin, 0, 1, split02 ? 2 : 3, false);
         write(face, begin, split02 ? 2 : 1, split02 ? 3 : 2, split02 ? 0 : 3, false);
+    }
+
+    /// What the convexer does with a face of a few corners, for the most part without it.
+    bool addSmall(int64_t face, int64_t begin, int corners)
+    {
+        // Relative to the first corner, as in the convexer.
+        BAS_Vec3d offsets[host::SmallPolygon::kMostCorners], axisX, axisY;
+        const BAS_Vec3d first = corner(begin);
+        for (int i = 0; i < corners; ++i)
+            offsets[i] = corner(begin + i) - first;
+        host::faceFrame(host::newellVector(corners, [&](int64_t i) { return offsets[i]; }), axisX, axisY);
+        host::SmallPolygon::Triangle triangles[host::SmallPolygon::kMostCorners];
+        if (!small_.begin(corners, [&](int i) { return BAS_Vec2d(offsets[i].dot(axisX), offsets[i].dot(axisY)); }) ||
+            !small_.cut(triangles))
+            return false;
+        for (int i = 0; i + 2 < corners; ++i)
+            write(face, begin, triangles[i].a, triangles[i].b, triangles[i].c, false);
+        return true;
     }
 
     void write(int64_t face, int64_t begin, int64_t a, int64_t b, int64_t c, bool whole)
@@ -99,6 +118,7 @@ private:
     Index *sourceFace_;
     uint8_t *whole_;
     int64_t triangle_;
+    host::SmallPolygon small_;
 };
 
 template <class Index, class Topology>

@@ -1,31 +1,36 @@
-#include <memory>
-
-#include <bench/meshAreas.h>
-#include <bench/rq/surface/quads.h>
+#include <bench/faceJobs.h>
+#include <bench/rq/surface/faces.h>
 
 namespace
 {
-double errorOf(const bench::QuadMesh &quads, const RQ_PrimPolygonMesh &mesh)
+double errorOf(const bench::FaceMesh &faces, const RQ_ConvexArrays &arrays)
 {
-    RQ_ConvexArrays arrays;
-    mesh.getConvexArrays(arrays, 3);
-    return bench::areaErrorOfPoints(quads, arrays.vertexList->entries(),
+    return bench::areaErrorOfPoints(faces, arrays.vertexList->entries(),
                                     [&](int64_t i) { return arrays.vertexList->getI64(i); });
 }
 
-const bool registered = [] {
-    const auto prepare = [] {
-        const auto quads = std::make_shared<bench::QuadMesh>(bench::kTriangulationCells);
-        const RQ_PolygonMeshHandle mesh = bench::makeMesh(*quads);
-        return bench::Work{[mesh] {
-                               const auto arrays = std::make_shared<RQ_ConvexArrays>();
-                               mesh->getConvexArrays(*arrays, 3);
-                               return std::shared_ptr<void>(arrays);
-                           },
-                           [mesh, quads] { return errorOf(*quads, *mesh); }};
+bench::Work makeArrays(const bench::FaceMeshPtr &faces)
+{
+    const RQ_PolygonMeshHandle mesh = bench::makeMesh(*faces);
+    const auto run = [mesh] {
+        const auto arrays = std::make_shared<RQ_ConvexArrays>();
+        mesh->getConvexArrays(*arrays, 3);
+        return arrays;
     };
+    return {run, [=] { return errorOf(*faces, *run()); }};
+}
+
+bench::Work makeSmallMesh(const bench::FaceMeshPtr &faces)
+{
+    const RQ_PolygonMeshHandle mesh = bench::makeMesh(*faces);
+    return {bench::repeated([mesh] { return bench::keep(mesh->convex(3)); }),
+            [=] { return std::abs(double(mesh->convex(3)->getFaceCount() - faces->triangles())); }};
+}
+
+const bool registered = [] {
     for (const int threads : {1, 2})
-        bench::addTriangulation("ours", threads, true, prepare);
+        bench::addTriangulation({"quads1M", "quads4M", "mixed1M"}, {"ours", threads, true}, makeArrays);
+    bench::addSmallJob("convex3", {"ours"}, makeSmallMesh);
     return true;
 }();
 }  // namespace

@@ -47,8 +47,9 @@ inline Polygon spiral(int corners, int turns)
 }
 
 /// The outline of a patch that grows triangle by triangle over a grid and never joins what it meets: full of bridges walked
-/// twice, corners in one place, straight runs, slits and holes, and yet it never crosses itself.
-inline Polygon tornPatch(Random &random, int width, int height, int triangles)
+/// twice, corners in one place, straight runs, slits and holes, and yet it never crosses itself.  With `shake` the points of
+/// the grid are moved at random, and hardly anything is straight.
+inline Polygon tornPatch(Random &random, int width, int height, int triangles, double shake = 0.0)
 {
     struct Triangle
     {
@@ -82,9 +83,14 @@ inline Polygon tornPatch(Random &random, int width, int height, int triangles)
         ++i;
         misses = 0;
     }
-    Polygon polygon;
-    for (const int c : outline)
-        polygon.emplace_back(c % (width + 1), c / (width + 1));
+    Polygon grid, polygon;
+    for (int point = 0; point < (width + 1) * (height + 1); ++point)
+    {
+        const double x = point % (width + 1), y = point / (width + 1);
+        grid.emplace_back(x + uniform(random, -shake, shake), y + uniform(random, -shake, shake));
+    }
+    for (const int corner : outline)
+        polygon.push_back(grid[size_t(corner)]);
     return polygon;
 }
 
@@ -95,6 +101,49 @@ inline Polygon withRepeats(Random &random, const Polygon &polygon)
     for (const BAS_Vec2d &p : polygon)
         result.insert(result.end(), random() % 4 == 0 ? 1 + random() % 3 : 1, p);
     return result;
+}
+
+/// A row of teeth of any height on a common back.
+inline Polygon comb(Random &random, int teeth)
+{
+    Polygon polygon{{0.0, -1.0}, {double(teeth), -1.0}};
+    for (int i = teeth - 1; i >= 0; --i)
+    {
+        polygon.emplace_back(i + uniform(random, 0.7, 0.9), uniform(random, -0.5, 0.0));
+        polygon.emplace_back(i + uniform(random, 0.4, 0.6), uniform(random, 0.1, 50.0));
+        polygon.emplace_back(i + uniform(random, 0.1, 0.3), uniform(random, -0.5, 0.0));
+    }
+    return polygon;
+}
+
+/// A ring whose hole is joined to the outline by an edge that is walked twice.
+inline Polygon keyhole(Random &random, int corners)
+{
+    const Polygon outline = randomStar(random, corners, 0.8), hole = randomStar(random, corners, 0.4);
+    const double turn = std::atan2(outline[0].y, outline[0].x) - std::atan2(hole[0].y, hole[0].x);
+    const double c = 0.3 * std::cos(turn), s = 0.3 * std::sin(turn);
+    Polygon polygon = outline;
+    polygon.push_back(outline[0]);
+    for (size_t i = 0; i <= hole.size(); ++i)
+    {
+        const BAS_Vec2d &p = hole[(hole.size() - i) % hole.size()];
+        polygon.emplace_back(c * p.x - s * p.y, s * p.x + c * p.y);
+    }
+    return polygon;
+}
+
+/// Every second corner within a few roundings of the line between its neighbours.
+inline Polygon nearlyStraight(Random &random, int pairs)
+{
+    Polygon polygon = randomStar(random, 2 * pairs, 0.3);
+    for (size_t i = 1; i < polygon.size(); i += 2)
+    {
+        const BAS_Vec2d &a = polygon[i - 1], &b = polygon[(i + 1) % polygon.size()];
+        const double along = uniform(random, 0.2, 0.8);
+        const auto nudged = [&random](double value) { return value * (1.0 + 1e-16 * double(int(random() % 9) - 4)); };
+        polygon[i] = {nudged(a.x + along * (b.x - a.x)), nudged(a.y + along * (b.y - a.y))};
+    }
+    return polygon;
 }
 
 inline Polygon moved(const Polygon &polygon, double scale, double x, double y, double turn)
