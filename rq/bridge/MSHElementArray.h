@@ -2,6 +2,7 @@
 
 #include <host/elm/Attribute.h>
 #include <rq/bridge/MSHOffsetList.h>
+#include <rq/data/HostBound.h>
 #include <rq/data/TypedArray.h>
 #include <rq/data/TypedEntries.h>
 
@@ -17,7 +18,8 @@
 /// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one
 ///            block, `getArray` hands out that memory.  Everything else is gathered block by block, and arrays of varying
 ///            length are always copied.
-class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>
+class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>,
+                                  public rq::HostBound
 {
 public:
     /// An attribute of another snapshot stands for the one of the same owner, scope and name in this detail.
@@ -29,7 +31,7 @@ public:
     ELM_Offset getDataOffset(int64_t i) const;
 
     const RQ_MSHOffsetList &getOffsets() const { return offsets_; }
-    const MOD_ConstDetailHandle &getGeoDetail() const { return detail_; }
+    const MOD_ConstDetailHandle &getGeoDetail() const override { return detail_; }
 
     /// True when the array reads from this snapshot.
     bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }

@@ -4,7 +4,9 @@
 #include <limits>
 
 #include <host/bas/Parallel.h>
+#include <rq/data/Counts.h>
 #include <rq/data/DANumeric.h>
+#include <rq/data/Values.h>
 #include <rq/surface/Convexer.h>
 
 namespace
@@ -46,6 +48,7 @@ struct Pieces
 Pieces collect(const rq::ConvexTask &task, int64_t begin, int64_t end)
 {
     Pieces pieces;
+    const rq::Counts counts(task.counts);
     RQ_Convexer convexer;
     convexer.setSource(task.positions, task.vertexList);
     for (int64_t face = begin; face < end; ++face)
@@ -55,7 +58,7 @@ Pieces collect(const rq::ConvexTask &task, int64_t begin, int64_t end)
             pieces.stopped = true;
             break;
         }
-        const auto [first, corners] = task.counts.getOffsetCount(face);
+        const int64_t first = counts.begin(face), corners = counts.count(face);
         if (task.subset && !task.subset->contains(face))
             pieces.keepFace(face, first, corners);
         else if (convexer.processFace(corners, first, task.limit, task.triangulate))
@@ -83,8 +86,8 @@ RQ_DataArrayHandle join(const std::vector<Pieces> &jobs, Member member, Value &&
 template <class T> void joinAll(const rq::ConvexTask &task, const std::vector<Pieces> &jobs, RQ_ConvexArrays &arrays)
 {
     const auto narrow = [](int64_t value) { return T(value); };
-    const RQ_DataArray &points = *task.vertexList;
-    arrays.vertexList = join<T>(jobs, &Pieces::sourceVertex, [&points](int64_t vertex) { return T(points.getI64(vertex)); });
+    const rq::Values<T> points(*task.vertexList);
+    arrays.vertexList = join<T>(jobs, &Pieces::sourceVertex, [&points](int64_t vertex) { return points[vertex]; });
     if (task.wanted.sourceVertex)
         arrays.sourceVertex = join<T>(jobs, &Pieces::sourceVertex, narrow);
     if (task.wanted.sourceFace)

@@ -45,6 +45,8 @@ private:
     BAS_Vec2d getPoint(int i) const override;
     void beginPolygon(int corners, bool flag) override;
     void polyVertex(int corner) override;
+    void endPolygon() override {}
+    bool earlyTermination() override { return false; }
 
     int64_t begin(int64_t face) const { return face > 0 ? ends_[size_t(face) - 1] : 0; }
     int64_t point(int64_t i) const { return points32_ ? int64_t(points32_[i]) : points64_ ? points64_[i] : i; }

@@ -189,6 +189,19 @@ public:
     RQ_PolygonMeshHandle createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
                                                       bool &changed) const;
 
+    /// Tangents of the texture coordinates "uv": the unit ways, in the plane of the normal "N", that u and v grow.
+    ///
+    /// Corners of one point that agree in "uv", "N" and in whether the texture is mirrored share the sum of what their
+    /// corners say, weighted by angle; v's tangent is at right angles to u's.  "uv" and "N" are taken from the vertices,
+    /// else from the points; without "N" the point normals serve.  Where the texture has no direction any tangent is taken.
+    /// Shape    3 components a face-vertex
+    /// Failure  false without "P" and "uv"
+    bool createFastTangents(RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;
+
+    /// The mesh with these as vertex attributes "tangentu" and "tangentv" in every motion segment, or this one when it has
+    /// one of them already or they cannot be made.
+    RQ_PolygonMeshHandle createTangentsIfMissing(bool &changed) const;
+
     /// Cut into meshes of this one's class of at most `maxFaces` faces each, in order, without the points that a piece does
     /// not use.  Their attributes are views of this mesh's, or copies of their own with `harden`.  False, with `out`
     /// untouched, when there is nothing to cut.
@@ -221,6 +234,12 @@ public:
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;
+
+    /// Read the attributes from a newer snapshot of the detail that they came from, in place: no other thread may read.
+    ///
+    /// False when the mesh must be made anew: nothing of it is of a detail, the detail's faces have changed (the mesh is
+    /// then left alone), or some attribute's shape has.
+    bool updateGeoPrim(const MOD_ConstDetailHandle &detail, const RQ_RefineParms &parms) override;
     const RQ_AttributeListHandle &getPointAttributes() const override { return shared_; }
     const RQ_AttributeListHandle &getVertexAttributes() const override { return vertex_; }
     const RQ_AttributeListHandle &getUniformAttributes() const override { return uniform_; }
@@ -275,6 +294,8 @@ private:
                            RQ_NormalWeights weights, const float *given) const;
     bool writeVertexNormals(void *normals, RQ_Storage storage, int segment, const char *positions, double cuspAngle,
                             bool normalize, RQ_NormalWeights weights) const;
+    bool makeTangents(int segment, RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;
+    void setVertexList(const RQ_DataArrayHandle &vertexList);
 
     struct FaceMerges;
     const FaceMerges &faceMerges() const;

@@ -427,6 +427,43 @@ TEST(ElementArray, FollowsOtherTopologyOnlyWhereThatTakesNoPart)
     EXPECT_TRUE(static_cast<const RQ_MSHElementArray &>(*mapped).isBoundTo(older));
 }
 
+TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
+{
+    struct Case
+    {
+        const char *what;
+        void (*change)(MOD_Edit &edit);
+        bool follows;
+    };
+    const Case cases[] = {
+        {"points move",
+         [](MOD_Edit &edit) {
+             edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>()[0] = 5.0f;
+         },
+         true},
+        {"an attribute changes its storage",
+         [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL64, 3, ELM_TYPE_VECTOR); }, false},
+        {"a corner moves to another point", [](MOD_Edit &edit) { ASSERT_TRUE(edit.setVertexPoint(0, 7)); }, false},
+    };
+    for (const Case &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const MOD_DetailHandle geometry(makeMovingCube(1.0f, [](MOD_Edit &) {}));
+        const std::vector<RQ_PrimitiveHandle> meshes = refine(geometry.read());
+        ASSERT_EQ(meshes.size(), 1u);
+        MOD_Edit edit(geometry);
+        c.change(edit);
+        const MOD_ConstDetailHandle newer = edit.commit();
+        EXPECT_EQ(meshes[0]->updateGeoPrim(newer, RQ_RefineParms()), c.follows);
+        if (c.follows)
+        {
+            EXPECT_EQ(textOf(*meshes[0]), textOf(*refine(newer)[0]));
+        }
+    }
+    const RQ_PrimitiveHandle own(new RQ_PrimPolygonMesh);
+    EXPECT_FALSE(own->updateGeoPrim(makeDetail(cubeShape()), RQ_RefineParms()));
+}
+
 TEST(ElementArray, ReadsNothingWhereAVertexHasNoPoint)
 {
     MOD_Edit edit{MOD_DetailHandle()};

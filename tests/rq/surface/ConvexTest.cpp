@@ -1,32 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <host/bas/Parallel.h>
-#include <host/bas/Progress.h>
 #include <rq/surface/Convexer.h>
 #include <tests/rq/surface/Fixture.h>
 
 using namespace tests;
-
-TEST(Convex, GivesTheSameBitsForAnyNumberOfThreads)
-{
-    MeshShape mixed = stripShape(3000);
-    mixed.addFace({0, 2, 4, 6, 7, 5, 3, 1});
-    for (const MeshShape &shape : {mixed, poleShape()})
-        for (const int limit : {3, 4, 8})
-        {
-            RQ_ConvexArrays one, many;
-            {
-                const BAS_Threads::Limit serial(1);
-                ASSERT_TRUE(makeMesh(shape)->getConvexArrays(one, limit));
-            }
-            const BAS_Threads::Limit parallel(8);
-            ASSERT_TRUE(makeMesh(shape)->getConvexArrays(many, limit));
-            using Arrays = RQ_ConvexArrays;
-            for (const auto array :
-                 {&Arrays::counts, &Arrays::vertexList, &Arrays::sourceVertex, &Arrays::sourceFace, &Arrays::whole})
-                EXPECT_EQ(valuesOf(one.*array), valuesOf(many.*array)) << shape.name << " limit " << limit;
-        }
-}
 
 TEST(Convex, CarriesAttributesAlongAsViews)
 {
@@ -52,26 +29,12 @@ TEST(Convex, ReturnsTheMeshItselfOnlyWhenAllFacesAreTriangles)
     EXPECT_EQ(makeMesh(meshShape("faces of no, one and two corners"))->convex(3)->getFaceCount(), 1);
 }
 
-TEST(Convex, FailsWithoutUsablePositionsAndWhenInterrupted)
+TEST(Convex, FailsWithoutUsablePositions)
 {
     const MeshShape cube = cubeShape();
     const RQ_PolygonMeshHandle blind(new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices),
                                                             oneAttribute("Cd", positions(cube.positions))));
     EXPECT_FALSE(blind->convex(3));
-
-    struct Interrupter : BAS_ProgressHandler
-    {
-        bool update(const char *label, double) override
-        {
-            EXPECT_STREQ(label, "Convexing display geometry");
-            return true;
-        }
-    } interrupter;
-    BAS_ProgressHandler *before = BAS_ProgressHandler::install(&interrupter);
-    EXPECT_FALSE(makeMesh(cube)->convex(3));
-    EXPECT_FALSE(makeMesh(cube)->convex(4));
-    BAS_ProgressHandler::install(before);
-    EXPECT_TRUE(makeMesh(cube)->convex(3));
 }
 
 TEST(Convexer, ChoosesTheDiagonalThatLiesInsideTheFace)
