@@ -94,6 +94,17 @@ private:
     std::string key_;
 };
 
+/// Takes note of nothing but the depth.
+struct Checker : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Checker>
+{
+    bool StartObject() { return ++depth <= kDeepest; }
+    bool StartArray() { return ++depth <= kDeepest; }
+    bool EndObject(rapidjson::SizeType) { return depth-- > 0; }
+    bool EndArray(rapidjson::SizeType) { return depth-- > 0; }
+
+    size_t depth = 0;
+};
+
 const char *reason(rapidjson::ParseErrorCode code)
 {
     switch (code)
@@ -128,26 +139,40 @@ const char *reason(rapidjson::ParseErrorCode code)
         return "not a value";
     }
 }
+/// Read a text.  Null, or what is wrong at byte `offset`.
+template <class Handler> const char *read(std::string_view text, Handler &handler, int64_t &offset)
+{
+    constexpr unsigned kFlags =
+        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
+    rapidjson::MemoryStream stream(text.empty() ? "" : text.data(), text.size());
+    rapidjson::Reader reader;
+    const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, handler);
+    offset = int64_t(result.IsError() ? result.Offset() : stream.Tell());
+    if (result.IsError())
+        return reason(result.Code());
+    // The reader takes a 0 byte for the end.
+    return size_t(offset) < text.size() ? reason(rapidjson::kParseErrorDocumentRootNotSingular) : nullptr;
+}
 }  // namespace
 
 bool BAS_JSONValue::parse(std::string_view text, BAS_JSONValue &value, std::string &error)
 {
-    constexpr unsigned kFlags =
-        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
     value = BAS_JSONValue();
-    rapidjson::MemoryStream stream(text.empty() ? "" : text.data(), text.size());
-    rapidjson::Reader reader;
     Builder builder(value);
-    const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
-    if (result.IsError())
-        error = fmt::format("byte {}: {}", result.Offset(), reason(result.Code()));
-    else if (stream.Tell() < text.size())
-        // The reader takes a 0 byte for the end.
-        error = fmt::format("byte {}: {}", stream.Tell(), reason(rapidjson::kParseErrorDocumentRootNotSingular));
-    else
+    int64_t offset;
+    const char *what = read(text, builder, offset);
+    if (!what)
         return true;
+    error = fmt::format("byte {}: {}", offset, what);
     value = BAS_JSONValue();
     return false;
+}
+
+bool BAS_JSONValue::check(std::string_view text, int64_t &offset, const char *&what)
+{
+    Checker checker;
+    what = read(text, checker, offset);
+    return !what;
 }
 
 const BAS_JSONValue *BAS_JSONValue::find(std::string_view name) const

@@ -26,6 +26,10 @@ public:
     /// strings "nan", "inf" and "-inf" stay strings here; `number` reads them.
     static bool parse(std::string_view text, BAS_JSONValue &value, std::string &error);
 
+    /// Tell whether a whole text would be parsed, and build nothing of it.  Else `offset` is the byte that is wrong, and
+    /// `what` tells why.
+    static bool check(std::string_view text, int64_t &offset, const char *&what);
+
     bool isNull() const { return content.index() == 0; }
     const Array *array() const { return std::get_if<Array>(&content); }
     const Map *map() const { return std::get_if<Map>(&content); }
