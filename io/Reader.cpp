@@ -1,15 +1,14 @@
 #include <io/Reader.h>
 
-#include <algorithm>
 #include <memory>
-
-#include <fmt/format.h>
 
 #include <io/FileText.h>
 #include <io/OBJReader.h>
 #include <io/OFFReader.h>
 #include <io/PLYReader.h>
+#include <io/RQGReader.h>
 #include <io/STLReader.h>
+#include <io/detail/endings.h>
 
 namespace rq::io
 {
@@ -33,10 +32,8 @@ bool copied(std::string_view text, const std::string &name, MOD_DetailHandle &de
 }
 
 const Format kFormats[] = {
-    {".obj", copied<readOBJ>, nullptr},
-    {".ply", readPLY, isPLY},
-    {".off", copied<readOFF>, isOFF},
-    {".stl", copied<readSTL>, isSTL},
+    {".obj", copied<readOBJ>, nullptr}, {".ply", readPLY, isPLY},      {".off", copied<readOFF>, isOFF},
+    {".stl", copied<readSTL>, isSTL},   {".rqg.json", readRQG, isRQG}, {".rqg", readRQG, isRQG},
 };
 
 // What a file is follows from how it begins, and only then from its name; standard input has none.
@@ -47,14 +44,7 @@ const Format *findFormat(std::string_view text, const std::string &path)
         if (format.recognize && format.recognize(text))
             return &format;
     }
-    if (path == "-")
-        return &kFormats[0];
-    std::string ending = path.substr(std::min(path.rfind('.'), path.size()));
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
-    const auto found = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                    [&](const Format &format) { return ending == format.ending; });
-    return found == std::end(kFormats) ? nullptr : found;
+    return path == "-" ? &kFormats[0] : findEnding(path, kFormats);
 }
 }  // namespace
 
@@ -65,9 +55,6 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages,
         return false;
     if (const Format *format = findFormat(file->text(), path))
         return format->read(file->text(), file->name(), detail, messages, inPlace ? file : nullptr);
-    std::string endings;
-    for (const Format &known : kFormats)
-        endings += (endings.empty() ? "" : ", ") + std::string(known.ending);
-    return messages.fail(path, {}, fmt::format("expected a file whose name ends with {}", endings));
+    return messages.fail(path, {}, expectEnding(kFormats));
 }
 }  // namespace rq::io

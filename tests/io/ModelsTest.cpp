@@ -2,8 +2,13 @@
 
 #include <filesystem>
 
+#include <unistd.h>
+
 #include <host/mod/DetailHandle.h>
 #include <io/Reader.h>
+#include <io/Writer.h>
+#include <tests/DataReadme.h>
+#include <tests/io/difference.h>
 
 using namespace rq::io;
 
@@ -92,5 +97,34 @@ TEST(Models, BrokenOnesAreReadOrRefusedWithAReason)
         EXPECT_NE(messages.toString().find(expected), std::string::npos) << messages.toString() << "instead of " << expected;
         EXPECT_EQ(messages.all().empty(), expected.empty()) << messages.toString();
     }
+}
+
+// What is written to a file of any kind comes back, unless a warning says that it does not.
+TEST(Models, ComeBackFromEveryKindOfFile)
+{
+    const std::vector<ModelFacts> models = meshModels();
+    SKIP_WITHOUT_MODELS(models);
+    const std::string folder = testing::TempDir() + "rq_models_" + std::to_string(getpid());
+    int64_t compared = 0;
+    for (const ModelFacts &model : models)
+    {
+        MOD_DetailHandle detail;
+        Messages reading;
+        if (!load(model.path, detail, reading, true))
+            continue;
+        for (const std::string ending : {".rqg.json", ".RQG", ".obj"})
+        {
+            SCOPED_TRACE(model.name + ending);
+            MOD_DetailHandle again;
+            Messages writing;
+            ASSERT_TRUE(save(folder + ending, detail.read(), writing)) << writing.toString();
+            ASSERT_TRUE(load(folder + ending, again, writing, true)) << writing.toString();
+            const std::string differs = tests::difference(*detail.read().readLock(), *again.read().readLock());
+            EXPECT_TRUE(differs.empty() || (ending == ".obj" && writing.warnings() > 0)) << differs;
+            compared += differs.empty();
+            std::filesystem::remove(folder + ending);
+        }
+    }
+    EXPECT_GT(compared, std::ssize(models) * 2);
 }
 }  // namespace

@@ -96,7 +96,9 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
                                                           {"rq_c.txt", binarySTL()},
                                                           {"rq_d.ply", "\n Solid x\n"},
                                                           {"rq_e.OFF", "0 0"},
-                                                          {"rq_f.Obj", "v 0 0 0"}};
+                                                          {"rq_f.Obj", "v 0 0 0"},
+                                                          {"rq_g", "\n{ \"rqg\": 1}"},
+                                                          {"rq_h.rqg.JSON", "{\"points\": 0, \"rqg\": 1}"}};
     for (const auto &[name, text] : cases)
     {
         const std::string path = testing::TempDir() + name;
@@ -111,6 +113,7 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
     EXPECT_FALSE(load("/nowhere/x.obj", detail, messages));
     EXPECT_FALSE(load("/dev/null", detail, messages));
     EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n"
-                                   "/dev/null: error: expected a file whose name ends with .obj, .ply, .off, .stl\n");
+                                   "/dev/null: error: expected a file whose name ends with .obj, .ply, .off, .stl, "
+                                   ".rqg.json, .rqg\n");
 }
 }  // namespace
