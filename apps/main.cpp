@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <apps/convert.h>
 #include <apps/info.h>
 #include <apps/offline/render.h>
 #include <host/bas/Parallel.h>
@@ -10,6 +11,15 @@
 namespace
 {
 using namespace rq::app;
+
+constexpr const char *kFormats = "OBJ, PLY, STL, OFF or RQG; - is standard input";
+
+void addThreads(CLI::App &command, CommonOptions &common)
+{
+    command.add_option("--threads", common.threads, "Use at most N threads; the result is the same for any number")
+        ->type_name("N")
+        ->check(CLI::Range(1, 4096));
+}
 
 void addCommonOptions(CLI::App &command, CommonOptions &common)
 {
@@ -20,17 +30,14 @@ void addCommonOptions(CLI::App &command, CommonOptions &common)
     command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
         ->type_name("N")
         ->check(CLI::Range(3, std::numeric_limits<int>::max()));
-    command.add_option("--threads", common.threads, "Use at most N threads; the result is the same for any number")
-        ->type_name("N")
-        ->check(CLI::Range(1, 4096));
+    addThreads(command, common);
 }
 
 CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options)
 {
     CLI::App *command = program.add_subcommand("info", "Tell what is in files, and what it refines to");
     CLI::Option *files =
-        command->add_option("FILE", options.files, "Files to read: OBJ, PLY, STL or OFF; - is standard input")
-            ->type_name("");
+        command->add_option("FILE", options.files, std::string("Files to read: ") + kFormats)->type_name("");
     command->add_flag("--json", options.json, "Print JSON");
     command->add_flag("--parms", options.parms, "Print all options that -p sets, instead of files")->excludes(files);
     command->callback([&options] {
@@ -41,12 +48,23 @@ CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options
     return command;
 }
 
+CLI::App *addConvert(CLI::App &program, CommonOptions &common, ConvertOptions &options)
+{
+    CLI::App *command = program.add_subcommand("convert", "Write what a file holds to a file of another kind");
+    command->add_option("IN", options.input, std::string("File to read: ") + kFormats)->required()->type_name("");
+    command
+        ->add_option("OUT", options.output,
+                     "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj for polygons")
+        ->required()
+        ->type_name("");
+    addThreads(*command, common);
+    return command;
+}
+
 CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &options)
 {
     CLI::App *command = program.add_subcommand("render", "Render a file to a picture, without a window");
-    command->add_option("FILE", options.file, "File to read: OBJ, PLY, STL or OFF; - is standard input")
-        ->required()
-        ->type_name("");
+    command->add_option("FILE", options.file, std::string("File to read: ") + kFormats)->required()->type_name("");
     command->add_option("-o,--output", options.output, "PNG file to write")->required()->type_name("PNG");
     command->add_option("--size", options.size, "Size of the picture in pixels")->type_name("WxH")->capture_default_str();
     command->add_option("--samples", options.samples, "Rays per pixel")
@@ -70,8 +88,10 @@ int main(int argc, char **argv)
 
     CommonOptions common;
     InfoOptions info;
+    ConvertOptions convert;
     RenderOptions render;
     const CLI::App *infoCommand = addInfo(program, common, info);
+    const CLI::App *convertCommand = addConvert(program, common, convert);
     const CLI::App *renderCommand = addRender(program, common, render);
     try
     {
@@ -89,6 +109,8 @@ int main(int argc, char **argv)
     {
         if (infoCommand->parsed())
             return runInfo(common, info);
+        if (convertCommand->parsed())
+            return runConvert(convert);
         if (renderCommand->parsed())
             return runRender(common, render);
     }

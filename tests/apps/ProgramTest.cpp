@@ -34,6 +34,16 @@ const ExitCase kExitCases[] = {
     {"info @oddity.obj", 0, "1 points", "oddity.obj:2:1: warning: expected a known word, found \"what\""},
     {"info - < @tri.obj", 0, "<stdin>\n  host: 3 points", nullptr},
     {"info -p cuspangle=40 -p addvertexnormals=on --convex 3 --threads 1 @tri.obj", 0, "3 points", nullptr},
+    {"convert --help", 0, ".rqg.json or .rqg for everything", nullptr},
+    {"convert @tri.obj", 1, "", "OUT is required"},
+    {"convert @nowhere.obj @x.png", 1, "", "x.png: error: expected a file whose name ends with .rqg.json, .rqg, .obj"},
+    {"convert @broken.obj @x.rqg", 2, "", "broken.obj:1:6: error:"},
+    {"convert @tri.obj @nowhere/x.rqg", 3, "", "nowhere/x.rqg: error: cannot be written: No such file"},
+    {"convert @mixed.obj @x.rqg", 0, "", nullptr},
+    {"convert @x.rqg @x.rqg", 0, "", nullptr},
+    {"convert --threads 1 @x.rqg @x.rqg.json", 0, "", nullptr},
+    {"convert - @x.obj < @x.rqg.json", 0, "", nullptr},
+    {"info @x.rqg @x.rqg.json @x.obj", 0, "floor", nullptr},
     {"render --help", 0, "PNG file to write", nullptr},
     {"render @tri.obj", 1, "", "--output is required"},
     {"render @tri.obj -o @x.png --size 96", 1, "", "--size 96: expected WIDTHxHEIGHT"},
@@ -132,6 +142,19 @@ TEST_F(Program, PrintsFactsAsJSON)
     EXPECT_EQ(meshes[0].text("perimeter"), "4");
     EXPECT_EQ(meshes[0].text("attributes/vertex/0/name"), "uv");
     EXPECT_EQ(meshes[0].text("attributes/uniform/0/name"), "material");
+}
+
+TEST_F(Program, FactsComeThroughEveryKindOfFile)
+{
+    const auto factsOf = [](const std::string &file) {
+        const std::string out = Outcome("info --json " + file).out;
+        const size_t begin = out.find("\"host\"");
+        return out.substr(begin, out.find("\"seconds\"") - begin);
+    };
+    for (const char *step : {"@mixed.obj @y.rqg.json", "@y.rqg.json @y.rqg", "@y.rqg @y.obj"})
+        EXPECT_EQ(Outcome(std::string("convert ") + step).code, 0) << step;
+    for (const char *file : {"@y.rqg.json", "@y.rqg", "@y.obj"})
+        EXPECT_EQ(factsOf(file), factsOf("@mixed.obj")) << file;
 }
 
 TEST_F(Program, CopiesNothingToReadATriangleInPlace)

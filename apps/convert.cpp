@@ -1,0 +1,33 @@
+#include <apps/convert.h>
+
+#include <cstdio>
+
+#include <apps/TerminalProgress.h>
+#include <host/mod/DetailHandle.h>
+#include <io/Reader.h>
+#include <io/Writer.h>
+
+namespace rq::app
+{
+namespace
+{
+ExitCode convert(const ConvertOptions &options, io::Messages &messages)
+{
+    if (!io::canSave(options.output, messages))
+        return ExitUsage;
+    const TerminalProgress progress;
+    MOD_DetailHandle detail;
+    if (!io::load(options.input, detail, messages, true))
+        return ExitBadInput;
+    return io::save(options.output, detail.read(), messages) ? ExitDone : ExitFailure;
+}
+}  // namespace
+
+ExitCode runConvert(const ConvertOptions &options)
+{
+    io::Messages messages;
+    const ExitCode code = convert(options, messages);
+    std::fputs(messages.toString().c_str(), stderr);
+    return code;
+}
+}  // namespace rq::app
