@@ -5,6 +5,7 @@
 
 #include <io/detail/RQGNames.h>
 #include <io/detail/RQGTable.h>
+#include <io/detail/visitValues.h>
 
 namespace rq::io
 {
@@ -104,7 +105,7 @@ bool Declaration::check(const RQGInput &input, const RQGRow &row, int64_t elemen
                                             name, row.size()));
 }
 
-template <class T> bool readNumbers(const Declaration &declared, const RQGRow &row, ELM_PageArray<T> &pages)
+template <class T> bool readRows(const RQGInput &, const Declaration &declared, const RQGRow &row, ELM_PageArray<T> &pages)
 {
     const int64_t rows = pages.size();
     if (declared.value)
@@ -137,8 +138,7 @@ bool adopt(const RQGInput &input, const Declaration &declared, const RQGRow &row
 }
 
 /// Read rows of places in a table, which is read first; without one, rows of values.
-template <class Values>
-bool readPlaces(const RQGInput &input, const Declaration &declared, const RQGRow &row, Values &values)
+template <class Values> bool readRows(const RQGInput &input, const Declaration &declared, const RQGRow &row, Values &values)
 {
     std::vector<int32_t> places, table;
     if (!declared.table && !declared.value)
@@ -156,19 +156,6 @@ bool readPlaces(const RQGInput &input, const Declaration &declared, const RQGRow
     if (declared.value)
         return values.fill(0, values.size(), places[0]), true;
     return values.writeIndices(0, values.size(), places.data());
-}
-
-bool readRows(const RQGInput &input, const Declaration &declared, const RQGRow &row, ELM_Attribute &attribute)
-{
-    const auto read = [&](auto &values) { return readPlaces(input, declared, row, values); };
-    if (ELM_NumericTuple *numbers = attribute.numericTuple())
-        return numbers->visit([&](auto &pages) { return readNumbers(declared, row, pages); });
-    if (ELM_NumericArrays *arrays = attribute.numericArrays())
-        return arrays->visit(read);
-    return attribute.strings()        ? read(*attribute.strings())
-           : attribute.dicts()        ? read(*attribute.dicts())
-           : attribute.stringArrays() ? read(*attribute.stringArrays())
-                                      : read(*attribute.dictArrays());
 }
 }  // namespace
 
@@ -188,25 +175,18 @@ void writeAttribute(RQGOutput &output, const ELM_Attribute &attribute)
     else if (type != ELM_TYPE_NONE)
         output.json().writeKeyInt("type", type);
 
-    const auto writeIndexed = [&](const auto &values) {
-        output.key("table");
-        writeTable(output, values);
-        writeRows(output, values.indices(), values.indices().tupleSize() == 1);
-    };
     // The number of points is told by nothing but their positions.
     const bool isPosition = attribute.owner() == ELM_OWNER_POINT && attribute.name().view() == ELM_POSITION_NAME;
-    if (attribute.numericTuple())
-        attribute.numericTuple()->visit([&](const auto &pages) { writeRows(output, pages, !isPosition); });
-    else if (attribute.numericArrays())
-        attribute.numericArrays()->visit(writeIndexed);
-    else if (attribute.strings())
-        writeIndexed(*attribute.strings());
-    else if (attribute.dicts())
-        writeIndexed(*attribute.dicts());
-    else if (attribute.stringArrays())
-        writeIndexed(*attribute.stringArrays());
-    else
-        writeIndexed(*attribute.dictArrays());
+    visitValues(attribute, [&]<class Values>(const Values &values) {
+        if constexpr (std::is_base_of_v<ELM_IndexedRows, Values>)
+        {
+            output.key("table");
+            writeTable(output, values);
+            writeRows(output, values.indices(), values.indices().tupleSize() == 1);
+        }
+        else
+            writeRows(output, values, !isPosition);
+    });
     output.json().endMap();
 }
 
@@ -225,6 +205,8 @@ bool readAttribute(RQGInput &input, JSONText map, ELM_Owner owner, MOD_Edit &edi
     if (adopt(input, declared, row, owner, edit))
         return true;
     ELM_Attribute *attribute = declared.make(edit, owner);
-    return attribute ? readRows(input, declared, row, *attribute) : input.fail(map, edit.message());
+    if (!attribute)
+        return input.fail(map, edit.message());
+    return visitValues(*attribute, [&](auto &values) { return readRows(input, declared, row, values); });
 }
 }  // namespace rq::io

@@ -18,6 +18,7 @@
 #include <host/msh/SparseVolume.h>
 #include <host/msh/Surface.h>
 #include <host/msh/Volume.h>
+#include <io/detail/visitValues.h>
 
 namespace tests
 {
@@ -163,43 +164,33 @@ private:
                                       ? edit.dictAttribute(owner, nameOf(i), size, scope)
                                       : edit.attribute(owner, nameOf(i), storage, size, type, scope);
             if (!one(4))
-                fill(*made, one(4));
+                rq::io::visitValues(*made, [this](auto &values) { fill(values); });
         }
     }
 
-    void fill(ELM_Attribute &attribute, bool same)
+    template <class T> void fill(ELM_PageArray<T> &pages)
     {
-        const size_t size = size_t(attribute.tupleSize());
-        const auto fillArrays = [&](auto &arrays) {
-            using Item = typename std::decay_t<decltype(arrays.array(0))>::value_type;
-            for (int64_t i = 0; i < attribute.size(); ++i)
-                arrays.set(i, row<std::remove_const_t<Item>>(size * below(3)));
-        };
-        const auto fillTuples = [&](auto &tuples) {
-            for (int64_t i = 0; i < attribute.size(); ++i)
-                for (size_t c = 0; c < size; ++c)
-                    if constexpr (std::is_same_v<decltype(tuples), ELM_StringTuple &>)
-                        one(3) ? void() : tuples.set(i, text().view(), int(c));
-                    else
-                        one(3) ? void() : tuples.set(i, dict(), int(c));
-        };
-        if (attribute.numericTuple())
-            attribute.numericTuple()->visit([&](auto &pages) {
-                using T = std::decay_t<decltype(pages.value(0))>;
-                std::vector<T> tuple = row<T>(size);
-                for (int64_t i = 0; i < attribute.size(); ++i, tuple = same ? tuple : row<T>(size))
-                    pages.write(i, 1, tuple.data());
-            });
-        else if (attribute.numericArrays())
-            attribute.numericArrays()->visit(fillArrays);
-        else if (attribute.strings())
-            fillTuples(*attribute.strings());
-        else if (attribute.dicts())
-            fillTuples(*attribute.dicts());
-        else if (attribute.stringArrays())
-            fillArrays(*attribute.stringArrays());
-        else
-            fillArrays(*attribute.dictArrays());
+        const bool same = one(4);
+        std::vector<T> tuple = row<T>(size_t(pages.tupleSize()));
+        for (int64_t i = 0; i < pages.size(); ++i, tuple = same ? tuple : row<T>(tuple.size()))
+            pages.write(i, 1, tuple.data());
+    }
+    template <class Item> void fill(ELM_IndexedTuple<Item> &tuples)
+    {
+        for (const Item &item : row<Item>(3))
+            if constexpr (std::is_same_v<Item, BAS_StringHolder>)
+                tuples.add(item.view());
+            else
+                tuples.add(item);
+        std::vector<int32_t> places;
+        for (int64_t i = 0; i < tuples.size() * tuples.tupleSize(); ++i)
+            places.push_back(int32_t(below(uint32_t(tuples.table().size()) + 1)) - 1);
+        EXPECT_TRUE(tuples.writeIndices(0, tuples.size(), places.data()));
+    }
+    template <class Item> void fill(ELM_ArrayTuple<Item> &arrays)
+    {
+        for (int64_t i = 0; i < arrays.size(); ++i)
+            arrays.set(i, row<Item>(size_t(arrays.tupleSize()) * below(3)));
     }
 
     struct Kind

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <typeinfo>
@@ -7,65 +8,50 @@
 #include <fmt/format.h>
 
 #include <io/detail/compacted.h>
+#include <io/detail/visitValues.h>
 
 namespace tests
 {
 std::string difference(const MSH_Detail &a, const MSH_Detail &b);
 
-/// In what the values of two attributes of the same shape differ.
-struct SameValues
+// Whether values of attributes are the same.  Zeros have signs, but JSON has only one NaN.
+template <class T> bool areSame(const T &x, const T &y)
 {
-    const ELM_Attribute &a, &b;
-
-    bool operator()() const
-    {
-        bool same = true;
-        if (a.numericTuple())
-            a.numericTuple()->visit([&](const auto &pages) {
-                using T = std::decay_t<decltype(pages.value(0))>;
-                // Zeros have signs, but JSON has only one NaN.
-                for (int64_t i = 0; i < a.size() * a.tupleSize(); ++i)
-                {
-                    const T x = pages.value(i / a.tupleSize(), int(i % a.tupleSize()));
-                    const T y = b.pages<T>()->value(i / a.tupleSize(), int(i % a.tupleSize()));
-                    same = same && (std::memcmp(static_cast<const void *>(&x), &y, sizeof(T)) == 0 || (x != x && y != y));
-                }
-            });
-        else if (a.numericArrays())
-            a.numericArrays()->visit([&](const auto &arrays) {
-                same = sameArrays(arrays,
-                                  *b.numericArrays()->as<typename std::decay_t<decltype(arrays.array(0))>::value_type>());
-            });
-        else if (a.strings())
-            same = sameIndices(*a.strings(), *b.strings()) && a.strings()->table() == b.strings()->table();
-        else if (a.dicts())
-            same = sameIndices(*a.dicts(), *b.dicts()) && a.dicts()->table() == b.dicts()->table();
-        else if (a.stringArrays())
-            same = sameArrays(*a.stringArrays(), *b.stringArrays());
-        else
-            same = sameArrays(*a.dictArrays(), *b.dictArrays());
-        return same;
-    }
-
-    static bool sameIndices(const ELM_IndexedRows &x, const ELM_IndexedRows &y)
-    {
-        bool same = x.size() == y.size();
-        for (int64_t row = 0; same && row < x.size(); ++row)
-            for (int c = 0; c < x.indices().tupleSize(); ++c)
-                same = same && x.index(row, c) == y.index(row, c);
-        return same;
-    }
-
-    template <class Arrays> static bool sameArrays(const Arrays &x, const Arrays &y)
-    {
-        bool same = sameIndices(x, y) && x.arrayCount() == y.arrayCount();
-        for (int32_t i = 0; same && i < x.arrayCount(); ++i)
-            same = x.array(i).size() == y.array(i).size() &&
-                   std::equal(x.array(i).begin(), x.array(i).end(), y.array(i).begin(),
-                              [](const auto &v, const auto &w) { return v == w || (v != v && w != w); });
-        return same;
-    }
-};
+    if constexpr (std::is_trivially_copyable_v<T>)
+        return std::memcmp(static_cast<const void *>(&x), &y, sizeof(T)) == 0 || (x != x && y != y);
+    else
+        return x == y;
+}
+template <class T> bool areSame(const ELM_PageArray<T> &x, const ELM_PageArray<T> &y)
+{
+    bool same = x.size() == y.size() && x.tupleSize() == y.tupleSize();
+    for (int64_t row = 0; same && row < x.size(); ++row)
+        for (int c = 0; c < x.tupleSize(); ++c)
+            same = same && areSame(x.value(row, c), y.value(row, c));
+    return same;
+}
+template <class Item> bool areSame(const ELM_IndexedTuple<Item> &x, const ELM_IndexedTuple<Item> &y)
+{
+    return areSame(x.indices(), y.indices()) && x.table() == y.table();
+}
+template <class Item> bool areSame(const ELM_ArrayTuple<Item> &x, const ELM_ArrayTuple<Item> &y)
+{
+    bool same = areSame(x.indices(), y.indices()) && x.arrayCount() == y.arrayCount() && x.tupleSize() == y.tupleSize();
+    for (int32_t i = 0; same && i < x.arrayCount(); ++i)
+        same = std::ranges::equal(x.array(i), y.array(i), [](const Item &v, const Item &w) { return areSame(v, w); });
+    return same;
+}
+inline bool areSame(const ELM_Attribute &a, const ELM_Attribute &b)
+{
+    return rq::io::visitValues(a, [&](const auto &x) {
+        return rq::io::visitValues(b, [&](const auto &y) {
+            if constexpr (std::is_same_v<decltype(x), decltype(y)>)
+                return areSame(x, y);
+            else
+                return false;
+        });
+    });
+}
 
 inline bool samePayloads(const MSH_Payload *a, const MSH_Payload *b)
 {
@@ -104,10 +90,7 @@ inline std::string difference(const MSH_Detail &a, const MSH_Detail &b)
         for (int64_t i = 0; i < a.attributes(owner).size(); ++i)
         {
             const ELM_Attribute &x = a.attributes(owner)[i], &y = b.attributes(owner)[i];
-            const bool same = x.name() == y.name() && x.scope() == y.scope() && x.storage() == y.storage() &&
-                              x.tupleSize() == y.tupleSize() && x.typeInfo() == y.typeInfo() &&
-                              x.hasArrays() == y.hasArrays() && x.size() == y.size() && SameValues{x, y}();
-            if (!same)
+            if (x.name() != y.name() || x.scope() != y.scope() || x.typeInfo() != y.typeInfo() || !areSame(x, y))
                 return fmt::format("attribute \"{}\" or \"{}\" of owner {}", x.name().c_str(), y.name().c_str(), int(owner));
         }
         for (int64_t i = 0; i < a.groups(owner).size(); ++i)
