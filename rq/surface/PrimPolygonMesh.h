@@ -295,7 +295,6 @@ private:
     bool writeVertexNormals(void *normals, RQ_Storage storage, int segment, const char *positions, double cuspAngle,
                             bool normalize, RQ_NormalWeights weights) const;
     bool makeTangents(int segment, RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;
-    void setVertexList(const RQ_DataArrayHandle &vertexList);
 
     struct FaceMerges;
     const FaceMerges &faceMerges() const;

@@ -7,7 +7,7 @@
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/convert.h>
-#include <rq/data/detail/stream.h>
+#include <host/bas/stream.h>
 #include <rq/surface/detail/curveKernel.h>
 
 namespace
@@ -61,7 +61,7 @@ public:
         if constexpr (std::is_same_v<T, Out>)
         {
             if (streamed_)
-                rq::streamCopy(reinterpret_cast<char *>(target_), reinterpret_cast<const char *>(buffer_.data()),
+                host::streamCopy(reinterpret_cast<char *>(target_), reinterpret_cast<const char *>(buffer_.data()),
                                size_t(values) * sizeof(T));
             else
                 std::copy_n(buffer_.data(), values, target_);
@@ -111,14 +111,14 @@ public:
     template <class Out> void run(Out *target) const
     {
         const int64_t samples = std::max<int64_t>(1, kValuesPerTask / width());
-        const bool streamed = points_.sum() * components_ * int64_t(sizeof(Out)) >= rq::kStreamedBytes;
+        const bool streamed = points_.sum() * components_ * int64_t(sizeof(Out)) >= host::kStreamedBytes;
         host::parallelForWeighted(
             points_.entries(), samples, [this](int64_t curve) { return points_.end(curve); },
             [&](int64_t begin, int64_t end) {
                 Output<T, Out> output(target + points_.begin(begin) * components_, components_, isRational(), streamed);
                 runCurves(begin, end, output);
                 if (streamed)
-                    rq::finishStream();
+                    host::finishStream();
             });
     }
 
