@@ -5,27 +5,17 @@
 
 namespace
 {
-/// The values of one row that is an array.
-struct Run
+/// Values in one row; 0 for no element, and for an attribute whose rows are no arrays.
+int64_t sizeAt(const ELM_Attribute *attribute, ELM_Offset element)
 {
-    const void *values = nullptr;
-    int64_t count = 0;
-};
-
-template <class Value> Run runOf(std::span<const Value> values) { return {values.data(), std::ssize(values)}; }
-
-/// Empty for no element, and for an attribute whose rows are no arrays.
-Run runAt(const ELM_Attribute *attribute, ELM_Offset element)
-{
+    const auto sizeOf = [element](const auto &arrays) { return int64_t(arrays.get(element).size()); };
     if (!attribute || element < 0)
-        return {};
+        return 0;
     if (const ELM_NumericArrays *numbers = attribute->numericArrays())
-        return numbers->visit([&](const auto &arrays) { return runOf(arrays.get(element)); });
+        return numbers->visit(sizeOf);
     if (const ELM_StringArrays *strings = attribute->stringArrays())
-        return runOf(strings->get(element));
-    if (const ELM_DictArrays *dicts = attribute->dictArrays())
-        return runOf(dicts->get(element));
-    return {};
+        return sizeOf(*strings);
+    return attribute->dictArrays() ? sizeOf(*attribute->dictArrays()) : 0;
 }
 }  // namespace
 
@@ -34,7 +24,7 @@ RQ_DataArrayHandle RQ_MSHElementArray::harden() const
     return hasArrayEntries() ? rq::copyEntries(*this) : RQ_DataArray::harden();
 }
 
-int64_t RQ_MSHElementArray::itemSize(int64_t offset) const { return runAt(attribute_, elementOf(offset)).count; }
+int64_t RQ_MSHElementArray::itemSize(int64_t offset) const { return sizeAt(attribute_, elementOf(offset)); }
 
 int64_t RQ_MSHElementArray::getTotalArrayEntries() const
 {
@@ -42,8 +32,7 @@ int64_t RQ_MSHElementArray::getTotalArrayEntries() const
         hasArrayEntries() ? entries() : 0, Target::kRowsPerTask, int64_t(0),
         [&](int64_t begin, int64_t end) {
             int64_t part = 0;
-            visitElements(begin, end - begin,
-                          [&](ELM_Offset element, int64_t) { part += runAt(attribute_, element).count; });
+            visitElements(begin, end - begin, [&](ELM_Offset element, int64_t) { part += sizeAt(attribute_, element); });
             return part;
         },
         [](int64_t &into, int64_t from) { into += from; });

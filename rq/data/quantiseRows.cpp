@@ -10,7 +10,7 @@ namespace rq
 {
 namespace
 {
-// A value costs 0.5 to 2 ns, so a piece is some 30 to 120 us of work.
+// A value costs 0.6 to 1.5 ns, so a piece is some 40 to 100 us of work.
 constexpr int64_t kValuesPerPiece = 65536;
 
 // Values that are between the two steps of quantising: they stay in the first-level cache.
@@ -31,6 +31,7 @@ double clamped(double place)
     const double low = place > 0.0 ? place : 0.0;
     return low < 1.0 ? low : 1.0;
 }
+uint8_t byteOf(double place) { return uint8_t(int32_t(place * 255.0 + 0.5)); }
 
 template <class T> RQ_CLONES void quantiseSpan(const T *from, uint8_t *to, int64_t count, double black, double white)
 {
@@ -44,8 +45,21 @@ template <class T> RQ_CLONES void quantiseSpan(const T *from, uint8_t *to, int64
                 places[i] = clamped(place(double(from[first + i])));
         });
         for (int64_t i = 0; i < length; ++i)
-            to[first + i] = uint8_t(int32_t(places[i] * 255.0 + 0.5));
+            to[first + i] = byteOf(places[i]);
     }
+}
+
+template <class T>
+void quantiseTable(const T *from, int64_t fromStride, uint8_t *to, int64_t toStride, int64_t components, int64_t rows,
+                   double black, double white)
+{
+    if (components == fromStride && components == toStride)
+        return quantiseSpan(from, to, rows * components, black, white);
+    visitScale(black, white, [&](auto place) {
+        for (int64_t row = 0; row < rows; ++row)
+            for (int64_t c = 0; c < components; ++c)
+                to[row * toStride + c] = byteOf(clamped(place(double(from[row * fromStride + c]))));
+    });
 }
 }  // namespace
 
@@ -54,17 +68,12 @@ void quantiseRows(const void *from, RQ_Storage fromStorage, int64_t fromStride, 
 {
     if (components < 1)
         return;
-    const bool packed = components == fromStride && components == toStride;
     dispatchStorage(fromStorage, [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        const T *values = static_cast<const T *>(from);
-        const auto quantise = [&](int64_t begin, int64_t end) {
-            // Packed rows are one long one.
-            const int64_t step = packed ? end - begin : 1;
-            for (int64_t row = begin; row < end; row += step)
-                quantiseSpan(values + row * fromStride, to + row * toStride, step * components, black, white);
-        };
-        host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), quantise);
+        const auto *values = static_cast<const typename decltype(tag)::type *>(from);
+        host::parallelForRange(rows, std::max<int64_t>(1, kValuesPerPiece / components), [&](int64_t begin, int64_t end) {
+            quantiseTable(values + begin * fromStride, fromStride, to + begin * toStride, toStride, components, end - begin,
+                          black, white);
+        });
     });
 }
 }  // namespace rq
