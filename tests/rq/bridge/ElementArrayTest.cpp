@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <random>
 
 #include <rq/bridge/MSHElementArray.h>
@@ -317,18 +318,30 @@ TEST(ElementArray, FillsQuantisedRowsAndBoxesLikeACopy)
             }
 }
 
-TEST(ElementArray, EveryKindOfAttributeIsInTheLists)
+// Cut faces show the rows of the whole ones, and so does a copy that owns them.
+TEST(ElementArray, EveryKindGoesWithTheFacesOfAMesh)
 {
-    const RQ_MSHDetailList details(makeRichDetail());
-    const MSH_Detail &detail = *details.getDetail();
-    const RQ_MSHOffsetList rows(ELM_OffsetList(0, 9));
-    const RQ_AttributeListHandle lists[] = {
-        details.getVertexAttributes(nullptr, rows), details.getPointAttributes(nullptr, rows),
-        details.getPrimitiveAttributes(nullptr, rows), details.getDetailAttributes(nullptr)};
+    const MOD_ConstDetailHandle handle = makeRichDetail();
+    const RQ_PrimitiveHandle mesh = refine(handle).at(0), triangles = as<RQ_PrimPolygonMesh>(mesh)->convex(3),
+                             copy = triangles->harden();
+    const auto listsOf = [](const RQ_Primitive &primitive) {
+        return std::array{primitive.getVertexAttributes(), primitive.getPointAttributes(), primitive.getUniformAttributes(),
+                          primitive.getDetailAttributes()};
+    };
     for (int owner = 0; owner < ELM_OWNERS; ++owner)
-        for (const ELM_Attribute &attribute : detail.attributes(ELM_Owner(owner)))
-            EXPECT_TRUE(attribute.scope() != ELM_SCOPE_PUBLIC || lists[owner]->get(attribute.name())->isValid())
-                << owner << " " << attribute.name().c_str();
+        for (const ELM_Attribute &attribute : handle.readLock()->attributes(ELM_Owner(owner)))
+        {
+            SCOPED_TRACE(std::string(attribute.name().view()) + " of owner " + std::to_string(owner));
+            const RQ_DataArrayHandle shown = listsOf(*triangles)[size_t(owner)]->get(attribute.name());
+            const RQ_DataArrayHandle own = listsOf(*copy)[size_t(owner)]->get(attribute.name());
+            ASSERT_TRUE(shown && own);
+            EXPECT_TRUE(shown->isEqual(*own));
+        }
+    std::vector<ELM_Offset> faces;
+    for (int64_t i = 0; i < 2 * handle.readLock()->primitiveCount(); ++i)
+        faces.push_back(i / 2);
+    expectArrays<int32_t>(*triangles->getUniformAttributes()->get("arrays of i32"), ELM_OWNER_PRIMITIVE, faces);
+    expectArrays<BAS_OptionsHolder>(*copy->getUniformAttributes()->get("arrays of dict"), ELM_OWNER_PRIMITIVE, faces);
 }
 
 TEST(ElementArray, HandsOutTheHostsMemory)
