@@ -76,11 +76,13 @@ public:
     /// Set to the box of this quadric's range, before the transform.
     virtual void getQBounds(BAS_BoundingBox &box) const;
 
-    /// A copy of the same shape over another range.
+    /// A copy of the same shape over another range; one that is not finite stands for this quadric's own.
     virtual RQ_QuadricHandle clone(const RQ_Parametric &range) const;
     using RQ_Primitive::clone;
 
 protected:
+    // What a subclass says of its shape: everything else follows from these.
+
     /// Where the surface is at u = 0, and which way is out.
     struct Profile
     {
@@ -100,8 +102,8 @@ protected:
     /// The samples that the options want of this quadric's range, and what of it they leave; false when that is nothing.
     bool chooseSamples(const RQ_RefineParms *parms, int &nu, int &nv, RQ_Parametric &range) const;
 
-    /// The samples of a range, placed: "P", and "N" unless its storage is the invalid one.  A single row is that of the
-    /// greatest v.
+    /// The samples of a range, placed: "P", and "N" unless its storage is the invalid one.  A single row is that of
+    /// the range's last v.
     RQ_AttributeListHandle sweepGrid(int nu, int nv, const RQ_Parametric &range, RQ_Storage positions,
                                      RQ_Storage normals) const;
 

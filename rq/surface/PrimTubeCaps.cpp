@@ -87,8 +87,8 @@ RQ_PolygonMeshHandle RQ_PrimTube::createMesh(int nu, int nv, double umin, double
 {
     const RQ_PolygonMeshHandle side =
         RQ_PrimQuadric::createMesh(nu, nv, umin, umax, vmin, vmax, withNormals, withUV, positions, normals);
-    const auto caps = findCaps(nu, nv, {umin, umax, vmin, vmax});
-    if (!side || !caps_ || caps.empty())
+    const auto caps = side && caps_ ? findCaps(nu, nv, {umin, umax, vmin, vmax}) : std::vector<Cap>();
+    if (caps.empty())
         return side;
 
     BAS_Array<RQ_AttributeListHandle> parts{side->getShared()};

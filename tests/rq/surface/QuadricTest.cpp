@@ -358,6 +358,12 @@ TEST(Quadric, RefusesWhatIsNotFinite)
     EXPECT_FALSE(sphere.createMesh(9, 1, 0, 1, 0, 1, true, true, RQ_STORAGE_REAL32, RQ_STORAGE_REAL32));
     EXPECT_FALSE(sphere.createMesh(9, 9, 0, 1, 0, NAN, true, true, RQ_STORAGE_REAL32, RQ_STORAGE_REAL32));
     EXPECT_FALSE(RQ_PrimCircle::makePolygonMesh(nullptr, 3) || RQ_PrimCircle::makeCurve(nullptr, -1));
+    const RQ_QuadricHandle capped = make<RQ_PrimTube>(RQ_AttributeListHandle(), RQ_TransformHandle(), 2.0, true);
+    const RQ_PolygonMeshHandle bare =
+        capped->createMesh(9, 9, 0, 0.5, 0, 1, false, false, RQ_STORAGE_REAL64, RQ_STORAGE_INVALID);
+    EXPECT_TRUE(bare->validate());
+    EXPECT_EQ(bare->getShared()->entries(), 1);
+    EXPECT_EQ(bare->getPointCount(), 81 + 2 * 10);
     // Placed nowhere, or flattened: no more than that.
     for (const BAS_Mat4d &matrix : {BAS_Mat4d(0.0), BAS_Mat4d().setScale(NAN)})
         for (const Shape &shape : shapes())
