@@ -1,11 +1,9 @@
 #include <rq/bridge/detail/PlacedPrimitives.h>
 
-#include <algorithm>
 #include <vector>
 
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHElementArray.h>
-#include <rq/data/Values.h>
 #include <rq/data/mixId.h>
 #include <rq/prim/CompactTransformArray.h>
 
@@ -35,31 +33,49 @@ private:
 };
 
 /// The two columns that make the placements of one segment.
-struct Columns
+class Columns
 {
-    RQ_DataArrayHandle matrixArray, pointArray;
-    rq::Values<double> matrices, points;
-
+public:
     Columns(const MOD_ConstDetailHandle &handle, const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices)
+        : matrices_(new RQ_MSHElementArray(handle, transformOf(*handle.readLock()), primitives, ELM_OWNER_PRIMITIVE)),
+          points_(new RQ_MSHElementArray(handle, &handle.readLock()->positions(), vertices, ELM_OWNER_VERTEX)),
+          hasMatrices_(matrices_->isValid() && matrices_->getTupleSize() == 9),
+          hasPoints_(points_->getTupleSize() >= 3 && points_->entries() == primitives.entries())
+    {}
+
+    /// Set the rows of matrices that are the identity.
+    void read(int64_t first, int64_t count, BAS_Mat4d *out) const
     {
-        const MSH_Detail &detail = *handle.readLock();
-        matrixArray = new RQ_MSHElementArray(handle, transformOf(detail), primitives, ELM_OWNER_PRIMITIVE);
-        pointArray = new RQ_MSHElementArray(handle, &detail.positions(), vertices, ELM_OWNER_VERTEX);
-        matrices = rq::Values<double>(matrixArray);
-        points = rq::Values<double>(pointArray);
+        std::vector<double> rows(size_t(9 * count));
+        if (hasMatrices_)
+        {
+            matrices_->fillArray(rows.data(), first, count);
+            for (int64_t i = 0; i < 9 * count; ++i)
+                out[i / 9][i % 9 / 3][i % 3] = rows[size_t(i)];
+        }
+        if (hasPoints_)
+        {
+            points_->fillArray(rows.data(), first, count, 3);
+            for (int64_t i = 0; i < 3 * count; ++i)
+                out[i / 3][3][i % 3] = rows[size_t(i)];
+        }
     }
 
-    BAS_Mat4d placement(int64_t i) const
+    /// Mix what the placements depend on into an id.  False when that has no ids.
+    bool mixId(uint64_t &id) const
     {
-        BAS_Mat4d matrix;
-        for (int row = 0; row < 3; ++row)
+        bool all = true;
+        for (const RQ_DataArrayHandle &array : {matrices_, points_})
         {
-            if (i < matrices.entries() && matrices.tupleSize() >= 9)
-                std::copy_n(&matrices.data()[matrices.tupleSize() * i + 3 * row], 3, matrix[row]);
-            matrix[3][row] = i < points.entries() && row < points.tupleSize() ? points(i, row) : 0.0;
+            id = RQmixId(id) + RQmixId(uint64_t(array->getDataId()));
+            all = all && (array->getDataId() != -1 || !array->isValid());
         }
-        return matrix;
+        return all;
     }
+
+private:
+    RQ_DataArrayHandle matrices_, points_;
+    bool hasMatrices_, hasPoints_;
 };
 }  // namespace
 
@@ -71,16 +87,14 @@ RQ_TransformArrayHandle rq::placementsOf(const RQ_MSHDetailList &details, const 
     bool hasId = true;
     for (int segment = 0; segment < details.getSegments(); ++segment)
     {
-        const Columns &added = columns.emplace_back(details.getHandle(segment), primitives, vertices);
-        for (const RQ_DataArrayHandle &array : {added.matrixArray, added.pointArray})
-        {
-            id = RQmixId(id) + RQmixId(uint64_t(array->getDataId()));
-            hasId = hasId && (array->getDataId() != -1 || !array->isValid());
-        }
+        columns.emplace_back(details.getHandle(segment), primitives, vertices);
+        hasId = columns.back().mixId(id) && hasId;
     }
+    const auto read = [&](int64_t first, int64_t count, int segment, BAS_Mat4d *out) {
+        columns[size_t(segment)].read(first, count, out);
+    };
     const BAS_IntrusivePtr<RQ_CompactTransformArray> placements(new RQ_CompactTransformArray);
-    placements->setAffine(primitives.entries(), details.getSegments(),
-                          [&](int64_t i, int segment) { return columns[size_t(segment)].placement(i); });
+    placements->setAffine(primitives.entries(), details.getSegments(), read);
     placements->setDataId(hasId ? validId(id) : -1);
     return placements;
 }

@@ -88,15 +88,19 @@ void RQ_CompactTransformArray::changed()
     trackedBytes_ = bytes;
 }
 
-template <class MatrixAt> void RQ_CompactTransformArray::fill(int64_t count, int segments, int columns, MatrixAt &&matrixAt)
+void RQ_CompactTransformArray::reset(int64_t count, int segments, int columns)
 {
     entries_ = std::max<int64_t>(count, 0);
     segments_ = segments;
     columns_ = columns;
-    const int64_t slots = entries_ * segments_;
     matrices_.clear();
-    matrices_.resize(size_t(slots * 4 * columns_));
-    host::parallelFor(slots, kMatricesPerTask, [&](int64_t i) { write(matrices_, i, matrixAt(i)); });
+    matrices_.resize(size_t(entries_ * segments_ * 4 * columns_));
+}
+
+template <class MatrixAt> void RQ_CompactTransformArray::fill(int64_t count, int segments, int columns, MatrixAt &&matrixAt)
+{
+    reset(count, segments, columns);
+    host::parallelFor(entries_ * segments_, kMatricesPerTask, [&](int64_t i) { write(matrices_, i, matrixAt(i)); });
     changed();
 }
 
@@ -116,10 +120,23 @@ void RQ_CompactTransformArray::setMatrices(const BAS_Mat4d *matrices, int64_t co
     fill(count, segments, columns, [=](int64_t i) { return matrices[i]; });
 }
 
-void RQ_CompactTransformArray::setAffine(int64_t count, int segments, const std::function<BAS_Mat4d(int64_t, int)> &matrixAt)
+void RQ_CompactTransformArray::setAffine(int64_t count, int segments,
+                                         const std::function<void(int64_t, int64_t, int, BAS_Mat4d *)> &put)
 {
-    const int atLeastOne = std::max(segments, 1);
-    fill(count, atLeastOne, 3, [&](int64_t i) { return matrixAt(i / atLeastOne, int(i % atLeastOne)); });
+    // Matrices and what they are made of stay in the first caches.
+    constexpr int64_t kBlock = 128;
+    reset(count, std::max(segments, 1), 3);
+    host::parallelFor((entries_ + kBlock - 1) / kBlock, kMatricesPerTask / kBlock, [&](int64_t block) {
+        const int64_t first = block * kBlock, length = std::min(kBlock, entries_ - first);
+        for (int s = 0; s < segments_; ++s)
+        {
+            BAS_Mat4d matrices[kBlock];
+            put(first, length, s, matrices);
+            for (int64_t i = 0; i < length; ++i)
+                write(matrices_, slot(first + i, s), matrices[i]);
+        }
+    });
+    changed();
 }
 
 void RQ_CompactTransformArray::reshape(int segments, int columns)

@@ -36,9 +36,9 @@ public:
     void setEntries(int64_t count) override;
     void setMatrices(const BAS_Mat4d *matrices, int64_t count, int segments) override;
 
-    /// Replace all entries by what `matrixAt(entry, segment)` answers, which is asked from several threads.  The fourth
-    /// columns of its matrices count as 0, 0, 0, 1.
-    void setAffine(int64_t count, int segments, const std::function<BAS_Mat4d(int64_t, int)> &matrixAt);
+    /// Replace all entries by what `put(first, count, segment, matrices)` puts into matrices that are the identity: for
+    /// some of the entries at a time, and from several threads.  Fourth columns count as 0, 0, 0, 1.
+    void setAffine(int64_t count, int segments, const std::function<void(int64_t, int64_t, int, BAS_Mat4d *)> &put);
 
     int getMotionSegments() const override { return entries_ > 0 ? segments_ : 0; }
     void getMatrix(BAS_Mat4d &matrix, int64_t index, int segment) const override;
@@ -59,6 +59,7 @@ private:
     BAS_Mat4d read(const Block &block, int64_t slot) const;
     void write(Block &block, int64_t slot, const BAS_Mat4d &matrix) const;
     void reshape(int segments, int columns);
+    void reset(int64_t count, int segments, int columns);
     template <class MatrixAt> void fill(int64_t count, int segments, int columns, MatrixAt &&matrixAt);
     const Block &inverses() const;
     void dropInverses();
