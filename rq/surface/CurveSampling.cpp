@@ -87,9 +87,10 @@ RQ_DataArrayHandle rq::CurveSampling::nearestVertices() const
             SpanWeights scratch;
             Index *out = nearest->data() + points.begin(begin);
             for (int64_t curve = begin; curve < end; ++curve)
-                visitSpans(curve, scratch, [&](int64_t span, const SpanWeights &weights, int) {
-                    for (int sample = 0; sample < weights.samples; ++sample)
-                        *out++ = Index(shapes_.vertex(curve, span, weights.nearest(sample)));
+                visitSpans(curve, scratch, [&](int64_t first, int64_t spans, const SpanWeights &weights, int) {
+                    for (int64_t span = first; span < first + spans; ++span)
+                        for (int sample = 0; sample < weights.samples; ++sample)
+                            *out++ = Index(shapes_.vertex(curve, span, weights.nearest(sample)));
                 });
         };
         host::parallelForWeighted(

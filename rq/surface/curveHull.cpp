@@ -73,17 +73,37 @@ template <class Add> void addInBlocks(BAS_BoundingBox &box, int64_t curves, int6
 
 constexpr int kLanes = 12;  // whole registers and whole positions
 
-/// Least and greatest of values moved both ways by a sixth of what lies between their neighbours' values.
-RQ_CLONES void widenLanes(const float *values, int64_t count, float *low, float *high)
+/// Consecutive packed positions that have neighbours on both sides.
+struct Run
 {
-    for (int64_t first = 0; first + kLanes <= count; first += kLanes)
-        for (int64_t lane = 0; lane < kLanes; ++lane)
+    const float *values;
+    int64_t count;  // of positions, at least as many as the lanes hold
+};
+
+/// Least and greatest of positions moved both ways by a sixth of what lies between their neighbours.
+RQ_CLONES void widenLanes(const Run *runs, int64_t count, float *__restrict lows, float *__restrict highs)
+{
+    float low[kLanes], high[kLanes];
+    std::copy_n(lows, kLanes, low);
+    std::copy_n(highs, kLanes, high);
+    for (const Run *run = runs; run != runs + count; ++run)
+    {
+        const int64_t last = 3 * run->count - kLanes;
+        for (int64_t first = 0; first < last + kLanes; first += kLanes)
         {
-            const float value = values[first + lane];
-            const float slope = std::abs(values[first + lane + 3] - values[first + lane - 3]) / 6.0f;
-            low[lane] = value - slope < low[lane] ? value - slope : low[lane];
-            high[lane] = value + slope > high[lane] ? value + slope : high[lane];
+            // The last positions may be looked at twice.
+            const float *at = run->values + std::min(first, last);
+            for (int64_t lane = 0; lane < kLanes; ++lane)
+            {
+                const float slope = std::abs(at[lane + 3] - at[lane - 3]) * (1.0f / 6.0f);
+                const float less = at[lane] - slope, more = at[lane] + slope;
+                low[lane] = less < low[lane] ? less : low[lane];
+                high[lane] = more > high[lane] ? more : high[lane];
+            }
         }
+    }
+    std::copy_n(low, kLanes, lows);
+    std::copy_n(high, kLanes, highs);
 }
 
 /// The box of packed Catmull-Rom curves: around each vertex lie the Bezier vertices of the spans that it joins.
@@ -100,8 +120,9 @@ public:
     {
         if (count < 4)
             return;
-        addVertex(first, first + 1, first + 2, false, true);
-        addVertex(first + count - 3, first + count - 2, first + count - 1, true, false);
+        const int64_t last = first + count - 1;
+        addVertex(first, first + 1, first + 2, 0.0f, 1.0f);
+        addVertex(last - 2, last - 1, last, 1.0f, 0.0f);
         addRun(first + 2, count - 4);
     }
 
@@ -109,13 +130,16 @@ public:
     {
         if (count < 3)
             return;
-        addVertex(first + count - 1, first, first + 1, true, true);
-        addVertex(first + count - 2, first + count - 1, first, true, true);
+        const int64_t last = first + count - 1;
+        addVertex(last, first, first + 1, 1.0f, 1.0f);
+        addVertex(last - 1, last, first, 1.0f, 1.0f);
         addRun(first + 1, count - 2);
     }
 
-    BAS_BoundingBox box() const
+    BAS_BoundingBox box()
     {
+        widenLanes(runs_.data(), int64_t(runs_.size()), low_, high_);
+        runs_.clear();
         BAS_BoundingBox box;
         for (int lane = 0; lane < kLanes; lane += 3)
             if (low_[lane] <= high_[lane] && low_[lane + 1] <= high_[lane + 1] && low_[lane + 2] <= high_[lane + 2])
@@ -129,28 +153,30 @@ public:
 private:
     void addRun(int64_t first, int64_t count)
     {
-        widenLanes(positions_ + 3 * first, 3 * count, low_, high_);
-        for (int64_t i = count - count % (kLanes / 3); i < count; ++i)
-            addVertex(first + i - 1, first + i, first + i + 1, true, true);
+        if (count >= kLanes / 3)
+            runs_.push_back({positions_ + 3 * first, count});
+        else
+            for (int64_t i = first; i < first + count; ++i)
+                addVertex(i - 1, i, i + 1, 1.0f, 1.0f);
     }
 
-    void addVertex(int64_t before, int64_t at, int64_t behind, bool in, bool out)
+    /// `in` and `out` are 1 where a span ends and begins, 0 where none does.
+    void addVertex(int64_t before, int64_t at, int64_t behind, float in, float out)
     {
         for (int axis = 0; axis < 3; ++axis)
         {
             const float value = positions_[3 * at + axis];
-            const float slope = (positions_[3 * behind + axis] - positions_[3 * before + axis]) / 6.0f;
-            for (const float place : {value, in ? value - slope : value, out ? value + slope : value})
-            {
-                low_[axis] = place < low_[axis] ? place : low_[axis];
-                high_[axis] = place > high_[axis] ? place : high_[axis];
-            }
+            const float slope = (positions_[3 * behind + axis] - positions_[3 * before + axis]) * (1.0f / 6.0f);
+            const float a = value - in * slope, b = value + out * slope;
+            low_[axis] = std::min(low_[axis], std::min(a, b));
+            high_[axis] = std::max(high_[axis], std::max(a, b));
         }
     }
 
     const float *positions_;
     float low_[kLanes];
     float high_[kLanes];
+    std::vector<Run> runs_;
 };
 }  // namespace
 

@@ -42,16 +42,16 @@ public:
           buffer_(kBufferValues)
     {}
 
-    /// Room for `samples` rows of `components` values, and one more for rational curves.
-    T *room(int samples)
+    /// Room for `samples` rows, and whole groups, of `components` values, and one more for rational curves.
+    T *room(int64_t samples)
     {
-        const int64_t values = int64_t(rq::groups(samples)) * rq::kGroup * width_;
+        const int64_t values = (samples + rq::kGroup) * width_;
         if (used_ + values > int64_t(buffer_.size()))
             flush();
         buffer_.resize(size_t(std::max(values, int64_t(buffer_.size()))));
         return buffer_.data() + used_;
     }
-    void add(int samples) { used_ += int64_t(samples) * width_; }
+    void add(int64_t samples) { used_ += samples * width_; }
 
     void flush()
     {
@@ -138,13 +138,21 @@ private:
                 continue;
             const T *vertices = verticesOf(curve, row);
             const int64_t stride = int64_t(shapes.step(curve)) * width();
-            sampling_.visitSpans(curve, scratch, [&](int64_t span, const rq::SpanWeights &weights, int table) {
+            const auto sum = [&](int64_t first, int64_t spans, const rq::SpanWeights &weights, int table) {
                 if (table < 0)
                     grouped.build(weights, width());
-                T *out = output.room(weights.samples);
-                rq::sumSpan(table < 0 ? grouped : tables_[size_t(table)], width(), vertices + span * stride, out);
-                output.add(weights.samples);
-            });
+                // As many spans at once as the buffer has room for.
+                const int64_t atOnce = std::max<int64_t>(1, kBufferValues / 2 / (int64_t(weights.samples) * width()));
+                for (const int64_t behind = first + spans; first < behind; first += atOnce)
+                {
+                    const int64_t count = std::min(atOnce, behind - first);
+                    T *out = output.room(count * weights.samples);
+                    rq::sumSpans(table < 0 ? grouped : tables_[size_t(table)], width(),
+                                 rq::SpanRun<T>{vertices + first * stride, count, stride}, out);
+                    output.add(count * weights.samples);
+                }
+            };
+            sampling_.visitSpans(curve, scratch, sum);
         }
         output.flush();
     }

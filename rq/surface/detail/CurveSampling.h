@@ -49,24 +49,37 @@ public:
     /// The orders and steps whose weights are made once for all spans; those of more steps are not worth keeping.
     static constexpr int kSharedSteps = 256;
 
-    /// Call `visit(span, weights, table)` for the spans of a curve in order: `table` is the number of the weights among
-    /// the shared ones, or -1 for weights that are in `scratch` until the next.
+    /// Call `visit(span, spans, weights, table)` for runs of consecutive spans of a curve that have the same weights, in
+    /// order: `table` is the number of the weights among the shared ones, or -1 for weights that are in `scratch` until the
+    /// next.
     template <class Visit> void visitSpans(int64_t curve, SpanWeights &scratch, Visit &&visit) const
     {
         const int64_t last = shapes_.lastSpan(curve);
+        if (last < 0)
+            return;
+        const int64_t joined = last + shapes_.wraps();  // spans whose end belongs to the next
+        if (perSpan_.empty() && !tables_.empty())
+        {
+            const int table = tableOf(curve, segments_, false);
+            if (joined > 0)
+                visit(int64_t(0), joined, tables_[size_t(table)], table);
+            if (joined == last)
+                visit(last, int64_t(1), tables_[size_t(table) + 1], table + 1);
+            return;
+        }
         for (int64_t span = 0; span <= last; ++span)
         {
             if (shapes_.isEmpty(curve, span))
                 continue;
-            const bool ends = span == last && !shapes_.wraps();
+            const bool ends = span == joined;
             const int steps = segments(curve, span);
             if (const int table = tableOf(curve, steps, ends); table >= 0)
-                visit(span, tables_[size_t(table)], table);
+                visit(span, int64_t(1), tables_[size_t(table)], table);
             else
             {
                 scratch.compute(shapes_.order(curve), steps + ends, steps,
                                 [&](double t, double *weights) { shapes_.weights(curve, span, t, weights); });
-                visit(span, scratch, -1);
+                visit(span, int64_t(1), scratch, -1);
             }
         }
     }

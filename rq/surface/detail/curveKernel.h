@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include <rq/data/detail/clones.h>
@@ -45,60 +46,77 @@ private:
     std::vector<T> values_;
 };
 
-/// Sums for cubic spans of `kComponents` components: `vertices` are the four in a row, `out` has room for whole groups.
-template <class T, int kComponents>
-RQ_CLONES void sumCubic(const T *__restrict weights, int groupCount, const T *__restrict vertices, T *__restrict out)
+/// Consecutive spans of the same weights: where their vertices lie in a row, and how many values the next begins further on.
+template <class T> struct SpanRun
 {
-    constexpr int kValues = kGroup * kComponents;
-    T a[kValues], b[kValues], c[kValues], d[kValues];
-    for (int i = 0; i < kValues; ++i)
+    const T *vertices;
+    int64_t spans;
+    int64_t step;
+};
+
+/// Sums for cubic spans of `kComponents` components.  `out` has room for whole groups behind the last span; a span's sums
+/// overwrite what fills up the last group of the span before.
+template <class T, int kComponents>
+RQ_CLONES void sumCubics(const T *__restrict weights, int samples, SpanRun<T> run, T *__restrict out)
+{
+    // Every vertex is laid out as a group once for all spans that it shapes.
+    constexpr int kValues = kGroup * kComponents, kMostVertices = 32;
+    T laid[kMostVertices][kValues];
+    const int64_t step = run.step / kComponents, atOnce = (kMostVertices - 4) / step + 1;
+    for (int64_t begin = 0; begin < run.spans; begin += atOnce)
     {
-        a[i] = vertices[i % kComponents];
-        b[i] = vertices[kComponents + i % kComponents];
-        c[i] = vertices[2 * kComponents + i % kComponents];
-        d[i] = vertices[3 * kComponents + i % kComponents];
+        const int64_t spans = std::min(atOnce, run.spans - begin);
+        const T *from = run.vertices + begin * run.step;
+        for (int64_t vertex = 0; vertex < (spans - 1) * step + 4; ++vertex, from += kComponents)
+            for (int i = 0; i < kValues; ++i)
+                laid[vertex][i] = from[i % kComponents];
+        for (int64_t span = 0; span < spans; ++span, out += samples * kComponents)
+        {
+            const T *__restrict a = laid[span * step], *__restrict b = a + kValues, *__restrict c = b + kValues,
+                                *__restrict d = c + kValues, *__restrict w = weights;
+            T *__restrict to = out;
+            for (int sample = 0; sample < samples; sample += kGroup, w += 4 * kValues, to += kValues)
+                for (int i = 0; i < kValues; ++i)
+                    to[i] = (w[i] * a[i] + w[kValues + i] * b[i]) + (w[2 * kValues + i] * c[i] + w[3 * kValues + i] * d[i]);
+        }
     }
-    for (int group = 0; group < groupCount; ++group, weights += 4 * kValues, out += kValues)
-        for (int i = 0; i < kValues; ++i)
-            out[i] = (weights[i] * a[i] + weights[kValues + i] * b[i]) +
-                     (weights[2 * kValues + i] * c[i] + weights[3 * kValues + i] * d[i]);
 }
 
 /// The same for any order and number of components.
 template <class T>
-RQ_CLONES void sumSpan(const T *__restrict weights, int order, int components, int groupCount, const T *__restrict vertices,
-                       T *__restrict out)
+RQ_CLONES void sumSpans(const T *__restrict weights, int order, int samples, int components, SpanRun<T> run,
+                        T *__restrict out)
 {
-    const int values = kGroup * components;
-    for (int group = 0; group < groupCount; ++group, weights += int64_t(order) * values, out += values)
-        for (int sample = 0; sample < kGroup; ++sample)
+    const int64_t values = int64_t(kGroup) * components;
+    for (int64_t span = 0; span < run.spans; ++span, run.vertices += run.step, out += samples * components)
+        for (int sample = 0; sample < samples; ++sample)
         {
-            const int first = sample * components;
+            const T *row = weights + sample / kGroup * order * values + sample % kGroup * components;
+            T *to = out + sample * components;
             for (int c = 0; c < components; ++c)
-                out[first + c] = weights[first + c] * vertices[c];
+                to[c] = row[c] * run.vertices[c];
             for (int i = 1; i < order; ++i)
                 for (int c = 0; c < components; ++c)
-                    out[first + c] += weights[int64_t(i) * values + first + c] * vertices[int64_t(i) * components + c];
+                    to[c] += row[i * values + c] * run.vertices[int64_t(i) * components + c];
         }
 }
 
-template <class T> void sumSpan(const GroupedWeights<T> &weights, int components, const T *vertices, T *out)
+template <class T> void sumSpans(const GroupedWeights<T> &weights, int components, const SpanRun<T> &run, T *out)
 {
-    const int count = groups(weights.samples());
     if (weights.order() != 4)
-        return sumSpan(weights.data(), weights.order(), components, count, vertices, out);
+        return sumSpans(weights.data(), weights.order(), weights.samples(), components, run, out);
     switch (components)
     {
     case 1:
-        return sumCubic<T, 1>(weights.data(), count, vertices, out);
+        return sumCubics<T, 1>(weights.data(), weights.samples(), run, out);
     case 2:
-        return sumCubic<T, 2>(weights.data(), count, vertices, out);
+        return sumCubics<T, 2>(weights.data(), weights.samples(), run, out);
     case 3:
-        return sumCubic<T, 3>(weights.data(), count, vertices, out);
+        return sumCubics<T, 3>(weights.data(), weights.samples(), run, out);
     case 4:
-        return sumCubic<T, 4>(weights.data(), count, vertices, out);
+        return sumCubics<T, 4>(weights.data(), weights.samples(), run, out);
     default:
-        return sumSpan(weights.data(), 4, components, count, vertices, out);
+        return sumSpans(weights.data(), 4, weights.samples(), components, run, out);
     }
 }
 }  // namespace rq
