@@ -25,6 +25,7 @@ RQ_CurveMeshHandle oneCurve(const RQ_CurveEval &eval, const RQ_AttributeList &li
     mesh->setOrder(eval.order());
     return mesh;
 }
+
 size_t slots(const RQ_AttributeList &list) { return size_t(list.entries()) * size_t(list.getSegments()); }
 }  // namespace
 
@@ -59,7 +60,7 @@ bool RQ_CurveEval::validCount(int64_t vertices, int order) const
     if (vertices < order - periodic_)
         return false;
     const int step = order == order_ ? step_ : RQbasisStep(basis_, order);
-    return step == 1 || (periodic_ ? vertices : vertices - order) % step == 0;
+    return step == 1 || (step > 1 && (periodic_ ? vertices : vertices - order) % step == 0);
 }
 
 int64_t RQ_CurveEval::spanCount(int64_t vertices) const { return rq::spanCount(basis_, order_, periodic_, vertices); }

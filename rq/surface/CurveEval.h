@@ -23,7 +23,7 @@ public:
     /// The greatest order of a Bezier span.
     static constexpr int maximumBezierOrder = 31;
 
-    /// Of the default order of the basis, with one segment a span.
+    /// Of the default order of the basis.  Nothing is evaluated before `preCompute`.
     RQ_CurveEval(RQ_Basis basis, bool periodic);
 
     /// The smallest and the greatest order that a basis takes; 0 and 0 for none.
@@ -58,8 +58,8 @@ public:
     static BAS_Array<RQ_DataArrayHandle> allocateNumericArrays(const RQ_AttributeList &list, int64_t entries);
 
     /// Evaluate the curve of the vertices [first, first + vertices) of `list` into `arrays`, made for the list, from entry
-    /// `at` on.  False when `preCompute` was not called, when the list lacks
-    /// these vertices, or when an array is of another form or lacks the room; arrays before it are written then.
+    /// `at` on.  False when `preCompute` was not called, when the list lacks these vertices, or when an array is of another
+    /// form or lacks the room; arrays before it are written then.
     bool refineToNumeric(const RQ_AttributeList &list, int64_t first, int64_t vertices,
                          const BAS_Array<RQ_DataArrayHandle> &arrays, int64_t at) const;
 

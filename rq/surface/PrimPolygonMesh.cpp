@@ -7,6 +7,7 @@
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/detail/SharedTopology.h>
+#include <rq/surface/detail/counts.h>
 #include <rq/surface/detail/faceMerges.h>
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;
@@ -106,15 +107,7 @@ int64_t RQ_PrimPolygonMesh::getPointCount() const
 
 RQ_DataArrayHandle RQ_PrimPolygonMesh::getFaceCounts(RQ_IndexingMode mode) const
 {
-    const RQ_DataArrayHandle counts = counts_.extractCounts();
-    if (!counts || mode == RQ_INDEXING_AUTO || counts->checkIndexing(mode))
-        return counts;
-    RQ_DataArrayHandle converted;
-    if (mode == RQ_INDEXING_64)
-        counts->getArray<int64_t>(converted);
-    else
-        counts->getArray<int32_t>(converted);
-    return converted;
+    return rq::countsOfWidth(counts_, mode);
 }
 
 void RQ_PrimPolygonMesh::getEdgePoints(int64_t face, int64_t edge, int64_t &p0, int64_t &p1) const

@@ -71,7 +71,8 @@ template <class Add> void addInBlocks(BAS_BoundingBox &box, int64_t curves, int6
         [](BAS_BoundingBox &into, const BAS_BoundingBox &from) { into.enlarge(from); }));
 }
 
-constexpr int kLanes = 12;  // whole registers and whole positions
+// Whole registers, and whole positions; of fewer the compiler makes single values.
+constexpr int kLanes = 24;
 
 /// Consecutive packed positions that have neighbours on both sides.
 struct Run

@@ -11,7 +11,8 @@
 
 namespace rq
 {
-constexpr int kGroup = 4;
+// Whole registers, wide ones too, for any number of components.
+constexpr int kGroup = 8;
 
 inline int groups(int samples) { return (samples + kGroup - 1) / kGroup; }
 
