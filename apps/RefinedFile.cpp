@@ -3,11 +3,13 @@
 #include <chrono>
 #include <cstdio>
 
+#include <fmt/format.h>
+
+#include <apps/offline/subdivide.h>
 #include <io/Reader.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/prim/RefineCollect.h>
-#include <rq/surface/PrimPolygonMesh.h>
 
 namespace rq::app
 {
@@ -18,10 +20,22 @@ double secondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-RQ_PrimitiveHandle convexed(const RQ_PrimitiveHandle &primitive, int maxVertices)
+/// Subdivided and cut as the options ask; a mesh that cannot be subdivided stays as it is.
+RQ_PrimitiveHandle prepared(const RQ_PrimitiveHandle &primitive, const CommonOptions &options, const std::string &file)
 {
-    const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get());
-    const RQ_PolygonMeshHandle cut = mesh && maxVertices > 0 ? mesh->convex(maxVertices) : RQ_PolygonMeshHandle();
+    RQ_PolygonMeshHandle mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+    if (mesh && options.subdivide >= 0)
+    {
+        auto cage = boost::dynamic_pointer_cast<RQ_PrimSubdivisionMesh>(mesh);
+        if (!cage)
+            cage = RQ_PrimSubdivisionMesh::createWithStandardTags(*mesh);
+        std::vector<std::string> complaints;
+        if (const RQ_PolygonMeshHandle smooth = offline::subdivide(*cage, options.subdivide, complaints))
+            mesh = smooth;
+        for (const std::string &complaint : complaints)
+            fmt::print(stderr, "{}: warning: {}\n", file, complaint);
+    }
+    const RQ_PolygonMeshHandle cut = mesh && options.convex > 0 ? mesh->convex(options.convex) : mesh;
     return cut ? RQ_PrimitiveHandle(cut) : primitive;
 }
 
@@ -33,7 +47,7 @@ void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &optio
         const RQ_PrimitiveHandle primitive = collect.getPrim(i);
         if (!dynamic_cast<const RQ_PrimCollect *>(primitive.get()))
         {
-            refined.primitives.push_back({convexed(primitive, options.convex), depth});
+            refined.primitives.push_back({prepared(primitive, options, refined.file), depth});
             continue;
         }
         // Refining a collection places its children as the collection is placed.

@@ -27,6 +27,11 @@ void addCommonOptions(CLI::App &command, CommonOptions &common)
         ->type_name("KEY=VALUE")
         ->take_all()
         ->allow_extra_args(false);
+    command
+        .add_option("--subdivide", common.subdivide,
+                    "Subdivide every polygon mesh N times; its attributes and those of the file may name scheme and creases")
+        ->type_name("N")
+        ->check(CLI::Range(0, 10));
     command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
         ->type_name("N")
         ->check(CLI::Range(3, std::numeric_limits<int>::max()));

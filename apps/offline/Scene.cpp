@@ -6,6 +6,7 @@
 
 #include <embree3/rtcore.h>
 
+#include <apps/offline/subdivide.h>
 #include <host/bas/Parallel.h>
 #include <rq/attrib/AttributeList.h>
 #include <rq/data/Positions.h>
@@ -107,6 +108,12 @@ void Scene::add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms
 {
     if (!primitive)
         return;
+    if (const auto *cage = dynamic_cast<const RQ_PrimSubdivisionMesh *>(primitive.get()))
+    {
+        std::vector<std::string> complaints;
+        const RQ_PolygonMeshHandle smooth = subdivide(*cage, smoothLevel(*cage), complaints);
+        return addMesh(smooth ? *smooth : static_cast<const RQ_PrimPolygonMesh &>(*cage));
+    }
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get()))
         return addMesh(*mesh);
     if (primitive->getPrimitiveType() == RQ_PRIM_POINT_MESH && hasPositions(*primitive))

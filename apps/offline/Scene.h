@@ -17,7 +17,8 @@ enum class UpAxis
     Z
 };
 
-/// Geometry that rays can be shot at: polygon meshes as triangles, point meshes as spheres.
+/// Geometry that rays can be shot at: polygon meshes as triangles, subdivision meshes as their smooth surface, point meshes as
+/// spheres.
 ///
 /// Shape    everything is moved to the unit sphere around the origin with y up, so that neither tiny nor distant models cost
 ///          precision

@@ -8,6 +8,7 @@
 #include <host/bas/Parallel.h>
 #include <io/Scanner.h>
 #include <io/detail/OBJState.h>
+#include <io/detail/OBJTags.h>
 
 namespace rq::io
 {
@@ -67,6 +68,7 @@ bool OBJAssembly::build(MOD_DetailHandle &detail)
     for (const Before &before : before_)
         firstPrimitive.push_back(before.primitives);
     writeOBJState(edit, blocks_, firstPrimitive);
+    writeOBJTags(edit, source_, blocks_, points, total.points, messages_);
     edit.commit();
     detail = result;
     return true;

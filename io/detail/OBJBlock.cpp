@@ -86,7 +86,8 @@ bool OBJParser::otherRecord(std::string_view word, const char *first)
         name(OBJChange::Material);
     else if (word == "mtllib" && scanner_.toWord())
         block_.materialFiles.push_back(scanner_.restOfLine());
-    // The tags of subdivision surfaces ("t") say nothing about the cage.
+    else if (word == "t" && scanner_.toWord())
+        block_.tags.push_back(scanner_.restOfLine());
     else if (word != "t" && word != "mtllib")
         block_.unknownWords.add(first);
     return true;

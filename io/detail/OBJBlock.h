@@ -68,6 +68,7 @@ struct OBJBlock
     std::vector<int32_t> normalIndices;  ///< likewise
     std::vector<OBJChange> changes;
     std::vector<std::string_view> materialFiles;
+    std::vector<std::string_view> tags;  ///< of subdivision surfaces, without the "t"
 
     Tally smallFaces;      ///< faces of fewer than three corners
     Tally unknownWords;    ///< records that begin with a word that is not known

@@ -5,7 +5,7 @@
 #include <rq/bridge/MSHPrimitive.h>
 #include <rq/bridge/detail/selectPrimitives.h>
 #include <rq/prim/PrimCollect.h>
-#include <rq/surface/PrimPolygonMesh.h>
+#include <rq/surface/PrimSubdivisionMesh.h>
 
 RQ_MSHPrimCollectPolyData::RQ_MSHPrimCollectPolyData(const RQ_RefineParms *parms)
     : parms_(parms), fastCompacting_(RQ_RefineParms::getFastPolyCompacting(parms))
@@ -95,7 +95,9 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::endCollecting(const RQ_MSHDetailListHa
                                                         RQ_MSHPrimCollectData *data) const
 {
     auto &polygons = *static_cast<RQ_MSHPrimCollectPolyData *>(data);
-    const RQ_PrimitiveHandle mesh = polygons.makeMesh(details);
+    RQ_PrimitiveHandle mesh = polygons.makeMesh(details);
+    if (mesh && polygons.getParms() && polygons.getParms()->getPolysAsSubdivision())
+        mesh = RQ_PrimSubdivisionMesh::createWithStandardTags(static_cast<const RQ_PrimPolygonMesh &>(*mesh));
     const RQ_MSHOffsetList &open = polygons.getOpenPolygons();
     if (open.entries() == 0)
         return mesh;

@@ -24,7 +24,8 @@ void checkFaces(const RQ_CountArray &array, RQ_SubdFaultCode code, const char *w
             first = face;
     if (bad > 0)
         faults.push_back({code, RQ_OWNER_UNIFORM, first, bad,
-                          fmt::format("face {} has {} corners, {} ({} such faces)", first, counts.count(first), what, bad)});
+                          fmt::format("face {} has {} corners, {}{}", first, counts.count(first), what,
+                                      bad > 1 ? fmt::format(" ({} such faces)", bad) : "")});
 }
 
 void checkPoints(const RQ_PrimPolygonMesh &mesh, RQ_SubdFaults &faults)
