@@ -25,12 +25,14 @@ inline std::string objText(const FaceMesh &faces)
     return fmt::to_string(text);
 }
 
-/// Scenes that hold the mesh, one for each turn.
-inline std::shared_ptr<Copies<Assimp::Importer>> makeAssimpScenes(const FaceMesh &faces)
+/// Scenes that hold the mesh, one for each turn; `configure(importer)` sets options.
+template <class Configure>
+std::shared_ptr<Copies<Assimp::Importer>> makeAssimpScenes(const FaceMesh &faces, Configure &&configure)
 {
     const std::string text = objText(faces);
     return std::make_shared<Copies<Assimp::Importer>>([&] {
         auto importer = std::make_shared<Assimp::Importer>();
+        configure(*importer);
         importer->ReadFileFromMemory(text.data(), text.size(), 0, "obj");
         return importer;
     });

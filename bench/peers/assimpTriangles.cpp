@@ -18,7 +18,7 @@ double errorOf(const bench::FaceMesh &faces, Assimp::Importer &importer)
 
 bench::Work prepare(const bench::FaceMeshPtr &faces)
 {
-    const auto scenes = bench::makeAssimpScenes(*faces);
+    const auto scenes = bench::makeAssimpScenes(*faces, [](Assimp::Importer &) {});
     const auto run = [scenes]() -> std::shared_ptr<void> {
         const std::shared_ptr<Assimp::Importer> scene = scenes->take();
         scene->ApplyPostProcessing(aiProcess_Triangulate);
