@@ -11,13 +11,13 @@ namespace rq::io
 namespace
 {
 constexpr const char *kBlanks = " \t\r\n";
-constexpr int64_t kVersion = 1;
+constexpr std::string_view kVersion = "1";
 
 /// Reads the structure of a file of either form: the details that others refer to, and then the file's own.
 bool readStructure(RQGInput &input, MOD_DetailHandle &detail)
 {
     const std::string_view structure = input.file.structure;
-    int64_t offset, version = 0;
+    int64_t offset;
     const char *what;
     if (!BAS_JSONValue::check(structure, offset, what))
         return input.source.fail(structure.data() + offset, what);
@@ -25,7 +25,7 @@ bool readStructure(RQGInput &input, MOD_DetailHandle &detail)
     if (!members.open(input, JSONText(structure.data() + structure.find_first_not_of(kBlanks))))
         return false;
     const JSONText told = members.find("rqg"), embedded = members.find("details");
-    if (!told || !input.read(told, version) || version != kVersion)
+    if (!told || told.raw() != kVersion)
         return input.fail(told ? told : members.at(),
                           fmt::format("expected \"rqg\": {}, the version, found {}", kVersion, told ? told.raw() : "none"));
     if (embedded && !embedded.isArray())

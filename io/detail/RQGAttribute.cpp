@@ -137,22 +137,30 @@ bool adopt(const RQGInput &input, const Declaration &declared, const RQGRow &row
                                 edit.capacity(owner), [keep = input.owner] {});
 }
 
-/// Read rows of places in a table, which is read first; without one, rows of values.
-template <class Values> bool readRows(const RQGInput &input, const Declaration &declared, const RQGRow &row, Values &values)
+/// Read a table, and the numbers of its entries as their places in the host.
+template <class Values>
+bool readPlaces(const RQGInput &input, JSONText table, JSONText row, Values &values, std::vector<int32_t> &places)
 {
-    std::vector<int32_t> places, table;
-    if (!declared.table && !declared.value)
-        return readValues(input, row.at(), values, places) && values.writeIndices(0, values.size(), places.data());
-    if ((declared.table && !readTable(input, declared.table, values, table)) || !input.read(row.at(), places))
-        return false;
     constexpr int32_t first = kFirstPlace<Values>;
+    std::vector<int32_t> entries;
+    if (!readTable(input, table, values, entries) || !input.read(row, places))
+        return false;
     for (int32_t &place : places)
     {
-        if (place < first - 1 || place >= first + std::ssize(table))
+        if (place < first - 1 || place >= first + std::ssize(entries))
             return input.fail(
-                row.at(), fmt::format("expected the numbers of entries of a table of {}, found {}", table.size(), place));
-        place = place < first ? place : table[size_t(place - first)];
+                row, fmt::format("expected the numbers of entries of a table of {}, found {}", entries.size(), place));
+        place = place < first ? place : entries[size_t(place - first)];
     }
+    return true;
+}
+
+template <class Values> bool readRows(const RQGInput &input, const Declaration &declared, const RQGRow &row, Values &values)
+{
+    std::vector<int32_t> places;
+    if (!(declared.table ? readPlaces(input, declared.table, row.at(), values, places)
+                         : readValues(input, row.at(), values, places)))
+        return false;
     if (declared.value)
         return values.fill(0, values.size(), places[0]), true;
     return values.writeIndices(0, values.size(), places.data());

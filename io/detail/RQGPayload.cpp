@@ -72,9 +72,7 @@ struct FieldReader
     bool operator()(BAS_Vec3d &to) const
     {
         RQGRow row;
-        if (!row.open(input, value) || row.size() != 3)
-            return input.failAt(value, "three numbers");
-        return row.copyTo(&to.x);
+        return row.open(input, value) && (row.size() == 3 ? row.copyTo(&to.x) : input.failAt(value, "three numbers"));
     }
     bool operator()(BAS_OptionsHolder &to) const { return readDict(input, value, to); }
     bool operator()(ELM_PackedIndices &to) const

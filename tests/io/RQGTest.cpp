@@ -235,6 +235,7 @@ TEST(RQG, TakesWhatPeopleLeaveOut)
         {primitive(R"("type": "tube", "points": [0])"), R"("payload":{"taper":1,"caps":false})"},
         {attribute(R"("name": "a", "storage": "string", "values": ["x", null, "y", "x"])"),
          R"("table":["x","y"],"values":[0,-1,1,0])"},
+        {attribute(R"("name": "a", "storage": "string", "value": ["x"])"), R"("table":["x"],"value":[0])"},
         {attribute(R"("name": "a", "storage": "int8", "arrays": true, "values": [[1, 2], [], [1, 2], [3]])"),
          R"("table":{"lengths":[2,1],"items":[1,2,3]},"values":[1,0,1,2])"},
         {attribute(
