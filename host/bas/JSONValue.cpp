@@ -139,6 +139,7 @@ const char *reason(rapidjson::ParseErrorCode code)
         return "not a value";
     }
 }
+
 /// Read a text.  Null, or what is wrong at byte `offset`.
 template <class Handler> const char *read(std::string_view text, Handler &handler, int64_t &offset)
 {
