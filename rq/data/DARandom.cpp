@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 
+#include <host/bas/stream.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 #include <rq/data/detail/clones.h>
@@ -158,7 +159,9 @@ template <RQ_NumericValue To>
 void RQ_DARandom<T>::fillBlock(To *out, int64_t start, int64_t length, int components, int stride) const
 {
     if (components == tupleSize_ && components == stride)
-        return fillRun(out, uint64_t(start * tupleSize_), length * components);
+        return host::writeBlocks(out, length * components, [&](To *to, int64_t first, int64_t count) {
+            fillRun(to, uint64_t(start * tupleSize_ + first), count);
+        });
     for (int64_t i = 0; i < length; ++i)
         fillRun(out + i * stride, uint64_t((start + i) * tupleSize_), components);
 }

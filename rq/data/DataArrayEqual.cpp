@@ -42,13 +42,7 @@ public:
     {
         constexpr size_t kPerStripe = kStripeBytes / sizeof(T);
         char bytes[kStripeBytes];
-        size_t i = 0;
-        if (waiting_ == 0)
-            for (; i + kPerStripe <= size_t(count); i += kPerStripe)
-            {
-                writeBits(values + i, kPerStripe, bytes);
-                addStripe(bytes);
-            }
+        size_t i = waiting_ == 0 ? addStripes(values, size_t(count) / kPerStripe) * kPerStripe : 0;
         for (size_t length; i < size_t(count); i += length)
         {
             length = std::min(kPerStripe, size_t(count) - i);
@@ -62,12 +56,28 @@ public:
         uint64_t hash = total_ + waiting_;
         std::fill(stripe_ + waiting_, stripe_ + kStripeBytes, char(0));
         addStripe(stripe_);
-        for (const uint64_t lane : lanes_)
+        for (const uint64_t lane : lanes_.state)
             hash = combine(hash, lane);
         return hash;
     }
 
 private:
+    // The lanes of a copy stay in registers: twice as fast.
+    template <class T> size_t addStripes(const T *values, size_t stripes)
+    {
+        constexpr size_t kPerStripe = kStripeBytes / sizeof(T);
+        char bytes[kStripeBytes];
+        Lanes lanes = lanes_;
+        for (size_t i = 0; i < stripes; ++i)
+        {
+            writeBits(values + i * kPerStripe, kPerStripe, bytes);
+            lanes.add(bytes);
+        }
+        lanes_ = lanes;
+        total_ += stripes * kStripeBytes;
+        return stripes;
+    }
+
     void addBytes(const char *bytes, size_t count)
     {
         const size_t fitting = std::min(count, kStripeBytes - waiting_);
@@ -82,14 +92,24 @@ private:
 
     void addStripe(const char *bytes)
     {
-        uint64_t words[kLanes];
-        std::memcpy(words, bytes, kStripeBytes);
-        for (int lane = 0; lane < kLanes; ++lane)
-            lanes_[lane] = std::rotl(lanes_[lane] ^ words[lane], 27) * 0x9fb21c651e98df25u;
+        lanes_.add(bytes);
         total_ += kStripeBytes;
     }
 
-    uint64_t lanes_[kLanes] = {1, 2, 3, 4, 5, 6, 7, 8};
+    struct Lanes
+    {
+        uint64_t state[kLanes] = {1, 2, 3, 4, 5, 6, 7, 8};
+
+        void add(const char *bytes)
+        {
+            uint64_t words[kLanes];
+            std::memcpy(words, bytes, kStripeBytes);
+            for (int lane = 0; lane < kLanes; ++lane)
+                state[lane] = std::rotl(state[lane] ^ words[lane], 27) * 0x9fb21c651e98df25u;
+        }
+    };
+
+    Lanes lanes_;
     uint64_t total_ = 0;  // bytes in whole stripes
     size_t waiting_ = 0;  // bytes in the one that is begun
     char stripe_[kStripeBytes];

@@ -83,8 +83,9 @@ void collectAll(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle
 void collectOneByOne(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data)
 {
     const MSH_Detail &detail = *details->getDetail();
+    const ELM_Group *const hidden = detail.hidden();
     for (ELM_Offset i = 0; i < detail.primitiveCount(); ++i)
-        if (!detail.hidden() || !detail.hidden()->contains(i))
+        if (!hidden || !hidden->contains(i))
         {
             const MSH_Primitive primitive(detail, i);
             const MSH_Primitive *const pointer = &primitive;
