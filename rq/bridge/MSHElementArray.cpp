@@ -117,6 +117,12 @@ void RQ_MSHElementArray::follow(const MOD_ConstDetailHandle &newer)
     detail_ = newer;
 }
 
+bool RQ_MSHElementArray::hasTopologyOf(const MOD_ConstDetailHandle &detail) const
+{
+    const MSH_Detail *own = detail_.readLock(), *other = detail.readLock();
+    return own && other && own->topologyId() == other->topologyId();
+}
+
 void RQ_MSHElementArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, const char *name, RQ_Owner, int)
 {
     const MSH_Detail *newer = handle.readLock();

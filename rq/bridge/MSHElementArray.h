@@ -31,7 +31,9 @@ public:
     ELM_Offset getDataOffset(int64_t i) const;
 
     const RQ_MSHOffsetList &getOffsets() const { return offsets_; }
-    const MOD_ConstDetailHandle &getGeoDetail() const override { return detail_; }
+    const MOD_ConstDetailHandle &getGeoDetail() const { return detail_; }
+    bool readsFrom(const MOD_ConstDetailHandle &detail) const override { return detail_ == detail; }
+    bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const override;
 
     /// True when the array reads from this snapshot.
     bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }

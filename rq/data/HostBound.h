@@ -10,8 +10,9 @@ namespace rq
 class RQ_API HostBound
 {
 public:
-    /// The snapshot that the array reads from.
-    virtual const MOD_ConstDetailHandle &getGeoDetail() const = 0;
+    /// True when it reads the very snapshot `detail`, or one with the same elements and faces.
+    virtual bool readsFrom(const MOD_ConstDetailHandle &detail) const = 0;
+    virtual bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const = 0;
 
 protected:
     ~HostBound() = default;

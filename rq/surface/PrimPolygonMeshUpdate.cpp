@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include <host/mod/DetailHandle.h>
 #include <rq/data/HostBound.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
@@ -20,12 +19,9 @@ std::vector<const rq::HostBound *> boundArrays(const RQ_PrimPolygonMesh &mesh)
 
 bool RQ_PrimPolygonMesh::updateGeoPrim(const MOD_ConstDetailHandle &detail, const RQ_RefineParms &parms)
 {
-    const MSH_Detail *const newer = detail.readLock();
     const std::vector<const rq::HostBound *> arrays = boundArrays(*this);
-    const bool hasSameFaces = std::all_of(arrays.begin(), arrays.end(), [newer](const rq::HostBound *array) {
-        const MSH_Detail *const older = array->getGeoDetail().readLock();
-        return newer && older && older->topologyId() == newer->topologyId();
-    });
+    const bool hasSameFaces = std::all_of(arrays.begin(), arrays.end(),
+                                          [&detail](const rq::HostBound *array) { return array->hasTopologyOf(detail); });
     if (arrays.empty() || !hasSameFaces)
         return false;
     int64_t versionBefore = -1, versionAfter = -1;
@@ -34,6 +30,6 @@ bool RQ_PrimPolygonMesh::updateGeoPrim(const MOD_ConstDetailHandle &detail, cons
     dropDataIdHash();
     getTopologyVersion(versionAfter);
     return versionBefore == versionAfter && std::all_of(arrays.begin(), arrays.end(), [&detail](const rq::HostBound *array) {
-               return array->getGeoDetail() == detail;
+               return array->readsFrom(detail);
            });
 }
