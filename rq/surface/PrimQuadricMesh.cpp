@@ -10,10 +10,10 @@
 
 namespace
 {
-// The box of a quadric costs 30 ns: a task is 30 us of work.
+// The box of a quadric costs 40 ns: a task is 40 us of work.
 constexpr int64_t kBoxesPerTask = 1024;
 
-// Making a quadric costs 200 ns: a task is 50 us of work before the sink.
+// Making a quadric costs 160 ns: a task is 40 us of work before the sink.
 constexpr int64_t kQuadricsPerTask = 256;
 }  // namespace
 
