@@ -14,6 +14,14 @@ namespace
 // The largest tuples of an attribute whose rows do not show it: they take memory, but no place in the file.
 constexpr int32_t kLargestUnseenTuple = 1 << 12;
 
+bool isPosition(ELM_Owner owner, std::string_view name) { return owner == ELM_OWNER_POINT && name == ELM_POSITION_NAME; }
+
+// What values mean when nothing is said of it: positions must not lose it by an oversight.
+ELM_TypeInfo typeUnlessTold(ELM_Owner owner, std::string_view name)
+{
+    return isPosition(owner, name) ? ELM_TYPE_POINT : ELM_TYPE_NONE;
+}
+
 template <class T> bool repeatsOneRow(const ELM_PageArray<T> &pages)
 {
     const size_t bytes = size_t(pages.tupleSize()) * sizeof(T);
@@ -54,13 +62,24 @@ struct Declaration
     bool isArray = false;
     JSONText table, values, value;
 
-    bool read(RQGInput &input, JSONText map);
+    bool read(RQGInput &input, JSONText map, ELM_Owner owner);
+    bool readType(const RQGInput &input, JSONText type, ELM_Owner owner);
     ELM_Attribute *make(MOD_Edit &edit, ELM_Owner owner) const;
     JSONText rows() const { return value ? value : values; }
     bool check(const RQGInput &input, const RQGRow &row, int64_t elements) const;
 };
 
-bool Declaration::read(RQGInput &input, JSONText map)
+bool Declaration::readType(const RQGInput &input, JSONText type, ELM_Owner owner)
+{
+    int32_t number = typeUnlessTold(owner, name);
+    const bool isWord = type && type.isString();
+    if (isWord ? !readRQGName(input, type, kRQGTypeInfos, number) : type && !input.read(type, number))
+        return false;
+    typeInfo = ELM_TypeInfo(isWord ? number - 1 : number);
+    return true;
+}
+
+bool Declaration::read(RQGInput &input, JSONText map, ELM_Owner owner)
 {
     RQGMap members;
     if (!members.open(input, map))
@@ -69,14 +88,11 @@ bool Declaration::read(RQGInput &input, JSONText map)
     table = members.find("table");
     values = members.find("values");
     value = members.find("value");
-    const JSONText type = members.find("type"), stored = members.find("storage");
-    int32_t number = typeInfo;
+    const JSONText stored = members.find("storage");
     if (!members.read("name", name) || !members.read("size", size) || !members.read("arrays", isArray) ||
         !readRQGName(input, members.find("scope"), kRQGScopes, scope) ||
-        !readRQGName(input, stored, kRQGStorages, storage) ||
-        !(type && !type.isString() ? input.read(type, number) : readRQGName(input, type, kRQGTypeInfos, number)))
+        !readRQGName(input, stored, kRQGStorages, storage) || !readType(input, members.find("type"), owner))
         return false;
-    typeInfo = ELM_TypeInfo(number);
     members.close();
     return stored || input.fail(map, fmt::format("expected a storage of attribute \"{}\", found none", name));
 }
@@ -178,13 +194,13 @@ void writeAttribute(RQGOutput &output, const ELM_Attribute &attribute)
         output.json().writeKeyBool("arrays", true);
     if (attribute.tupleSize() != 1)
         output.json().writeKeyInt("size", attribute.tupleSize());
-    if (const int type = attribute.typeInfo(); type >= ELM_TYPE_POINT && type <= ELM_TYPE_BOX)
-        output.keyText("type", kRQGTypeInfos[type]);
-    else if (type != ELM_TYPE_NONE)
+    const ELM_Owner owner = attribute.owner();
+    const std::string_view name = attribute.name().view();
+    if (const int type = attribute.typeInfo(); type < ELM_TYPE_NONE || type > ELM_TYPE_BOX)
         output.json().writeKeyInt("type", type);
+    else if (type != typeUnlessTold(owner, name))
+        output.keyText("type", kRQGTypeInfos[type + 1]);
 
-    // The number of points is told by nothing but their positions.
-    const bool isPosition = attribute.owner() == ELM_OWNER_POINT && attribute.name().view() == ELM_POSITION_NAME;
     visitValues(attribute, [&]<class Values>(const Values &values) {
         if constexpr (std::is_base_of_v<ELM_IndexedRows, Values>)
         {
@@ -193,7 +209,8 @@ void writeAttribute(RQGOutput &output, const ELM_Attribute &attribute)
             writeRows(output, values.indices(), values.indices().tupleSize() == 1);
         }
         else
-            writeRows(output, values, !isPosition);
+            // The number of points is told by nothing but their positions.
+            writeRows(output, values, !isPosition(owner, name));
     });
     output.json().endMap();
 }
@@ -202,7 +219,7 @@ bool readAttribute(RQGInput &input, JSONText map, ELM_Owner owner, MOD_Edit &edi
 {
     Declaration declared;
     RQGRow row;
-    if (!declared.read(input, map))
+    if (!declared.read(input, map, owner))
         return false;
     if (!declared.rows())
         return input.fail(map, fmt::format("expected values of attribute \"{}\", found none", declared.name));

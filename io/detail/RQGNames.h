@@ -14,7 +14,9 @@ inline constexpr const char *kRQGOwners[] = {"vertex", "point", "primitive", "de
 inline constexpr const char *kRQGScopes[] = {"public", "private", "group"};
 inline constexpr const char *kRQGStorages[] = {"uint8",  "int8",   "int16",  "int32",  "int64",
                                                "real16", "real32", "real64", "string", "dict"};
-inline constexpr const char *kRQGTypeInfos[] = {"point",  "hpoint",     "vector",  "normal", "color",
+
+/// Their numbers begin with -1.
+inline constexpr const char *kRQGTypeInfos[] = {"none",   "point",      "hpoint",  "vector", "normal", "color",
                                                 "matrix", "quaternion", "texture", "box2",   "box"};
 
 /// Read a word; one that is absent leaves what is there.  False with a message when it is none of these.

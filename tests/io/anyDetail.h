@@ -150,7 +150,8 @@ private:
 
     void addAttributes(MOD_Edit &edit)
     {
-        edit.attribute(ELM_OWNER_POINT, "P", ELM_Storage(ELM_STORAGE_REAL16 + below(3)), 3, ELM_TYPE_POINT);
+        edit.attribute(ELM_OWNER_POINT, "P", ELM_Storage(ELM_STORAGE_REAL16 + below(3)), 3,
+                       ELM_TypeInfo(int(below(13)) - 1));
         for (int i = 0; i < 12; ++i)
         {
             const ELM_Owner owner = ELM_Owner(below(4));
