@@ -65,6 +65,8 @@ template <class Body> void parallelFor(int64_t count, int64_t grain, Body &&body
 template <class T, class Map, class Merge>
 T parallelReduce(int64_t count, int64_t block, T identity, Map &&map, Merge &&merge)
 {
+    static_assert(!std::is_same_v<T, bool>,
+                  "a vector of bool has eight results a byte: threads would overwrite each other's");
     const int64_t blocks = (count + block - 1) / block;
     std::vector<T> partial(size_t(blocks), identity);
     parallelFor(blocks, 1, [&](int64_t b) { partial[size_t(b)] = map(b * block, std::min(count, (b + 1) * block)); });
