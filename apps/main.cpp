@@ -29,7 +29,7 @@ void addCommonOptions(CLI::App &command, CommonOptions &common)
         ->allow_extra_args(false);
     command
         .add_option("--subdivide", common.subdivide,
-                    "Subdivide every polygon mesh N times; its attributes and those of the file may name scheme and creases")
+                    "Subdivide every polygon mesh N times, by the scheme and the creases that its attributes give")
         ->type_name("N")
         ->check(CLI::Range(0, 10));
     command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")

@@ -123,7 +123,7 @@ inline void addBallRefine(const char *who, int threads, bool again, std::functio
 {
     const double bytes = 16.0 * BallCage::kFaces + 12.0 * BallCage::kFaces + (again ? 12.0 : 28.0) * BallCage::kRefinedFaces;
     add({again ? "subd-refine3-again" : "subd-refine3", "ball-50k", who, threads, double(BallCage::kRefinedFaces), bytes,
-         false, std::move(prepare)});
+         !again, std::move(prepare)});
 }
 
 inline void addBallLimit(const char *who, int threads, std::function<Work()> prepare)

@@ -100,18 +100,19 @@ private:
         const Far::ConstIndexArray edges = level_.GetVertexEdges(vertex);
         const Sdc::Crease::Rule rule = level_.GetVertexRule(vertex);
         Sum sum;
-        if (kScheme == Sdc::SCHEME_CATMARK && (rule == Sdc::Crease::RULE_SMOOTH || rule == Sdc::Crease::RULE_DART))
+        if (evenEdges_ && rule == Sdc::Crease::RULE_SMOOTH)
         {
-            // Neighbours all weigh the same.
+            // The middles of its edges hold what the other ends would add, and are found at once.
             const Far::ConstIndexArray faces = level_.GetVertexFaces(vertex);
-            const T valence = T(faces.size());
-            Sum around;
+            const T valence = T(faces.size()), weight = T(1) / (valence * valence);
+            Sum middles, centres;
             for (int i = 0; i < edges.size(); ++i)
-                around.add(at(otherEnd(edges[i], vertex)));
+                middles.add(to_ + (firstEdge_ + edges[i]) * stride_);
             for (int i = 0; i < faces.size(); ++i)
-                around.add(facePoint(faces[i]));
-            sum.add(at(vertex), (valence - 2) / valence);
-            sum.add(around, T(1) / (valence * valence));
+                centres.add(facePoint(faces[i]));
+            sum.add(at(vertex), (valence - 3) / valence);
+            sum.add(middles, 4 * weight);
+            sum.add(centres, -weight);
         }
         else
         {

@@ -5,74 +5,82 @@ namespace
 using namespace rq;
 using Lanes = Four::Lanes;
 
+constexpr Lanes all(float value) { return Lanes{value, value, value, value}; }
+
 /// The four uniform cubic B-splines at t in [0, 1], and their slopes.
 struct Cubic
 {
-    float value[4], slope[4];
+    Lanes value, slope;
 
     explicit Cubic(float t)
     {
         constexpr float kSixth = 1.0f / 6.0f;
-        const float s = 1.0f - t, tt = t * t, ss = s * s;
-        value[0] = kSixth * ss * s;
-        value[1] = kSixth * (4.0f - 6.0f * tt + 3.0f * tt * t);
-        value[2] = kSixth * (4.0f - 6.0f * ss + 3.0f * ss * s);
-        value[3] = kSixth * tt * t;
-        slope[0] = -0.5f * ss;
-        slope[1] = 1.5f * tt - 2.0f * t;
-        slope[2] = 2.0f * s - 1.5f * ss;
-        slope[3] = 0.5f * tt;
-    }
-
-    // At a boundary the outer control point is the inner one mirrored in the middle one: P0 = 2 P1 - P2.
-    void mirrorFirst() { mirror(0, 1, 2); }
-    void mirrorLast() { mirror(3, 2, 1); }
-
-private:
-    void mirror(int outer, int middle, int inner)
-    {
-        for (float *weights : {value, slope})
-        {
-            weights[middle] += 2.0f * weights[outer];
-            weights[inner] -= weights[outer];
-            weights[outer] = 0.0f;
-        }
+        constexpr Lanes k0 = {kSixth, 4 * kSixth, kSixth, 0}, k1 = {-0.5f, 0, 0.5f, 0}, k2 = {0.5f, -1, 0.5f, 0},
+                        k3 = {-kSixth, 0.5f, -0.5f, kSixth};
+        const Lanes x = all(t);
+        value = ((k3 * x + k2) * x + k1) * x + k0;
+        slope = (k3 * all(3) * x + k2 * all(2)) * x + k1;
     }
 };
 
-void evaluateRegular(const PatchTables::Osd::Regular &patch, const int *indices, const Four *controls, PatchSample &sample)
+/// A bicubic patch, ready to be evaluated at many places.
+class RegularPatch
 {
-    const float scale = float(1 << patch.depth);
-    Cubic u(sample.u * scale - float(patch.u)), v(sample.v * scale - float(patch.v));
-    if (patch.boundaries)
+public:
+    bool holds(int32_t number) const { return number_ == number; }
+
+    void load(int32_t number, const PatchTables::Osd::Regular &patch, const int *indices, const Four *controls)
     {
+        number_ = number;
+        scale_ = float(1 << patch.depth);
+        u_ = float(patch.u);
+        v_ = float(patch.v);
+        for (int i = 0; i < 16; ++i)
+            controls_[i] = controls[indices[i]].lanes;
+
+        // Beyond a boundary the control points inside are mirrored in those on it.
         if (patch.boundaries & 1)
-            v.mirrorFirst();
-        if (patch.boundaries & 2)
-            u.mirrorLast();
+            mirror(0, 4, 1);
         if (patch.boundaries & 4)
-            v.mirrorLast();
+            mirror(12, -4, 1);
         if (patch.boundaries & 8)
-            u.mirrorFirst();
+            mirror(0, 1, 4);
+        if (patch.boundaries & 2)
+            mirror(3, -1, 4);
     }
-    Lanes value = {}, du = {}, dv = {};
-    for (int row = 0; row < 4; ++row, indices += 4)
+
+    void evaluate(PatchSample &sample) const
     {
-        Lanes along = {}, slope = {};
-        for (int i = 0; i < 4; ++i)
+        const Cubic u(sample.u * scale_ - u_), v(sample.v * scale_ - v_);
+        Lanes value = {}, du = {}, dv = {};
+        for (int row = 0; row < 4; ++row)
         {
-            const Lanes control = controls[indices[i]].lanes;
-            along += control * u.value[i];
-            slope += control * u.slope[i];
+            const Lanes *control = controls_ + 4 * row;
+            const Lanes along =
+                control[0] * u.value[0] + control[1] * u.value[1] + control[2] * u.value[2] + control[3] * u.value[3];
+            const Lanes slope =
+                control[0] * u.slope[0] + control[1] * u.slope[1] + control[2] * u.slope[2] + control[3] * u.slope[3];
+            value += along * v.value[row];
+            du += slope * v.value[row];
+            dv += along * v.slope[row];
         }
-        value += along * v.value[row];
-        du += slope * v.value[row];
-        dv += along * v.slope[row];
+        sample.value.lanes = value;
+        sample.du.lanes = du * scale_;
+        sample.dv.lanes = dv * scale_;
     }
-    sample.value.lanes = value;
-    sample.du.lanes = du * scale;
-    sample.dv.lanes = dv * scale;
-}
+
+private:
+    // Four control points from `first` on, `step` apart, lie outside; the next two in the direction `inward` mirror.
+    void mirror(int first, int inward, int step)
+    {
+        for (int i = first, end = first + 4 * step; i != end; i += step)
+            controls_[i] = all(2) * controls_[i + inward] - controls_[i + 2 * inward];
+    }
+
+    Lanes controls_[16] = {};
+    float scale_ = 1, u_ = 0, v_ = 0;
+    int32_t number_ = -1;
+};
 
 void evaluateOther(const Far::PatchTable &table, const Far::PatchTable::PatchHandle &handle, const Four *controls,
                    PatchSample &sample)
@@ -98,13 +106,14 @@ void evaluateOther(const Far::PatchTable &table, const Far::PatchTable::PatchHan
 bool rq::PatchTables::evaluate(const Four *controls, PatchSample *samples, int64_t count) const
 {
     const int *const indices = osd_->table->GetPatchControlVerticesTable().data();
-    bool all = true;
+    RegularPatch regular;  // mostly good for the next samples, too
+    bool complete = true;
     for (int64_t i = 0; i < count; ++i)
     {
         PatchSample &sample = samples[i];
         if (sample.face < 0)
         {
-            all = false;
+            complete = false;
             continue;
         }
         int32_t number = osd_->whole[size_t(sample.face)];
@@ -114,15 +123,22 @@ bool rq::PatchTables::evaluate(const Four *controls, PatchSample *samples, int64
             handle = osd_->map->FindPatch(sample.face, double(sample.u), double(sample.v));
             if (!handle)
             {
-                all = false;
+                complete = false;
                 continue;
             }
             number = handle->patchIndex;
         }
-        if (const Osd::Regular &patch = osd_->regular[size_t(number)]; patch.controls >= 0)
-            evaluateRegular(patch, indices + patch.controls, controls, sample);
-        else
-            evaluateOther(*osd_->table, *handle, controls, sample);
+        if (!regular.holds(number))
+        {
+            const Osd::Regular &patch = osd_->regular[size_t(number)];
+            if (patch.controls < 0)
+            {
+                evaluateOther(*osd_->table, *handle, controls, sample);
+                continue;
+            }
+            regular.load(number, patch, indices + patch.controls, controls);
+        }
+        regular.evaluate(sample);
     }
-    return all;
+    return complete;
 }

@@ -31,6 +31,19 @@ constexpr int64_t kSamplesPerTask = 1024;
 
 float clamped(float t) { return t > 0.0f ? std::min(t, 1.0f) : 0.0f; }
 
+/// Write the first N numbers of a result of every sample, packed.
+template <int N> void writePacked(const rq::PatchSample *block, int64_t size, rq::Four rq::PatchSample::*result, float *out)
+{
+    for (int64_t i = 0; i < size; ++i)
+        std::memcpy(out + N * i, &(block[i].*result), N * sizeof(float));
+}
+
+void write(int64_t tuple, const rq::PatchSample *block, int64_t size, rq::Four rq::PatchSample::*result, float *out)
+{
+    constexpr decltype(&writePacked<1>) kWriters[] = {writePacked<1>, writePacked<2>, writePacked<3>, writePacked<4>};
+    kWriters[tuple - 1](block, size, result, out);
+}
+
 void writeNormal(const rq::PatchSample &sample, float *normal)
 {
     const auto &du = sample.du.lanes, &dv = sample.dv.lanes;
@@ -99,14 +112,12 @@ bool RQ_SubdLimit::evaluate(const RQ_SubdSample *samples, int64_t count, const R
         }
         if (!patches.evaluate(controls, block, size))
             all.store(false, std::memory_order_relaxed);
-        const auto write = [&](float *out, rq::Four rq::PatchSample::*result) {
-            for (int64_t i = 0; out && i < size; ++i)
-                for (int64_t component = 0; component < tuple; ++component)
-                    out[(first + i) * tuple + component] = (block[i].*result).lanes[component];
-        };
-        write(results.values, &rq::PatchSample::value);
-        write(results.du, &rq::PatchSample::du);
-        write(results.dv, &rq::PatchSample::dv);
+        if (results.values)
+            write(tuple, block, size, &rq::PatchSample::value, results.values + first * tuple);
+        if (results.du)
+            write(tuple, block, size, &rq::PatchSample::du, results.du + first * tuple);
+        if (results.dv)
+            write(tuple, block, size, &rq::PatchSample::dv, results.dv + first * tuple);
         for (int64_t i = 0; results.normals && i < size; ++i)
             writeNormal(block[i], results.normals + 3 * (first + i));
     };

@@ -10,6 +10,7 @@ namespace rq
 struct PatchTables;
 }
 
+class RQ_SubdLimit;
 class RQ_SubdTopology;
 using RQ_SubdTopologyHandle = BAS_IntrusivePtr<const RQ_SubdTopology>;
 
@@ -49,16 +50,17 @@ public:
     /// Bytes of all that is kept.
     int64_t getMemoryUsage() const;
 
-    /// For each entry of the mesh's points that takes part its row; null when all do.
-    const RQ_DataArrayHandle &usedPoints() const;
-
-    /// The pieces of the limit surface, for `RQ_SubdLimit`.  Null when memory does not suffice.
-    const rq::PatchTables *patchTables() const;
-
 private:
+    friend class RQ_SubdLimit;
     struct Data;
 
     explicit RQ_SubdTopology(std::unique_ptr<Data> data);
+
+    // The row of each point that takes part; null when all do.
+    const RQ_DataArrayHandle &usedPoints() const;
+
+    // The pieces of the limit surface.  Null when memory does not suffice.
+    const rq::PatchTables *patchTables() const;
 
     std::unique_ptr<Data> data_;
 };

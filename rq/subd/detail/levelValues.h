@@ -6,7 +6,7 @@ namespace rq
 {
 struct Refiner;
 
-/// How many points, faces and corners of faces a refined level has.
+/// How many points and faces a refined level has.
 struct LevelSize
 {
     int64_t points;
