@@ -220,9 +220,9 @@ TEST(CatPolygonMesh, DetailAttributesThatDifferBecomeUniform)
         return RQ_PolygonMeshHandle(
             new RQ_PrimPolygonMesh(*strip, strip->getShared(), strip->getVertex(), strip->getUniform(), detail));
     };
-    RQ_CatPolygonMesh cat({withDetail(nullptr), withDetail(oneAttribute("id", integers({5}))),
-                           withDetail(oneAttribute("id", integers({6})))},
-                          true);
+    RQ_CatPolygonMesh cat(
+        {withDetail(nullptr), withDetail(oneAttribute("id", integers({5}))), withDetail(oneAttribute("id", integers({6})))},
+        true);
     ASSERT_EQ(cat.entries(), 3);
     RQ_PrimCollect all;
     cat.result(all);
