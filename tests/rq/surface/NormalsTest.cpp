@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <numbers>
 
 #include <host/bas/Parallel.h>
@@ -148,9 +149,30 @@ TEST(Normals, AreZeroWithoutAreaAndSpoiltByNoNeighbour)
     EXPECT_EQ(vectorOf(*normals, 4), BAS_Vec3d(0.0));
 }
 
-TEST(Normals, GiveTheSameBitsForAnyNumberOfThreads)
+// A terraced field of quads, whose neighbours may lie far apart in the list of faces.
+MeshShape terraces(bool scattered)
 {
-    const RQ_PolygonMeshHandle mesh = makeMesh(meshShape("fan"));
+    constexpr int kSize = 200, kFaces = kSize * kSize, kStride = 7919;
+    MeshShape shape;
+    for (int j = 0; j <= kSize; ++j)
+        for (int i = 0; i <= kSize; ++i)
+            shape.addPoint(float(i), float(j), float(i / 20 % 3) + 0.1f * std::sin(0.7f * float(i + 2 * j)));
+    for (int k = 0; k < kFaces; ++k)
+    {
+        const int face = scattered ? int(int64_t(k) * kStride % kFaces) : k;
+        const int a = face / kSize * (kSize + 1) + face % kSize;
+        shape.addFace({a, a + 1, a + kSize + 2, a + kSize + 1});
+    }
+    return shape;
+}
+
+class NormalsOfThreads : public testing::TestWithParam<const char *>
+{};
+
+TEST_P(NormalsOfThreads, HaveTheSameBits)
+{
+    const std::string name = GetParam();
+    const RQ_PolygonMeshHandle mesh = makeMesh(name == "fan" ? meshShape("fan") : terraces(name == "scattered"));
     const auto run = [&](int threads) {
         const BAS_Threads::Limit limit(threads);
         std::vector<double> all = valuesOf(mesh->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL64));
@@ -162,6 +184,7 @@ TEST(Normals, GiveTheSameBitsForAnyNumberOfThreads)
     EXPECT_EQ(one, run(2));
     EXPECT_EQ(one, run(16));
 }
+INSTANTIATE_TEST_SUITE_P(Normals, NormalsOfThreads, testing::Values("fan", "terraces", "scattered"));
 
 TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
 {
