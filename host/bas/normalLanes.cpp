@@ -1,31 +1,14 @@
 #include <host/bas/normalLanes.h>
 
+#include <host/bas/clones.h>
 #include <host/bas/faceGeometry.h>
-
-// The same loops are compiled twice on x86-64: for the processors that all have, and for those with 256-bit registers.
-// Neither fuses a multiplication with an addition, so the bits are the same.
-#if defined(__x86_64__)
-#define HOST_WIDE __attribute__((target("avx2")))
-#else
-#define HOST_WIDE
-#endif
 
 namespace
 {
-bool hasWideRegisters()
-{
-#if defined(__x86_64__)
-    static const bool has = __builtin_cpu_supports("avx2");
-    return has;
-#else
-    return false;
-#endif
-}
-
 bool isPlain(double squared) { return (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare); }
 
 // Leaves vectors that need care as they are, with length 1; false when there are any.
-[[gnu::always_inline]] inline bool normalizePlain(double *x, double *y, double *z, int64_t count, double *lengths)
+HOST_CLONES bool normalizePlain(double *x, double *y, double *z, int64_t count, double *lengths)
 {
     int64_t plain = 0;
     for (int64_t i = 0; i < count; ++i)
@@ -47,7 +30,7 @@ struct Edges
     const double *x, *y, *z, *nextX, *nextY, *nextZ;
 };
 
-[[gnu::always_inline]] inline bool anglesPlain(const Edges &edges, int64_t count, double *angles)
+HOST_CLONES bool anglesBetween(const Edges &edges, int64_t count, double *angles)
 {
     int64_t repeats = 0;
     for (int64_t i = 0; i < count; ++i)
@@ -63,19 +46,13 @@ struct Edges
     return repeats == 0;
 }
 
-HOST_WIDE bool normalizeWide(double *x, double *y, double *z, int64_t count, double *lengths)
-{
-    return normalizePlain(x, y, z, count, lengths);
-}
-
-HOST_WIDE bool anglesWide(const Edges &edges, int64_t count, double *angles) { return anglesPlain(edges, count, angles); }
 }  // namespace
 
 namespace host
 {
 void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
 {
-    if ((hasWideRegisters() ? normalizeWide : normalizePlain)(vectors.x, vectors.y, vectors.z, count, lengths))
+    if (normalizePlain(vectors.x, vectors.y, vectors.z, count, lengths))
         return;
     for (int64_t i = 0; i < count; ++i)
     {
@@ -95,6 +72,6 @@ bool anglesOfLanes(const CornerLanes &corners, int64_t count, double *angles)
     const auto &[x, y, z] = corners.previous;
     const auto &[nextX, nextY, nextZ] = corners.next;
     const Edges edges{x.data(), y.data(), z.data(), nextX.data(), nextY.data(), nextZ.data()};
-    return (hasWideRegisters() ? anglesWide : anglesPlain)(edges, count, angles);
+    return anglesBetween(edges, count, angles);
 }
 }  // namespace host

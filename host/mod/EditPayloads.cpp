@@ -141,16 +141,17 @@ void MOD_Edit::writePayloads(const Primitives &added)
     }
 }
 
-// The column is in 32 bits until the first wide matrices come.
+// The column is in 32 bits until the first wide matrices come.  What an application has put in its place makes way.
 void MOD_Edit::writeTransforms(const Primitives &added)
 {
     ELM_AttributeDict &dict = data_.attributes[ELM_OWNER_PRIMITIVE];
     const ELM_Attribute *known = dict.find(ELM_SCOPE_PRIVATE, ELM_TRANSFORM_NAME);
     const int64_t first = capacity(ELM_OWNER_PRIMITIVE), rows = first + added.count;
-    if (!known || (added.transforms.isWide() && known->pages<float>()))
+    const bool isColumn = known && known->tupleSize() == 9 && (known->pages<float>() || known->pages<double>());
+    if (!isColumn || (added.transforms.isWide() && known->pages<float>()))
     {
         touched_.erase(known);
-        dict.insert(known ? widened(*known) : makeTransforms(added.transforms.isWide(), rows));
+        dict.insert(isColumn ? widened(*known) : makeTransforms(added.transforms.isWide(), rows));
     }
     ELM_Attribute *transforms = touch(dict.writable(ELM_SCOPE_PRIVATE, ELM_TRANSFORM_NAME));
     added.transforms.visit([&](auto matrices) {

@@ -13,7 +13,7 @@
 #include <rq/data/DANumeric.h>
 #include <rq/data/DARange.h>
 #include <rq/data/detail/blocks.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace
 {
@@ -40,7 +40,7 @@ template <class T> struct Extent
     uint64_t total = 0;
 };
 
-template <class T> RQ_CLONES void addCounts(const T *values, int64_t count, Extent<T> &extent)
+template <class T> HOST_CLONES void addCounts(const T *values, int64_t count, Extent<T> &extent)
 {
     Extent<T> all = extent;
     for (int64_t i = 0; i < count; ++i)

@@ -7,7 +7,7 @@
 #include <host/bas/stream.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace
 {
@@ -23,7 +23,7 @@ constexpr uint64_t scatter(uint64_t bits)
 }
 
 /// Scatter counters that are kStep apart.
-RQ_CLONES void scatterRun(uint64_t *out, uint64_t counter, int64_t count)
+HOST_CLONES void scatterRun(uint64_t *out, uint64_t counter, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i, counter += kStep)
         out[i] = scatter(counter);
@@ -31,7 +31,7 @@ RQ_CLONES void scatterRun(uint64_t *out, uint64_t counter, int64_t count)
 
 /// Bits and values go in separate loops: both vectorise then.
 template <class Bits, class Value, class Mapping>
-RQ_CLONES void mapRun(const Bits *bits, Value *out, Mapping mapping, int64_t count)
+HOST_CLONES void mapRun(const Bits *bits, Value *out, Mapping mapping, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
         out[i] = mapping(bits[i]);

@@ -7,11 +7,11 @@
 #include <host/bas/stream.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace
 {
-template <class T, class Integer> RQ_CLONES void fillSequence(T *out, Integer first, Integer step, int64_t length)
+template <class T, class Integer> HOST_CLONES void fillSequence(T *out, Integer first, Integer step, int64_t length)
 {
     // Unsigned, because the step behind the last value may wrap around.
     using Unsigned = std::make_unsigned_t<Integer>;

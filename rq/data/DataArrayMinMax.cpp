@@ -2,7 +2,7 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/detail/blocks.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace
 {
@@ -19,7 +19,7 @@ constexpr int64_t kLanes = 24;
 constexpr int64_t kStreams = 4;
 
 /// The comparisons are false for not-a-number.  Answers how many values were seen: whole groups of lanes in every stream.
-template <class T> RQ_CLONES int64_t findLaneExtremes(const T *values, int64_t count, T *lowest, T *highest)
+template <class T> HOST_CLONES int64_t findLaneExtremes(const T *values, int64_t count, T *lowest, T *highest)
 {
     T low[kLanes], high[kLanes];
     std::copy_n(lowest, kLanes, low);

@@ -5,7 +5,7 @@
 
 #include <host/bas/Parallel.h>
 #include <host/bas/stream.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 #include <rq/data/detail/lanes.h>
 
 namespace rq
@@ -31,7 +31,7 @@ struct Rows
 
 using RowsFunction = void (*)(const Rows &);
 
-template <class To, class From> RQ_CLONES void convertIntegers(const From *from, To *to, int64_t count)
+template <class To, class From> HOST_CLONES void convertIntegers(const From *from, To *to, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
         to[i] = RQconvert<To>(from[i]);

@@ -4,7 +4,7 @@
 
 #include <host/bas/Parallel.h>
 #include <rq/data/NumericTypes.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace rq
 {
@@ -33,7 +33,7 @@ double clamped(double place)
 }
 uint8_t byteOf(double place) { return uint8_t(int32_t(place * 255.0 + 0.5)); }
 
-template <class T> RQ_CLONES void quantiseSpan(const T *from, uint8_t *to, int64_t count, double black, double white)
+template <class T> HOST_CLONES void quantiseSpan(const T *from, uint8_t *to, int64_t count, double black, double white)
 {
     // In one loop the compiler would turn the comparisons into masks of bytes: 1.0 against 0.6 ns a value.
     double places[kBufferValues];

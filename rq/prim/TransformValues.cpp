@@ -9,7 +9,7 @@
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/convert.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 #include <rq/prim/detail/transformInverse.h>
 
 namespace
@@ -106,7 +106,7 @@ Change quaternionChange(const BAS_Quatd &rotation)
 }
 
 template <int kComponents, class T>
-RQ_CLONES void multiplyTuples(const BAS_Mat4d &matrix, const T *from, T *to, int64_t tupleSize, int64_t count)
+HOST_CLONES void multiplyTuples(const BAS_Mat4d &matrix, const T *from, T *to, int64_t tupleSize, int64_t count)
 {
     // Four lanes by name: no compiler finds them in tuples of three.
     typedef double Row __attribute__((vector_size(4 * sizeof(double))));

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include <host/bas/Parallel.h>
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 
 namespace
 {
@@ -82,7 +82,7 @@ struct Run
 };
 
 /// Least and greatest of positions moved both ways by a sixth of what lies between their neighbours.
-RQ_CLONES void widenLanes(const Run *runs, int64_t count, float *__restrict lows, float *__restrict highs)
+HOST_CLONES void widenLanes(const Run *runs, int64_t count, float *__restrict lows, float *__restrict highs)
 {
     float low[kLanes], high[kLanes];
     std::copy_n(lows, kLanes, low);

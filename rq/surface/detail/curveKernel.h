@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include <rq/data/detail/clones.h>
+#include <host/bas/clones.h>
 #include <rq/surface/detail/curveWeights.h>
 
 // Sums of weighted vertices for a whole span, as plain loops over packed values.  Samples go in groups: the components of a
@@ -58,7 +58,7 @@ template <class T> struct SpanRun
 /// Sums for cubic spans of `kComponents` components.  `out` has room for whole groups behind the last span; a span's sums
 /// overwrite what fills up the last group of the span before.
 template <class T, int kComponents>
-RQ_CLONES void sumCubics(const T *__restrict weights, int samples, SpanRun<T> run, T *__restrict out)
+HOST_CLONES void sumCubics(const T *__restrict weights, int samples, SpanRun<T> run, T *__restrict out)
 {
     // Every vertex is laid out as a group once for all spans that it shapes.
     constexpr int kValues = kGroup * kComponents, kMostVertices = 32;
@@ -85,8 +85,8 @@ RQ_CLONES void sumCubics(const T *__restrict weights, int samples, SpanRun<T> ru
 
 /// The same for any order and number of components.
 template <class T>
-RQ_CLONES void sumSpans(const T *__restrict weights, int order, int samples, int components, SpanRun<T> run,
-                        T *__restrict out)
+HOST_CLONES void sumSpans(const T *__restrict weights, int order, int samples, int components, SpanRun<T> run,
+                          T *__restrict out)
 {
     const int64_t values = int64_t(kGroup) * components;
     for (int64_t span = 0; span < run.spans; ++span, run.vertices += run.step, out += samples * components)

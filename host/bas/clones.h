@@ -4,7 +4,7 @@
 // picks.  Results have the same bits either way.  The thread sanitizer is not ready when the loader asks, and clang does not
 // know the attribute on templates.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__)
-#define RQ_CLONES __attribute__((target_clones("avx2", "default")))
+#define HOST_CLONES __attribute__((target_clones("avx2", "default")))
 #else
-#define RQ_CLONES
+#define HOST_CLONES
 #endif
