@@ -1,10 +1,12 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
+#include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
 #include <host/bas/normals.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/Positions.h>
+#include <rq/data/convert.h>
 #include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/topology.h>
 
@@ -46,9 +48,14 @@ template <class Write> bool writeAs(RQ_Storage storage, void *normals, int64_t e
         write(static_cast<float *>(normals));
     else if (storage == RQ_STORAGE_REAL16)
     {
-        const BAS_IntrusivePtr<RQ_DANumeric<float>> singles(new RQ_DANumeric<float>(entries, 3, RQ_TYPE_NORMAL));
-        write(singles->data());
-        singles->fillArray(static_cast<PLT_Half *>(normals), 0, entries, 3, 3);
+        constexpr int64_t kSerialValues = 80000, kValuesPerTask = 40000;
+        std::vector<float, BAS_BlockAllocator<float>> singles(size_t(3 * entries));
+        write(singles.data());
+        PLT_Half *halves = static_cast<PLT_Half *>(normals);
+        host::parallelForRange(
+            3 * entries, 3 * entries > kSerialValues ? kValuesPerTask : kSerialValues, [&](int64_t begin, int64_t end) {
+                rq::convertValues(singles.data() + begin, RQ_STORAGE_REAL32, halves + begin, RQ_STORAGE_REAL16, end - begin);
+            });
     }
     else
         return false;
