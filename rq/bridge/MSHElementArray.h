@@ -32,11 +32,9 @@ public:
 
     const RQ_MSHOffsetList &getOffsets() const { return offsets_; }
     const MOD_ConstDetailHandle &getGeoDetail() const { return detail_; }
-    bool readsFrom(const MOD_ConstDetailHandle &detail) const override { return detail_ == detail; }
-    bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const override;
 
-    /// True when the array reads from this snapshot.
-    bool isBoundTo(const MOD_ConstDetailHandle &detail) const { return detail_ == detail; }
+    bool isBoundTo(const MOD_ConstDetailHandle &detail) const override { return detail_ == detail; }
+    bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const override;
 
     const char *className() const override;
 

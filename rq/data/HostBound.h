@@ -11,7 +11,7 @@ class RQ_API HostBound
 {
 public:
     /// True when it reads the very snapshot `detail`, or one with the same elements and faces.
-    virtual bool readsFrom(const MOD_ConstDetailHandle &detail) const = 0;
+    virtual bool isBoundTo(const MOD_ConstDetailHandle &detail) const = 0;
     virtual bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const = 0;
 
 protected:

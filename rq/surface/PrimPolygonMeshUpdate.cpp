@@ -30,6 +30,6 @@ bool RQ_PrimPolygonMesh::updateGeoPrim(const MOD_ConstDetailHandle &detail, cons
     dropDataIdHash();
     getTopologyVersion(versionAfter);
     return versionBefore == versionAfter && std::all_of(arrays.begin(), arrays.end(), [&detail](const rq::HostBound *array) {
-               return array->readsFrom(detail);
+               return array->isBoundTo(detail);
            });
 }
