@@ -45,15 +45,19 @@ std::string tagsOf(const RQ_Primitive *primitive)
     std::string all;
     for (auto at = mesh->beginTags(); !at.atEnd(); at.advance())
     {
-        all += (all.empty() ? "" : " ") + std::string(at.tag().name().view());
+        all += all.empty() ? "" : " ";
+        all += at.tag().name().view();
         for (const Tag::Arrays *arrays : {&at.tag().getAllInt(), &at.tag().getAllReal(), &at.tag().getAllString()})
             for (const RQ_DataArrayHandle &array : *arrays)
             {
-                std::string values;
+                all += "[";
                 for (int64_t i = 0; i < array->entries(); ++i)
-                    values += (i ? " " : "") + (RQisNumeric(array->getStorage()) ? std::to_string(array->getI64(i))
-                                                                                 : std::string(array->getS(i).view()));
-                all += "[" + values + "]";
+                {
+                    all += i ? " " : "";
+                    all += RQisNumeric(array->getStorage()) ? std::to_string(array->getI64(i))
+                                                            : std::string(array->getS(i).view());
+                }
+                all += "]";
             }
     }
     return all;
