@@ -39,9 +39,9 @@ void rq::childPoints(const Refiner &refiner, int level, int32_t *points)
             std::copy(all, all + 12, points + 12 * face);
         });
 
-    // Only the cage has faces that are no quads.
+    // Only the cage has faces that are no quads; a triangle and a pentagon have the corners of two quads.
     std::vector<int64_t> first;
-    if (parent.GetNumFaceVertices() != 4 * parent.GetNumFaces())
+    if (level == 0)
         for (int64_t face = 0, sum = 0; face < parent.GetNumFaces(); sum += parent.GetFaceVertices(int(face++)).size())
             first.push_back(sum);
     host::parallelFor(parent.GetNumFaces(), kFacesPerTask, [&](int64_t face) {

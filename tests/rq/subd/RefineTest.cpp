@@ -75,6 +75,16 @@ MeshShape tent()
     return shape;
 }
 
+// As many corners as two quads have.
+MeshShape triangleAndPentagon()
+{
+    MeshShape shape = faceShape("", {{0, 0}, {2, 0}, {1, 2}});
+    for (const BAS_Vec3d &point : {BAS_Vec3d(3, 3, 0.5), BAS_Vec3d(4, 1, 1), BAS_Vec3d(3, -1, 0)})
+        shape.addPoint(float(point.x), float(point.y), float(point.z));
+    shape.addFace({2, 1, 5, 4, 3});
+    return shape;
+}
+
 MeshShape prism(int sides)
 {
     MeshShape shape;
@@ -105,6 +115,7 @@ TEST(SubdRefine, AgreesWithTheSlowRefiner)
         {"open, its corners kept", tent(), {}, {}},
         {"triangles", prism(3), {}, {}},
         {"pentagons", prism(5), {}, {}},
+        {"a triangle and a pentagon", triangleAndPentagon(), {}, {}},
         {"crease without end", cubeShape(), {{4, 5, 5, 7, 7, 6, 6, 4}, {10, 10, 10, 11}}, {}},
         {"creases that wear off", cubeShape(), {{0, 1, 1, 3, 3, 2, 2, 0, 4, 5}, {0.4f, 1.5f, 2, 2.6f, 1}}, {}},
         {"three creases at a point", prism(5), {{0, 1, 1, 3, 1, 9}, {2, 1.25f, 0.75f}}, {}},
