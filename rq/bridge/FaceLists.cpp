@@ -2,6 +2,14 @@
 
 #include <algorithm>
 
+rq::FaceLists::FaceLists(const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices, const Counts &counts,
+                         int64_t least, int64_t most)
+    : counts_(counts), faces_(primitives.entries()), least_(least), most_(most)
+{
+    primitives_.append(primitives);
+    vertices_.append(vertices);
+}
+
 RQ_CountArray rq::FaceLists::counts() const
 {
     RQ_CountArray counts;

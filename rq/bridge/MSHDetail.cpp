@@ -12,8 +12,12 @@ RQ_MSHDetail::RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandl
     : RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{detail}, range)
 {}
 
-RQ_MSHDetail::RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range)
-    : details_(std::make_shared<RQ_MSHDetailList>(std::move(details))), range_(range)
+RQ_MSHDetail::RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range, double secondsApart)
+    : RQ_MSHDetail(std::make_shared<RQ_MSHDetailList>(std::move(details), secondsApart), range)
+{}
+
+RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetailListHandle &details, const RangeHandle &range)
+    : details_(details), range_(range)
 {}
 
 RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetail &other) = default;
@@ -22,6 +26,12 @@ RQ_MSHDetail::~RQ_MSHDetail() = default;
 RQ_PrimitiveHandle RQ_MSHDetail::makeDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
 {
     return new RQ_MSHDetail(detail, range);
+}
+
+RQ_PrimitiveHandle RQ_MSHDetail::makeMoving(const MOD_ConstDetailHandle &detail, int segments, double secondsApart,
+                                            const RangeHandle &range)
+{
+    return new RQ_MSHDetail(std::make_shared<RQ_MSHDetailList>(detail, segments, secondsApart), range);
 }
 
 RQ_PrimitiveHandle RQ_MSHDetail::makePolygonMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range,

@@ -16,13 +16,19 @@ public:
 
     /// Wrap a snapshot, or one per motion segment.  `range` restricts what is refined to some of the primitives.
     explicit RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {});
-    explicit RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range = {});
+    /// Samples lie `secondsApart`; `RQ_MSHDetailList` tells what becomes of those that differ.
+    explicit RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range = {},
+                          double secondsApart = RQ_MSHDetailList::kFrameSeconds);
     RQ_MSHDetail(const RQ_MSHDetail &other);
     ~RQ_MSHDetail() override;
 
     static RQ_PrimitiveHandle makeDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {});
 
-    /// Only the closed polygons, as one mesh; null when there are none.
+    /// A snapshot whose points move by their velocity "v" from segment to segment, `secondsApart` each.
+    static RQ_PrimitiveHandle makeMoving(const MOD_ConstDetailHandle &detail, int segments, double secondsApart,
+                                         const RangeHandle &range = {});
+
+    /// Only the faces, as one mesh; null when there are none.
     static RQ_PrimitiveHandle makePolygonMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {},
                                               const RQ_RefineParms *parms = nullptr);
 
@@ -51,6 +57,8 @@ public:
     RQ_PrimitiveHandle doSoftCopy() const override;
 
 private:
+    RQ_MSHDetail(const RQ_MSHDetailListHandle &details, const RangeHandle &range);
+
     RQ_MSHDetailListHandle details_;
     RangeHandle range_;
 };

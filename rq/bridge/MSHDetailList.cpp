@@ -2,20 +2,12 @@
 
 #include <algorithm>
 
-#include <host/bas/Diagnostics.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHElementArray.h>
+#include <rq/bridge/detail/PointMotion.h>
 
 namespace
 {
-bool sameCounts(const MSH_Detail &a, const MSH_Detail &b)
-{
-    for (const ELM_Owner owner : {ELM_OWNER_POINT, ELM_OWNER_VERTEX, ELM_OWNER_PRIMITIVE})
-        if (a.capacity(owner) != b.capacity(owner) || a.count(owner) != b.count(owner))
-            return false;
-    return true;
-}
-
 const RQ_MSHAttributeFilter &chooseFilter(const RQ_MSHAttributeFilter *filter, const RQ_RefineParms *parms)
 {
     static const RQ_MSHAttributeFilter kEveryPublic;
@@ -24,22 +16,6 @@ const RQ_MSHAttributeFilter &chooseFilter(const RQ_MSHAttributeFilter *filter, c
     return filter ? *filter : kEveryPublic;
 }
 }  // namespace
-
-RQ_MSHDetailList::RQ_MSHDetailList(const MOD_ConstDetailHandle &detail)
-    : RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle>{detail})
-{}
-
-RQ_MSHDetailList::RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle> details) : details_(std::move(details))
-{
-    std::erase_if(details_, [](const MOD_ConstDetailHandle &detail) { return !detail; });
-    const auto differs = [this](const MOD_ConstDetailHandle &detail) {
-        return !sameCounts(*detail.readLock(), *details_[0].readLock());
-    };
-    if (!std::any_of(details_.begin(), details_.end(), differs))
-        return;
-    std::fill(details_.begin(), details_.end(), MOD_ConstDetailHandle(details_[0]));
-    BAS_Diagnostics::warn("motion segments differ in topology: the first one stands for all");
-}
 
 const MOD_ConstDetailHandle &RQ_MSHDetailList::getHandle(int segment) const
 {
@@ -51,6 +27,19 @@ RQ_DataArrayHandle RQ_MSHDetailList::makeArray(const ELM_Attribute &attribute, c
                                                ELM_Owner rowOwner, int segment) const
 {
     return new RQ_MSHElementArray(getHandle(segment), &attribute, rows, rowOwner);
+}
+
+RQ_DataArrayHandle RQ_MSHDetailList::makeSegment(const ELM_Attribute &attribute, const RQ_DataArrayHandle &first,
+                                                 const RQ_MSHOffsetList &rows, ELM_Owner rowOwner, int segment) const
+{
+    if (motion_)
+        return motion_->arrayOf(attribute, first, rows, rowOwner, segment);
+    if (getHandle(segment) == getHandle())
+        return first;
+    const RQ_DataArrayHandle array = makeArray(attribute, rows, rowOwner, segment);
+    const bool fits = array->isValid() && array->getStorage() == first->getStorage() &&
+                      array->getTupleSize() == first->getTupleSize() && array->hasArrayEntries() == first->hasArrayEntries();
+    return fits ? array : first;
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::makeList(std::initializer_list<ELM_Owner> owners,
@@ -78,26 +67,9 @@ RQ_AttributeListHandle RQ_MSHDetailList::makeList(std::initializer_list<ELM_Owne
     {
         const RQ_DataArrayHandle first = makeArray(*attributes[i], rows, rowOwner, 0);
         for (int segment = 0; segment < getSegments(); ++segment)
-        {
-            RQ_DataArrayHandle array = first;
-            if (!(getHandle(segment) == getHandle()))
-                array = makeArray(*attributes[i], rows, rowOwner, segment);
-            const bool fits = array->isValid() && array->getStorage() == first->getStorage() &&
-                              array->getTupleSize() == first->getTupleSize() &&
-                              array->hasArrayEntries() == first->hasArrayEntries();
-            list->set(int(i), fits ? array : first, segment);
-        }
+            list->set(int(i), makeSegment(*attributes[i], first, rows, rowOwner, segment), segment);
     }
     return list;
-}
-
-RQ_AttributeListHandle RQ_MSHDetailList::makeVertexList(const RQ_MSHOffsetList &vertices,
-                                                        const RQ_MSHAttributeFilter *filter, RQ_MSHIncludePoint point,
-                                                        const RQ_RefineParms *parms) const
-{
-    if (point == RQ_MSHIncludePoint::INCLUDE)
-        return makeList({ELM_OWNER_VERTEX, ELM_OWNER_POINT}, filter, vertices, ELM_OWNER_VERTEX, parms);
-    return makeList({ELM_OWNER_VERTEX}, filter, vertices, ELM_OWNER_VERTEX, parms);
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getDetailAttributes(const RQ_MSHAttributeFilter *filter,
@@ -121,9 +93,11 @@ RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveAttributes(const RQ_MSHAttr
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::getVertexAttributes(const RQ_MSHAttributeFilter *filter,
-                                                             const RQ_MSHOffsetList &vertices,
-                                                             const RQ_RefineParms *parms) const
+                                                             const RQ_MSHOffsetList &vertices, const RQ_RefineParms *parms,
+                                                             RQ_MSHIncludePoint point) const
 {
+    if (point == RQ_MSHIncludePoint::INCLUDE)
+        return makeList({ELM_OWNER_VERTEX, ELM_OWNER_POINT}, filter, vertices, ELM_OWNER_VERTEX, parms);
     return makeList({ELM_OWNER_VERTEX}, filter, vertices, ELM_OWNER_VERTEX, parms);
 }
 
@@ -133,7 +107,7 @@ RQ_AttributeListHandle RQ_MSHDetailList::getPrimitiveVertexAttributes(const RQ_M
                                                                       RQ_MSHIncludePoint point) const
 {
     const RQ_MSHOffsetList vertices = firstVertices(primitives);
-    return vertices.entries() == primitives.entries() ? makeVertexList(vertices, filter, point, parms) : nullptr;
+    return vertices.entries() == primitives.entries() ? getVertexAttributes(filter, vertices, parms, point) : nullptr;
 }
 
 RQ_MSHOffsetList RQ_MSHDetailList::firstVertices(const RQ_MSHOffsetList &primitives) const
@@ -165,7 +139,7 @@ RQ_AttributeListHandle RQ_MSHDetailList::createPrimitiveVertex(const RQ_MSHAttri
     const ELM_OffsetList vertices = details_.empty() ? ELM_OffsetList() : getDetail()->vertices(primitive);
     if (vertices.isEmpty())
         return nullptr;
-    return makeVertexList(RQ_MSHOffsetList(ELM_OffsetList(vertices[0], 1)), filter, point, parms);
+    return getVertexAttributes(filter, RQ_MSHOffsetList(ELM_OffsetList(vertices[0], 1)), parms, point);
 }
 
 RQ_AttributeListHandle RQ_MSHDetailList::createVertex(const RQ_MSHAttributeFilter *filter, ELM_Offset primitive,
@@ -173,5 +147,5 @@ RQ_AttributeListHandle RQ_MSHDetailList::createVertex(const RQ_MSHAttributeFilte
 {
     if (details_.empty())
         return nullptr;
-    return makeVertexList(RQ_MSHOffsetList(getDetail()->vertices(primitive)), filter, point, parms);
+    return getVertexAttributes(filter, RQ_MSHOffsetList(getDetail()->vertices(primitive)), parms, point);
 }

@@ -12,6 +12,10 @@
 #include <rq/surface/FaceSetMap.h>
 
 class MSH_Primitive;
+namespace rq
+{
+class PointMotion;
+}
 class RQ_MSHDetailList;
 using RQ_MSHDetailListHandle = std::shared_ptr<const RQ_MSHDetailList>;
 
@@ -29,8 +33,18 @@ enum class RQ_MSHIncludePoint
 
 /// The details of one refinement, one per motion segment, and the attribute lists made of them.
 ///
-/// Shape      a segment whose element counts differ from the first's is replaced by the first, with a warning: samples of
-///            another topology cannot be followed element by element
+/// Shape      the first detail is what is there; the others, samples of it at even intervals, tell how it moves.  What the
+///            segments are made of is the first of these that fits all samples:
+///
+///            equal topology, and the same "id"    every segment reads its own detail
+///            a whole number "id" on points        attributes of a point are those of the point of that "id" in each sample;
+///                                                 one that is gone there keeps those of the first, and moves on by its
+///                                                 velocity.  Points that are born later are not there
+///            a velocity "v" on points             "P" + t "v" + t^2 / 2 "accel", where there is such an attribute
+///            none of them                         there is one segment, and a warning
+///
+///            In the second and third case all other attributes, and what is placed at points, are the first's
+/// Units      velocities a second, accelerations a second squared; "P", "v" and "accel" are 3 floats
 /// Ownership  keeps the details alive
 /// Threads    immutable, shared by every collector of a refinement
 class RQ_API RQ_MSHDetailList
@@ -39,9 +53,18 @@ public:
     explicit RQ_MSHDetailList(const MOD_ConstDetailHandle &detail);
 
     /// One detail per segment; null handles are left out.
-    explicit RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle> details);
+    explicit RQ_MSHDetailList(std::vector<MOD_ConstDetailHandle> details, double secondsApart = kFrameSeconds);
+
+    /// Segments of a single detail, moved by its velocity; one segment and a warning without.
+    RQ_MSHDetailList(const MOD_ConstDetailHandle &detail, int segments, double secondsApart);
+
+    /// The time between samples unless it is given.
+    static constexpr double kFrameSeconds = 1.0 / 24.0;
 
     int getSegments() const { return int(details_.size()); }
+
+    /// True when segments differ from the first in their points alone: then the first's detail stands for all.
+    bool movesPoints() const { return motion_ != nullptr; }
 
     /// The detail of a segment, clamped to the last; a handle of nothing when the list is empty.
     const MOD_ConstDetailHandle &getHandle(int segment = 0) const;
@@ -57,8 +80,11 @@ public:
                                               const RQ_RefineParms *parms = nullptr) const;
     RQ_AttributeListHandle getPrimitiveAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &primitives,
                                                   const RQ_RefineParms *parms = nullptr) const;
+
+    /// What is included stands behind, unless the name is taken.
     RQ_AttributeListHandle getVertexAttributes(const RQ_MSHAttributeFilter *filter, const RQ_MSHOffsetList &vertices,
-                                               const RQ_RefineParms *parms = nullptr) const;
+                                               const RQ_RefineParms *parms = nullptr,
+                                               RQ_MSHIncludePoint point = RQ_MSHIncludePoint::OMIT) const;
 
     /// The vertex attributes of primitives of one vertex: row i is the first vertex of primitive i, and that vertex's point.
     /// Null when one of them has no vertex.
@@ -123,8 +149,13 @@ private:
                                     const RQ_MSHOffsetList &rows, ELM_Owner rowOwner, const RQ_RefineParms *parms) const;
     RQ_DataArrayHandle makeArray(const ELM_Attribute &attribute, const RQ_MSHOffsetList &rows, ELM_Owner rowOwner,
                                  int segment) const;
-    RQ_AttributeListHandle makeVertexList(const RQ_MSHOffsetList &vertices, const RQ_MSHAttributeFilter *filter,
-                                          RQ_MSHIncludePoint point, const RQ_RefineParms *parms) const;
+
+    // The array of a segment, `first` being that of the first one.
+    RQ_DataArrayHandle makeSegment(const ELM_Attribute &attribute, const RQ_DataArrayHandle &first,
+                                   const RQ_MSHOffsetList &rows, ELM_Owner rowOwner, int segment) const;
+
+    void setMotion(std::shared_ptr<const rq::PointMotion> motion);
 
     std::vector<MOD_ConstDetailHandle> details_;
+    std::shared_ptr<const rq::PointMotion> motion_;  // null when every segment reads its own detail
 };

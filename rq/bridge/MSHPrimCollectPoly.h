@@ -4,44 +4,71 @@
 
 #include <host/elm/Group.h>
 #include <rq/bridge/MSHPrimCollect.h>
-#include <rq/bridge/detail/FaceLists.h>
 #include <rq/bridge/detail/PolygonReader.h>
+#include <rq/bridge/detail/gatherFaces.h>
+#include <rq/surface/PrimPolygonMesh.h>
 
-/// The polygons of one refinement: closed ones as the faces of one mesh, open ones by their offsets.
+/// The polygons of one refinement: closed ones, and the faces of fans, strips, soups and grids, make one mesh, open ones
+/// make curves.
 class RQ_API RQ_MSHPrimCollectPolyData : public RQ_MSHPrimCollectData
 {
 public:
     explicit RQ_MSHPrimCollectPolyData(const RQ_RefineParms *parms);
     ~RQ_MSHPrimCollectPolyData() override;
 
-    /// Append one polygon of the detail.  A face with a vertex that has no point is left out.
+    /// Append one primitive of the detail.  A face with a vertex that has no point is left out.
     void append(const MSH_Detail &detail, ELM_Offset primitive);
 
-    /// Append the polygons of a range, in parallel.  Nothing when it is interrupted.
+    /// Append the primitives of a range, in parallel.  Nothing when it is interrupted.
     void append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress);
 
     /// Append what other data gathered.
     void append(RQ_MSHPrimCollectPolyData &following);
 
-    /// The mesh of all closed polygons, null without any.
-    RQ_PrimitiveHandle makeMesh(const RQ_MSHDetailListHandle &details);
+    /// The mesh of all faces, null without any: with face sets, normals and tangents as the options ask for them, without
+    /// points that it does not use.
+    RQ_PolygonMeshHandle makeMesh(const RQ_MSHDetailListHandle &details);
 
-    const RQ_MSHOffsetList &getOpenPolygons() const { return open_; }
-    const RQ_RefineParms *getParms() const { return parms_; }
+    /// What the options make of the mesh: a subdivision mesh, single polygons, or pieces of limited size.  Null without
+    /// faces.
+    RQ_PrimitiveHandle makeFaces(const RQ_MSHDetailListHandle &details);
+
+    /// The curves of all open polygons, in several meshes where their size is limited.  Null without any.
+    RQ_PrimitiveHandle makeCurves(const RQ_MSHDetailListHandle &details);
 
 private:
     bool coversDetail(const MSH_Detail &detail) const;
+    RQ_AttributeListHandle addNormals(const RQ_MSHDetailList &details, const RQ_AttributeListHandle &vertex) const;
 
-    const RQ_RefineParms *parms_;              // of the refinement, which outlives the data
-    std::optional<rq::PolygonReader> reader_;  // of the detail that was read last
-    rq::FaceLists closed_;
-    RQ_MSHOffsetList open_;
+    const RQ_RefineParms *parms_;  // of the refinement, which outlives the data
+    bool asSubdivision_;
+    int64_t faceSetMode_;
     bool fastCompacting_;
+    bool addVertexNormals_;
+    bool addTangents_;
+    float cuspAngle_;
+    int64_t mostCurveVertices_;
+
+    std::optional<rq::PolygonReader> reader_;  // of the detail that was read last
+    rq::GatheredFaces gathered_;
 };
 
-/// The collector of host polygons: all closed ones of a refinement become one polygon mesh that reads the detail in place.
+/// The collector of host polygons, and of the types that consist of faces: all faces of a refinement become one polygon mesh
+/// that reads the detail in place, all open polygons linear curves.  With both, the mesh comes first in a collection.
 ///
-/// Open polygons follow the mesh in a collection, each wrapped as it is.
+/// Options, see `RQ_RefineParms`:
+///     polys_as_subdivision   a subdivision mesh with the standard tags of its attributes
+///     geo:polygonmesh        off: polygons of their own instead of a mesh
+///     maxpolymeshsize        pieces of a plain mesh in a collection of their own
+///     maxpolycurvesize       most vertices of a mesh of curves; several come in a collection of their own
+///     facesetmode            face sets of primitive groups, see `RQ_MSHDetailList::buildFaceSets`
+///     fastpolycompacting     off: a mesh of all primitives drops unused points too; one of some always does
+///     addvertexnormals       vertex normals "N" by "cuspangle", unless vertices or points have one
+///     addmikkt               vertex tangents "tangentu" and "tangentv" of "uv", unless there is one of them
+///     material arrays        entry i belongs to primitive i: uniform "__material"; the table: detail "__material_remap",
+///     one
+///                            entry of all values
+///     viewport:packed_lod    those two hide host attributes of their names
 class RQ_API RQ_MSHPrimCollectPoly : public RQ_MSHPrimCollect
 {
 public:

@@ -4,6 +4,7 @@
 
 #include <host/msh/Detail.h>
 #include <rq/bridge/MSHPrimitive.h>
+#include <rq/bridge/detail/ManyFaces.h>
 #include <rq/bridge/detail/builtInCollectors.h>
 #include <rq/bridge/detail/parallelWalk.h>
 
@@ -41,6 +42,14 @@ rq::SlotCollecting::SlotCollecting(const RQ_MSHDetailListHandle &details, const 
         if (known == slots_.end())
             slots_.push_back({collector, collector == builtInPolygonCollector(), collector->canMergeData()});
     }
+
+    // The batch takes the primitives of all types that it knows, so none of them may be another collector's.
+    const auto isTaken = [&](ELM_PrimitiveTypeId type) {
+        return detail_.primitiveCount(type) > 0 && (!slotOf(type) || !slotOf(type)->inBatch);
+    };
+    if (std::any_of(rq::kTypesOfFaces.begin(), rq::kTypesOfFaces.end(), isTaken))
+        for (Slot &slot : slots_)
+            slot.inBatch = false;
 }
 
 void rq::SlotCollecting::collect(const ELM_Range &range, BAS_Progress &progress)

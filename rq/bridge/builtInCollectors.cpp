@@ -17,6 +17,10 @@ std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>
     using Collectors = std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>>;
     static const auto *collectors = new Collectors{
         {ELM_PRIMITIVE_POLYGON, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_TRIANGLE_STRIP, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_TRIANGLE_FAN, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_SOUP, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_GRID, builtInPolygonCollector()},
         {ELM_PRIMITIVE_CIRCLE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_CIRCLE)},
         {ELM_PRIMITIVE_SPHERE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_SPHERE)},
         {ELM_PRIMITIVE_TUBE, std::make_shared<RQ_MSHPrimCollectTube>()},

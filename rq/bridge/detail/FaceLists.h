@@ -1,14 +1,12 @@
 #pragma once
 
-#include <host/bas/Progress.h>
-#include <host/elm/Range.h>
 #include <rq/bridge/detail/RunList.h>
 #include <rq/data/CountArray.h>
 #include <rq/data/DANumeric.h>
 
 namespace rq
 {
-/// Faces of a detail in order: the primitive of each, its number of corners, and the vertices of all of them.
+/// Faces (or polylines) of a detail in order: the primitive of each, its number of corners, and the vertices of all of them.
 ///
 /// Threads  belongs to one thread while it grows
 /// Cost     nothing is stored for consecutive primitives, consecutive vertices and equal counts; else 4 bytes an entry,
@@ -16,6 +14,14 @@ namespace rq
 class FaceLists
 {
 public:
+    using Counts = BAS_IntrusivePtr<RQ_DANumeric<int32_t>>;
+
+    FaceLists() = default;
+
+    /// Finished lists of `primitives.entries()` faces, with `counts` null when all have `most` corners.
+    FaceLists(const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices, const Counts &counts, int64_t least,
+              int64_t most);
+
     /// Append one face of `corners` vertices from `vertex` on.
     void append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners)
     {
@@ -29,12 +35,6 @@ public:
 
     /// Append the faces of another list, which must be finished.
     void append(const FaceLists &following);
-
-    /// Append the closed polygons of a range, and add the open ones to `open`.
-    ///
-    /// A polygon with a vertex that has no point is left out.  Counts and then fills blocks of primitives, so the result is
-    /// the same for any number of threads.  An interruption leaves the lists as they are.
-    void gather(const MSH_Detail &detail, const ELM_Range &range, RQ_MSHOffsetList &open, BAS_Progress &progress);
 
     /// Store what was appended; to be called before the rest.
     void finish();
@@ -51,7 +51,7 @@ private:
 
     RunList primitives_;
     RunList vertices_;
-    BAS_IntrusivePtr<RQ_DANumeric<int32_t>> counts_;  // null while all faces have the same number of corners
+    Counts counts_;  // null while all faces have the same number of corners
     int64_t faces_ = 0;
     int64_t least_ = 0;  // corners of a face
     int64_t most_ = 0;

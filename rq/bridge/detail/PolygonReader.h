@@ -3,10 +3,11 @@
 #include <utility>
 
 #include <host/msh/Detail.h>
+#include <rq/bridge/detail/ManyFaces.h>
 
 namespace rq
 {
-/// Consecutive closed polygons whose vertices follow each other.
+/// Consecutive polygons, all closed or all open, whose vertices follow each other.
 struct FaceRun
 {
     ELM_Offset primitive;
@@ -15,9 +16,10 @@ struct FaceRun
     int64_t corners;        ///< of all together
     const int32_t *counts;  ///< of each, or one for all
     bool isUniform;
+    bool isClosed;
 };
 
-/// Finds the polygons of a detail, in runs.
+/// Finds the polygons of a detail, in runs, and the primitives that consist of faces.
 class PolygonReader
 {
 public:
@@ -31,7 +33,7 @@ public:
 
     bool reads(const MSH_Detail &detail) const { return &detail_ == &detail; }
 
-    /// Call `face(primitive, vertex, corners)` or `open(primitive)` for one polygon that has all points.
+    /// Call `face(primitive, vertex, corners)` or `open(primitive, vertex, corners)` for one polygon that has all points.
     template <class OnFace, class OnOpen> void visitOne(ELM_Offset polygon, OnFace &&face, OnOpen &&open) const
     {
         const auto &[narrow, wide] = starts_;
@@ -42,64 +44,70 @@ public:
         if (isClosed(polygon))
             face(polygon, start, corners);
         else
-            open(polygon);
+            open(polygon, start, corners);
     }
 
-    /// Call `faces(FaceRun)` for the closed polygons of a range in order, and `open(primitive)` for the open ones.
-    template <class OnFaces, class OnOpen> void visit(const ELM_Range &range, OnFaces &&faces, OnOpen &&open) const
+    /// Call `visitor(FaceRun)` for the polygons of a range that have all points, and `visitor(ManyFaces)` for primitives
+    /// that consist of faces, in order.
+    template <class Visitor> void visit(const ELM_Range &range, Visitor &&visitor) const
     {
         columns_.vertexStart.visit([&](const auto &column) {
             const auto starts = column.reader();
             for (const auto [begin, end] : range.blocks())
                 if (isRun(begin))
-                    visitRun(starts, begin, end, faces);
+                    visitRun(starts, begin, end, visitor);
                 else
-                    visitBlock(starts, begin, end, faces, open);
+                    visitBlock(starts, begin, end, visitor);
         });
     }
 
 private:
-    // True when a page holds nothing but other types, or nothing but closed polygons whose vertices follow each other.
+    // True when a page holds nothing but other types, or nothing but polygons of one kind whose vertices follow each other.
     bool isRun(ELM_Offset primitive) const
     {
         const int64_t page = primitive >> ELM_PAGE_BITS;
-        return complete_ && columns_.type.isConstantPage(page) &&
-               (!isPolygon(primitive) ||
-                (columns_.flags.isConstantPage(page) && isClosed(primitive) && detail_.sequentialVertices()));
+        if (!complete_ || !columns_.type.isConstantPage(page))
+            return false;
+        if (isPolygon(primitive))
+            return columns_.flags.isConstantPage(page) && detail_.sequentialVertices();
+        return !ManyFaces::isOfType(types_.value(primitive));
     }
 
-    template <class Starts, class OnFaces>
-    void visitRun(const Starts &starts, ELM_Offset begin, ELM_Offset end, OnFaces &faces) const
+    template <class Starts, class Visitor>
+    void visitRun(const Starts &starts, ELM_Offset begin, ELM_Offset end, Visitor &visitor) const
     {
         if (!isPolygon(begin))
             return;
         const int64_t start = int64_t(starts.value(begin)), last = end - 1;
-        faces(FaceRun{begin, end - begin, start, int64_t(starts.value(last)) + counts_.value(last) - start,
-                      counts_.tuple(begin), columns_.vertexCount.isConstantPage(begin >> ELM_PAGE_BITS)});
+        visitor(FaceRun{begin, end - begin, start, int64_t(starts.value(last)) + counts_.value(last) - start,
+                        counts_.tuple(begin), columns_.vertexCount.isConstantPage(begin >> ELM_PAGE_BITS), isClosed(begin)});
     }
 
-    template <class Starts, class OnFaces, class OnOpen>
-    void visitBlock(const Starts &starts, ELM_Offset begin, ELM_Offset end, OnFaces &faces, OnOpen &open) const
+    template <class Starts, class Visitor>
+    void visitBlock(const Starts &starts, ELM_Offset begin, ELM_Offset end, Visitor &visitor) const
     {
         for (ELM_Offset primitive = begin; primitive < end;)
         {
             const ELM_Offset first = primitive++;
-            const int64_t start = int64_t(starts.value(first)), corners = int64_t(counts_.value(first));
-            if (!isPolygon(first) || !hasAllPoints(start, corners))
-                continue;
-            if (!isClosed(first))
+            if (!isPolygon(first))
             {
-                open(first);
+                if (ManyFaces::isOfType(types_.value(first)))
+                    visitor(ManyFaces(detail_, first, complete_));
                 continue;
             }
+            const int64_t start = int64_t(starts.value(first)), corners = int64_t(counts_.value(first));
+            if (!hasAllPoints(start, corners))
+                continue;
+            const bool closed = isClosed(first);
             const auto continues = [&](ELM_Offset next) {
                 const int64_t expected = start + (next - first) * corners;
-                return counts_.value(next) == corners && int64_t(starts.value(next)) == expected && isClosed(next) &&
-                       isPolygon(next) && hasAllPoints(expected, corners);
+                return counts_.value(next) == corners && int64_t(starts.value(next)) == expected &&
+                       isClosed(next) == closed && isPolygon(next) && hasAllPoints(expected, corners);
             };
             while (primitive < end && continues(primitive))
                 ++primitive;
-            faces(FaceRun{first, primitive - first, start, (primitive - first) * corners, counts_.tuple(first), true});
+            visitor(
+                FaceRun{first, primitive - first, start, (primitive - first) * corners, counts_.tuple(first), true, closed});
         }
     }
 

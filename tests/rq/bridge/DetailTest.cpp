@@ -88,26 +88,6 @@ TEST(Detail, GathersPointsByTheirInstanceFile)
     EXPECT_EQ(meshes, expected);
 }
 
-TEST(Detail, CollectsFacesBesideWrappedPolygons)
-{
-    const MOD_DetailHandle detail;
-    MOD_Edit edit(detail);
-    append(edit, cubeShape());
-    const int32_t line[] = {0, 1, 2}, three[] = {3};
-    ASSERT_TRUE(edit.appendPolygons(three, line, false));
-    const std::vector<RQ_PrimitiveHandle> primitives = refine(edit.commit());
-    const auto *both = as<RQ_PrimCollect>(primitives.at(0));
-    ASSERT_NE(both, nullptr) << "the closed mesh and the open polygon";
-    ASSERT_EQ(both->entries(), 2);
-    EXPECT_NE(as<RQ_PrimPolygonMesh>(both->getPrim(0)), nullptr);
-    const RQ_PrimitiveHandle open = both->getPrim(1);
-    ASSERT_NE(as<RQ_MSHPrimitive>(open), nullptr);
-    BAS_BoundingBox box;
-    open->enlargeBounds(&box, 1);
-    EXPECT_EQ(box.minimum(), BAS_Vec3f(-0.5f, -0.5f, -0.5f));
-    EXPECT_EQ(box.maximum(), BAS_Vec3f(0.5f, 0.5f, -0.5f));
-}
-
 TEST(Detail, FollowsMotionWhileTheTopologyStays)
 {
     const MOD_DetailHandle detail = makeGeometry(cubeShape());

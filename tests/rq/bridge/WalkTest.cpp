@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <functional>
+#include <list>
 #include <numeric>
 #include <random>
 #include <thread>
@@ -9,7 +10,9 @@
 #include <host/bas/Parallel.h>
 #include <host/bas/Progress.h>
 #include <host/elm/PrimitiveFactory.h>
+#include <host/msh/Faces.h>
 #include <rq/prim/PrimCollect.h>
+#include <rq/surface/PrimCurveMesh.h>
 #include <tests/rq/bridge/Fixture.h>
 
 using namespace tests;
@@ -18,25 +21,50 @@ namespace
 {
 constexpr const char *kSomeGroup = "some";
 
-/// Faces, polylines and particles in any order, loose vertices and points, a hidden group and another one.  Every primitive
-/// and vertex has its number as an attribute.
+/// Faces, polylines, primitives that consist of faces, and particles in any order, loose vertices and points, a hidden group
+/// and another one.  Every primitive and vertex has its number as an attribute.
 MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primitives, bool looseVertices, bool holes)
 {
     std::mt19937 random(seed);
     const auto below = [&](int64_t end) { return int64_t(random() % uint64_t(end)); };
     MOD_Edit edit{MOD_DetailHandle()};
     EXPECT_TRUE(edit.appendPoints(points));
+    const auto pointsOf = [&](int count) {
+        std::vector<int32_t> of(static_cast<size_t>(count));
+        for (int32_t &point : of)
+            point = int32_t(below(points - points / 8));
+        return of;
+    };
+    const auto appendMany = [&](std::vector<int32_t> of) {
+        const int32_t corners = int32_t(of.size());
+        switch (below(4))
+        {
+        case 0:
+            of[below(corners)] = of[below(corners)];  // a seam, often
+            return edit.appendTriangleStrips({&corners, 1}, of);
+        case 1:
+            return edit.appendTriangleFans({&corners, 1}, of);
+        case 2:
+            return edit.appendGrids({2, corners / 2, below(2) > 0, below(2) > 0}, of);
+        default:
+            std::vector<int32_t> sizes(size_t(below(3)), 3), vertices;
+            sizes.push_back(int32_t(below(5)));
+            for (int64_t i = std::accumulate(sizes.begin(), sizes.end(), int64_t(0)); i > 0; --i)
+                vertices.push_back(int32_t(below(corners)));
+            return edit.appendSoup({sizes, vertices}, of);
+        }
+    };
     for (int done = 0; done < primitives;)
     {
         // Runs of equal faces here and there, single ones elsewhere; few particle systems.
         const int kind = int(below(16));
         const int count = std::min<int>(primitives - done, kind < 4 ? 1 + int(below(3000)) : 1);
         const int corners = kind == 4 ? 0 : 3 + int(below(3));
-        std::vector<int32_t> of(size_t(count * corners));
-        for (int32_t &point : of)
-            point = int32_t(below(points - points / 8));
+        const std::vector<int32_t> of = pointsOf(count * corners);
         if (kind == 15 && below(20) == 0)
             EXPECT_TRUE(edit.appendParticles(of));
+        else if (kind == 13)
+            EXPECT_TRUE(appendMany(pointsOf(2 * corners))) << edit.message();
         else
             EXPECT_TRUE(edit.appendPolygons(std::vector<int32_t>(size_t(count), corners), of, kind != 14));
         done += count;
@@ -108,7 +136,7 @@ struct Refinement
 struct Seen
 {
     std::vector<int64_t> wrapped, faces, open, loosePoints;
-    std::vector<float> corners;  // x of every face's points
+    std::vector<float> corners, openCorners;  // x of every face's points, and of every polyline's
 
     bool operator==(const Seen &) const = default;
 };
@@ -123,24 +151,29 @@ Seen walkPlainly(const Refinement &refinement, const Variant &variant)
         const MSH_Primitive primitive(detail, i);
         if (primitive.type() == ELM_PRIMITIVE_NONE)
             continue;
-        bool complete = true;
+        const auto noteFace = [&](const auto &face, int64_t count) {
+            std::vector<float> along;
+            for (int64_t v = 0; v < count && face.point(v) >= 0; ++v)
+                along.push_back(detail.positions().pages<float>()->value(face.point(v)));
+            if (int64_t(along.size()) < count)
+                return;
+            const bool isOpen = primitive.type() == ELM_PRIMITIVE_POLYGON && !detail.isClosed(i);
+            (isOpen ? seen.open : seen.faces).push_back(i);
+            std::vector<float> &corners = isOpen ? seen.openCorners : seen.corners;
+            corners.insert(corners.end(), along.begin(), along.end());
+        };
         for (int64_t v = 0; v < primitive.vertexCount(); ++v)
             if (primitive.point(v) >= 0)
                 used[size_t(primitive.point(v))] = true;
-            else
-                complete = false;
         if (!refinement.wants(i, variant.skipsHidden, variant.onlySome))
             continue;
-        if (primitive.type() != ELM_PRIMITIVE_POLYGON)
+        if (const MSH_Faces faces(primitive); faces.isValid())
+            for (const MSH_Faces::Face face : faces)
+                noteFace(face, face.size());
+        else if (primitive.type() == ELM_PRIMITIVE_POLYGON)
+            noteFace(primitive, primitive.vertexCount());
+        else
             seen.wrapped.push_back(i);
-        else if (complete && !detail.isClosed(i))
-            seen.open.push_back(i);
-        else if (complete)
-        {
-            seen.faces.push_back(i);
-            for (int64_t v = 0; v < primitive.vertexCount(); ++v)
-                seen.corners.push_back(detail.positions().pages<float>()->value(primitive.point(v)));
-        }
     }
     for (int64_t point = 0; point < detail.capacity(ELM_OWNER_POINT) && !refinement.range && !variant.onlySome; ++point)
         if (!used[size_t(point)] && detail.isLive(ELM_OWNER_POINT, point) && detail.topologyIsValid())
@@ -161,9 +194,19 @@ Seen look(const std::vector<RQ_PrimitiveHandle> &primitives)
                 seen.corners.push_back(mesh.getShared()->get("P")->getF32(mesh.getPoint(face, i)));
         }
     };
+    const auto noteCurves = [&](const RQ_PrimCurveMesh &curves) {
+        std::string why;
+        EXPECT_TRUE(curves.validate(&why)) << why;
+        for (int64_t i = 0; i < curves.getCurveCount(); ++i)
+            seen.open.push_back(curves.getUniform()->get("number")->getI64(i));
+        for (int64_t i = 0; i < curves.getVertexCount(); ++i)
+            seen.openCorners.push_back(curves.getVertex()->get("P")->getF32(i));
+    };
     const std::function<void(const RQ_PrimitiveHandle &)> note = [&](const RQ_PrimitiveHandle &primitive) {
         if (const auto *wrapper = as<RQ_MSHPrimitive>(primitive))
-            (wrapper->getHostType() == ELM_PRIMITIVE_POLYGON ? seen.open : seen.wrapped).push_back(wrapper->getOffset());
+            seen.wrapped.push_back(wrapper->getOffset());
+        if (const auto *curves = as<RQ_PrimCurveMesh>(primitive))
+            noteCurves(*curves);
         if (const auto *mesh = as<RQ_PrimPolygonMesh>(primitive))
             noteMesh(*mesh);
         if (const auto *points = as<RQ_PrimPointMesh>(primitive))
@@ -176,6 +219,18 @@ Seen look(const std::vector<RQ_PrimitiveHandle> &primitives)
     std::for_each(primitives.begin(), primitives.end(), note);
     return seen;
 }
+
+/// A binding that ends with the scope.
+struct Bound
+{
+    ELM_PrimitiveTypeId type;
+
+    Bound(const std::shared_ptr<const RQ_MSHPrimCollect> &collector, ELM_PrimitiveTypeId type_) : type(type_)
+    {
+        RQ_MSHPrimCollect::bind(collector, type);
+    }
+    ~Bound() { RQ_MSHPrimCollect::bind(nullptr, type); }
+};
 
 TEST(Walk, SeesWhatAPlainLoopSees)
 {
@@ -191,17 +246,23 @@ TEST(Walk, SeesWhatAPlainLoopSees)
         }
 }
 
-/// A binding that ends with the scope.
-struct Bound
+TEST(Walk, GivesTheSameOneByOneAndAtOnce)
 {
-    ELM_PrimitiveTypeId type;
-
-    Bound(const std::shared_ptr<const RQ_MSHPrimCollect> &collector, ELM_PrimitiveTypeId type_) : type(type_)
+    for (const Variant &variant : kVariants)
     {
-        RQ_MSHPrimCollect::bind(collector, type);
+        SCOPED_TRACE(variant.what);
+        const Refinement refinement(variant, makeMixedDetail(5, 30000, 30000, variant.looseVertices, variant.holes));
+        const std::string atOnce = textOf(refinement.run());
+        std::list<Bound> bound;
+        const auto collector = std::make_shared<RQ_MSHPrimCollectPoly>();
+        for (const ELM_PrimitiveTypeId type : rq::kTypesOfFaces)
+            bound.emplace_back(collector, type);
+        EXPECT_TRUE(textOf(refinement.run()) == atOnce);
+        // Of one type only: what the others make is told apart.
+        bound.erase(std::next(bound.begin()), bound.end());
+        EXPECT_EQ(look(refinement.run()).wrapped, walkPlainly(refinement, variant).wrapped);
     }
-    ~Bound() { RQ_MSHPrimCollect::bind(nullptr, type); }
-};
+}
 
 TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
 {
