@@ -145,14 +145,14 @@ TEST(Collectors, OfCallersWinAndSurviveNewTypes)
     // A bare collector may be bound to several types, and again.
     const RQ_MSHPrimCollect *bare = new Recorder(true);
     bare->bind(ELM_PRIMITIVE_POLYGON);
-    bare->bind(ELM_PRIMITIVE_PARTICLES);
+    bare->bind(ELM_PRIMITIVE_CHANNEL);
     bare->bind(ELM_PRIMITIVE_POLYGON);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON).get(), bare);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_PARTICLES).get(), bare);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_CHANNEL).get(), bare);
 
-    for (const ELM_PrimitiveTypeId type : {ELM_PRIMITIVE_POLYGON, ELM_PRIMITIVE_PARTICLES})
+    for (const ELM_PrimitiveTypeId type : {ELM_PRIMITIVE_POLYGON, ELM_PRIMITIVE_CHANNEL})
         RQ_MSHPrimCollect::bind(nullptr, type);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), builtIn);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_PARTICLES), nullptr);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_CHANNEL), nullptr);
 }
 }  // namespace
