@@ -1,9 +1,13 @@
 #pragma once
 
-#include <vector>
+#include <initializer_list>
 
+#include <apps/offline/Outline.h>
 #include <rq/data/Values.h>
 #include <rq/prim/Primitive.h>
+
+struct RTCDeviceTy;
+struct RTCGeometryTy;
 
 namespace rq::offline
 {
@@ -17,50 +21,77 @@ struct Hit
     BAS_Vec3f colour;  ///< linear light, 0 to 1
 };
 
-/// Three floats of an attribute for each corner of a triangle, whatever element they are bound to.
-class CornerValues
+/// An element of a primitive, by its entry in the lists of each owner.
+struct Element
+{
+    int64_t vertex = 0;
+    int64_t point = 0;
+    int64_t uniform = 0;
+};
+
+/// An attribute as floats, whatever owner it has.
+class ElementValues
 {
 public:
-    CornerValues() = default;
+    ElementValues() = default;
 
-    /// Nothing when the primitive has no such attribute of three components or more.
-    CornerValues(const RQ_Primitive &primitive, const char *name);
+    /// The first attribute of these names; nothing when the primitive has none of `components` or more.
+    ElementValues(const RQ_Primitive &primitive, std::initializer_list<const char *> names, int components);
 
     explicit operator bool() const { return values_.entries() > 0; }
-    BAS_Vec3f at(int64_t triangle, int corner, int64_t point) const;
+    float at(const Element &element) const { return values_(entry(element), 0); }
+    BAS_Vec3f tripleAt(const Element &element) const;
 
 private:
+    int64_t entry(const Element &element) const;
+
     Values<float> values_;
     RQ_Owner owner_ = RQ_OWNER_INVALID;
 };
 
-/// One primitive as rays see it: triangles that share points, or spheres around points when it has no triangles.
+/// One primitive as rays see it, made of items: triangles, spheres, pieces of curves or quadrics.
+///
+/// Ownership  holds the primitive
+/// Threads    immutable once built, safe to read from any thread
 class Drawable
 {
 public:
-    /// `placement` moves from the primitive's space, after its own transform, to that of the scene.  Triangles need a vertex
-    /// list of three entries a face.
+    /// `placement` moves from the primitive's space, after its own transform, to that of the scene.
     Drawable(const RQ_PrimitiveHandle &primitive, const BAS_Mat4d &placement);
+    virtual ~Drawable();
+    Drawable(const Drawable &) = delete;
+    Drawable &operator=(const Drawable &) = delete;
 
-    const std::vector<BAS_Vec3f> &points() const { return points_; }
-    const Values<int32_t> &corners() const { return corners_; }
+    /// The search structure's form of this, for the caller to commit; it reads this for as long as it lives.  Null without
+    /// items.
+    virtual RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const = 0;
 
-    /// The radius of the sphere around `point`; `fallback` without a "width" or "pscale".
-    float radius(int64_t point, float fallback) const;
+    virtual void addTo(Outline &outline) const = 0;
 
-    /// Fill in colour, normal and shadow origin of a hit of triangle or point `index`.
-    void shade(int64_t index, float u, float v, Hit &hit) const;
+    /// Fill in colour, normal and shadow origin of a hit at (u, v) of an item.
+    void shade(int64_t item, float u, float v, Hit &hit) const;
+
+protected:
+    /// The colour as attributes give it; may set the normal and the shadow origin, which are those of the facet.
+    virtual BAS_Vec3f shadeItem(int64_t item, float u, float v, Hit &hit) const = 0;
+
+    /// Positions in the scene.
+    std::vector<BAS_Vec3f> place(const RQ_DataArrayHandle &positions) const;
+
+    const RQ_Primitive &primitive() const { return *primitive_; }
+    const BAS_Mat4d &matrix() const { return matrix_; }
+
+    /// "Cd", or what everything without it is made of.
+    BAS_Vec3f colourOf(const Element &element) const;
+
+    /// Half of the "width" or "pscale" in the scene; `fallback` without.
+    float radiusOf(const Element &element, float fallback) const;
 
 private:
-    BAS_Vec3f cornerNormal(int64_t triangle, int corner, int64_t point, const BAS_Vec3f &facet) const;
-
     RQ_PrimitiveHandle primitive_;
-    std::vector<BAS_Vec3f> points_;
-    Values<int32_t> corners_;
-    Values<float> widths_;
-    CornerValues normals_;
-    CornerValues colours_;
-    BAS_Mat4d normalMatrix_;
+    BAS_Mat4d matrix_;
+    ElementValues colours_;
+    ElementValues widths_;
     double scale_;
 };
 }  // namespace rq::offline

@@ -76,7 +76,7 @@ class Tracer
 public:
     Tracer(const Scene &scene, const Camera &camera, const Settings &settings)
         : scene_(scene), camera_(camera), settings_(settings), samples_(settings.samples),
-          skySamples_(kSkyRays * settings.samples), floorHeight_(scene.lowest() - kFloorGap)
+          skySamples_(kSkyRays * settings.samples), floorHeight_(scene.outline().lowest() - kFloorGap)
     {}
 
     BAS_Vec3f pixel(int x, int y) const

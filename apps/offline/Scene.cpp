@@ -6,9 +6,13 @@
 
 #include <embree3/rtcore.h>
 
+#include <apps/offline/CurveDrawable.h>
+#include <apps/offline/PointDrawable.h>
+#include <apps/offline/QuadricDrawable.h>
+#include <apps/offline/TriangleDrawable.h>
 #include <apps/offline/subdivide.h>
+#include <host/bas/BoundingBox.h>
 #include <host/bas/Parallel.h>
-#include <rq/attrib/AttributeList.h>
 #include <rq/data/Positions.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/prim/RefineList.h>
@@ -23,28 +27,39 @@ constexpr double kCuspAngle = 60.0;
 // Refinement that goes on for longer does not end.
 constexpr int kDeepest = 32;
 
-// Points of one primitive that take part in framing.
-constexpr size_t kOutlinePoints = 50000;
-
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-bool isFinite(const BAS_Vec3f &v) { return std::isfinite(v.x + v.y + v.z); }
 
 bool hasPositions(const RQ_Primitive &primitive)
 {
-    const RQ_AttributeListHandle &points = primitive.getPointAttributes();
-    return Positions(points ? points->get("P") : nullptr).isValid();
+    RQ_Owner owner;
+    return Positions(primitive.findAttribute("P", owner, 0)).isValid();
 }
 
-/// The box around the points of a primitive that lie somewhere: a single infinite one must not blow it up.
+/// Whether this is drawn as it is, not as what it refines to.
+bool isDrawnWhole(const RQ_Primitive &primitive)
+{
+    if (const auto *curves = dynamic_cast<const RQ_PrimCurveMesh *>(&primitive))
+        return curves->getBasis() == RQ_BASIS_LINEAR && hasPositions(primitive);
+    if (const auto *quadrics = dynamic_cast<const RQ_PrimQuadricMesh *>(&primitive))
+        return quadrics->getQuadricCount() > 0;
+    return primitive.getPrimitiveType() == RQ_PRIM_POINT_MESH && hasPositions(primitive);
+}
+
+/// The box around a primitive, and around its points that lie somewhere when that is infinite.
 BAS_BoundingBox finiteBounds(const RQ_Primitive &primitive)
 {
+    BAS_BoundingBox whole;
+    primitive.enlargeBounds(&whole, 1);
+    if (isFinite(whole.minimum()) && isFinite(whole.maximum()))
+        return whole;
+
     // A point costs about 5 ns.
     constexpr int64_t kPointsPerBlock = 16384;
     BAS_Mat4d place;
     if (const RQ_TransformHandle &transform = primitive.getPrimitiveTransform())
         transform->getMatrix(place, 0);
-    const Positions positions(primitive.getPointAttributes()->get("P"));
+    RQ_Owner owner;
+    const Positions positions(primitive.findAttribute("P", owner, 0));
     return host::parallelReduce(
         positions.entries(), kPointsPerBlock, BAS_BoundingBox(),
         [&](int64_t begin, int64_t end) {
@@ -55,6 +70,17 @@ BAS_BoundingBox finiteBounds(const RQ_Primitive &primitive)
             return box;
         },
         [](BAS_BoundingBox &into, const BAS_BoundingBox &from) { into.enlarge(from); });
+}
+
+std::unique_ptr<Drawable> makeDrawable(const RQ_PrimitiveHandle &leaf, const BAS_Mat4d &placement)
+{
+    if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(leaf))
+        return std::make_unique<TriangleDrawable>(mesh, placement);
+    if (const auto curves = boost::dynamic_pointer_cast<RQ_PrimCurveMesh>(leaf))
+        return std::make_unique<CurveDrawable>(curves, placement);
+    if (const auto quadrics = boost::dynamic_pointer_cast<RQ_PrimQuadricMesh>(leaf))
+        return std::make_unique<QuadricDrawable>(quadrics, placement);
+    return std::make_unique<PointDrawable>(leaf, placement);
 }
 
 RTCRay makeRay(const BAS_Vec3f &origin, const BAS_Vec3f &direction)
@@ -86,11 +112,6 @@ struct Scene::Embree
     Embree(const Embree &) = delete;
     Embree &operator=(const Embree &) = delete;
 
-    template <class T> T *newBuffer(RTCGeometry geometry, RTCBufferType type, RTCFormat format, size_t size, size_t count)
-    {
-        return static_cast<T *>(rtcSetNewGeometryBuffer(geometry, type, 0, format, size, count));
-    }
-
     void attach(RTCGeometry geometry, size_t id)
     {
         rtcCommitGeometry(geometry);
@@ -116,7 +137,9 @@ void Scene::add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms
     }
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get()))
         return addMesh(*mesh);
-    if (primitive->getPrimitiveType() == RQ_PRIM_POINT_MESH && hasPositions(*primitive))
+    if (const auto *curve = dynamic_cast<const RQ_PrimCurve *>(primitive.get()))
+        return add(RQ_PrimitiveHandle(new RQ_PrimCurveMesh(*curve)), parms, depth + 1);
+    if (isDrawnWhole(*primitive))
         return leaves_.push_back(primitive);
 
     RQ_RefineList list;
@@ -164,73 +187,18 @@ BAS_Mat4d Scene::placement(UpAxis up) const
 void Scene::commit(UpAxis up)
 {
     const BAS_Mat4d toUnit = placement(up);
-    lowest_ = kInfinity;
     for (const RQ_PrimitiveHandle &leaf : leaves_)
     {
-        drawables_.push_back(std::make_unique<Drawable>(leaf, toUnit));
+        drawables_.push_back(makeDrawable(leaf, toUnit));
         const Drawable &drawable = *drawables_.back();
-        if (drawable.corners().entries() > 0)
-            attachTriangles(drawable);
-        else
-            attachSpheres(drawable);
-        addOutline(drawable);
+        if (const RTCGeometry geometry = drawable.makeGeometry(embree_->device))
+            embree_->attach(geometry, drawables_.size() - 1);
+        drawable.addTo(outline_);
     }
-    lowest_ = std::isfinite(lowest_) ? lowest_ : -1.0f;
     // One thread builds the tree: its shape, and with it which of two triangles that share an edge is hit, must not depend
     // on the number of threads.
     const BAS_Threads::Limit one(1);
     rtcCommitScene(embree_->scene);
-}
-
-void Scene::attachTriangles(const Drawable &drawable)
-{
-    const std::vector<BAS_Vec3f> &points = drawable.points();
-    const Values<int32_t> &corners = drawable.corners();
-    RTCGeometry geometry = rtcNewGeometry(embree_->device, RTC_GEOMETRY_TYPE_TRIANGLE);
-    // Points are read 16 bytes at a time, so they need a buffer with room behind the last; corners are shared as they are.
-    auto *positions =
-        embree_->newBuffer<BAS_Vec3f>(geometry, RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT3, sizeof(BAS_Vec3f), points.size());
-    std::copy(points.begin(), points.end(), positions);
-    rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, corners.data(), 0, 3 * sizeof(int32_t),
-                               size_t(corners.entries() / 3));
-    embree_->attach(geometry, drawables_.size() - 1);
-    triangles_ += corners.entries() / 3;
-}
-
-void Scene::attachSpheres(const Drawable &drawable)
-{
-    const std::vector<BAS_Vec3f> &points = drawable.points();
-    if (points.empty())
-        return;
-    // A cloud without widths gets spheres that nearly touch when its points are spread over a surface.
-    const float fallback = std::clamp(0.6f / std::sqrt(float(points.size())), 5e-4f, 0.03f);
-    RTCGeometry geometry = rtcNewGeometry(embree_->device, RTC_GEOMETRY_TYPE_SPHERE_POINT);
-    auto *spheres =
-        embree_->newBuffer<float>(geometry, RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT4, 4 * sizeof(float), points.size());
-    for (size_t i = 0; i < points.size(); ++i)
-    {
-        std::copy_n(&points[i].x, 3, spheres + 4 * i);
-        spheres[4 * i + 3] = drawable.radius(int64_t(i), fallback);
-    }
-    embree_->attach(geometry, drawables_.size() - 1);
-    spheres_ += int64_t(points.size());
-}
-
-void Scene::addOutline(const Drawable &drawable)
-{
-    const std::vector<BAS_Vec3f> &points = drawable.points();
-    const Values<int32_t> &corners = drawable.corners();
-    const size_t count = corners.entries() > 0 ? size_t(corners.entries()) : points.size();
-    const size_t step = std::max<size_t>(1, count / kOutlinePoints);
-    for (size_t i = 0; i < count; ++i)
-    {
-        const BAS_Vec3f &point = points[corners.entries() > 0 ? size_t(corners[int64_t(i)]) : i];
-        if (!isFinite(point))
-            continue;
-        lowest_ = std::min(lowest_, point.y);
-        if (i % step == 0)
-            outline_.push_back(point);
-    }
 }
 
 bool Scene::intersect(const BAS_Vec3f &origin, const BAS_Vec3f &direction, Hit &hit) const

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <apps/offline/Drawable.h>
-#include <host/bas/BoundingBox.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
 namespace rq::offline
@@ -17,8 +16,8 @@ enum class UpAxis
     Z
 };
 
-/// Geometry that rays can be shot at: polygon meshes as triangles, subdivision meshes as their smooth surface, point meshes as
-/// spheres.
+/// Geometry that rays can be shot at: polygon meshes as triangles, subdivision meshes as their smooth surface, points as
+/// spheres, curves as round ribbons, meshes of quadrics as the exact surfaces.
 ///
 /// Shape    everything is moved to the unit sphere around the origin with y up, so that neither tiny nor distant models cost
 ///          precision
@@ -42,12 +41,9 @@ public:
     /// True when anything lies along the ray.
     bool occluded(const BAS_Vec3f &origin, const BAS_Vec3f &direction) const;
 
-    /// Enough points of the geometry to frame it.
-    const std::vector<BAS_Vec3f> &outline() const { return outline_; }
-    float lowest() const { return lowest_; }
+    const Outline &outline() const { return outline_; }
 
-    int64_t triangles() const { return triangles_; }
-    int64_t spheres() const { return spheres_; }
+    /// The primitives that no kind of the above came out of.
     int64_t notDrawn() const { return notDrawn_; }
 
 private:
@@ -56,17 +52,11 @@ private:
     void add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms, int depth);
     void addMesh(const RQ_PrimPolygonMesh &mesh);
     BAS_Mat4d placement(UpAxis up) const;
-    void attachTriangles(const Drawable &drawable);
-    void attachSpheres(const Drawable &drawable);
-    void addOutline(const Drawable &drawable);
 
     std::unique_ptr<Embree> embree_;
     std::vector<RQ_PrimitiveHandle> leaves_;
     std::vector<std::unique_ptr<Drawable>> drawables_;
-    std::vector<BAS_Vec3f> outline_;
-    float lowest_ = 0.0f;
-    int64_t triangles_ = 0;
-    int64_t spheres_ = 0;
+    Outline outline_;
     int64_t notDrawn_ = 0;
 };
 }  // namespace rq::offline

@@ -36,7 +36,7 @@ bool readSize(const std::string &text, offline::Settings &settings)
 
 ExitCode draw(const offline::Scene &scene, const offline::Settings &settings, const std::string &output)
 {
-    const offline::Camera camera(scene.outline(), float(settings.width) / float(settings.height));
+    const offline::Camera camera(scene.outline().points(), float(settings.width) / float(settings.height));
     const std::unique_ptr<offline::Image> image = offline::render(scene, camera, settings);
     std::string error = "interrupted";
     if (!image || !image->writePNG(output, error))
@@ -69,7 +69,7 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
     if (scene.notDrawn() > 0)
         fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", refined.file, scene.notDrawn());
-    if (scene.outline().empty())
+    if (scene.outline().points().empty())
         return fail(ExitFailure, refined.file + ": there is nothing to draw");
     return draw(scene, settings, options.output);
 }

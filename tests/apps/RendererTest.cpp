@@ -8,8 +8,11 @@
 #include <apps/offline/Integrator.h>
 #include <host/bas/Parallel.h>
 #include <rq/prim/CompactTransformArray.h>
+#include <rq/surface/PrimCircleMesh.h>
+#include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimSphereMesh.h>
+#include <rq/surface/PrimTubeMesh.h>
 #include <tests/rq/surface/Fixture.h>
 
 namespace
@@ -58,7 +61,7 @@ struct Globe
 /// The part of each direction of the picture that the object spans; 2 when it touches the border.
 Imath::V2f spanned(const Scene &scene)
 {
-    const Camera camera(scene.outline(), float(kWidth) / float(kHeight));
+    const Camera camera(scene.outline().points(), float(kWidth) / float(kHeight));
     Imath::V2i low(kWidth, kHeight), high(-1, -1);
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
@@ -85,7 +88,7 @@ std::unique_ptr<Image> picture(const RQ_PrimitiveHandle &primitive, int samples 
     settings.width = kWidth;
     settings.height = kHeight;
     settings.samples = samples;
-    return render(scene, Camera(scene.outline(), float(kWidth) / float(kHeight)), settings);
+    return render(scene, Camera(scene.outline().points(), float(kWidth) / float(kHeight)), settings);
 }
 
 double difference(Image &a, Image &b)
@@ -135,30 +138,97 @@ TEST(Renderer, DrawsPointsAsSpheres)
     Scene scene;
     scene.add(RQ_PrimitiveHandle(new RQ_PrimPointMesh(list)), nullptr);
     scene.commit(UpAxis::Y);
-    EXPECT_EQ(scene.spheres(), 3);
     EXPECT_GT(spanned(scene).x, 0.6f);
 }
 
-TEST(Renderer, DrawsQuadricsAsTheSmoothSurfacesTheyAre)
+TEST(Renderer, DrawsCurvesAsRoundRibbons)
 {
-    const BAS_Mat4d places[] = {BAS_Mat4d(), BAS_Mat4d().setTranslation(BAS_Vec3d(4, 0, 0))};
-    const BAS_IntrusivePtr<RQ_PrimSphereMesh> spheres(new RQ_PrimSphereMesh);
-    ASSERT_TRUE(spheres->init(oneAttribute("Cd", triples({{1, 0, 0}, {0, 1, 0}}, RQ_TYPE_COLOR)), {},
-                              new RQ_CompactTransformArray(places, 2)));
+    // A closed square around the origin, whose last edge no two neighbouring vertices make, and a curve that with the
+    // greatest width around it makes the box a cube of radius 1.
+    const float h = 0.25f, s = 1.0f / std::sqrt(3.0f) - 0.3f;
+    const std::vector<BAS_Vec3f> points = {{-h, -h, 0}, {h, -h, 0}, {h, h, 0}, {-h, h, 0}, {-s, -s, -s}, {s, s, s}};
+    const float widths[] = {0.1f, 0.1f, 0.1f, 0.3f, 0.0f, 0.0f};
+    const RQ_AttributeListHandle vertex =
+        oneAttribute("P", triples(points, RQ_TYPE_POINT))
+            ->addAttribute("width", RQ_DataArrayHandle(new RQ_DANumeric<float>(widths, 6)), false);
+    const RQ_AttributeListHandle colours = oneAttribute("Cd", triples({{1, 0, 0}, {0, 1, 0}}, RQ_TYPE_COLOR));
+    const RQ_CurveMeshHandle curves(new RQ_PrimCurveMesh(RQ_BASIS_LINEAR, integers({4, 2}), vertex, colours, {}, true));
     Scene scene;
-    scene.add(spheres, nullptr);
+    scene.add(curves, nullptr);
     scene.commit(UpAxis::Y);
     EXPECT_EQ(scene.notDrawn(), 0);
-    const float unit = 1.0f / std::sqrt(11.0f);  // the box is 6 x 2 x 2
-    for (const int i : {0, 1})
+    for (const auto &[x, radius] : {std::pair(h, 0.05f), std::pair(-h, 0.1f)})  // the closing edge is wider
+        for (const float inside : {0.9f, 1.1f})
+        {
+            SCOPED_TRACE(testing::Message() << x << ' ' << inside);
+            Hit hit;
+            const float side = inside * radius;
+            ASSERT_EQ(scene.intersect(BAS_Vec3f(x + side, 0.0f, 2.0f), BAS_Vec3f(0, 0, -1), hit), inside < 1.0f);
+            if (inside > 1.0f)
+                continue;
+            EXPECT_EQ(hit.colour, BAS_Vec3f(1, 0, 0));
+            EXPECT_NEAR(hit.position.z, std::sqrt(radius * radius - side * side), 0.1f * radius);
+            EXPECT_NEAR(hit.normal.x, inside, 0.15f) << "round, not flat";
+        }
+}
+
+struct QuadricCase
+{
+    const char *what;
+    RQ_PrimQuadricMesh *mesh;
+    BAS_Vec3f origin, direction, position, normal;
+};
+
+TEST(Renderer, DrawsQuadricsAsTheSurfacesThatTheyAre)
+{
+    // One quadric in the middle of a scene that two tiny ones make a cube of radius 1.  A quarter turn around x puts z up.
+    const double s = 1.0 / std::sqrt(3.0), d = 1e-9;
+    const BAS_Mat4d tiny = BAS_Mat4d().setScale(d);
+    const BAS_Mat4d corners[] = {tiny * BAS_Mat4d().setTranslation(BAS_Vec3d(s)),
+                                 tiny * BAS_Mat4d().setTranslation(BAS_Vec3d(-s))};
+    const auto place = [&](const BAS_Vec3d &scale) {
+        const BAS_Mat4d up(1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1);
+        const BAS_Mat4d matrices[] = {BAS_Mat4d().setScale(scale) * up, corners[0], corners[1]};
+        return RQ_TransformArrayHandle(new RQ_CompactTransformArray(matrices, 3));
+    };
+    const RQ_AttributeListHandle colours = oneAttribute("Cd", triples({{1, 0, 0}, {0, 1, 0}, {0, 1, 0}}, RQ_TYPE_COLOR));
+    const BAS_IntrusivePtr<RQ_PrimSphereMesh> ellipsoid(new RQ_PrimSphereMesh);
+    ASSERT_TRUE(ellipsoid->init(colours, {}, place({0.4, 0.2, 0.1})));
+    const BAS_IntrusivePtr<RQ_PrimCircleMesh> disc(new RQ_PrimCircleMesh);
+    ASSERT_TRUE(disc->init(colours, {}, place({0.5, 0.25, 0.0})));
+    const BAS_IntrusivePtr<RQ_PrimTubeMesh> open(new RQ_PrimTubeMesh), closed(new RQ_PrimTubeMesh);
+    ASSERT_TRUE(open->init(0.5, false, colours, {}, place({0.4, 0.4, 1.0})));
+    ASSERT_TRUE(closed->init(0.5, true, colours, {}, place({0.4, 0.4, 1.0})));
+    const BAS_Vec3f down(0, -1, 0), in(0, 0, -1), miss(9.0f), up(0, 1, 0), any(0.0f);
+    const BAS_Vec3f slant = BAS_Vec3f(0, 0.2f, 1).normalized();  // of a side that loses 0.2 over a height of 1
+    const QuadricCase kCases[] = {
+        {"an ellipsoid, its long side", ellipsoid.get(), {-2, 0, 0}, {1, 0, 0}, {-0.4f, 0, 0}, {-1, 0, 0}},
+        {"next to its rim", ellipsoid.get(), {0.239f, 3, 0}, down, {0.239f, 0.1f * std::sqrt(1 - 0.357006f), 0}, any},
+        {"past its rim", ellipsoid.get(), {0.401f, 3, 0}, down, miss, any},
+        {"a disc that its matrix flattens", disc.get(), {0.499f, 1, 0}, down, {0.499f, 0, 0}, up},
+        {"past the disc", disc.get(), {0, 1, 0.251f}, down, miss, any},
+        {"the side of a tube", open.get(), {0, 0, 2}, in, {0, 0, 0.3f}, slant},
+        {"above a tube", open.get(), {0, 0.501f, 2}, in, miss, any},
+        {"through an open tube", open.get(), {0, 2, 0}, down, miss, any},
+        {"onto the cap of a tube", closed.get(), {0, 2, 0.19f}, down, {0, 0.5f, 0.19f}, up},
+        {"beside the cap, onto the side", closed.get(), {0, 2, 0.3f}, down, {0, 0, 0.3f}, slant},
+    };
+    for (const QuadricCase &c : kCases)
     {
-        const BAS_Vec3f centre(unit * (i == 0 ? -2.0f : 2.0f), 0.0f, 0.0f);
+        SCOPED_TRACE(c.what);
+        Scene scene;
+        scene.add(c.mesh, nullptr);
+        scene.commit(UpAxis::Y);
         Hit hit;
-        ASSERT_TRUE(scene.intersect(centre + BAS_Vec3f(0.5f * unit, 0.4f * unit, 2.0f), BAS_Vec3f(0, 0, -1), hit));
-        const BAS_Vec3f outward = (hit.position - centre) / unit;
-        EXPECT_NEAR(outward.length(), 1.0f, 0.03f);
-        EXPECT_LT((hit.normal - outward.normalized()).length(), 0.03f);
-        EXPECT_EQ(hit.colour, BAS_Vec3f(i == 0, i == 1, 0));
+        const bool expected = c.position != miss;
+        EXPECT_EQ(scene.occluded(c.origin, c.direction), expected);
+        ASSERT_EQ(scene.intersect(c.origin, c.direction, hit), expected);
+        if (!expected)
+            continue;
+        EXPECT_LT((hit.position - c.position).length(), 1e-6f) << hit.position;
+        const bool knowsNormal = c.normal != any;
+        EXPECT_LT(knowsNormal ? (hit.normal - c.normal).length() : 0.0f, 1e-5f) << hit.normal;
+        EXPECT_EQ(hit.colour, BAS_Vec3f(1, 0, 0));
     }
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+
+#include <apps/offline/Drawable.h>
+#include <apps/offline/UnitShape.h>
+#include <host/bas/BoundingBox.h>
+#include <rq/surface/PrimQuadricMesh.h>
+
+namespace rq::offline
+{
+/// Quadrics of one kind as the exact surfaces that they are, whatever their number: a quadric takes 100 bytes and no facets.
+class QuadricDrawable final : public Drawable
+{
+public:
+    QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const BAS_Mat4d &placement);
+
+    RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const override;
+    void addTo(Outline &outline) const override;
+
+    /// What a quadric covers of the scene; empty when it is flattened to nothing.
+    BAS_BoundingBox bounds(int64_t quadric) const;
+
+    /// Where a ray meets a quadric first.  The normal is the scene's, of any length.
+    bool cross(int64_t quadric, const Line &ray, double least, double most, Crossing &first) const;
+
+protected:
+    BAS_Vec3f shadeItem(int64_t quadric, float u, float v, Hit &hit) const override;
+
+private:
+    // Where x, y, z and the origin go.
+    using Rows = std::array<BAS_Vec3f, 4>;
+    struct Quadric
+    {
+        Rows out, in;  // from the unit shape to the scene, and back
+        bool flat;     // there is no way back
+    };
+
+    Quadric placed(BAS_Mat4d matrix) const;
+
+    UnitShape shape_;
+    std::vector<Quadric> quadrics_;
+};
+}  // namespace rq::offline
