@@ -12,6 +12,7 @@ struct CommonOptions
 {
     std::vector<std::string> parms;  ///< refinement options, each KEY=VALUE
     int subdivide = -1;              ///< how often meshes are subdivided, -1 to leave them as they are
+    std::string scheme;              ///< how: a name that `RQscheme` knows, empty for what each mesh says
     int convex = 0;                  ///< the most vertices of a face, 0 to leave faces as they are
     int threads = 0;                 ///< the most workers, 0 for as many as there are processors
 };

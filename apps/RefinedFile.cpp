@@ -3,9 +3,7 @@
 #include <chrono>
 #include <cstdio>
 
-#include <fmt/format.h>
-
-#include <apps/offline/subdivide.h>
+#include <apps/preparedMesh.h>
 #include <io/Reader.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/prim/PrimCollect.h>
@@ -20,23 +18,10 @@ double secondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// Subdivided and cut as the options ask; a mesh that cannot be subdivided stays as it is.
 RQ_PrimitiveHandle prepared(const RQ_PrimitiveHandle &primitive, const CommonOptions &options, const std::string &file)
 {
-    RQ_PolygonMeshHandle mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
-    if (mesh && options.subdivide >= 0)
-    {
-        auto cage = boost::dynamic_pointer_cast<RQ_PrimSubdivisionMesh>(mesh);
-        if (!cage)
-            cage = RQ_PrimSubdivisionMesh::createWithStandardTags(*mesh);
-        std::vector<std::string> complaints;
-        if (const RQ_PolygonMeshHandle smooth = offline::subdivide(*cage, options.subdivide, complaints))
-            mesh = smooth;
-        for (const std::string &complaint : complaints)
-            fmt::print(stderr, "{}: warning: {}\n", file, complaint);
-    }
-    const RQ_PolygonMeshHandle cut = mesh && options.convex > 0 ? mesh->convex(options.convex) : mesh;
-    return cut ? RQ_PrimitiveHandle(cut) : primitive;
+    const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+    return mesh ? RQ_PrimitiveHandle(preparedMesh(mesh, options, file)) : primitive;
 }
 
 void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &options, const RQ_RefineParms &parms,

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <apps/TerminalProgress.h>
+#include <apps/exchangeFaces.h>
 #include <host/mod/DetailHandle.h>
 #include <io/Reader.h>
 #include <io/Writer.h>
@@ -11,7 +12,7 @@ namespace rq::app
 {
 namespace
 {
-ExitCode convert(const ConvertOptions &options, io::Messages &messages)
+ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io::Messages &messages)
 {
     if (!io::canSave(options.output, messages))
         return ExitUsage;
@@ -19,14 +20,20 @@ ExitCode convert(const ConvertOptions &options, io::Messages &messages)
     MOD_DetailHandle detail;
     if (!io::load(options.input, detail, messages, true))
         return ExitBadInput;
+    if (std::string error;
+        (common.subdivide >= 0 || common.convex > 0) && !exchangeFaces(detail, common, options.input, error))
+    {
+        std::fprintf(stderr, "rq: error: %s\n", error.c_str());
+        return ExitFailure;
+    }
     return io::save(options.output, detail.read(), messages) ? ExitDone : ExitFailure;
 }
 }  // namespace
 
-ExitCode runConvert(const ConvertOptions &options)
+ExitCode runConvert(const CommonOptions &common, const ConvertOptions &options)
 {
     io::Messages messages;
-    const ExitCode code = convert(options, messages);
+    const ExitCode code = convert(common, options, messages);
     std::fputs(messages.toString().c_str(), stderr);
     return code;
 }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include <apps/CommonOptions.h>
 #include <apps/ExitCode.h>
 
 namespace rq::app
@@ -12,6 +13,7 @@ struct ConvertOptions
     std::string output;
 };
 
-/// Read a file and write what it holds to another.  What reader and writer have to say goes to standard error.
-ExitCode runConvert(const ConvertOptions &options);
+/// Read a file and write what it holds to another, its faces subdivided and cut as the options ask.  What reader and writer
+/// have to say goes to standard error.
+ExitCode runConvert(const CommonOptions &common, const ConvertOptions &options);
 }  // namespace rq::app

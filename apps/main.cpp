@@ -21,20 +21,30 @@ void addThreads(CLI::App &command, CommonOptions &common)
         ->check(CLI::Range(1, 4096));
 }
 
+void addFaceOptions(CLI::App &command, CommonOptions &common)
+{
+    command
+        .add_option("--subdivide", common.subdivide,
+                    "Subdivide every polygon mesh N times, by the scheme and the creases that its attributes give")
+        ->type_name("N")
+        ->check(CLI::Range(0, 10));
+    command
+        .add_option("--scheme", common.scheme,
+                    "Subdivide by another scheme than the mesh says: catmull-clark, loop (triangles) or bilinear")
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"catmull-clark", "loop", "bilinear"}));
+    command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
+        ->type_name("N")
+        ->check(CLI::Range(3, std::numeric_limits<int>::max()));
+}
+
 void addCommonOptions(CLI::App &command, CommonOptions &common)
 {
     command.add_option("-p", common.parms, "Set a refinement option by its key; may be repeated")
         ->type_name("KEY=VALUE")
         ->take_all()
         ->allow_extra_args(false);
-    command
-        .add_option("--subdivide", common.subdivide,
-                    "Subdivide every polygon mesh N times, by the scheme and the creases that its attributes give")
-        ->type_name("N")
-        ->check(CLI::Range(0, 10));
-    command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
-        ->type_name("N")
-        ->check(CLI::Range(3, std::numeric_limits<int>::max()));
+    addFaceOptions(command, common);
     addThreads(command, common);
 }
 
@@ -62,6 +72,7 @@ CLI::App *addConvert(CLI::App &program, CommonOptions &common, ConvertOptions &o
                      "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj for polygons")
         ->required()
         ->type_name("");
+    addFaceOptions(*command, common);
     addThreads(*command, common);
     return command;
 }
@@ -115,7 +126,7 @@ int main(int argc, char **argv)
         if (infoCommand->parsed())
             return runInfo(common, info);
         if (convertCommand->parsed())
-            return runConvert(convert);
+            return runConvert(common, convert);
         if (renderCommand->parsed())
             return runRender(common, render);
     }

@@ -131,8 +131,7 @@ void Scene::add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms
         return;
     if (const auto *cage = dynamic_cast<const RQ_PrimSubdivisionMesh *>(primitive.get()))
     {
-        std::vector<std::string> complaints;
-        const RQ_PolygonMeshHandle smooth = subdivide(*cage, smoothLevel(*cage), complaints);
+        const RQ_PolygonMeshHandle smooth = subdivide(*cage, smoothLevel(*cage), complaints_);
         return addMesh(smooth ? *smooth : static_cast<const RQ_PrimPolygonMesh &>(*cage));
     }
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get()))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <apps/offline/Drawable.h>
@@ -46,6 +47,9 @@ public:
     /// The primitives that no kind of the above came out of.
     int64_t notDrawn() const { return notDrawn_; }
 
+    /// What is wrong with subdivision meshes; those that have no surface are drawn as their cages.
+    const std::vector<std::string> &complaints() const { return complaints_; }
+
 private:
     struct Embree;
 
@@ -58,5 +62,6 @@ private:
     std::vector<std::unique_ptr<Drawable>> drawables_;
     Outline outline_;
     int64_t notDrawn_ = 0;
+    std::vector<std::string> complaints_;
 };
 }  // namespace rq::offline

@@ -67,6 +67,8 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     for (const RefinedPrimitive &entry : refined.primitives)
         scene.add(entry.primitive, &parms);
     scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
+    for (const std::string &complaint : scene.complaints())
+        fmt::print(stderr, "{}: warning: {}\n", refined.file, complaint);
     if (scene.notDrawn() > 0)
         fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", refined.file, scene.notDrawn());
     if (scene.outline().points().empty())

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <tests/apps/Program.h>
 
 using namespace tests;
@@ -22,4 +24,51 @@ TEST_F(Program, SubdividesMeshesByTheirTags)
     EXPECT_NE(odd.out.find("SubdivisionMesh"), std::string::npos) << odd.out;
     EXPECT_NE(odd.error.find("odd.obj:9:"), std::string::npos) << odd.error;
     EXPECT_EQ(Outcome("info --subdivide 11 @hole.obj").code, 1);
+    EXPECT_EQ(Outcome("info --subdivide 1 --scheme smooth @hole.obj").code, 1);
+}
+
+TEST_F(Program, WritesSubdividedMeshesWithAllThatBelongsToThem)
+{
+    // Two quads with a crease between them, and a line and a point beside.
+    std::ofstream(testFolder() + "cage.obj")
+        << "v 0 0 0\nv 1 0 0\nv 2 0 0\nv 0 1 0\nv 1 1 0\nv 2 1 0\nv 5 5 5\nv 6 6 6\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+           "vn 0 0 1\nusemtl red\ng left\nf 1/1/1 2/2/1 5/3/1 4/4/1\nusemtl blue\ng right\nf 2/1/1 3/2/1 6/3/1 5/4/1\n"
+           "l 1 7 8\np 8\nt crease 2/1/0 1 4 10.0\n";
+    const struct
+    {
+        const char *options, *points, *faces;
+        std::vector<const char *> records;
+    } kCases[] = {
+        {"--subdivide 1",
+         "18",
+         "8",
+         {"usemtl red\ng left\nf ", "usemtl blue\ng right\nf ", "\nv 0.5 0.5 0\n", "\nl 1 2 3\np 3\n"}},
+        {"--subdivide 1 --scheme bilinear", "18", "8", {"\nv 0.5 0.5 0\n", "\nv 2 1 0\n", "\nvt 0.5 0.5\n"}},
+        {"--convex 3", "9", "4", {"\nvn 0 0 1\n", "\nv 2 1 0\n"}},
+    };
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.options);
+        const Outcome run(std::string("convert @cage.obj @out.obj ") + c.options);
+        EXPECT_EQ(run.code, 0) << run.error;
+        const std::string text = contentOf(testFolder() + "out.obj");
+        for (const char *record : c.records)
+            EXPECT_NE(text.find(record), std::string::npos) << record << " in\n" << text;
+        const std::string info = Outcome("info --json @out.obj").out;
+        for (const auto &[key, value] : {std::pair("points", c.points), std::pair("faces", c.faces)})
+            EXPECT_NE(info.find("\"" + std::string(key) + "\": " + value), std::string::npos) << info;
+    }
+}
+
+TEST_F(Program, SubdividesByTheSchemeThatIsAskedFor)
+{
+    // Of a tetrahedron; the bilinear scheme leaves it as it is.
+    std::ofstream(testFolder() + "tet.obj") << "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 3 2\nf 1 2 4\nf 1 4 3\nf 2 3 4\n";
+    const auto volumeBy = [](const std::string &scheme) {
+        const std::string info = Outcome("info --json --subdivide 3 --scheme " + scheme + " @tet.obj").out;
+        return std::stod(info.substr(info.find("\"volume\": ") + 10));
+    };
+    EXPECT_NEAR(volumeBy("bilinear"), 1.0 / 6.0, 1e-6);
+    EXPECT_LT(volumeBy("catmull-clark"), 0.9 / 6.0);
+    EXPECT_GT(std::abs(volumeBy("loop") - volumeBy("catmull-clark")), 0.01);
 }
