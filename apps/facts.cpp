@@ -4,7 +4,9 @@
 #include <rq/attrib/AttributeList.h>
 #include <rq/bridge/typeFromHost.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
+#include <rq/surface/PrimQuadricMesh.h>
 
 namespace rq::app
 {
@@ -95,6 +97,13 @@ PrimitiveFacts primitiveFacts(const RefinedPrimitive &entry)
     facts.depth = entry.depth;
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(&primitive))
         addMeshFacts(*mesh, facts);
+    else if (const auto *curves = dynamic_cast<const RQ_PrimCurveMesh *>(&primitive))
+    {
+        facts.curves = curves->getCurveCount();
+        facts.vertices = curves->getVertexCount();
+    }
+    else if (const auto *quadrics = dynamic_cast<const RQ_PrimQuadricMesh *>(&primitive))
+        facts.quadrics = quadrics->getQuadricCount();
     else if (const RQ_AttributeListHandle &points = primitive.getPointAttributes();
              points && points->entries() > 0 && points->get(0))
         facts.points = points->get(0)->entries();

@@ -101,6 +101,8 @@ void writePrimitive(BAS_JSONWriter &json, const PrimitiveFacts &primitive)
     json.writeKeyInt("type_id", primitive.typeId);
     json.writeKeyInt("depth", primitive.depth);
     writeCount("faces", primitive.faces);
+    writeCount("curves", primitive.curves);
+    writeCount("quadrics", primitive.quadrics);
     writeCount("vertices", primitive.vertices);
     writeCount("points", primitive.points);
     writeCount("min_count", primitive.minCount);

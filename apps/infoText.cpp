@@ -41,6 +41,10 @@ std::string describe(const PrimitiveFacts &primitive)
         text += fmt::format(": {} faces", *primitive.faces);
     if (primitive.minCount && primitive.maxCount)
         text += fmt::format(" of {} to {} vertices", *primitive.minCount, *primitive.maxCount);
+    if (primitive.curves)
+        text += fmt::format(": {} curves, {} vertices", *primitive.curves, primitive.vertices.value_or(0));
+    if (primitive.quadrics)
+        text += fmt::format(": {} quadrics", *primitive.quadrics);
     if (primitive.points)
         text += fmt::format("{} {} points", primitive.faces ? "," : ":", *primitive.points);
     text += '\n';
