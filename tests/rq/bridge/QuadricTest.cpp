@@ -85,6 +85,18 @@ TEST(QuadricCollectors, GatherEveryQuadricOnce)
         }
         EXPECT_TRUE(static_cast<const RQ_PrimTubeMesh *>(meshesIn(primitives)[2])->getCaps());
         EXPECT_EQ(found, detail.readLock()->primitiveCount());
+
+        // The detail is as large as all that comes out of it, wherever it is put.
+        const BAS_Mat4d matrix = BAS_Mat4d().setAxisAngle(BAS_Vec3d(1, 2, 3).normalized(), 1.0);
+        const RQ_TransformHandle turn(new RQ_Transform(&matrix, 1));
+        const RQ_PrimitiveHandle whole = RQ_MSHDetail::makeDetail(detail);
+        whole->setPrimitiveTransform(turn);
+        BAS_BoundingBox of, parts;
+        whole->enlargeBounds(&of, 1);
+        for (size_t kind = 0; kind < 4; ++kind)
+            meshesIn(primitives)[kind]->copyTransformed(turn)->enlargeBounds(&parts, 1);
+        primitives[0]->copyTransformed(turn)->enlargeBounds(&parts, 1);
+        EXPECT_EQ(of, parts);
     }
 }
 
