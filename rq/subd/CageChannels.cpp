@@ -48,6 +48,11 @@ rq::CageChannel weld(const rq::Values<double> &tuples, const CornersOfPoints &po
 }
 }  // namespace
 
+rq::CageChannel rq::findSeams(const RQ_DataArray &array, const Cage &cage)
+{
+    return weld(Values<double>(array), CornersOfPoints(cage));
+}
+
 void rq::readCageChannels(const RQ_AttributeListHandle &vertex, Cage &cage)
 {
     // What is linear on every face needs no seams.

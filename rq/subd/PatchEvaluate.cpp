@@ -82,29 +82,58 @@ private:
     int32_t number_ = -1;
 };
 
+/// Weights of a patch's control points at a place.
+struct PatchWeights
+{
+    static constexpr int kMostControls = 32;
+    float value[kMostControls], du[kMostControls], dv[kMostControls];
+
+    void sum(const Far::ConstIndexArray &indices, const Four *controls, PatchSample &sample) const
+    {
+        Lanes sums[3] = {};
+        for (int i = 0; i < indices.size(); ++i)
+        {
+            const Lanes control = controls[indices[i]].lanes;
+            sums[0] += control * value[i];
+            sums[1] += control * du[i];
+            sums[2] += control * dv[i];
+        }
+        sample.value.lanes = sums[0];
+        sample.du.lanes = sums[1];
+        sample.dv.lanes = sums[2];
+    }
+};
+
 void evaluateOther(const Far::PatchTable &table, const Far::PatchTable::PatchHandle &handle, const Four *controls,
                    PatchSample &sample)
 {
-    constexpr int kMostControls = 32;
-    float weights[3][kMostControls];
-    table.EvaluateBasis(handle, sample.u, sample.v, weights[0], weights[1], weights[2]);
-    const Far::ConstIndexArray indices = table.GetPatchVertices(handle);
-    Lanes value = {}, du = {}, dv = {};
-    for (int i = 0; i < indices.size(); ++i)
-    {
-        const Lanes control = controls[indices[i]].lanes;
-        value += control * weights[0][i];
-        du += control * weights[1][i];
-        dv += control * weights[2][i];
-    }
-    sample.value.lanes = value;
-    sample.du.lanes = du;
-    sample.dv.lanes = dv;
+    PatchWeights weights;
+    table.EvaluateBasis(handle, sample.u, sample.v, weights.value, weights.du, weights.dv);
+    weights.sum(table.GetPatchVertices(handle), controls, sample);
 }
 }  // namespace
 
+bool rq::PatchTables::evaluateVarying(const Four *controls, PatchSample *samples, int64_t count) const
+{
+    bool complete = true;
+    for (PatchSample *sample = samples; sample != samples + count; ++sample)
+    {
+        const Far::PatchTable::PatchHandle *handle =
+            sample->face < 0 ? nullptr : osd_->map->FindPatch(sample->face, double(sample->u), double(sample->v));
+        complete = complete && handle;
+        if (!handle)
+            continue;
+        PatchWeights weights;
+        osd_->table->EvaluateBasisFaceVarying(*handle, sample->u, sample->v, weights.value, weights.du, weights.dv);
+        weights.sum(osd_->table->GetPatchFVarValues(*handle), controls, *sample);
+    }
+    return complete;
+}
+
 bool rq::PatchTables::evaluate(const Four *controls, PatchSample *samples, int64_t count) const
 {
+    if (osd_->varying)
+        return evaluateVarying(controls, samples, count);
     const int *const indices = osd_->table->GetPatchControlVerticesTable().data();
     RegularPatch regular;  // mostly good for the next samples, too
     bool complete = true;

@@ -25,17 +25,28 @@ int isolationOf(const Cage &cage)
     return std::clamp(int(std::ceil(sharpest)) + 1, kStandard, kDeepest);
 }
 
-std::unique_ptr<const Far::StencilTable> makeStencils(const Far::TopologyRefiner &refiner, const Far::PatchTable &patches)
+using Stencils = std::unique_ptr<const Far::StencilTable>;
+
+Stencils makeStencils(const Far::TopologyRefiner &refiner, const Far::PatchTable &patches, int channel)
 {
-    Far::StencilTableFactory::Options options;
+    using Factory = Far::StencilTableFactory;
+    const bool varying = channel != PatchTables::kPoints;
+    Factory::Options options;
     options.generateIntermediateLevels = true;
     options.generateOffsets = true;
-    std::unique_ptr<const Far::StencilTable> refined(Far::StencilTableFactory::Create(refiner, options));
-    if (const Far::StencilTable *local = patches.GetLocalPointStencilTable())
-        if (const Far::StencilTable *all =
-                Far::StencilTableFactory::AppendLocalPointStencilTable(refiner, refined.get(), local))
-            refined.reset(all);
-    return refined;
+    if (varying)
+    {
+        options.interpolationMode = Factory::INTERPOLATE_FACE_VARYING;
+        options.fvarChannel = unsigned(channel);
+    }
+    Stencils refined(Factory::Create(refiner, options));
+    const Far::StencilTable *local =
+        varying ? patches.GetLocalPointFaceVaryingStencilTable() : patches.GetLocalPointStencilTable();
+    if (!local)
+        return refined;
+    Stencils all(varying ? Factory::AppendLocalPointStencilTableFaceVarying(refiner, refined.get(), local, channel)
+                         : Factory::AppendLocalPointStencilTable(refiner, refined.get(), local));
+    return all ? std::move(all) : std::move(refined);
 }
 
 void findRegular(PatchTables::Osd &osd, int64_t faces)
@@ -61,18 +72,26 @@ void findRegular(PatchTables::Osd &osd, int64_t faces)
 }
 }  // namespace
 
-rq::PatchTables::PatchTables(const Cage &cage, const Refiner &base) : osd_(new Osd), faces_(cage.faces())
+rq::PatchTables::PatchTables(const Cage &cage, const Refiner &base, int channel) : osd_(new Osd), faces_(cage.faces())
 {
     const RefinerHandle refiner = copyRefiner(base);
     Far::PatchTableFactory::Options options(unsigned(isolationOf(cage)));
     options.useInfSharpPatch = true;
     options.generateLegacySharpCornerPatches = false;
     options.generateVaryingTables = false;
+    osd_->varying = channel != kPoints;
+    if (osd_->varying)
+    {
+        options.generateFVarTables = true;
+        options.generateFVarLegacyLinearPatches = false;
+        options.numFVarChannels = 1;
+        options.fvarChannelIndices = &channel;
+    }
     refiner->far->RefineAdaptive(options.GetRefineAdaptiveOptions());
     osd_->table.reset(Far::PatchTableFactory::Create(*refiner->far, options));
     osd_->map = std::make_unique<const Far::PatchMap>(*osd_->table);
-    osd_->stencils = makeStencils(*refiner->far, *osd_->table);
-    osd_->cagePoints = cage.pointCount;
+    osd_->stencils = makeStencils(*refiner->far, *osd_->table, channel);
+    osd_->cagePoints = osd_->varying ? int32_t(cage.channels[size_t(channel)].sources.size()) : cage.pointCount;
 
     int32_t faces = cage.faces();
     if (cage.scheme != RQ_SCHEME_LOOP && !cage.onlyQuads)
@@ -82,7 +101,8 @@ rq::PatchTables::PatchTables(const Cage &cage, const Refiner &base) : osd_(new O
             firstQuad_.push_back(firstQuad_.back() + (count == 4 ? 1 : count));
         faces = firstQuad_.back();
     }
-    findRegular(*osd_, faces);
+    if (!osd_->varying)
+        findRegular(*osd_, faces);
 }
 
 rq::PatchTables::~PatchTables() = default;

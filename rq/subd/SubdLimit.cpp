@@ -9,7 +9,7 @@
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
 #include <rq/data/Values.h>
-#include <rq/subd/detail/patchTables.h>
+#include <rq/subd/detail/topologyData.h>
 
 namespace rq
 {
@@ -44,6 +44,32 @@ void write(int64_t tuple, const rq::PatchSample *block, int64_t size, rq::Four r
     kWriters[tuple - 1](block, size, result, out);
 }
 
+bool isEvaluable(const RQ_DataArrayHandle &values)
+{
+    return values && RQisNumeric(values->getStorage()) && !values->hasArrayEntries() && values->getTupleSize() >= 1 &&
+           values->getTupleSize() <= 4;
+}
+
+/// The values at all control points, of which the first `count` are rows of an array.
+template <class RowOf>
+std::unique_ptr<rq::PatchValues> controlsOf(const rq::PatchTables &patches, const RQ_DataArray &values, int64_t count,
+                                            RowOf &&rowOf)
+{
+    const rq::Values<float> numbers(values);
+    auto made = std::make_unique<rq::PatchValues>();
+    made->tuple = values.getTupleSize();
+    made->controls.resize(size_t(patches.controlPoints()));
+    for (int64_t point = 0; point < count; ++point)
+    {
+        const int64_t row = rowOf(point);
+        rq::Four &control = made->controls[size_t(point)] = rq::Four();
+        for (int64_t i = 0; i < made->tuple; ++i)
+            control.lanes[i] = numbers(row, i);
+    }
+    patches.computeControls(made->controls.data());
+    return made;
+}
+
 void writeNormal(const rq::PatchSample &sample, float *normal)
 {
     const auto &du = sample.du.lanes, &dv = sample.dv.lanes;
@@ -56,8 +82,9 @@ void writeNormal(const rq::PatchSample &sample, float *normal)
 }
 }  // namespace
 
-RQ_SubdLimit::RQ_SubdLimit(const RQ_SubdTopologyHandle &topology, std::unique_ptr<rq::PatchValues> values)
-    : topology_(topology), values_(std::move(values))
+RQ_SubdLimit::RQ_SubdLimit(const RQ_SubdTopologyHandle &topology, const PatchesHandle &patches,
+                           std::unique_ptr<rq::PatchValues> values)
+    : topology_(topology), patches_(patches), values_(std::move(values))
 {}
 
 RQ_SubdLimit::~RQ_SubdLimit() = default;
@@ -65,28 +92,32 @@ RQ_SubdLimit::~RQ_SubdLimit() = default;
 RQ_SubdLimitHandle RQ_SubdLimit::create(const RQ_SubdTopologyHandle &topology, const RQ_DataArrayHandle &values)
 try
 {
-    if (!topology || !values || !RQisNumeric(values->getStorage()) || values->hasArrayEntries())
+    if (!topology || !isEvaluable(values))
         return nullptr;
-    const int64_t tuple = values->getTupleSize();
     const rq::Values<int64_t> rows(topology->usedPoints());
     const int64_t needed = rows.entries() > 0 ? rows[rows.entries() - 1] + 1 : topology->points();
     const rq::PatchTables *patches = topology->patchTables();
-    if (tuple < 1 || tuple > 4 || values->entries() < needed || !patches)
+    if (values->entries() < needed || !patches)
         return nullptr;
+    return new RQ_SubdLimit(topology, patches, controlsOf(*patches, *values, topology->points(), [&](int64_t point) {
+                                return rows.entries() > 0 ? rows[point] : point;
+                            }));
+}
+catch (const std::bad_alloc &)
+{
+    return nullptr;
+}
 
-    const rq::Values<float> numbers(values);
-    auto made = std::make_unique<rq::PatchValues>();
-    made->tuple = tuple;
-    made->controls.resize(size_t(patches->controlPoints()));
-    for (int64_t point = 0; point < topology->points(); ++point)
-    {
-        const int64_t row = rows.entries() > 0 ? rows[point] : point;
-        rq::Four &control = made->controls[size_t(point)] = rq::Four();
-        for (int64_t i = 0; i < tuple; ++i)
-            control.lanes[i] = numbers(row, i);
-    }
-    patches->computeControls(made->controls.data());
-    return new RQ_SubdLimit(topology, std::move(made));
+RQ_SubdLimitHandle RQ_SubdLimit::createFaceVarying(const RQ_SubdTopologyHandle &topology, const RQ_DataArrayHandle &values)
+try
+{
+    if (!topology || !isEvaluable(values) || values->entries() != int64_t(topology->data_->cage.points.size()))
+        return nullptr;
+    const rq::CageChannel seams = rq::findSeams(*values, topology->data_->cage);
+    const PatchesHandle patches = topology->patchTables(seams);
+    return new RQ_SubdLimit(topology, patches,
+                            controlsOf(*patches, *values, int64_t(seams.sources.size()),
+                                       [&](int64_t value) { return int64_t(seams.sources[size_t(value)]); }));
 }
 catch (const std::bad_alloc &)
 {
@@ -97,7 +128,7 @@ int64_t RQ_SubdLimit::getTupleSize() const { return values_->tuple; }
 
 bool RQ_SubdLimit::evaluate(const RQ_SubdSample *samples, int64_t count, const Results &results) const
 {
-    const rq::PatchTables &patches = *topology_->patchTables();
+    const rq::PatchTables &patches = *patches_;
     const rq::Four *controls = values_->controls.data();
     const int64_t tuple = values_->tuple;
     const bool loop = topology_->scheme() == RQ_SCHEME_LOOP;

@@ -4,8 +4,9 @@
 
 namespace rq
 {
+struct PatchTables;
 class PatchValues;
-}
+}  // namespace rq
 
 class RQ_SubdLimit;
 using RQ_SubdLimitHandle = BAS_IntrusivePtr<const RQ_SubdLimit>;
@@ -38,6 +39,13 @@ public:
     /// `values` has an entry for each point of the mesh, such as "P" of a segment, of 1 to 4 numbers.  Null for anything
     /// else, and when memory does not suffice.
     static RQ_SubdLimitHandle create(const RQ_SubdTopologyHandle &topology, const RQ_DataArrayHandle &values);
+
+    /// The same for values with an entry for each vertex of the mesh, such as texture coordinates.
+    ///
+    /// Where the values of two faces differ along their edge lies a seam, which the tag of face-varying data tells how to
+    /// treat.  Patches are kept for the seams of the vertex attributes that the topology was made with, and made anew for
+    /// others.
+    static RQ_SubdLimitHandle createFaceVarying(const RQ_SubdTopologyHandle &topology, const RQ_DataArrayHandle &values);
     ~RQ_SubdLimit();
 
     int64_t getTupleSize() const;
@@ -55,8 +63,12 @@ public:
     bool evaluate(const RQ_SubdSample *samples, int64_t count, const Results &results) const;
 
 private:
-    RQ_SubdLimit(const RQ_SubdTopologyHandle &topology, std::unique_ptr<rq::PatchValues> values);
+    using PatchesHandle = BAS_IntrusivePtr<const rq::PatchTables>;
+
+    RQ_SubdLimit(const RQ_SubdTopologyHandle &topology, const PatchesHandle &patches,
+                 std::unique_ptr<rq::PatchValues> values);
 
     RQ_SubdTopologyHandle topology_;
+    PatchesHandle patches_;
     std::unique_ptr<rq::PatchValues> values_;
 };

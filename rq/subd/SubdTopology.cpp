@@ -42,6 +42,7 @@ try
         return refused(faults, found);
     }
     data->holes = rq::holesOf(*data->refiner);
+    data->channelPatches = std::vector<host::Published<rq::PatchTables>>(data->cage.channels.size());
     if (faults)
         *faults = std::move(found);
     return new RQ_SubdTopology(std::move(data));
@@ -81,6 +82,19 @@ catch (const std::bad_alloc &)
     return nullptr;
 }
 
+BAS_IntrusivePtr<const rq::PatchTables> RQ_SubdTopology::patchTables(const rq::CageChannel &seams) const
+{
+    using Tables = BAS_IntrusivePtr<const rq::PatchTables>;
+    const std::vector<rq::CageChannel> &known = data_->cage.channels;
+    for (size_t channel = 0; channel < known.size(); ++channel)
+        if (known[channel].values == seams.values)
+            return &data_->channelPatches[channel].getOrBuild(
+                [&] { return Tables(new rq::PatchTables(data_->cage, *data_->refiner, int(channel))); });
+    rq::Cage cage = data_->cage;
+    cage.channels = {seams};
+    return Tables(new rq::PatchTables(cage, *rq::makeRefiner(cage), 0));
+}
+
 int64_t RQ_SubdTopology::getMemoryUsage() const
 {
     int64_t bytes = int64_t(sizeof(*this) + sizeof(Data)) + rq::memoryOf(*data_->refiner);
@@ -89,5 +103,8 @@ int64_t RQ_SubdTopology::getMemoryUsage() const
             bytes += level.get()->getMemoryUsage();
     if (data_->patches.get())
         bytes += data_->patches.get()->getMemoryUsage();
+    for (const auto &patches : data_->channelPatches)
+        if (patches.get())
+            bytes += patches.get()->getMemoryUsage();
     return bytes;
 }

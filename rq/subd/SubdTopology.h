@@ -7,8 +7,9 @@
 
 namespace rq
 {
+struct CageChannel;
 struct PatchTables;
-}
+}  // namespace rq
 
 class RQ_SubdLimit;
 class RQ_SubdTopology;
@@ -61,6 +62,9 @@ private:
 
     // The pieces of the limit surface.  Null when memory does not suffice.
     const rq::PatchTables *patchTables() const;
+
+    // The pieces of face-varying values with some seams.
+    BAS_IntrusivePtr<const rq::PatchTables> patchTables(const rq::CageChannel &seams) const;
 
     std::unique_ptr<Data> data_;
 };

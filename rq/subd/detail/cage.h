@@ -69,6 +69,9 @@ void renumberPoints(Cage &cage, const RQ_DataArrayHandle &rows);
 /// Read the tags: whatever names nothing is left out with a fault.
 void readCageTags(const RQ_PrimSubdivisionMesh &mesh, Cage &cage, RQ_SubdFaults &faults);
 
+/// The seams of an array with an entry for each corner: corners of one point share a value where their tuples are the same.
+CageChannel findSeams(const RQ_DataArray &array, const Cage &cage);
+
 /// Find the seams of all floating-point vertex attributes of the first segment.
 void readCageChannels(const RQ_AttributeListHandle &vertex, Cage &cage);
 }  // namespace rq

@@ -25,4 +25,5 @@ struct rq::PatchTables::Osd
     std::vector<Regular> regular;                       // of each patch
     std::vector<int32_t> whole;                         // of each face the one regular patch that covers it, or -1
     int32_t cagePoints = 0;
+    bool varying = false;  // of face-varying values: nothing is known of the regular ones
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include <host/bas/Published.h>
 #include <rq/subd/SubdTopology.h>
@@ -22,4 +23,5 @@ struct RQ_SubdTopology::Data
 
     std::array<host::Published<rq::UniformLevels>, kDeepestLevel + 1> levels;
     host::Published<rq::PatchTables> patches;
+    std::vector<host::Published<rq::PatchTables>> channelPatches;  // of each channel of the cage
 };

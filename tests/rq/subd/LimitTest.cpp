@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <rq/subd/SubdLimit.h>
 #include <tests/rq/surface/Fixture.h>
 
@@ -134,4 +136,52 @@ TEST(SubdLimit, PlacesThatAreNoneGetZeros)
     EXPECT_EQ(RQ_SubdLimit::create(topology, integers({1, 2})), nullptr);
     EXPECT_EQ(RQ_SubdLimit::create(topology, nullptr), nullptr);
     EXPECT_EQ(RQ_SubdLimit::create(nullptr, integers({1, 2})), nullptr);
+}
+
+TEST(SubdLimit, FaceVaryingValuesFollowTheirSeams)
+{
+    const MeshShape shape = grid(false, [](int, int) { return 0; });
+    const auto valuesOf = [&](const std::function<float(int face, double x)> &valueAt) {
+        std::vector<float> values;
+        for (size_t corner = 0; corner < shape.indices.size(); ++corner)
+            values.push_back(valueAt(int(corner / 4), pointOf(shape, shape.indices[corner]).x));
+        return makeArray(values, 1);
+    };
+    const auto isLeft = [](int face) { return face % 6 < 3; };
+    const RQ_DataArrayHandle whole = valuesOf([](int, double x) { return float(x * x); });
+    const RQ_DataArrayHandle cut = valuesOf([&](int face, double x) { return float(isLeft(face) ? x : 20 - x); });
+    const int at = 6 * 2 + 2;  // the face from x = 2 to the seam at 3
+    const struct
+    {
+        const char *what;
+        RQ_DataArrayHandle values;
+        int linear;  // the tag
+        RQ_SubdSample sample;
+        float value, du;
+    } kCases[] = {
+        {"smooth as points are", whole, 2, {at, 0, 0.5f, 0.5f}, 6.25f + 1.0f / 3, 5},
+        {"over a line of points", whole, 2, {at, 0, 1, 0.25f}, 9 + 1.0f / 3, 6},
+        {"linear on faces", whole, 5, {at, 0, 0.5f, 0.5f}, 6.5f, 5},
+        {"left of the seam", cut, 2, {at, 0, 1, 0.5f}, 3, 1},
+        {"right of it", cut, 2, {at + 1, 0, 0, 0.5f}, 17, -1},
+        {"away from it", cut, 1, {at + 3, 0, 0.25f, 0}, 14.75f, -1},
+    };
+    for (const bool known : {true, false})  // whether the topology was made with these seams
+        for (const auto &c : kCases)
+        {
+            SCOPED_TRACE(testing::Message() << c.what << (known ? ", known" : ", new"));
+            const RQ_SubdivisionMeshHandle mesh(new RQ_PrimSubdivisionMesh(
+                integers(shape.counts), integers(shape.indices), oneAttribute("P", positions(shape.positions)),
+                known ? oneAttribute("uv", c.values) : RQ_AttributeListHandle()));
+            mesh->appendIntTag("osd_fvarlinearinterpolation", integers({c.linear}));
+            const RQ_SubdTopologyHandle topology = RQ_SubdTopology::create(*mesh);
+            const RQ_SubdLimitHandle limit = RQ_SubdLimit::createFaceVarying(topology, c.values);
+            ASSERT_TRUE(limit);
+            float value = 0, du = 0, dv = 1;
+            EXPECT_TRUE(limit->evaluate(&c.sample, 1, {&value, &du, &dv}));
+            EXPECT_NEAR(value, c.value, 1e-5);
+            EXPECT_NEAR(du, c.du, 1e-4);
+            EXPECT_NEAR(dv, 0, 1e-5);
+            EXPECT_EQ(RQ_SubdLimit::createFaceVarying(topology, integers({1, 2})), nullptr);
+        }
 }

@@ -306,6 +306,15 @@ TEST(SubdRefine, SurvivesAnySoupWithTheSameBitsOnAnyThreads)
         for (size_t i = 0; i < 300; ++i)
             ASSERT_TRUE(std::isfinite(p[i] + du[i] + dv[i] + n[i])) << i;
 
+        std::vector<float> seams;
+        for (size_t corner = 0; corner < shape.indices.size(); ++corner)
+            seams.push_back(float(upTo(2)));
+        const RQ_SubdLimitHandle varying = RQ_SubdLimit::createFaceVarying(topology, reals(seams));
+        ASSERT_TRUE(varying);
+        varying->evaluate(samples.data(), 100, {p.data(), du.data(), dv.data()});
+        for (size_t i = 0; i < 100; ++i)
+            ASSERT_TRUE(std::isfinite(p[i] + du[i] + dv[i])) << i;
+
         if (seed % 16 == 0)
         {
             const BAS_Threads::Limit one(1);
