@@ -73,6 +73,36 @@ template <class Add> void addInBlocks(BAS_BoundingBox &box, int64_t curves, int6
 
 // Whole registers, and whole positions; of fewer the compiler makes single values.
 constexpr int kLanes = 24;
+constexpr int kEndLanes = 4;
+
+/// The least and the greatest value of each lane.
+template <int N> struct Extremes
+{
+    float low[N], high[N];
+
+    Extremes()
+    {
+        std::fill_n(low, N, std::numeric_limits<float>::infinity());
+        std::fill_n(high, N, -std::numeric_limits<float>::infinity());
+    }
+
+    // What is no number stays out.
+    void take(int64_t lane, float less, float more)
+    {
+        low[lane] = less < low[lane] ? less : low[lane];
+        high[lane] = more > high[lane] ? more : high[lane];
+    }
+
+    /// Enlarge by the position in three lanes.
+    void addTo(BAS_BoundingBox &box, int lane) const
+    {
+        if (low[lane] <= high[lane] && low[lane + 1] <= high[lane + 1] && low[lane + 2] <= high[lane + 2])
+        {
+            box.enlarge(BAS_Vec3f(low[lane], low[lane + 1], low[lane + 2]));
+            box.enlarge(BAS_Vec3f(high[lane], high[lane + 1], high[lane + 2]));
+        }
+    }
+};
 
 /// Consecutive packed positions that have neighbours on both sides.
 struct Run
@@ -81,12 +111,16 @@ struct Run
     int64_t count;  // of positions, at least as many as the lanes hold
 };
 
-/// Least and greatest of positions moved both ways by a sixth of what lies between their neighbours.
-HOST_CLONES void widenLanes(const Run *runs, int64_t count, float *__restrict lows, float *__restrict highs)
+constexpr float kSixth = 1.0f / 6.0f;
+
+/// Extremes of positions moved both ways by a sixth of what lies between their neighbours.  With `ends` runs stand between
+/// two more positions on each side, and what lies next to a run moves towards it only: into `heads`, lanes 0 to 2, and
+/// `tails`, lanes 1 to 3.
+HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, Extremes<kLanes> &__restrict inner,
+                            Extremes<kEndLanes> &__restrict heads, Extremes<kEndLanes> &__restrict tails)
 {
-    float low[kLanes], high[kLanes];
-    std::copy_n(lows, kLanes, low);
-    std::copy_n(highs, kLanes, high);
+    Extremes<kLanes> all = inner;
+    Extremes<kEndLanes> head = heads, tail = tails;
     for (const Run *run = runs; run != runs + count; ++run)
     {
         const int64_t last = 3 * run->count - kLanes;
@@ -96,69 +130,90 @@ HOST_CLONES void widenLanes(const Run *runs, int64_t count, float *__restrict lo
             const float *at = run->values + std::min(first, last);
             for (int64_t lane = 0; lane < kLanes; ++lane)
             {
-                const float slope = std::abs(at[lane + 3] - at[lane - 3]) * (1.0f / 6.0f);
-                const float less = at[lane] - slope, more = at[lane] + slope;
-                low[lane] = less < low[lane] ? less : low[lane];
-                high[lane] = more > high[lane] ? more : high[lane];
+                const float slope = std::abs(at[lane + 3] - at[lane - 3]) * kSixth;
+                all.take(lane, at[lane] - slope, at[lane] + slope);
             }
         }
+        if (!ends)
+            continue;
+        // Four values at a time; behind the last position of all there may be none, before it there is.
+        const float *at = run->values - 3;
+        for (int64_t lane = 0; lane < kEndLanes; ++lane)
+        {
+            const float moved = at[lane] + (at[lane + 3] - at[lane - 3]) * kSixth;
+            head.take(lane, at[lane], at[lane]);
+            head.take(lane, moved, moved);
+        }
+        at = run->values + 3 * run->count - 1;
+        for (int64_t lane = 0; lane < kEndLanes; ++lane)
+        {
+            const float moved = at[lane] - (at[lane + 3] - at[lane - 3]) * kSixth;
+            tail.take(lane, at[lane], at[lane]);
+            tail.take(lane, moved, moved);
+        }
     }
-    std::copy_n(low, kLanes, lows);
-    std::copy_n(high, kLanes, highs);
+    inner = all;
+    heads = head;
+    tails = tail;
 }
 
 /// The box of packed Catmull-Rom curves: around each vertex lie the Bezier vertices of the spans that it joins.
 class PackedHull
 {
 public:
-    explicit PackedHull(const float *positions) : positions_(positions)
+    PackedHull(const float *positions, bool closed) : positions_(positions), closed_(closed) {}
+
+    void add(int64_t first, int64_t count)
     {
-        std::fill_n(low_, kLanes, std::numeric_limits<float>::infinity());
-        std::fill_n(high_, kLanes, -std::numeric_limits<float>::infinity());
+        if (closed_)
+            addClosed(first, count);
+        else
+            addOpen(first, count);
     }
 
+    BAS_BoundingBox box()
+    {
+        Extremes<kEndLanes> heads, tails;
+        widenLanes(runs_.data(), int64_t(runs_.size()), !closed_, lanes_, heads, tails);
+        runs_.clear();
+        BAS_BoundingBox box;
+        for (int lane = 0; lane < kLanes; lane += 3)
+            lanes_.addTo(box, lane);
+        heads.addTo(box, 0);
+        tails.addTo(box, 1);
+        return box;
+    }
+
+private:
     void addOpen(int64_t first, int64_t count)
     {
         if (count < 4)
             return;
-        const int64_t last = first + count - 1;
+        const int64_t inner = count - 4, last = first + count - 1;
+        if (inner >= kLanes / 3)
+            return runs_.push_back({positions_ + 3 * (first + 2), inner});
         addVertex(first, first + 1, first + 2, 0.0f, 1.0f);
         addVertex(last - 2, last - 1, last, 1.0f, 0.0f);
-        addRun(first + 2, count - 4);
+        addInner(first + 2, inner);
     }
 
     void addClosed(int64_t first, int64_t count)
     {
         if (count < 3)
             return;
-        const int64_t last = first + count - 1;
+        const int64_t inner = count - 2, last = first + count - 1;
         addVertex(last, first, first + 1, 1.0f, 1.0f);
         addVertex(last - 1, last, first, 1.0f, 1.0f);
-        addRun(first + 1, count - 2);
-    }
-
-    BAS_BoundingBox box()
-    {
-        widenLanes(runs_.data(), int64_t(runs_.size()), low_, high_);
-        runs_.clear();
-        BAS_BoundingBox box;
-        for (int lane = 0; lane < kLanes; lane += 3)
-            if (low_[lane] <= high_[lane] && low_[lane + 1] <= high_[lane + 1] && low_[lane + 2] <= high_[lane + 2])
-            {
-                box.enlarge(BAS_Vec3f(low_[lane], low_[lane + 1], low_[lane + 2]));
-                box.enlarge(BAS_Vec3f(high_[lane], high_[lane + 1], high_[lane + 2]));
-            }
-        return box;
-    }
-
-private:
-    void addRun(int64_t first, int64_t count)
-    {
-        if (count >= kLanes / 3)
-            runs_.push_back({positions_ + 3 * first, count});
+        if (inner >= kLanes / 3)
+            runs_.push_back({positions_ + 3 * (first + 1), inner});
         else
-            for (int64_t i = first; i < first + count; ++i)
-                addVertex(i - 1, i, i + 1, 1.0f, 1.0f);
+            addInner(first + 1, inner);
+    }
+
+    void addInner(int64_t first, int64_t count)
+    {
+        for (int64_t i = first; i < first + count; ++i)
+            addVertex(i - 1, i, i + 1, 1.0f, 1.0f);
     }
 
     /// `in` and `out` are 1 where a span ends and begins, 0 where none does.
@@ -167,16 +222,15 @@ private:
         for (int axis = 0; axis < 3; ++axis)
         {
             const float value = positions_[3 * at + axis];
-            const float slope = (positions_[3 * behind + axis] - positions_[3 * before + axis]) * (1.0f / 6.0f);
+            const float slope = (positions_[3 * behind + axis] - positions_[3 * before + axis]) * kSixth;
             const float a = value - in * slope, b = value + out * slope;
-            low_[axis] = std::min(low_[axis], std::min(a, b));
-            high_[axis] = std::max(high_[axis], std::max(a, b));
+            lanes_.take(axis, std::min(a, b), std::max(a, b));
         }
     }
 
     const float *positions_;
-    float low_[kLanes];
-    float high_[kLanes];
+    bool closed_;
+    Extremes<kLanes> lanes_;
     std::vector<Run> runs_;
 };
 }  // namespace
@@ -206,12 +260,9 @@ void rq::enlargeByHull(BAS_BoundingBox &box, const SpanShapes &shapes, const Cur
 void rq::enlargeByHull(BAS_BoundingBox &box, const SpanShapes &shapes, const float *positions)
 {
     addInBlocks(box, shapes.curves(), kPackedCurvesPerBlock, [&](BAS_BoundingBox &part, int64_t begin, int64_t end) {
-        PackedHull hull(positions);
+        PackedHull hull(positions, shapes.wraps());
         for (int64_t curve = begin; curve < end; ++curve)
-            if (shapes.wraps())
-                hull.addClosed(shapes.firstVertex(curve), shapes.vertices(curve));
-            else
-                hull.addOpen(shapes.firstVertex(curve), shapes.vertices(curve));
+            hull.add(shapes.firstVertex(curve), shapes.vertices(curve));
         part = hull.box();
     });
 }
