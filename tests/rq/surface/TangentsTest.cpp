@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <tests/rq/surface/Fixture.h>
+#include <host/bas/Parallel.h>
+#include <tests/rq/surface/tangentMeshes.h>
 
 using namespace tests;
 
@@ -27,6 +28,7 @@ struct TangentCase
 void straight(const BAS_Vec3d &p, float *uv) { uv[0] = float(p.x), uv[1] = float(p.y); }
 void turned(const BAS_Vec3d &p, float *uv) { uv[0] = float(p.y), uv[1] = float(-2.0 * p.x); }
 void mirrored(const BAS_Vec3d &p, float *uv) { uv[0] = float(-p.x), uv[1] = float(p.y); }
+void nowhere(const BAS_Vec3d &, float *uv) { uv[0] = uv[1] = 0.5f; }
 
 const TangentCase kTangentCases[] = {
     {"straight", "star", straight, {1, 0, 0}, {0, 1, 0}},
@@ -34,7 +36,24 @@ const TangentCase kTangentCases[] = {
     {"mirrored", "star", mirrored, {-1, 0, 0}, {0, 1, 0}},
     {"reflex corner", "dart", straight, {1, 0, 0}, {0, 1, 0}},
     {"repeated way to a hole", "keyhole", mirrored, {-1, 0, 0}, {0, 1, 0}},
+    {"no direction", "dart", nowhere, {1, 0, 0}, {0, -1, 0}},
 };
+
+/// How many corners differ from the plain method's: in the sign, or by more than 1e-5.
+int countDifferences(const TexturedMesh &mesh)
+{
+    const std::vector<bench::PlainTangents::Result> plain = bench::PlainTangents::make(mesh.counts, mesh.corners());
+    const MadeTangents made(mesh.make());
+    int differences = 0;
+    for (size_t i = 0; i < plain.size(); ++i)
+    {
+        const BAS_Vec3f normal = MadeTangents::vector(mesh.normals, i);
+        const bool hasSign = (normal % plain[i].tangent).length() > 0.5f;
+        differences += (made.tangent(i) - plain[i].tangent).length() > 1e-5f ||
+                       (hasSign && made.isPreserving(i, normal) != plain[i].isPreserving);
+    }
+    return differences;
+}
 }  // namespace
 
 TEST(Tangents, FollowTheTexture)
@@ -53,48 +72,76 @@ TEST(Tangents, FollowTheTexture)
         EXPECT_EQ(mesh->createTangentsIfMissing(changed), mesh);
         EXPECT_FALSE(changed);
     }
+    RQ_DataArrayHandle tangentU, tangentV;
+    EXPECT_FALSE(makeMesh(stripShape(2))->createFastTangents(tangentU, tangentV));
 }
 
-TEST(Tangents, AreUnitVectorsAtRightAnglesToTheNormalOnEveryShape)
+TEST(Tangents, AreThoseOfTheMethodWrittenPlainly)
 {
-    for (const MeshShape &shape : meshShapes())
+    for (const bool hasQuads : {false, true})
     {
-        SCOPED_TRACE(shape.name);
-        if (shape.indices.empty())
-            continue;
-        const auto wavy = [](const BAS_Vec3d &p, float *uv) {
-            uv[0] = float(std::sin(3.0 * p.x) + p.z), uv[1] = float(p.y * p.x);
-        };
-        for (const auto uvOf : {+wavy, +[](const BAS_Vec3d &, float *uv) { uv[0] = uv[1] = 0.5f; }})
-        {
-            const RQ_PolygonMeshHandle mesh = textured(shape, uvOf);
-            RQ_DataArrayHandle tangentU, tangentV;
-            ASSERT_TRUE(mesh->createFastTangents(tangentU, tangentV));
-            const RQ_DataArrayHandle normals = mesh->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL64);
-            for (int64_t i = 0; i < mesh->getVertexCount(); ++i)
-            {
-                const BAS_Vec3d u = vectorOf(*tangentU, i), v = vectorOf(*tangentV, i);
-                const BAS_Vec3d normal = vectorOf(*normals, mesh->getVertexList()->getI64(i));
-                EXPECT_NEAR(u.length(), 1.0, 1e-5) << i;
-                EXPECT_NEAR(v.length(), normal.length(), 1e-5) << i;
-                EXPECT_NEAR(normal.dot(u), 0.0, 1e-5) << i;
-                EXPECT_NEAR(v.dot(u), 0.0, 1e-5) << i;
-            }
-        }
+        for (const bool isUgly : {false, true})
+            EXPECT_EQ(countDifferences(shellMesh(30, hasQuads, isUgly)), 0) << hasQuads << isUgly;
+        for (int seed = 0; seed < 500; ++seed)
+            EXPECT_EQ(countDifferences(latticeMesh(seed, hasQuads)), 0) << "seed " << seed << ", quads " << hasQuads;
+        // So many faces that each vertex has more than are linked pair by pair.
+        EXPECT_EQ(countDifferences(latticeMesh(1, hasQuads, 2000)), 0) << hasQuads;
     }
 }
 
-TEST(Tangents, AreNotSharedAcrossASeam)
+TEST(Tangents, DoNotDependOnThreadsStoragesAndSplitPoints)
 {
-    // Two quads side by side whose textures run in different ways.
-    const MeshShape strip = stripShape(2);
-    const RQ_DataArrayHandle uv = makeArray<float>({0, 0, 1, 0, 1, 1, 0, 1, 0, 0, 0, 1, -1, 1, -1, 0}, 2);
-    const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(integers(strip.counts), integers(strip.indices),
-                                                           oneAttribute("P", positions(strip.positions)),
-                                                           oneAttribute("uv", uv)));
-    RQ_DataArrayHandle tangentU, tangentV;
-    ASSERT_TRUE(mesh->createFastTangents(tangentU, tangentV));
-    EXPECT_GT(vectorOf(*tangentU, 1).x, 0.7);
-    EXPECT_LT(vectorOf(*tangentU, 4).y, -0.7);
-    EXPECT_FALSE(makeMesh(strip)->createFastTangents(tangentU, tangentV));
+    const TexturedMesh mesh = shellMesh(150, true, true);
+    const MadeTangents expected(mesh.make());
+    for (const int workers : {1, 2, 8, 64})
+    {
+        const BAS_Threads::Limit limit(workers);
+        EXPECT_EQ(MadeTangents(mesh.make()), expected) << workers;
+    }
+
+    TexturedMesh split = mesh;
+    split.points.clear();
+    for (size_t i = 0; i < mesh.indices.size(); ++i)
+    {
+        const float *p = &mesh.points[3 * size_t(mesh.indices[i])];
+        split.points.insert(split.points.end(), p, p + 3);
+        split.indices[i] = int(i);
+    }
+    EXPECT_EQ(MadeTangents(split.make()), expected);
+
+    const auto make = [&](auto value) {
+        using T = decltype(value);
+        const auto as = [](const std::vector<float> &values, int64_t tuple) {
+            std::vector<T> converted;
+            for (const float v : values)
+                converted.push_back(T(float(PLT_Half(v))));
+            return makeArray(converted, tuple);
+        };
+        const RQ_AttributeListHandle vertex = oneAttribute("uv", as(mesh.texture, 2));
+        return MadeTangents(new RQ_PrimPolygonMesh(integers(mesh.counts), integers(mesh.indices),
+                                                   oneAttribute("P", as(mesh.points, 3)),
+                                                   vertex->addAttribute("N", as(mesh.normals, 3), false)));
+    };
+    EXPECT_EQ(make(PLT_Half()), make(float()));
+    EXPECT_EQ(make(double()), make(float()));
+}
+
+TEST(Tangents, OfAnyInputAreThere)
+{
+    const float odd[] = {0.0f, -0.0f, 1.0f, 1e-38f, -1e30f, 3e38f, INFINITY, NAN, 1e-20f};
+    for (int seed = 0; seed < 200; ++seed)
+    {
+        std::mt19937 random{unsigned(seed)};
+        TexturedMesh mesh = latticeMesh(seed, true);
+        for (auto *values : {&mesh.points, &mesh.normals, &mesh.texture})
+            for (float &value : *values)
+                if (random() % 4 == 0)
+                    value = odd[random() % std::size(odd)];
+        EXPECT_EQ(MadeTangents(mesh.make()).u.size(), 3 * mesh.indices.size()) << "seed " << seed;
+    }
+    for (const MeshShape &shape : meshShapes())
+    {
+        SCOPED_TRACE(shape.name);
+        EXPECT_TRUE(shape.indices.empty() || !MadeTangents(textured(shape, turned)).v.empty());
+    }
 }

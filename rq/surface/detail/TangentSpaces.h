@@ -1,0 +1,183 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include <host/bas/CornerAdjacency.h>
+#include <rq/surface/detail/FanSums.h>
+#include <rq/surface/detail/tangentFace.h>
+
+namespace rq
+{
+/// The tangents of a mesh of triangles and quads (M. S. Mikkelsen, "Simulation of Wrinkled Surfaces Revisited", 2008).
+///
+/// All that the method asks of the neighbourhood of edges can be seen from the vertices at their ends, so vertices are
+/// worked on by themselves, with nothing kept from one to another.
+template <class Topology> class TangentSpaces
+{
+    using Adjacency = host::CornerAdjacency<typename Topology::Index>;
+
+public:
+    /// `vertices` has the faces of `points`, and numbers their corners by what they hold; `around` are its corners.
+    TangentSpaces(const TangentInput &input, const Topology &points, const Topology &vertices, const Adjacency &around)
+        : input_(input), points_(points), vertices_(vertices), around_(around), faces_(size_t(points.faces()))
+    {
+        // A face costs about 20 ns.
+        constexpr int64_t kFacesPerTask = 4096;
+        std::atomic<bool> hasFree = false;
+        host::parallelFor(points.faces(), kFacesPerTask, [&](int64_t face) {
+            const TangentFace made = TangentFace::make(input_, points_, face);
+            faces_[size_t(face)] = made;
+            if (made.isFree(0) || made.isFree(1))
+                hasFree.store(true, std::memory_order_relaxed);
+        });
+        if (hasFree)
+            decideFree();
+    }
+
+    /// Write both tangents of each corner.
+    void write(BAS_Vec3f *tangentU, BAS_Vec3f *tangentV) const
+    {
+        constexpr int64_t kVerticesPerTask = 1024, kFacesPerTask = 16384;
+        host::parallelForRange(around_.points(), kVerticesPerTask, [&](int64_t begin, int64_t end) {
+            Batch batch(*this, tangentU, tangentV);
+            for (int64_t vertex = begin; vertex < end; ++vertex)
+                batch.add(vertex);
+            batch.finish();
+        });
+        host::parallelFor(points_.faces(), kFacesPerTask, [&](int64_t face) { completeQuad(face, tangentU, tangentV); });
+    }
+
+private:
+    class Batch;
+
+    /// A free triangle with directed neighbours in a fan: the group that begins at `rank` reaches it.
+    struct Reach
+    {
+        int64_t rank, vertex;
+        int first;
+    };
+
+    /// Whether all triangles of a corner's face are.
+    bool isDegenerate(int64_t corner) const
+    {
+        const TangentFace face = faces_[size_t(around_.faceOf(vertices_, corner))];
+        return face.isDegenerate(0) && (face.triangles() < 2 || face.isDegenerate(1));
+    }
+
+    void gather(int64_t vertex, std::vector<FanTriangle> &triangles) const;
+    void decideFree();
+    std::vector<Reach> reachesFree() const;
+    void completeQuad(int64_t face, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV) const;
+
+    const TangentInput &input_;
+    const Topology &points_, &vertices_;
+    const Adjacency &around_;
+    std::vector<TangentFace> faces_;
+};
+
+/// Append the triangles around a vertex that have no two positions in one place.
+template <class Topology> void TangentSpaces<Topology>::gather(int64_t vertex, std::vector<FanTriangle> &triangles) const
+{
+    const auto *const corners = around_.around(vertex);
+    for (int64_t i = 0; i < around_.valence(vertex); ++i)
+    {
+        const int64_t corner = corners[i], face = around_.faceOf(vertices_, corner), begin = vertices_.begin(face);
+        const TangentFace flags = faces_[size_t(face)];
+        for (int half = 0; half < flags.triangles(); ++half)
+        {
+            const int at = flags.find(half, int(corner - begin));
+            if (at < 0 || flags.isDegenerate(half))
+                continue;
+            FanTriangle &made = triangles.emplace_back();
+            for (int k = 0; k < 3; ++k)
+                made.corners[size_t(k)] = begin + flags.corner(half, k);
+            made.face = face;
+            made.next = vertices_.point(made.corners[size_t(at < 2 ? at + 1 : 0)]);
+            made.previous = vertices_.point(made.corners[size_t(at > 0 ? at - 1 : 2)]);
+            made.at = at;
+            made.half = half;
+            made.isPreserving = flags.isPreserving(half);
+            made.isFree = flags.isFree(half);
+        }
+    }
+}
+
+template <class Topology> std::vector<typename TangentSpaces<Topology>::Reach> TangentSpaces<Topology>::reachesFree() const
+{
+    using Reaches = std::vector<Reach>;
+    constexpr int64_t kVerticesPerBlock = 4096;
+    const auto look = [this](int64_t begin, int64_t end) {
+        Reaches reaches;
+        std::vector<FanTriangle> fan;
+        for (int64_t vertex = begin; vertex < end; ++vertex)
+        {
+            fan.clear();
+            gather(vertex, fan);
+            if (std::none_of(fan.begin(), fan.end(), [](const FanTriangle &t) { return t.isFree; }))
+                continue;
+            linkFan(fan);
+            groupFan(fan, false);
+            for (const FanTriangle &triangle : fan)
+                for (const int other : triangle.across)
+                    if (triangle.isFree && other >= 0 && !fan[size_t(other)].isFree)
+                        reaches.push_back({fan[size_t(fan[size_t(other)].group)].rank(), vertex, fan[size_t(other)].group});
+        }
+        return reaches;
+    };
+    return host::parallelReduce(
+        around_.points(), kVerticesPerBlock, Reaches(), look,
+        [](Reaches &into, const Reaches &from) { into.insert(into.end(), from.begin(), from.end()); });
+}
+
+/// Let each free triangle be mirrored as the first group that comes to it.  That is a matter of order alone, so it is done
+/// by one thread.
+template <class Topology> void TangentSpaces<Topology>::decideFree()
+{
+    std::vector<Reach> reaches = reachesFree();
+    std::sort(reaches.begin(), reaches.end(), [](const Reach &a, const Reach &b) { return a.rank < b.rank; });
+    std::vector<FanTriangle> fan;
+    int64_t last = -1;
+    for (const Reach &reach : reaches)
+    {
+        if (reach.rank == std::exchange(last, reach.rank))
+            continue;
+        fan.clear();
+        gather(reach.vertex, fan);
+        linkFan(fan);
+        const bool isPreserving = fan[size_t(reach.first)].isPreserving;
+        for (const int side : {0, 1})
+            for (int i = fan[size_t(reach.first)].across[side]; i >= 0 && i != reach.first; i = fan[size_t(i)].across[side])
+            {
+                TangentFace &face = faces_[size_t(fan[size_t(i)].face)];
+                if (fan[size_t(i)].isFree && !face.isDecided(fan[size_t(i)].half))
+                    face.decide(fan[size_t(i)].half, isPreserving);
+                if (face.isPreserving(fan[size_t(i)].half) != isPreserving)
+                    break;
+            }
+    }
+}
+
+/// A quad with one degenerate half has a corner without a triangle: it takes the tangents of the corner in the same place.
+template <class Topology>
+void TangentSpaces<Topology>::completeQuad(int64_t face, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV) const
+{
+    const TangentFace flags = faces_[size_t(face)];
+    if (flags.triangles() < 2 || flags.isDegenerate(0) == flags.isDegenerate(1))
+        return;
+    const int good = flags.isDegenerate(0) ? 1 : 0;
+    const int64_t begin = points_.begin(face);
+    int64_t missing = begin;
+    while (flags.find(good, int(missing - begin)) >= 0)
+        ++missing;
+    for (int k = 0; k < 3; ++k)
+        if (const int64_t corner = begin + flags.corner(good, k);
+            input_.position(points_.point(corner)) == input_.position(points_.point(missing)))
+        {
+            tangentU[missing] = tangentU[corner];
+            tangentV[missing] = tangentV[corner];
+            return;
+        }
+}
+}  // namespace rq

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <vector>
+
+#include <host/bas/LargeBlocks.h>
+#include <host/bas/Parallel.h>
+#include <host/bas/faceGeometry.h>
+#include <rq/data/Positions.h>
+#include <rq/data/Values.h>
+#include <rq/surface/PrimPolygonMesh.h>
+
+namespace rq
+{
+/// An attribute of corners or, where they lack it, of their points, in 32-bit floats.
+class CornerValues
+{
+public:
+    CornerValues() = default;
+    CornerValues(const RQ_DataArrayHandle &array, int64_t rows, bool ofPoints) : ofPoints_(ofPoints)
+    {
+        if (array && RQisNumeric(array->getStorage()) && array->entries() >= rows)
+            values_ = Values<float>(array);
+    }
+    CornerValues(const RQ_PrimPolygonMesh &mesh, const char *name, int segment)
+    {
+        if (mesh.getVertex() && mesh.getVertex()->get(name, segment))
+            *this = CornerValues(mesh.getVertex()->get(name, segment), mesh.getVertexCount(), false);
+        else if (mesh.getShared())
+            *this = CornerValues(mesh.getShared()->get(name, segment), mesh.getPointCount(), true);
+    }
+
+    bool has(int64_t components) const { return values_.data() && values_.tupleSize() >= components; }
+    bool isOfPoints() const { return ofPoints_; }
+    const float *operator()(int64_t corner, int64_t point) const
+    {
+        return values_.data() + (ofPoints_ ? point : corner) * values_.tupleSize();
+    }
+
+private:
+    Values<float> values_;
+    bool ofPoints_ = false;
+};
+
+/// What tangents follow from.  All of it is read in 32-bit floats, as everybody does who makes tangents by this method:
+/// whoever bakes a texture and whoever draws it must come to the same ones.
+class TangentInput
+{
+public:
+    /// The bits of position, normal and texture coordinates; zeros have no sign.
+    using Key = std::array<uint32_t, 8>;
+
+    TangentInput(const Positions &positions, CornerValues texture, CornerValues normals)
+        : texture_(std::move(texture)), normals_(std::move(normals)), positions_(positions), flat_(positions.flat())
+    {
+        if (flat_)
+            return;
+        constexpr int64_t kPointsPerTask = 16384;
+        rounded_.resize(size_t(positions.entries()));
+        host::parallelFor(positions.entries(), kPointsPerTask,
+                          [&](int64_t point) { rounded_[size_t(point)] = BAS_Vec3f(positions[point]); });
+        flat_ = rounded_.empty() ? nullptr : &rounded_[0].x;
+    }
+
+    BAS_Vec3f position(int64_t point) const { return {flat_[3 * point], flat_[3 * point + 1], flat_[3 * point + 2]}; }
+
+    /// u and v of a corner.
+    const float *texture(int64_t corner, int64_t point) const { return texture_(corner, point); }
+
+    /// The normal of a corner; one that is clearly not a unit vector is made one.
+    BAS_Vec3f normal(int64_t corner, int64_t point) const
+    {
+        constexpr float kRounding = 1e-5f;
+        const float *n = normals_(corner, point);
+        const BAS_Vec3f normal(n[0], n[1], n[2]);
+        return std::abs(normal.dot(normal) - 1.0f) < kRounding ? normal : BAS_Vec3f(host::direction(BAS_Vec3d(normal)));
+    }
+
+    /// Whether all corners of a point hold the same.
+    bool isOfPoints() const { return texture_.isOfPoints() && normals_.isOfPoints(); }
+
+    Key key(int64_t corner, int64_t point) const
+    {
+        const BAS_Vec3f p = position(point);
+        const float *n = normals_(corner, point), *t = texture_(corner, point);
+        const auto bits = [](float value) { return std::bit_cast<uint32_t>(value + 0.0f); };
+        return {bits(p.x), bits(p.y), bits(p.z), bits(n[0]), bits(n[1]), bits(n[2]), bits(t[0]), bits(t[1])};
+    }
+
+private:
+    CornerValues texture_, normals_;
+    Positions positions_;
+    std::vector<BAS_Vec3f, BAS_BlockAllocator<BAS_Vec3f>> rounded_;
+    const float *flat_ = nullptr;
+};
+}  // namespace rq
