@@ -7,9 +7,25 @@
 
 RQ_MSHAutoNormalArray::RQ_MSHAutoNormalArray(const MOD_ConstDetailHandle &detail, ELM_Owner normalOwner,
                                              const RQ_MSHOffsetList &offsets, ELM_Owner owner, float cuspAngle)
-    : RQ_MSHElementArray(detail, offsets, owner), normalOwner_(normalOwner), cuspAngle_(cuspAngle)
+    : RQ_MSHElementArray(detail, offsets, owner), rowOwner_(owner), normalOwner_(normalOwner), cuspAngle_(cuspAngle)
 {
     compute();
+}
+
+RQ_MSHAutoNormalArray::RQ_MSHAutoNormalArray(const RQ_MSHAutoNormalArray &other, const MOD_ConstDetailHandle &detail)
+    : RQ_MSHElementArray(detail, other.getOffsets(), other.rowOwner_), rowOwner_(other.rowOwner_),
+      normalOwner_(other.normalOwner_), cuspAngle_(other.cuspAngle_), normals_(other.normals_), stamps_(other.stamps_)
+{
+    bind();
+}
+
+RQ_DataArrayHandle RQ_MSHAutoNormalArray::boundTo(const MOD_ConstDetailHandle &detail) const
+{
+    const MSH_Detail *newer = detail.readLock();
+    if (newer && newer->positionId() == stamps_.position && newer->topologyId() == stamps_.topology)
+        return new RQ_MSHAutoNormalArray(*this, detail);
+    const RQ_DataArrayHandle array(new RQ_MSHAutoNormalArray(detail, normalOwner_, getOffsets(), rowOwner_, cuspAngle_));
+    return array->isValid() ? array : nullptr;
 }
 
 RQ_MSHAutoNormalArray::~RQ_MSHAutoNormalArray() = default;
@@ -22,6 +38,11 @@ void RQ_MSHAutoNormalArray::compute()
     stamps_ = {detail->positionId(), detail->topologyId(), detail->metaCacheCount()};
     replaced_ = normals_;
     normals_ = MODcomputeNormals(*detail, normalOwner_, cuspAngle_);
+    bind();
+}
+
+void RQ_MSHAutoNormalArray::bind()
+{
     initAttribute(normals_.get());
     // Positions, faces and the angle make the normals: whoever computes them again recognises them.
     uint64_t id = RQmixId(uint64_t(stamps_.position)) + RQmixId(uint64_t(stamps_.topology));

@@ -20,6 +20,9 @@ public:
 
     float getCuspAngle() const { return cuspAngle_; }
 
+    /// The normals of another snapshot: these, where positions and faces are the same, else computed anew.
+    RQ_DataArrayHandle boundTo(const MOD_ConstDetailHandle &detail) const override;
+
     const char *className() const override;
     int64_t getMemoryUsage() const override;
 
@@ -35,8 +38,12 @@ private:
         bool operator==(const Stamps &) const = default;
     };
 
-    void compute();
+    RQ_MSHAutoNormalArray(const RQ_MSHAutoNormalArray &other, const MOD_ConstDetailHandle &detail);
 
+    void compute();
+    void bind();
+
+    ELM_Owner rowOwner_;
     ELM_Owner normalOwner_;
     float cuspAngle_;
     ELM_AttributeHandle normals_;

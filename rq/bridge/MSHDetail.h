@@ -36,6 +36,7 @@ public:
     static RQ_PrimitiveHandle makePointMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {});
 
     const MOD_ConstDetailHandle &getGeometry(int segment = 0) const { return details_->getHandle(segment); }
+    const RQ_MSHDetailListHandle &getDetails() const { return details_; }
     const RangeHandle &getRange() const { return range_; }
 
     const char *className() const override;

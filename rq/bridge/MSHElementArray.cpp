@@ -105,6 +105,13 @@ bool RQ_MSHElementArray::getPointerAliasing(const void *data) const
     return first && asked >= first && asked < first + entries() * tupleSize_ * RQsizeof(storage_);
 }
 
+RQ_DataArrayHandle RQ_MSHElementArray::boundTo(const MOD_ConstDetailHandle &detail) const
+{
+    const RQ_DataArrayHandle array(
+        new RQ_MSHElementArray(detail, attribute_ ? findIn(detail.readLock(), *attribute_) : nullptr, offsets_, owner_));
+    return array->isValid() ? array : nullptr;
+}
+
 bool RQ_MSHElementArray::hasSameElements(const MSH_Detail &newer) const
 {
     const MSH_Detail &older = *detail_.readLock();

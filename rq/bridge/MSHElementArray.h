@@ -36,6 +36,10 @@ public:
     bool isBoundTo(const MOD_ConstDetailHandle &detail) const override { return detail_ == detail; }
     bool hasTopologyOf(const MOD_ConstDetailHandle &detail) const override;
 
+    /// The array that reads the same rows of the same attribute of another snapshot, whose elements must be the same; null
+    /// when it has no such attribute.
+    virtual RQ_DataArrayHandle boundTo(const MOD_ConstDetailHandle &detail) const;
+
     const char *className() const override;
 
     /// A copy that lets the detail go, of arrays of varying length too.

@@ -179,7 +179,7 @@ RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MOD_ConstDetai
     // The same vertices of the same topology have the same id, whenever they are asked for.
     const int64_t id = rq::validId(RQmixId(uint64_t(detail.topologyId())) + RQmixId(hash()));
     if (block && entries() > 0)
-        return new rq::HostIndices(handle, block + get(0), entries(), id);
+        return new rq::HostIndices(points, block + get(0), entries(), id);
     const auto fill = [&](auto *values, int64_t first, int64_t count) {
         const int32_t *flat = narrow ? points.contiguous32() : nullptr;
         if (const int32_t *vertices = list_.data32(); flat && vertices)

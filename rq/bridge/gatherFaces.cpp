@@ -11,16 +11,11 @@ constexpr int64_t kPrimitivesPerPiece = 8 * ELM_PAGE_SIZE;
 /// What lies in one piece of the range, or in all of it.
 struct Tally
 {
-    const MSH_Detail *detail = nullptr;
     rq::FaceTally closed, open;
     bool hasParts = false;
 
     void operator()(const rq::FaceRun &run) { (run.isClosed ? closed : open).add(run); }
-    void operator()(const rq::ManyFaces &many)
-    {
-        if (closed.add(many, detail->vertexRun(many.primitive())) > 0)
-            hasParts = true;
-    }
+    void operator()(const rq::ManyFaces &many) { hasParts = closed.add(many) || hasParts; }
     void add(const Tally &following)
     {
         closed.add(following.closed);
@@ -59,7 +54,7 @@ void rq::gatherFaces(const MSH_Detail &detail, const ELM_Range &range, GatheredF
 {
     const PolygonReader reader(detail);
     const PieceWalk walk(detail, range, kPrimitivesPerPiece);
-    std::vector<Tally> tallies(size_t(walk.pieces()), Tally{&detail, {}, {}, false});
+    std::vector<Tally> tallies(size_t(walk.pieces()));
     walk.run(progress, [&](int64_t piece, const ELM_Range &part) { reader.visit(part, tallies[size_t(piece)]); });
 
     Tally whole;

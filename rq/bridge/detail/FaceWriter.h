@@ -20,8 +20,8 @@ struct FaceTally
         vertices.addRun(run.vertex, run.corners);
     }
 
-    /// Answers the number of faces.
-    int64_t add(const ManyFaces &many, const MSH_Detail::VertexRun &run)
+    /// Answers whether there are any.
+    bool add(const ManyFaces &many)
     {
         int64_t faces = 0, allCorners = 0, fewest = 0, greatest = 0;
         many.forEach([&](int64_t corners, const auto &) {
@@ -31,14 +31,14 @@ struct FaceTally
             ++faces;
         });
         if (faces == 0)
-            return 0;
+            return false;
         noteCounts(fewest, greatest);
         if (faces == 1)
             primitives.addRun(many.primitive(), 1);
         else
             primitives.addAny(faces, many.primitive());
-        vertices.addAny(allCorners, run.start + run.count - 1);
-        return faces;
+        vertices.addAny(allCorners, many.lastVertex());
+        return true;
     }
 
     void add(const FaceTally &following)

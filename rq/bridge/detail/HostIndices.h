@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/mod/DetailHandle.h>
+#include <host/elm/IndexColumn.h>
 #include <rq/data/DANumbers.h>
 #include <rq/data/TypedArray.h>
 
@@ -8,14 +8,14 @@ namespace rq
 {
 /// 32-bit integers that lie in a detail's own memory.
 ///
-/// Ownership  keeps the detail alive
+/// Ownership  keeps the column alive, which later snapshots share while the topology stays, but not the detail
 /// Threads    immutable, safe to read from any thread
 class HostIndices final : public RQ_TypedArray<HostIndices, RQ_DANumbers>
 {
 public:
     /// `dataId` names the values: the same for the same indices of the same topology.
-    HostIndices(const MOD_ConstDetailHandle &detail, const int32_t *values, int64_t entries, int64_t dataId)
-        : detail_(detail), values_(values), entries_(entries)
+    HostIndices(const ELM_IndexColumn &column, const int32_t *values, int64_t entries, int64_t dataId)
+        : column_(column), values_(values), entries_(entries)
     {
         setDataId(dataId);
     }
@@ -34,7 +34,7 @@ private:
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
 
-    MOD_ConstDetailHandle detail_;
+    ELM_IndexColumn column_;
     const int32_t *values_;
     int64_t entries_;
 };

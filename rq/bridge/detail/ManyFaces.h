@@ -30,6 +30,13 @@ public:
 
     ELM_Offset primitive() const { return primitive_; }
 
+    /// No corner is a vertex behind this one.
+    ELM_Offset lastVertex() const
+    {
+        const MSH_Detail::VertexRun run = detail_.vertexRun(primitive_);
+        return run.start + run.count - 1;
+    }
+
     /// Call `visit(corners, vertexOf)` for every face, where `vertexOf(i)` is the vertex at corner i.
     template <class Visit> void forEach(Visit &&visit) const
     {

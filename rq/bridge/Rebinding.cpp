@@ -1,0 +1,118 @@
+#include <rq/bridge/detail/Rebinding.h>
+
+#include <typeinfo>
+
+#include <host/msh/Detail.h>
+#include <rq/attrib/detail/viewId.h>
+#include <rq/bridge/MSHAutoNormalArray.h>
+#include <rq/data/DAIndirect.h>
+#include <rq/data/DASubArray.h>
+#include <rq/prim/PrimCollect.h>
+#include <rq/surface/PrimCurveMesh.h>
+#include <rq/surface/PrimPointMesh.h>
+#include <rq/surface/PrimSubdivisionMesh.h>
+
+namespace
+{
+/// The primitive as an object of exactly this class, null when it is of another one, a derived one too.
+template <class T> const T *exactly(const RQ_Primitive &primitive)
+{
+    return typeid(primitive) == typeid(T) ? static_cast<const T *>(&primitive) : nullptr;
+}
+
+bool readsDetail(const RQ_DataArray &array)
+{
+    std::vector<const rq::HostBound *> found;
+    rq::findHostBound(array, found);
+    return !found.empty();
+}
+}  // namespace
+
+RQ_DataArrayHandle rq::Rebinding::makeArray(const RQ_DataArrayHandle &old)
+{
+    if (const auto *element = dynamic_cast<const RQ_MSHElementArray *>(old.get()))
+    {
+        int segment = 0;
+        while (segment < from_.getSegments() && !element->isBoundTo(from_.getHandle(segment)))
+            ++segment;
+        if (segment == from_.getSegments())
+            return nullptr;
+        const MSH_Detail &before = *from_.getDetail(segment), &after = *to_.getDetail(segment);
+        if (dynamic_cast<const RQ_MSHAutoNormalArray *>(element) && before.positionId() != after.positionId())
+            ++normals_;
+        return element->boundTo(to_.getHandle(segment));
+    }
+    if (!readsDetail(*old))
+        return old;
+    const auto *view = dynamic_cast<const RQ_DAInherit *>(old.get());
+    const RQ_DataArrayHandle source = view ? array(view->source()) : nullptr;
+    if (!source)
+        return nullptr;
+    RQ_DataArrayHandle made;
+    if (const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view))
+    {
+        made = RQ_DAIndirect::createIndirect(source, indirect->indices());
+        setViewId(made, source, viewKey(View::INDIRECT, {uint64_t(indirect->indices()->getDataId())}));
+    }
+    else if (dynamic_cast<const RQ_DASubArray *>(view) && view->entries() > 0)
+    {
+        const int64_t first = view->getIndirect(0), count = view->entries();
+        made = RQ_DASubArray::createSubArray(source, first, count);
+        setViewId(made, source, viewKey(View::WINDOW, {uint64_t(first), uint64_t(count)}));
+    }
+    return made;
+}
+
+const RQ_DataArrayHandle &rq::Rebinding::array(const RQ_DataArrayHandle &old)
+{
+    if (const auto found = made_.find(old.get()); found != made_.end())
+        return found->second;
+    RQ_DataArrayHandle made = makeArray(old);
+    return made_.emplace(old.get(), std::move(made)).first->second;
+}
+
+bool rq::Rebinding::attributes(const RQ_AttributeListHandle &old, RQ_AttributeListHandle &made)
+{
+    if (!old)
+        return true;
+    made = new RQ_AttributeList(old->getMap(), old->getSegments());
+    for (int segment = 0; segment < old->getSegments(); ++segment)
+        for (int i = 0; i < old->entries(); ++i)
+            if (const RQ_DataArrayHandle &given = old->get(i, segment))
+            {
+                const RQ_DataArrayHandle &bound = array(given);
+                if (!bound)
+                    return false;
+                made->set(i, bound, segment);
+            }
+    return true;
+}
+
+RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
+{
+    if (const auto *several = exactly<RQ_PrimCollect>(*old))
+    {
+        const BAS_IntrusivePtr<RQ_PrimCollect> made(new RQ_PrimCollect);
+        for (int64_t i = 0; i < several->entries(); ++i)
+        {
+            const RQ_PrimitiveHandle child = primitive(several->getPrim(i));
+            if (!child)
+                return nullptr;
+            made->appendPrimitive(child);
+        }
+        return made;
+    }
+    RQ_AttributeListHandle point, vertex, uniform, detail;
+    if (!attributes(old->getPointAttributes(), point) || !attributes(old->getVertexAttributes(), vertex) ||
+        !attributes(old->getUniformAttributes(), uniform) || !attributes(old->getDetailAttributes(), detail))
+        return nullptr;
+    if (const auto *mesh = exactly<RQ_PrimPolygonMesh>(*old))
+        return new RQ_PrimPolygonMesh(*mesh, point, vertex, uniform, detail);
+    if (const auto *surface = exactly<RQ_PrimSubdivisionMesh>(*old))
+        return new RQ_PrimSubdivisionMesh(*surface, point, vertex, uniform, detail);
+    if (const auto *curves = exactly<RQ_PrimCurveMesh>(*old))
+        return new RQ_PrimCurveMesh(*curves, vertex, uniform, detail);
+    if (exactly<RQ_PrimPointMesh>(*old))
+        return new RQ_PrimPointMesh(point, detail);
+    return nullptr;
+}

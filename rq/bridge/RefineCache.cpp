@@ -1,0 +1,193 @@
+#include <rq/bridge/RefineCache.h>
+
+#include <numeric>
+#include <typeinfo>
+
+#include <host/msh/Detail.h>
+#include <rq/bridge/detail/DetailWalk.h>
+#include <rq/bridge/detail/KeyText.h>
+#include <rq/bridge/detail/Rebinding.h>
+#include <rq/bridge/detail/RecentEntries.h>
+#include <rq/bridge/detail/refineKey.h>
+
+/// What a detail refined to, before it is placed.
+struct RQ_RefineCache::Frame final : rq::RecentEntries::Entry
+{
+    RQ_MSHDetailListHandle details;
+    RQ_MSHDetail::RangeHandle range;
+    std::vector<RQ_PrimitiveHandle> primitives;
+
+    Frame(const RQ_MSHDetail &detail, std::vector<RQ_PrimitiveHandle> made)
+        : details(detail.getDetails()), range(detail.getRange()), primitives(std::move(made))
+    {}
+
+    int64_t getMemoryUsage() const override
+    {
+        return std::accumulate(primitives.begin(), primitives.end(), int64_t(sizeof(*this)),
+                               [](int64_t sum, const RQ_PrimitiveHandle &made) { return sum + made->getMemoryUsage(); });
+    }
+};
+
+/// The faces of a mesh cut into pieces.
+struct RQ_RefineCache::Cut final : rq::RecentEntries::Entry
+{
+    RQ_ConvexArrays arrays;
+    RQ_FaceSetMapHandle sets;   // of the mesh that was cut
+    RQ_PolygonMeshHandle mesh;  // the pieces without attributes
+
+    int64_t getMemoryUsage() const override
+    {
+        int64_t bytes = int64_t(sizeof(*this)) + mesh->getMemoryUsage();
+        for (const RQ_DataArrayHandle &array : {arrays.counts, arrays.sourceVertex, arrays.sourceFace, arrays.whole})
+            bytes += array ? array->getMemoryUsage() : 0;
+        return bytes;
+    }
+};
+
+struct RQ_RefineCache::Normals final : rq::RecentEntries::Entry
+{
+    RQ_DataArrayHandle array;
+
+    explicit Normals(const RQ_DataArrayHandle &made) : array(made) {}
+    int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + array->getMemoryUsage(); }
+};
+
+struct RQ_RefineCache::Surface final : rq::RecentEntries::Entry
+{
+    RQ_SubdTopologyHandle topology;
+
+    explicit Surface(const RQ_SubdTopologyHandle &made) : topology(made) {}
+    int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + topology->getMemoryUsage(); }
+};
+
+namespace
+{
+bool addsNormals(const MSH_Detail &detail, const RQ_RefineParms *parms)
+{
+    return RQ_RefineParms::getAddVertexNormals(parms) && detail.primitiveCount() > 0 &&
+           !detail.find(ELM_OWNER_VERTEX, "N") && !detail.find(ELM_OWNER_POINT, "N");
+}
+}  // namespace
+
+RQ_RefineCache::RQ_RefineCache(int64_t mostBytes) : entries_(std::make_unique<rq::RecentEntries>(mostBytes)) {}
+RQ_RefineCache::~RQ_RefineCache() = default;
+
+RQ_RefineCache::Work RQ_RefineCache::getWork() const { return {walks_, convexings_, normals_, subdivisions_}; }
+void RQ_RefineCache::clear() { entries_->clear(); }
+int64_t RQ_RefineCache::getMemoryUsage() const { return int64_t(sizeof(*this)) + entries_->getMemoryUsage(); }
+
+std::vector<RQ_PrimitiveHandle> RQ_RefineCache::refine(const RQ_MSHDetail &detail, const RQ_RefineParms *parms)
+{
+    std::vector<RQ_PrimitiveHandle> primitives = makeFrame(detail, parms);
+    for (RQ_PrimitiveHandle &primitive : primitives)
+        primitive = primitive->copyTransformed(detail.getPrimitiveTransform());
+    return primitives;
+}
+
+std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &detail, const RQ_RefineParms *parms)
+{
+    const RQ_MSHDetailListHandle &details = detail.getDetails();
+    if (!details->getDetail())
+        return {};
+    const bool isKept = rq::isRepeatable(*details);
+    const std::string key = isKept ? rq::refineKey(*details, detail.getRange().get(), parms) : std::string();
+    std::vector<RQ_PrimitiveHandle> primitives;
+    if (const auto before = std::static_pointer_cast<const Frame>(isKept ? entries_->find(key) : nullptr))
+    {
+        rq::Rebinding rebinding(*before->details, *details);
+        for (const RQ_PrimitiveHandle &old : before->primitives)
+            if (RQ_PrimitiveHandle made = rebinding.primitive(old))
+                primitives.push_back(std::move(made));
+        normals_ += rebinding.normals();
+        if (primitives.size() != before->primitives.size())
+            primitives.clear();
+    }
+    if (primitives.empty())
+    {
+        ++walks_;
+        primitives = rq::DetailWalk(details, detail.getRange().get(), parms).run();
+        std::erase(primitives, nullptr);
+        if (isKept && addsNormals(*details->getDetail(), parms))
+            normals_ += details->getSegments();
+    }
+    if (isKept && !primitives.empty())
+        entries_->store(key, std::make_shared<Frame>(detail, primitives));
+    return primitives;
+}
+
+RQ_PolygonMeshHandle RQ_RefineCache::convex(const RQ_PrimPolygonMesh &mesh, int maxVertices, bool triangulate)
+{
+    const bool isWhole = mesh.getFaceCount() == 0 || (mesh.getMinVertexCount() == 3 && mesh.getMaxVertexCount() == 3);
+    if (isWhole || !mesh.getVertexList() || typeid(mesh) != typeid(RQ_PrimPolygonMesh))
+    {
+        convexings_ += !isWhole;
+        return mesh.convex(maxVertices, triangulate);
+    }
+    const std::string key = rq::KeyText('C').addFaces(mesh).add(maxVertices).add(triangulate).text();
+    if (const auto before = std::static_pointer_cast<const Cut>(entries_->find(key)))
+    {
+        const auto through = [](const RQ_AttributeListHandle &list, const RQ_DataArrayHandle &rows) {
+            return list ? list->createIndirect(rows) : nullptr;
+        };
+        const RQ_PolygonMeshHandle made(
+            new RQ_PrimPolygonMesh(*before->mesh, mesh.getShared(), through(mesh.getVertex(), before->arrays.sourceVertex),
+                                   through(mesh.getUniform(), before->arrays.sourceFace), mesh.getDetail()));
+        made->setPrimitiveTransform(mesh.getPrimitiveTransform());
+        if (mesh.faceSetMap() != before->sets)
+            made->setFaceSetMap(mesh.faceSetMap() ? mesh.faceSetMap()->followFaces(before->arrays.sourceFace) : nullptr);
+        return made;
+    }
+    const auto cut = std::make_shared<Cut>();
+    ++convexings_;
+    if (!mesh.getConvexArrays(cut->arrays, maxVertices, triangulate))
+        return nullptr;
+    const RQ_PolygonMeshHandle made = mesh.adoptConvexing(cut->arrays);
+    cut->sets = mesh.faceSetMap();
+    cut->mesh = new RQ_PrimPolygonMesh(*made, nullptr, nullptr, nullptr, nullptr);
+    entries_->store(key, cut);
+    return made;
+}
+
+RQ_DataArrayHandle RQ_RefineCache::vertexNormals(const RQ_PrimPolygonMesh &mesh, int segment, double cuspAngle)
+{
+    const RQ_DataArrayHandle positions = mesh.getShared() ? mesh.getShared()->get("P", segment) : nullptr;
+    if (!positions || !mesh.getVertexList())
+        return nullptr;
+    const int64_t id = positions->getDataId();
+    const std::string key = rq::KeyText('N').addFaces(mesh).add(id).add(cuspAngle).text();
+    if (const auto before = std::static_pointer_cast<const Normals>(id == -1 ? nullptr : entries_->find(key)))
+        return before->array;
+    ++normals_;
+    const RQ_DataArrayHandle normals = mesh.createVertexNormals(segment, "P", cuspAngle, true, RQ_STORAGE_REAL32);
+    if (normals && id != -1)
+        entries_->store(key, std::make_shared<Normals>(normals));
+    return normals;
+}
+
+RQ_SubdTopologyHandle RQ_RefineCache::subdivision(const RQ_PrimSubdivisionMesh &mesh)
+{
+    rq::KeyText key('S');
+    bool isKept = mesh.getVertexList() != nullptr;
+    if (isKept)
+        key.addFaces(mesh).add(mesh.scheme()).add(mesh.getPointCount());
+    for (auto tag = mesh.beginTags(); !(tag == mesh.endTag()); ++tag)
+    {
+        key.add((*tag).name().view());
+        for (const auto *arrays : {&(*tag).getAllInt(), &(*tag).getAllReal(), &(*tag).getAllString()})
+        {
+            key.add(arrays->size());
+            for (const RQ_DataArrayHandle &array : *arrays)
+            {
+                key.add(array->getDataId());
+                isKept = isKept && array->getDataId() != -1;
+            }
+        }
+    }
+    if (const auto before = std::static_pointer_cast<const Surface>(isKept ? entries_->find(key.text()) : nullptr))
+        return before->topology;
+    ++subdivisions_;
+    const RQ_SubdTopologyHandle topology = RQ_SubdTopology::create(mesh);
+    if (isKept && topology)
+        entries_->store(key.text(), std::make_shared<Surface>(topology));
+    return topology;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <unordered_map>
+
+#include <rq/bridge/MSHDetailList.h>
+#include <rq/prim/Primitive.h>
+
+namespace rq
+{
+/// Makes primitives that read one list of details anew from another one with the same topology and the same attributes: all
+/// but attribute arrays is shared.
+///
+/// Failure  null for primitives of other kinds than meshes of polygons, curves and points, and their collections, and for
+///          arrays that read a detail in another way than through host attributes and views of them
+class Rebinding
+{
+public:
+    Rebinding(const RQ_MSHDetailList &from, const RQ_MSHDetailList &to) : from_(from), to_(to) {}
+
+    RQ_PrimitiveHandle primitive(const RQ_PrimitiveHandle &old);
+
+    /// How many arrays of normals were computed anew.
+    int64_t normals() const { return normals_; }
+
+private:
+    bool attributes(const RQ_AttributeListHandle &old, RQ_AttributeListHandle &made);
+    const RQ_DataArrayHandle &array(const RQ_DataArrayHandle &old);
+    RQ_DataArrayHandle makeArray(const RQ_DataArrayHandle &old);
+
+    const RQ_MSHDetailList &from_, &to_;
+    std::unordered_map<const RQ_DataArray *, RQ_DataArrayHandle> made_;  // segments and pieces share arrays
+    int64_t normals_ = 0;
+};
+}  // namespace rq

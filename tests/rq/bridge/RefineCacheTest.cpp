@@ -1,0 +1,244 @@
+#include <functional>
+#include <thread>
+
+#include <rq/bridge/RefineCache.h>
+#include <rq/prim/PrimCollect.h>
+#include <rq/prim/RefineCollect.h>
+#include <rq/surface/PrimSubdivisionMesh.h>
+#include <tests/rq/bridge/Fixture.h>
+
+using namespace tests;
+
+namespace
+{
+using Change = std::function<void(MOD_Edit &)>;
+
+void moveFirstPoint(MOD_Edit &edit)
+{
+    edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->modifyAll<float>()[0] += 0.25f;
+}
+
+void colour(MOD_Edit &edit)
+{
+    edit.attribute(ELM_OWNER_VERTEX, "Cd", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR)->modifyAll<float>()[1] += 1.0f;
+}
+
+void regroup(MOD_Edit &edit) { edit.group(ELM_OWNER_PRIMITIVE, "some")->set(2); }
+void hide(MOD_Edit &edit) { edit.group(ELM_OWNER_PRIMITIVE, ELM_HIDDEN_GROUP_NAME)->set(1); }
+void addAttribute(MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "new", ELM_STORAGE_INT32); }
+void crease(MOD_Edit &edit) { edit.attribute(ELM_OWNER_VERTEX, "crease", ELM_STORAGE_REAL32)->modifyAll<float>()[2] = 3.0f; }
+
+void addFace(MOD_Edit &edit)
+{
+    const int32_t face[] = {0, 1, 2};
+    ASSERT_TRUE(edit.appendPolygons(3, face, true));
+}
+
+/// Faces of all kinds, a polyline, unused points, colours, a group and sharp edges.
+MOD_DetailHandle makeScene()
+{
+    const MOD_DetailHandle geometry;
+    MOD_Edit edit(geometry);
+    append(edit, cubeShape());
+    append(edit, meshShape("unused points"));
+    append(edit, starShape(7));
+    const int32_t line[] = {0, 3, 5}, three[] = {3};
+    EXPECT_TRUE(edit.appendTriangleStrips(three, line) && edit.appendPolygons(three, line, false));
+    colour(edit);
+    edit.group(ELM_OWNER_PRIMITIVE, "some")->setRange(0, 2);
+    edit.attribute(ELM_OWNER_VERTEX, "crease", ELM_STORAGE_REAL32)->modifyAll<float>()[5] = 1.0f;
+    edit.attribute(ELM_OWNER_POINT, "uv", ELM_STORAGE_REAL32, 2)->modifyAll<float>()[3] = 1.0f;
+    edit.commit();
+    return geometry;
+}
+
+MOD_ConstDetailHandle changed(const MOD_DetailHandle &geometry, const Change &change)
+{
+    MOD_Edit edit(geometry);
+    change(edit);
+    return edit.commit();
+}
+
+/// The ids of all attributes but tangents, which are computed anew.
+void appendIds(const RQ_PrimitiveHandle &primitive, std::vector<int64_t> &ids)
+{
+    if (const auto *several = as<RQ_PrimCollect>(primitive))
+        for (int64_t i = 0; i < several->entries(); ++i)
+            appendIds(several->getPrim(i), ids);
+    for (const RQ_Owner owner : {RQ_OWNER_VERTEX, RQ_OWNER_POINT, RQ_OWNER_UNIFORM, RQ_OWNER_DETAIL})
+        if (const RQ_AttributeListHandle &list = primitive->getAttributeList(owner))
+            for (int i = 0; i < list->entries(); ++i)
+                if (!list->getName(i).view().starts_with("tangent"))
+                    ids.push_back(list->get(i)->getDataId());
+}
+
+std::vector<int64_t> idsOf(const std::vector<RQ_PrimitiveHandle> &primitives)
+{
+    std::vector<int64_t> ids;
+    for (const RQ_PrimitiveHandle &primitive : primitives)
+        appendIds(primitive, ids);
+    return ids;
+}
+
+struct OptionCase
+{
+    const char *what;
+    std::function<void(RQ_RefineParms &)> set;
+    int64_t positionWalks;  // when positions change
+    int64_t creaseWalks;    // when sharpness does
+    bool keepsIds = true;   // when refined again
+};
+
+const OptionCase kOptions[] = {
+    {"defaults", [](RQ_RefineParms &) {}, 0, 0},
+    {"normals", [](RQ_RefineParms &parms) { parms.setAddVertexNormals(true); }, 0, 0},
+    {"tangents", [](RQ_RefineParms &parms) { parms.setAddMikkT(true); }, 1, 0},
+    {"pieces", [](RQ_RefineParms &parms) { parms.setMaxPolyMeshSize(3); }, 0, 0, false},
+    {"a surface", [](RQ_RefineParms &parms) { parms.setPolysAsSubdivision(true); }, 0, 1},
+    {"face sets", [](RQ_RefineParms &parms) { parms.setFaceSetMode(1); }, 0, 0},
+    {"points", [](RQ_RefineParms &parms) { parms.setGeoPointMesh(true); }, 0, 0},
+};
+
+TEST(RefineCache, GivesWhatARefinementGivesAndWalksOnlyWhenItMust)
+{
+    struct ChangeCase
+    {
+        const char *what;
+        Change change;
+        int64_t walks;
+    };
+    for (const OptionCase &option : kOptions)
+    {
+        RQ_RefineParms parms;
+        option.set(parms);
+        RQ_RefineCache cache;
+        const MOD_DetailHandle geometry = makeScene();
+        const std::vector<RQ_PrimitiveHandle> first = cache.refine(RQ_MSHDetail(geometry.read()), &parms);
+        const std::string firstText = textOf(first);
+        EXPECT_EQ(cache.getWork().walks, 1);
+        for (const ChangeCase &c : {ChangeCase{"nothing", [](MOD_Edit &) {}, 0}, ChangeCase{"colours", colour, 0},
+                                    ChangeCase{"positions", moveFirstPoint, option.positionWalks},
+                                    ChangeCase{"both",
+                                               [](MOD_Edit &edit) {
+                                                   colour(edit);
+                                                   moveFirstPoint(edit);
+                                               },
+                                               option.positionWalks},
+                                    ChangeCase{"sharpness", crease, option.creaseWalks}, ChangeCase{"a group", regroup, 1},
+                                    ChangeCase{"colours again", colour, 0}, ChangeCase{"what is hidden", hide, 1},
+                                    ChangeCase{"an attribute", addAttribute, 1}, ChangeCase{"faces", addFace, 1}})
+        {
+            SCOPED_TRACE(std::string(option.what) + ", " + c.what);
+            const RQ_RefineCache::Work before = cache.getWork();
+            const MOD_ConstDetailHandle frame = changed(geometry, c.change);
+            const std::vector<RQ_PrimitiveHandle> made = cache.refine(RQ_MSHDetail(frame), &parms);
+            const std::vector<RQ_PrimitiveHandle> expected = refine(frame, &parms);
+            EXPECT_EQ(textOf(made), textOf(expected));
+            EXPECT_EQ(cache.getWork().walks - before.walks, c.walks);
+            EXPECT_EQ(idsOf(made) == idsOf(expected), option.keepsIds);
+        }
+        EXPECT_EQ(textOf(first), firstText) << "what was handed out has changed";
+    }
+}
+
+/// What a viewport asks for in each frame.
+std::string draw(RQ_RefineCache &cache, const MOD_ConstDetailHandle &frame, const RQ_RefineParms &parms)
+{
+    std::string text;
+    for (const RQ_PrimitiveHandle &primitive : cache.refine(RQ_MSHDetail(frame), &parms))
+    {
+        const auto *several = as<RQ_PrimCollect>(primitive);
+        const RQ_PrimitiveHandle faces = several ? several->getPrim(0) : primitive;
+        if (const auto *surface = as<RQ_PrimSubdivisionMesh>(faces))
+            text += textOf(*cache.subdivision(*surface)->refine(*surface, 1));
+        else if (const auto *mesh = as<RQ_PrimPolygonMesh>(faces))
+        {
+            const RQ_PolygonMeshHandle triangles = cache.convex(*mesh, 3);
+            std::string why;
+            EXPECT_TRUE(triangles->validate(&why)) << why;
+            const RQ_DataArrayHandle normals = cache.vertexNormals(*triangles, 0, 30.0);
+            text += textOf(*triangles) + jsonOf(*normals, false);
+        }
+    }
+    return text;
+}
+
+TEST(RefineCache, ComputesOnlyWhatTheValuesChange)
+{
+    for (const bool subdivides : {false, true})
+    {
+        RQ_RefineParms parms;
+        parms.setPolysAsSubdivision(subdivides);
+        parms.setAddVertexNormals(true);
+        parms.setFaceSetMode(1);
+        RQ_RefineCache cache;
+        const MOD_DetailHandle geometry = makeScene();
+        draw(cache, geometry.read(), parms);
+        const RQ_RefineCache::Work first = cache.getWork();
+        EXPECT_EQ(first, (RQ_RefineCache::Work{1, !subdivides, 1 + !subdivides, subdivides}));
+
+        RQ_RefineCache fresh;
+        const MOD_ConstDetailHandle coloured = changed(geometry, colour);
+        EXPECT_EQ(draw(cache, coloured, parms), draw(fresh, coloured, parms));
+        EXPECT_EQ(cache.getWork(), first) << "no geometry has changed";
+
+        fresh.clear();
+        const MOD_ConstDetailHandle moved = changed(geometry, moveFirstPoint);
+        EXPECT_EQ(draw(cache, moved, parms), draw(fresh, moved, parms));
+        RQ_RefineCache::Work expected = first;
+        expected.normals += 1 + !subdivides;
+        EXPECT_EQ(cache.getWork(), expected) << "normals follow positions, nothing else does";
+    }
+}
+
+TEST(RefineCache, LetsSnapshotsAndResultsGo)
+{
+    const MOD_DetailHandle geometry = makeScene();
+    const MOD_ConstDetailHandle first = geometry.read(), second = changed(geometry, moveFirstPoint);
+    RQ_RefineParms parms;
+    RQ_RefineCache cache;
+    const auto held = first.readLock()->use_count();
+    draw(cache, first, parms);
+    EXPECT_GT(first.readLock()->use_count(), held);
+    draw(cache, second, parms);
+    EXPECT_EQ(first.readLock()->use_count(), held) << "the snapshot of the last frame but one is kept";
+
+    RQ_RefineCache small(0);
+    EXPECT_EQ(draw(small, second, parms), draw(cache, second, parms));
+    draw(small, second, parms);
+    EXPECT_EQ(small.getWork().walks, 2);
+    EXPECT_LT(small.getMemoryUsage(), 1000);
+    EXPECT_GT(cache.getMemoryUsage(), 1000);
+}
+
+TEST(RefineCache, ServesThreadsAndSegments)
+{
+    const MOD_DetailHandle geometry = makeScene();
+    std::vector<MOD_ConstDetailHandle> frames = {geometry.read()};
+    for (int i = 0; i < 4; ++i)
+        frames.push_back(changed(geometry, i % 2 ? colour : moveFirstPoint));
+    RQ_RefineParms parms;
+    RQ_RefineCache cache;
+    // Samples that become equal and different again share arrays in between.
+    const auto sampled = [&](size_t i) {
+        return RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{frames[i], frames[i], frames[(i * i) % frames.size()]});
+    };
+    std::vector<std::string> expected;
+    for (size_t i = 0; i < frames.size(); ++i)
+    {
+        RQ_RefineCollect collect;
+        ASSERT_TRUE(sampled(i).refine(collect, &parms));
+        expected.emplace_back();
+        for (int64_t k = 0; k < collect.entries(); ++k)
+            expected.back() += textOf(*collect.getPrim(k)) + "\n";
+    }
+    std::vector<std::thread> threads;
+    for (unsigned t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (size_t i = 0; i < 40; ++i)
+                EXPECT_EQ(textOf(cache.refine(sampled((i + t) % frames.size()), &parms)), expected[(i + t) % frames.size()]);
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+}
+}  // namespace
