@@ -1,3 +1,4 @@
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <numeric>
@@ -20,12 +21,7 @@ struct Sizes
 {
     int64_t faces = 0, corners = 0, lines = 0, lineVertices = 0, loosePoints = 0;
 
-    bool operator==(const Sizes &) const = default;
-    friend std::ostream &operator<<(std::ostream &out, const Sizes &sizes)
-    {
-        return out << sizes.faces << " faces of " << sizes.corners << " corners, " << sizes.lines << " lines of "
-                   << sizes.lineVertices << " vertices, " << sizes.loosePoints << " points";
-    }
+    auto all() const { return std::array{faces, corners, lines, lineVertices, loosePoints}; }
 
     void add(const MSH_Detail &detail)
     {
@@ -139,7 +135,7 @@ TEST(RefineOptions, KeepTheSizeOfEveryModel)
                 Sizes found;
                 for (const RQ_PrimitiveHandle &primitive : cache.refine(RQ_MSHDetail(detail), &parms))
                     found.add(primitive);
-                EXPECT_EQ(found, expected) << "turn " << turn;
+                EXPECT_EQ(found.all(), expected.all()) << "turn " << turn;
             }
         }
     }

@@ -1,5 +1,4 @@
 #include <numeric>
-#include <random>
 
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Grid.h>
@@ -76,6 +75,7 @@ TEST(Polygons, ComeInMeshesOfLimitedSize)
              CurveCase{"no limit", {6, 0, 6, 4}, -1, -1, {-1, 6, 16, -2}},
              CurveCase{"the last mesh is asked first", {6, 6, 4}, 10, -1, {-1, 6, -1, 6, 10, -2, -2}},
              CurveCase{"then the first with room", {6, 9, 4, 1, 1}, 10, -1, {-1, 6, -1, 10, 10, 1, -2, -2}},
+             CurveCase{"many meshes", {9, 8, 7, 1, 2, 3, 4}, 10, -1, {-1, 6, -1, 9, 8, 10, 7, -2, -2}},
              CurveCase{"longer than a mesh", {3, 12, 4}, 10, -1, {-1, 6, -1, 7, 12, -2, -2}},
              CurveCase{"a mesh each", {3, 2}, 0, -1, {-1, 6, -1, 3, 2, -2, -2}},
              CurveCase{"pieces and curves", {3, 3}, -1, 4, {-1, -1, 3, 3, -2, 6, -2}},
@@ -90,37 +90,6 @@ TEST(Polygons, ComeInMeshesOfLimitedSize)
     RQ_RefineParms single;
     single.setGeoPolygonMesh(false);
     EXPECT_EQ(sizesOf(refine(withPolylines({3}), &single)), (std::vector<int64_t>{-1, -1, 0, 0, 0, 0, 0, 0, -2, 3, -2}));
-}
-
-TEST(Polygons, FindTheFirstCurveMeshWithRoom)
-{
-    for (unsigned seed = 0; seed < 5; ++seed)
-    {
-        std::mt19937 random(seed);
-        constexpr int64_t kLimit = 20;
-        std::vector<int32_t> counts(300);
-        std::vector<int64_t> sizes;
-        for (int32_t &count : counts)
-        {
-            count = int32_t(random() % 15);
-            auto mesh = sizes.empty() || sizes.back() + count > kLimit ? sizes.begin() : sizes.end() - 1;
-            while (mesh != sizes.end() && *mesh + count > kLimit)
-                ++mesh;
-            if (mesh == sizes.end())
-                mesh = sizes.insert(mesh, 0);
-            *mesh += count;
-        }
-        sizes.insert(sizes.begin(), -1);
-        sizes.push_back(-2);
-        RQ_RefineParms parms;
-        parms.setMaxPolyCurveSize(kLimit);
-        parms.setShowUnusedPoints(false);
-        MOD_Edit edit{MOD_DetailHandle()};
-        ASSERT_TRUE(edit.appendPoints(1));
-        ASSERT_TRUE(edit.appendPolygons(
-            counts, std::vector<int32_t>(size_t(std::accumulate(counts.begin(), counts.end(), 0)), 0), false));
-        EXPECT_EQ(sizesOf(refine(edit.commit(), &parms)), sizes) << "seed " << seed;
-    }
 }
 
 struct GridCase
@@ -157,23 +126,21 @@ TEST(Polygons, DropUnusedPointsUnlessTheMeshIsTheWholeDetail)
 {
     struct Case
     {
-        const char *what;
-        bool fast, openLine, strip;
+        const char *beside;
+        bool fast;
         int64_t points;
     };
-    for (const Case &c : {Case{"the whole detail", true, false, false, 7}, Case{"searched", false, false, false, 4},
-                          Case{"a polyline beside", true, true, false, 4}, Case{"a strip beside", true, false, true, 4}})
+    for (const Case &c : {Case{"", true, 7}, Case{"", false, 4}, Case{"polyline", true, 4}, Case{"strip", true, 4}})
     {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(std::string("beside ") + c.beside);
         MOD_Edit edit{MOD_DetailHandle()};
         append(edit, meshShape("unused points"));
         const int32_t three[] = {3}, own[] = {1, 2, 4};
-        ASSERT_TRUE(!c.openLine || edit.appendPolygons(three, own, false));
-        ASSERT_TRUE(!c.strip || edit.appendTriangleStrips(three, own));
+        ASSERT_TRUE(*c.beside != 'p' || edit.appendPolygons(three, own, false));
+        ASSERT_TRUE(*c.beside != 's' || edit.appendTriangleStrips(three, own));
         const MOD_ConstDetailHandle detail = edit.commit();
         RQ_RefineParms parms;
         parms.setFastPolyCompacting(c.fast);
-        parms.setShowUnusedPoints(false);
         const RQ_PrimitiveHandle mesh = RQ_MSHDetail::makePolygonMesh(detail, {}, &parms);
         const RQ_DataArrayHandle &p = mesh->getPointAttributes()->get("P");
         EXPECT_EQ(p->entries(), c.points);
