@@ -155,8 +155,10 @@ bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options,
     const MOD_ConstDetailHandle before = numbered(detail);
     const MSH_Detail &from = *before.readLock();
     const auto faces = std::make_shared<const ELM_Range>(facesOf(from));
+    RQ_RefineParms all;
+    all.setSkipHidden(false);
     RQ_RefineList list;
-    list.refine(RQ_MSHDetail::makeDetail(before, faces).get(), nullptr);
+    list.refine(RQ_MSHDetail::makeDetail(before, faces).get(), &all);
 
     MOD_Edit edit(detail);
     FaceExchange exchange(from, edit);

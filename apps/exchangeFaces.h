@@ -10,9 +10,9 @@ namespace rq::app
 /// Put what the options make of the faces of a detail into their place: subdivided, or cut.
 ///
 /// Shape    every closed polygon goes, with the points that nothing else uses; the new faces follow what is left. Attributes
-///          and groups of primitives come along.  Normals of a cage that is subdivided do not: they are those of its flat
-///          faces
-/// Failure  false with the reason, and the detail is as it was.  `file` names it in complaints, which go to standard error
+///          and groups of primitives come along.  Normals of a cage that is subdivided do not, as they are those of its flat
+///          faces; nor do its creases, corners and holes, which have shaped the surface
+/// Failure  false with the reason; the detail is of no use then.  `file` names it in complaints, which go to standard error
 bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options, const std::string &file,
                    std::string &error);
 }  // namespace rq::app

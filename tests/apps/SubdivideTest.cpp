@@ -29,22 +29,22 @@ TEST_F(Program, SubdividesMeshesByTheirTags)
 
 TEST_F(Program, WritesSubdividedMeshesWithAllThatBelongsToThem)
 {
-    // Two quads with a crease between them, and a line and a point beside.
+    // Two quads with a crease between them, the second one hidden, and a line and a point beside.
     std::ofstream(testFolder() + "cage.obj")
         << "v 0 0 0\nv 1 0 0\nv 2 0 0\nv 0 1 0\nv 1 1 0\nv 2 1 0\nv 5 5 5\nv 6 6 6\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
-           "vn 0 0 1\nusemtl red\ng left\nf 1/1/1 2/2/1 5/3/1 4/4/1\nusemtl blue\ng right\nf 2/1/1 3/2/1 6/3/1 5/4/1\n"
+           "vn 0 0 1\nusemtl red\ng left\nf 1/1/1 2/2/1 5/3/1 4/4/1\nusemtl blue\ng __hidden\nf 2/1/1 3/2/1 6/3/1 5/4/1\n"
            "l 1 7 8\np 8\nt crease 2/1/0 1 4 10.0\n";
     const struct
     {
-        const char *options, *points, *faces;
+        const char *options, *points, *faces;  // the latter as many as are seen
         std::vector<const char *> records;
     } kCases[] = {
         {"--subdivide 1",
          "18",
-         "8",
-         {"usemtl red\ng left\nf ", "usemtl blue\ng right\nf ", "\nv 0.5 0.5 0\n", "\nl 1 2 3\np 3\n"}},
-        {"--subdivide 1 --scheme bilinear", "18", "8", {"\nv 0.5 0.5 0\n", "\nv 2 1 0\n", "\nvt 0.5 0.5\n"}},
-        {"--convex 3", "9", "4", {"\nvn 0 0 1\n", "\nv 2 1 0\n"}},
+         "4",
+         {"usemtl red\ng left\nf ", "usemtl blue\ng __hidden\nf ", "\nv 0.5 0.5 0\n", "\nl 1 2 3\np 3\n"}},
+        {"--subdivide 1 --scheme bilinear", "18", "4", {"\nv 0.5 0.5 0\n", "\nv 2 1 0\n", "\nvt 0.5 0.5\n"}},
+        {"--convex 3", "9", "2", {"\nvn 0 0 1\n", "\nv 2 1 0\n"}},
     };
     for (const auto &c : kCases)
     {
