@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 #include <Imath/ImathVec.h>
@@ -51,6 +53,18 @@ public:
     }
 
 private:
+    using Key = std::array<float, 8>;
+    struct KeyHash
+    {
+        size_t operator()(const Key &key) const
+        {
+            size_t hash = 0;
+            for (const float value : key)
+                hash = (hash ^ std::bit_cast<uint32_t>(value)) * 0x9E3779B97F4A7C15ull;
+            return hash ^ hash >> 32;
+        }
+    };
+
     struct Triangle
     {
         int face;
@@ -166,9 +180,14 @@ private:
 
     void weld()
     {
-        std::map<std::array<float, 8>, int> known;
+        std::unordered_map<Key, int, KeyHash> known(2 * corners_.size());
         for (const Corner &c : corners_)
-            vertices_.push_back(known.emplace(c.values, int(known.size())).first->second);
+        {
+            Key key = c.values;
+            for (float &value : key)
+                value += 0.0f;  // zeros lose their sign
+            vertices_.push_back(known.emplace(key, int(known.size())).first->second);
+        }
     }
 
     void link()

@@ -1,6 +1,7 @@
 #include <rq/surface/detail/FanSums.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include <rq/surface/detail/tangentFace.h>
 
@@ -60,16 +61,11 @@ BAS_Vec3f FanSums::average(const BAS_Vec3f &a, const BAS_Vec3f &b) { return a ==
 void FanSums::listGroups(std::span<const FanTriangle> fan)
 {
     members_.clear();
-    bool isOne = true;
     for (size_t i = 0; i < fan.size(); ++i)
         if (fan[i].group >= 0)
-        {
             members_.push_back(int(i));
-            isOne &= fan[i].group == fan[size_t(members_[0])].group;
-        }
-    if (!isOne)
-        std::stable_sort(members_.begin(), members_.end(),
-                         [&](int a, int b) { return fan[size_t(a)].group < fan[size_t(b)].group; });
+    std::stable_sort(members_.begin(), members_.end(),
+                     [&](int a, int b) { return fan[size_t(a)].group < fan[size_t(b)].group; });
 }
 
 void FanSums::sum(const Group &group)
@@ -89,8 +85,19 @@ void FanSums::sum(const Group &group)
 
 void FanSums::run(std::span<const FanTriangle> fan, const TangentLanes &lanes, int64_t first)
 {
+    if (tangents_.size() < fan.size())
+    {
+        tangents_.resize(fan.size());
+        counting_.resize(fan.size());
+        std::iota(counting_.begin(), counting_.end(), 0);
+    }
+    if (std::all_of(fan.begin(), fan.end(), [](const FanTriangle &triangle) { return triangle.group == 0; }))
+    {
+        if (!fan.empty())
+            sum({fan, lanes, first, std::span<const int>(counting_).first(fan.size())});
+        return;
+    }
     listGroups(fan);
-    tangents_.resize(fan.size());
     const auto groupOf = [&](size_t i) { return fan[size_t(members_[i])].group; };
     for (size_t begin = 0, end = 0; begin < members_.size(); begin = end)
     {

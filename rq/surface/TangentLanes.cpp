@@ -8,10 +8,8 @@
 
 namespace
 {
-struct Lane
-{
-    float *x, *y, *z;
-};
+// Rows never overlap, which the compiler must know to take several values at a time.
+using Row = const float *__restrict;
 
 inline float larger(float a, float b) { return a > b ? a : b; }
 
@@ -25,48 +23,52 @@ inline float scaleTo(float length, float x, float y, float z)
 }
 
 /// Replaces vectors by the direction of what is left of them in the plane of the normal.
-HOST_CLONES void project(const Lane &vector, const Lane &normal, int64_t count)
+HOST_CLONES void project(float *__restrict vx, float *__restrict vy, float *__restrict vz, Row normalX, Row normalY,
+                         Row normalZ, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
     {
-        const float nx = normal.x[i], ny = normal.y[i], nz = normal.z[i];
-        const float along = nx * vector.x[i] + ny * vector.y[i] + nz * vector.z[i];
-        const float x = vector.x[i] - along * nx, y = vector.y[i] - along * ny, z = vector.z[i] - along * nz;
+        const float nx = normalX[i], ny = normalY[i], nz = normalZ[i];
+        const float along = nx * vx[i] + ny * vy[i] + nz * vz[i];
+        const float x = vx[i] - along * nx, y = vy[i] - along * ny, z = vz[i] - along * nz;
         const float scale = scaleTo(1.0f, x, y, z);
-        vector.x[i] = scale * x;
-        vector.y[i] = scale * y;
-        vector.z[i] = scale * z;
+        vx[i] = scale * x;
+        vy[i] = scale * y;
+        vz[i] = scale * z;
+    }
+}
+
+/// One axis of factor1 * edge1 - factor2 * edge2.
+HOST_CLONES void combine(Row edge1, Row factor1, Row edge2, Row factor2, int64_t count, float *__restrict result)
+{
+    for (int64_t i = 0; i < count; ++i)
+        result[i] = factor1[i] * edge1[i] - factor2[i] * edge2[i];
+}
+
+/// The direction of vectors whose texture is not mirrored, the opposite one of others.
+HOST_CLONES void orient(float *__restrict x, float *__restrict y, float *__restrict z, Row sign, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const float scale = scaleTo(sign[i], x[i], y[i], z[i]);
+        x[i] *= scale;
+        y[i] *= scale;
+        z[i] *= scale;
     }
 }
 
 /// -1 where the texture is mirrored.
-HOST_CLONES void signs(const float *u1, const float *v1, const float *u2, const float *v2, int64_t count, float *sign)
+HOST_CLONES void signs(Row u1, Row v1, Row u2, Row v2, int64_t count, float *__restrict sign)
 {
     for (int64_t i = 0; i < count; ++i)
         sign[i] = u1[i] * v2[i] - v1[i] * u2[i] > 0.0f ? 1.0f : -1.0f;
 }
 
-/// The direction of factor1 * edge1 - factor2 * edge2, or the opposite one.
-HOST_CLONES void combine(const Lane &edge1, const float *factor1, const Lane &edge2, const float *factor2, const float *sign,
-                         int64_t count, const Lane &result)
+HOST_CLONES void cosines(Row ax, Row ay, Row az, Row bx, Row by, Row bz, int64_t count, float *__restrict cosine)
 {
     for (int64_t i = 0; i < count; ++i)
     {
-        const float x = factor1[i] * edge1.x[i] - factor2[i] * edge2.x[i];
-        const float y = factor1[i] * edge1.y[i] - factor2[i] * edge2.y[i];
-        const float z = factor1[i] * edge1.z[i] - factor2[i] * edge2.z[i];
-        const float scale = scaleTo(sign[i], x, y, z);
-        result.x[i] = scale * x;
-        result.y[i] = scale * y;
-        result.z[i] = scale * z;
-    }
-}
-
-HOST_CLONES void cosines(const Lane &a, const Lane &b, int64_t count, float *cosine)
-{
-    for (int64_t i = 0; i < count; ++i)
-    {
-        const float value = a.x[i] * b.x[i] + a.y[i] * b.y[i] + a.z[i] * b.z[i];
+        const float value = ax[i] * bx[i] + ay[i] * by[i] + az[i] * bz[i];
         cosine[i] = value > 1.0f ? 1.0f : value < -1.0f ? -1.0f : value;
     }
 }
@@ -81,14 +83,10 @@ HOST_CLONES void angles(float *cosine, int64_t count)
     }
 }
 
-HOST_CLONES void weigh(const Lane &vector, const float *weight, int64_t count, const Lane &result)
+HOST_CLONES void weigh(Row vector, Row weight, int64_t count, float *__restrict result)
 {
     for (int64_t i = 0; i < count; ++i)
-    {
-        result.x[i] = weight[i] * vector.x[i];
-        result.y[i] = weight[i] * vector.y[i];
-        result.z[i] = weight[i] * vector.z[i];
-    }
+        result[i] = weight[i] * vector[i];
 }
 }  // namespace
 
@@ -103,18 +101,22 @@ void TangentLanes::reserve(int64_t corners)
 
 void TangentLanes::run()
 {
-    const auto lane = [this](int first) { return Lane{row(first), row(first + 1), row(first + 2)}; };
-    const Lane edge1 = lane(EDGE1), edge2 = lane(EDGE2), normal = lane(NORMAL), next = lane(NEXT), previous = lane(PREVIOUS);
     const float *const u1 = row(TEXTURE), *const v1 = row(TEXTURE + 1), *const u2 = row(TEXTURE + 2),
                        *const v2 = row(TEXTURE + 3);
-    float *const sign = row(SIGN);
-    signs(u1, v1, u2, v2, count_, sign);
-    combine(edge1, v2, edge2, v1, sign, count_, lane(ALONG_U));
-    combine(edge2, u1, edge1, u2, sign, count_, lane(ALONG_V));
-    for (const int projected : {int(ALONG_U), int(ALONG_V), int(NEXT), int(PREVIOUS)})
-        project(lane(projected), normal, count_);
-    cosines(previous, next, count_, row(COSINE));
+    signs(u1, v1, u2, v2, count_, row(SIGN));
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        combine(row(EDGE1 + axis), v2, row(EDGE2 + axis), v1, count_, row(ALONG_U + axis));
+        combine(row(EDGE2 + axis), u1, row(EDGE1 + axis), u2, count_, row(ALONG_V + axis));
+    }
+    for (const int first : {int(ALONG_U), int(ALONG_V)})
+        orient(row(first), row(first + 1), row(first + 2), row(SIGN), count_);
+    for (const int first : {int(ALONG_U), int(ALONG_V), int(NEXT), int(PREVIOUS)})
+        project(row(first), row(first + 1), row(first + 2), row(NORMAL), row(NORMAL + 1), row(NORMAL + 2), count_);
+    cosines(row(PREVIOUS), row(PREVIOUS + 1), row(PREVIOUS + 2), row(NEXT), row(NEXT + 1), row(NEXT + 2), count_,
+            row(COSINE));
     angles(row(COSINE), count_);
-    weigh(lane(ALONG_U), row(COSINE), count_, lane(WEIGHTED));
+    for (int axis = 0; axis < 3; ++axis)
+        weigh(row(ALONG_U + axis), row(COSINE), count_, row(WEIGHTED + axis));
 }
 }  // namespace rq

@@ -28,7 +28,8 @@ private:
     void listGroups(std::span<const FanTriangle> fan);
     void sum(const Group &group);
 
-    std::vector<int> members_;  // of all groups, group by group, in the order of the fan
+    std::vector<int> counting_;  // 0, 1, 2, ...: the members of a group that is all of its fan
+    std::vector<int> members_;   // of all groups, group by group, in the order of the fan
     std::vector<BAS_Vec3f> tangents_;
 };
 }  // namespace rq
