@@ -13,6 +13,7 @@
 #include <apps/offline/subdivide.h>
 #include <host/bas/BoundingBox.h>
 #include <host/bas/Parallel.h>
+#include <rq/attrib/AttributeList.h>
 #include <rq/data/Positions.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/prim/RefineList.h>
@@ -29,20 +30,20 @@ constexpr int kDeepest = 32;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-bool hasPositions(const RQ_Primitive &primitive)
+bool hasPositions(const RQ_Primitive &primitive, RQ_Owner owner)
 {
-    RQ_Owner owner;
-    return Positions(primitive.findAttribute("P", owner, 0)).isValid();
+    const RQ_AttributeListHandle &list = primitive.getAttributeList(owner);
+    return Positions(list ? list->get("P") : nullptr).isValid();
 }
 
 /// Whether this is drawn as it is, not as what it refines to.
 bool isDrawnWhole(const RQ_Primitive &primitive)
 {
     if (const auto *curves = dynamic_cast<const RQ_PrimCurveMesh *>(&primitive))
-        return curves->getBasis() == RQ_BASIS_LINEAR && hasPositions(primitive);
+        return curves->getBasis() == RQ_BASIS_LINEAR && hasPositions(primitive, RQ_OWNER_VERTEX) && curves->validate();
     if (const auto *quadrics = dynamic_cast<const RQ_PrimQuadricMesh *>(&primitive))
         return quadrics->getQuadricCount() > 0;
-    return primitive.getPrimitiveType() == RQ_PRIM_POINT_MESH && hasPositions(primitive);
+    return primitive.getPrimitiveType() == RQ_PRIM_POINT_MESH && hasPositions(primitive, RQ_OWNER_POINT);
 }
 
 /// The box around a primitive, and around its points that lie somewhere when that is infinite.
@@ -155,7 +156,7 @@ void Scene::addMesh(const RQ_PrimPolygonMesh &mesh)
         return;
     bool changed = false;
     const RQ_PolygonMeshHandle smooth = mesh.createVertexNormalsIfMissing("P", kCuspAngle, true, changed);
-    const RQ_PolygonMeshHandle triangles = smooth && hasPositions(*smooth) ? smooth->convex(3) : nullptr;
+    const RQ_PolygonMeshHandle triangles = smooth && hasPositions(*smooth, RQ_OWNER_POINT) ? smooth->convex(3) : nullptr;
     if (triangles && triangles->getFaceCount() > 0 && triangles->getMinVertexCount() == 3 &&
         triangles->getMaxVertexCount() == 3)
         leaves_.push_back(triangles);

@@ -4,7 +4,7 @@
 
 namespace rq::offline
 {
-/// A line from a point, in any unit: its direction at distance t is one of length t.
+/// A line whose places are named by how many times its direction, of any length, leads there.
 struct Line
 {
     BAS_Vec3d origin;
