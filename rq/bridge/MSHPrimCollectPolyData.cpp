@@ -64,10 +64,16 @@ bool RQ_MSHPrimCollectPolyData::coversDetail(const MSH_Detail &detail) const
 RQ_AttributeListHandle RQ_MSHPrimCollectPolyData::addNormals(const RQ_MSHDetailList &details,
                                                              const RQ_AttributeListHandle &vertex) const
 {
-    std::vector<RQ_DataArrayHandle> normals;
+    std::vector<RQ_DataArrayHandle> normals(static_cast<size_t>(details.getSegments()));
     for (int segment = 0; segment < details.getSegments(); ++segment)
-        normals.push_back(new RQ_MSHAutoNormalArray(details.getHandle(segment), ELM_OWNER_VERTEX,
-                                                    gathered_.closed.vertices(), ELM_OWNER_VERTEX, cuspAngle_));
+    {
+        RQ_DataArrayHandle &made = normals[size_t(segment)];
+        if (segment > 0 && details.getHandle(segment) == details.getHandle())
+            made = normals[0];
+        else
+            made = new RQ_MSHAutoNormalArray(details.getHandle(segment), ELM_OWNER_VERTEX, gathered_.closed.vertices(),
+                                             ELM_OWNER_VERTEX, cuspAngle_);
+    }
     const RQ_AttributeListHandle base = vertex ? vertex : RQ_AttributeListHandle(new RQ_AttributeList(new RQ_AttributeMap));
     return base->addAttribute("N", normals.data(), details.getSegments(), true);
 }
