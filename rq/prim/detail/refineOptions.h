@@ -41,7 +41,7 @@
     X(Bool, AddMikkT, "addmikkt", false, "compute MikkTSpace tangents")                                                     \
     X(Int, MaxPointMeshSize, "maxpointmeshsize", -1, "most points of one point mesh, -1 for no limit")                      \
     X(Int, MaxPolyMeshSize, "maxpolymeshsize", -1, "most polygons of one mesh, -1 for no limit")                            \
-    X(Int, MaxPolyCurveSize, "maxpolycurvesize", -1, "most curves of one curve mesh, -1 for no limit")                      \
+    X(Int, MaxPolyCurveSize, "maxpolycurvesize", -1, "most vertices of one mesh of open polygons, -1 for no limit")         \
     X(Int, SequenceSubsteps, "sequencesubsteps", -1, "substeps of packed sequences, -1 for their own")                      \
     X(Bool, SeparateInstances, "separateinstance", false, "keep instances apart")                                           \
     X(Bool, FullBezierSupport, "fullBezierSupport", true, "the consumer draws Bezier forms of any order")                   \
