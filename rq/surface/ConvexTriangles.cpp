@@ -1,10 +1,13 @@
 #include <rq/surface/detail/convexing.h>
 
+#include <algorithm>
 #include <atomic>
+#include <vector>
 
 #include <host/bas/Parallel.h>
 #include <host/bas/SmallPolygon.h>
 #include <host/bas/faceGeometry.h>
+#include <host/bas/quadSplits.h>
 #include <rq/data/DAConstantValue.h>
 #include <rq/data/DANumeric.h>
 #include <rq/surface/Convexer.h>
@@ -12,8 +15,8 @@
 
 namespace
 {
-// Faces between two polls of the interrupt.
-constexpr int64_t kFacesPerPoll = 1024;
+// Faces between two polls of the interrupt: what is noted of them stays in the first cache.
+constexpr int64_t kFacesPerBlock = 512;
 
 template <class T> T *newValues(int64_t entries, RQ_DataArrayHandle &handle)
 {
@@ -32,49 +35,129 @@ template <class Topology> int64_t countTriangles(const Topology &topology, int64
     return triangles;
 }
 
-/// Writes the triangles of one job where they belong; null pointers are arrays that nobody wants.
+/// The arrays of a convexing; null pointers are those that nobody wants.
+template <class Index> struct Outputs
+{
+    Index *points;
+    Index *sourceVertex;
+    Index *sourceFace;
+    uint8_t *whole;
+};
+
+/// Cuts the faces of one job, block by block, and writes the triangles where they belong.
 template <class Topology, class Index> class TriangleWriter
 {
 public:
-    TriangleWriter(const Topology &topology, const rq::Positions &positions, Index *points, Index *sourceVertex,
-                   Index *sourceFace, uint8_t *whole, int64_t firstTriangle)
-        : topology_(topology), positions_(positions), flat_(positions.flat()), points_(points), sourceVertex_(sourceVertex),
-          sourceFace_(sourceFace), whole_(whole), triangle_(firstTriangle)
-    {}
-
-    void addFace(int64_t face, RQ_Convexer &convexer)
+    TriangleWriter(const rq::ConvexTask &task, const Topology &topology, const Outputs<Index> &outputs,
+                   int64_t firstTriangle)
+        : topology_(topology), positions_(task.positions), flat_(task.positions.flat()), outputs_(outputs),
+          triangle_(firstTriangle)
     {
-        const int64_t begin = topology_.begin(face), corners = topology_.end(face) - begin;
-        if (corners == 3)
-            write(face, begin, 0, 1, 2, true);
-        else if (corners == 4)
-            addQuad(face, begin);
-        else if (corners > 4 && !(corners <= host::SmallPolygon::kMostCorners && addSmall(face, begin, int(corners))))
-        {
-            convexer.processFace(corners, begin, 3, true);
-            const int64_t *cut = convexer.getVertexList(0);
-            for (int64_t piece = 0; piece < convexer.getFaceCount(); ++piece, cut += 3)
-                write(face, 0, cut[0], cut[1], cut[2], false);
-        }
+        convexer_.setSource(task.positions, task.vertexList);
+    }
+
+    /// At most `kFacesPerBlock` faces, behind those that came before.
+    void addFaces(int64_t begin, int64_t end)
+    {
+        const int64_t triangles = sortFaces(begin, end);
+        corners_ = placeFor(outputs_.sourceVertex, 3 * triangle_, 3 * triangles, cornerBuffer_);
+        faces_ = placeFor(outputs_.sourceFace, triangle_, triangles, faceBuffer_);
+        points_ = outputs_.points + 3 * triangle_;
+        cutQuads();
+        for (int64_t i = 0; i < others_; ++i)
+            cutOther(other_[i]);
+        if (outputs_.whole)
+            markWhole(triangles);
+        triangle_ += triangles;
     }
 
 private:
-    BAS_Vec3d corner(int64_t i) const
+    struct Face
     {
-        const int64_t point = topology_.point(i);
-        return flat_ ? BAS_Vec3d(flat_[3 * point], flat_[3 * point + 1], flat_[3 * point + 2]) : positions_[point];
+        int64_t face;
+        int64_t triangle;  // the first one's place in the block
+    };
+
+    /// Where some entries of an output go; those that nobody wants have a place all the same.
+    static Index *placeFor(Index *output, int64_t first, int64_t count, std::vector<Index> &buffer)
+    {
+        if (output)
+            return output + first;
+        if (int64_t(buffer.size()) < count)
+            buffer.resize(size_t(count));
+        return buffer.data();
     }
 
-    void addQuad(int64_t face, int64_t begin)
+    /// Tell quads from all others; returns the number of triangles.
+    int64_t sortFaces(int64_t begin, int64_t end)
     {
-        const bool split02 = host::diagonalSplits(corner(begin), corner(begin + 1), corner(begin + 2), corner(begin + 3));
-        // Selecting corners keeps the loop free of a branch that a mesh of random quads would mispredict.
-        write(face, begin, 0, 1, split02 ? 2 : 3, false);
-        write(face, begin, split02 ? 2 : 1, split02 ? 3 : 2, split02 ? 0 : 3, false);
+        int64_t triangles = 0, quads = 0, others = 0;
+        for (int64_t face = begin; face < end; ++face)
+        {
+            const int64_t first = topology_.begin(face), corners = topology_.end(face) - first;
+            // Written in any case, and kept or not: a mesh of random faces would mispredict every branch.
+            firsts_[quads] = first;
+            quad_[quads] = {face, triangles};
+            quads += corners == 4;
+            other_[others] = {face, triangles};
+            others += (corners != 4) & (corners > 2);
+            triangles += trianglesOf(corners);
+        }
+        quads_ = quads;
+        others_ = others;
+        return triangles;
+    }
+
+    void cutQuads()
+    {
+        if (flat_)
+            host::splitQuads(flat_, topology_.points, firsts_, quads_, splits_);
+        else
+            for (int64_t i = 0; i < quads_; ++i)
+                splits_[i] = host::diagonalSplits(corner(firsts_[i]), corner(firsts_[i] + 1), corner(firsts_[i] + 2),
+                                                  corner(firsts_[i] + 3));
+        static constexpr Index kOrders[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 1, 2, 2, 3, 0}};
+        Index *const corners = corners_, *const points = points_, *const faces = faces_;
+        for (int64_t i = 0; i < quads_; ++i)
+        {
+            const int64_t first = firsts_[i], triangle = quad_[i].triangle;
+            const auto &order = kOrders[splits_[i]];
+            const Index *from = topology_.points + first;
+            Index *const corner = corners + 3 * triangle, *const point = points + 3 * triangle;
+            for (int k = 0; k < 6; ++k)
+                corner[k] = Index(first) + order[k];
+            // Chosen, not looked up, so that nothing waits for the order.
+            const Index a = from[0], b = from[1], c = from[2], d = from[3];
+            const bool is02 = splits_[i];
+            point[0] = a;
+            point[1] = b;
+            point[2] = is02 ? c : d;
+            point[3] = is02 ? c : b;
+            point[4] = is02 ? d : c;
+            point[5] = is02 ? a : d;
+            faces[triangle] = faces[triangle + 1] = Index(quad_[i].face);
+        }
+    }
+
+    void cutOther(const Face &face)
+    {
+        const int64_t begin = topology_.begin(face.face), corners = topology_.end(face.face) - begin;
+        Index *const to = corners_ + 3 * face.triangle;
+        if (corners == 3)
+            for (int k = 0; k < 3; ++k)
+                to[k] = Index(begin + k);
+        else if (corners > host::SmallPolygon::kMostCorners || !cutSmall(begin, int(corners), to))
+        {
+            convexer_.processFace(corners, begin, 3, true);
+            std::copy_n(convexer_.getVertexList(0), convexer_.getVertexCount(), to);
+        }
+        for (int64_t i = 0; i < 3 * (corners - 2); ++i)
+            points_[3 * face.triangle + i] = topology_.points[to[i]];
+        std::fill_n(faces_ + face.triangle, corners - 2, Index(face.face));
     }
 
     /// What the convexer does with a face of a few corners, for the most part without it.
-    bool addSmall(int64_t face, int64_t begin, int corners)
+    bool cutSmall(int64_t begin, int corners, Index *to)
     {
         // Relative to the first corner, as in the convexer.
         BAS_Vec3d offsets[host::SmallPolygon::kMostCorners], axisX, axisY;
@@ -86,39 +169,46 @@ private:
         if (!small_.begin(corners, [&](int i) { return BAS_Vec2d(offsets[i].dot(axisX), offsets[i].dot(axisY)); }) ||
             !small_.cut(triangles))
             return false;
-        for (int i = 0; i + 2 < corners; ++i)
-            write(face, begin, triangles[i].a, triangles[i].b, triangles[i].c, false);
+        for (int i = 0; i + 2 < corners; ++i, to += 3)
+        {
+            to[0] = Index(begin + triangles[i].a);
+            to[1] = Index(begin + triangles[i].b);
+            to[2] = Index(begin + triangles[i].c);
+        }
         return true;
     }
 
-    void write(int64_t face, int64_t begin, int64_t a, int64_t b, int64_t c, bool whole)
+    void markWhole(int64_t triangles) const
     {
-        const int64_t at = 3 * triangle_;
-        points_[at] = Index(topology_.point(begin + a));
-        points_[at + 1] = Index(topology_.point(begin + b));
-        points_[at + 2] = Index(topology_.point(begin + c));
-        if (sourceVertex_)
-        {
-            sourceVertex_[at] = Index(begin + a);
-            sourceVertex_[at + 1] = Index(begin + b);
-            sourceVertex_[at + 2] = Index(begin + c);
-        }
-        if (sourceFace_)
-            sourceFace_[triangle_] = Index(face);
-        if (whole_)
-            whole_[triangle_] = whole;
-        ++triangle_;
+        std::fill_n(outputs_.whole + triangle_, triangles, 0);
+        for (int64_t i = 0; i < others_; ++i)
+            outputs_.whole[triangle_ + other_[i].triangle] =
+                topology_.end(other_[i].face) - topology_.begin(other_[i].face) == 3;
+    }
+
+    BAS_Vec3d corner(int64_t i) const
+    {
+        const int64_t point = topology_.point(i);
+        return flat_ ? BAS_Vec3d(flat_[3 * point], flat_[3 * point + 1], flat_[3 * point + 2]) : positions_[point];
     }
 
     const Topology &topology_;
     const rq::Positions &positions_;
     const float *flat_;
-    Index *points_;
-    Index *sourceVertex_;
-    Index *sourceFace_;
-    uint8_t *whole_;
+    const Outputs<Index> &outputs_;
     int64_t triangle_;
     host::SmallPolygon small_;
+    RQ_Convexer convexer_;
+
+    // Of the block.
+    std::vector<Index> cornerBuffer_, faceBuffer_;
+    Index *corners_ = nullptr;
+    Index *points_ = nullptr;
+    Index *faces_ = nullptr;
+    int64_t quads_ = 0, others_ = 0;
+    int64_t firsts_[kFacesPerBlock + 1];  // corner of each quad
+    uint8_t splits_[kFacesPerBlock];
+    Face quad_[kFacesPerBlock + 1], other_[kFacesPerBlock + 1];
 };
 
 template <class Index, class Topology>
@@ -133,28 +223,26 @@ bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &
         firstTriangle[size_t(job) + 1] += firstTriangle[size_t(job)];
 
     const int64_t triangles = firstTriangle.back();
-    Index *points = newValues<Index>(3 * triangles, arrays.vertexList);
-    Index *sourceVertex = task.wanted.sourceVertex ? newValues<Index>(3 * triangles, arrays.sourceVertex) : nullptr;
-    Index *sourceFace = task.wanted.sourceFace ? newValues<Index>(triangles, arrays.sourceFace) : nullptr;
-    uint8_t *whole = task.wanted.whole ? newValues<uint8_t>(triangles, arrays.whole) : nullptr;
+    Outputs<Index> outputs;
+    outputs.points = newValues<Index>(3 * triangles, arrays.vertexList);
+    outputs.sourceVertex = task.wanted.sourceVertex ? newValues<Index>(3 * triangles, arrays.sourceVertex) : nullptr;
+    outputs.sourceFace = task.wanted.sourceFace ? newValues<Index>(triangles, arrays.sourceFace) : nullptr;
+    outputs.whole = task.wanted.whole ? newValues<uint8_t>(triangles, arrays.whole) : nullptr;
     arrays.counts = new RQ_DAConstantValue<int32_t>(triangles, 3);
     arrays.minCount = arrays.maxCount = 3;
 
     std::atomic<bool> stopped{false};
     host::parallelFor(jobs, 1, [&](int64_t job) {
-        RQ_Convexer convexer;
-        convexer.setSource(task.positions, task.vertexList);
-        TriangleWriter<Topology, Index> writer(topology, task.positions, points, sourceVertex, sourceFace, whole,
-                                               firstTriangle[size_t(job)]);
+        TriangleWriter<Topology, Index> writer(task, topology, outputs, firstTriangle[size_t(job)]);
         const int64_t begin = task.firstFace(job, jobs), end = task.firstFace(job + 1, jobs);
-        for (int64_t face = begin; face < end; ++face)
+        for (int64_t face = begin; face < end; face += kFacesPerBlock)
         {
-            if ((face - begin) % kFacesPerPoll == 0 && task.progress.interrupted(double(face - begin) / double(end - begin)))
+            if (task.progress.interrupted(double(face - begin) / double(end - begin)))
             {
                 stopped = true;
                 return;
             }
-            writer.addFace(face, convexer);
+            writer.addFaces(face, std::min(face + kFacesPerBlock, end));
         }
     });
     return !stopped;

@@ -1,3 +1,6 @@
+#include <cmath>
+#include <random>
+
 #include <gtest/gtest.h>
 
 #include <rq/surface/Convexer.h>
@@ -35,6 +38,52 @@ TEST(Convex, FailsWithoutUsablePositions)
     const RQ_PolygonMeshHandle blind(new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices),
                                                             oneAttribute("Cd", positions(cube.positions))));
     EXPECT_FALSE(blind->convex(3));
+}
+
+TEST(Convex, CutsAFaceOfAMeshAsIfItWereAlone)
+{
+    // More faces than are cut at a time; tilted, warped, some with corners in one place.
+    std::mt19937 random(1);
+    const auto number = [&random](float least, float most) {
+        return least + (most - least) * float(random()) / 4294967296.0f;
+    };
+    MeshShape shape;
+    for (int face = 0; face < 2000; ++face)
+    {
+        const int count = face % 3 ? 4 : int(random() % 22);
+        const int same = random() % 8 ? -1 : int(random() % 22);
+        std::vector<int> corners;
+        for (int i = 0; i < count; ++i)
+        {
+            const float turn = 6.2831853f * (float(i) + number(0.0f, 0.9f)) / float(count), reach = number(0.1f, 1.0f);
+            corners.push_back(i > 0 && i == same ? corners.back() : shape.pointCount());
+            shape.addPoint(reach * std::cos(turn), reach * std::sin(turn), reach * std::cos(turn) + number(0.0f, 0.01f));
+        }
+        shape.addFace(corners);
+    }
+    for (const RQ_DataArrayHandle &points :
+         {positions(shape.positions), makeArray(std::vector<double>(shape.positions.begin(), shape.positions.end()), 3)})
+    {
+        const RQ_PrimPolygonMesh mesh(integers(shape.counts), integers(shape.indices), oneAttribute("P", points));
+        RQ_ConvexArrays arrays;
+        ASSERT_TRUE(mesh.getConvexArrays(arrays, 3));
+        std::vector<double> corners, faces, whole;
+        RQ_Convexer alone;
+        for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
+        {
+            const int64_t count = shape.counts[size_t(face)];
+            alone.processFace(points, count, mesh.getVertexOffset(face), mesh.getVertexList(), 3, true);
+            EXPECT_EQ(alone.getFaceCount(), std::max<int64_t>(count - 2, 0));
+            corners.insert(corners.end(), alone.getVertexList(0), alone.getVertexList(0) + alone.getVertexCount());
+            faces.insert(faces.end(), size_t(alone.getFaceCount()), double(face));
+            whole.insert(whole.end(), size_t(alone.getFaceCount()), count == 3);
+        }
+        EXPECT_EQ(valuesOf(arrays.sourceVertex), corners);
+        EXPECT_EQ(valuesOf(arrays.sourceFace), faces);
+        EXPECT_EQ(valuesOf(arrays.whole), whole);
+        for (size_t i = 0; i < corners.size(); ++i)
+            ASSERT_EQ(arrays.vertexList->getI64(int64_t(i)), shape.indices[size_t(corners[i])]) << "corner " << i;
+    }
 }
 
 TEST(Convexer, ChoosesTheDiagonalThatLiesInsideTheFace)
