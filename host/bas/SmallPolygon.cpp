@@ -18,48 +18,54 @@ constexpr uint64_t kPutOff = uint64_t(1) << 63;
 constexpr double kNear = 0.0625;
 
 constexpr double kNowhere = -std::numeric_limits<double>::infinity();
+
+uint64_t isNegative(double side) { return std::bit_cast<uint64_t>(side) >> 63; }
+
+/// The corner's bit where it is reflex.
+uint32_t bitOf(int corner, double side) { return uint32_t(isNegative(side)) << corner; }
 }  // namespace
 
-bool SmallPolygon::lookAtCorners()
+bool SmallPolygon::lookAtCorners(double reach)
 {
     // Between these no fourth power of a length leaves the range of doubles.
-    if (!(extent_ > 0x1p-200 && extent_ < 0x1p200))
+    if (!(reach > 0x1p-200 && reach < 0x1p200))
         return false;
-    // No side errs by more than 3.4e-16 times twice the square of the extent.
-    unclear_ = 1e-15 * extent_ * extent_;
-    double area = 0.0, fromX = x_[0] - x_[count_ - 1], fromY = y_[0] - y_[count_ - 1];
+    // No difference of coordinates exceeds twice the reach, and no side errs by more than 3.4e-16 times twice its square.
+    unclear_ = 4e-15 * reach * reach;
+    x_[count_] = x_[0];
+    y_[count_] = y_[0];
+    double fromX = x_[0] - x_[count_ - 1], fromY = y_[0] - y_[count_ - 1];
     bool clear = true;
     reflex_ = blocked_ = 0;
     for (int i = 0; i < count_; ++i)
     {
-        prev_[i] = i > 0 ? i - 1 : count_ - 1;
-        next_[i] = i + 1 < count_ ? i + 1 : 0;
-        const double toX = x_[next_[i]] - x_[i], toY = y_[next_[i]] - y_[i];
+        prev_[i] = i - 1;
+        next_[i] = i + 1;
+        const double toX = x_[i + 1] - x_[i], toY = y_[i + 1] - y_[i];
         edge_[i] = toX * toX + toY * toY;
         side_[i] = fromX * toY - fromY * toX;
         clear &= std::abs(side_[i]) > unclear_;
-        reflex_ |= uint32_t(side_[i] < 0.0) << i;
-        area += (x_[i] - x_[0]) * toY - (y_[i] - y_[0]) * toX;
+        reflex_ |= bitOf(i, side_[i]);
         fromX = toX;
         fromY = toY;
     }
-    // At most 16 sums of products.
-    return clear && area > 1e-13 * extent_ * extent_;
+    prev_[0] = count_ - 1;
+    next_[count_ - 1] = 0;
+    return clear;
 }
 
 bool SmallPolygon::cut(Triangle *triangles)
 {
     for (int i = 0; i < count_; ++i)
-        rankEar(i, side_[i]);
+        rank_[i] = rankOf(i, side_[i]);
     rank_[count_] = kNever;
 
-    int last = 0;
-    for (int left = count_; left > 3;)
+    uint64_t best = lowestRank();
+    for (int left = count_; left > 4;)
     {
-        const uint64_t best = lowestRank();
         if (best == kNever)
             return false;
-        const int ear = int(best & kCornerMask), from = prev_[ear], to = next_[ear];
+        const int ear = int(best & kCornerMask);
         const Place place = obstaclesOf(ear);
         if (place == Place::kUnclear)
             return false;
@@ -68,30 +74,64 @@ bool SmallPolygon::cut(Triangle *triangles)
         {
             waiting_[ear] = best;
             blocked_ |= 1u << ear;
-            continue;
+            best = lowestRank();
         }
-        if (place == Place::kNear && !(best & kPutOff))
+        else if (place == Place::kNear && !(best & kPutOff))
         {
             rank_[ear] = best | kPutOff;
-            continue;
+            best = lowestRank();
         }
-        *triangles++ = {from, ear, to};
-        next_[from] = to;
-        prev_[to] = from;
-        edge_[from] = cut_[ear];
-        last = to;
-        if (--left > 3)
+        else
         {
-            const uint32_t before = reflex_;
-            const bool isFromClear = lookAgain(from), isToClear = lookAgain(to);
-            if (!(isFromClear && isToClear))
+            *triangles++ = {prev_[ear], ear, next_[ear]};
+            --left;
+            if (!cutOff(ear, best))
                 return false;
-            if (before != reflex_)
-                releaseBlocked();
         }
     }
-    *triangles = {prev_[last], last, next_[last]};
-    return side(prev_[last], last, next_[last]) > unclear_;
+    if (count_ > 3)
+        return best != kNever && cutQuad(int(best & kCornerMask), triangles);
+    *triangles = {0, 1, 2};
+    return side_[1] > unclear_;
+}
+
+/// Take an ear off and find the best one of those that are left.  False when a corner beside it is too close to call.
+bool SmallPolygon::cutOff(int ear, uint64_t &best)
+{
+    const int from = prev_[ear], to = next_[ear];
+    next_[from] = to;
+    prev_[to] = from;
+    edge_[from] = cut_[ear];
+    // The others are compared while the two are worked out.
+    rank_[from] = rank_[to] = kNever;
+    best = lowestRank();
+
+    const double atFrom = side(prev_[from], from, to), atTo = side(from, to, next_[to]);
+    const uint32_t both = 1u << from | 1u << to, before = reflex_;
+    reflex_ = (reflex_ & ~both) | bitOf(from, atFrom) | bitOf(to, atTo);
+    blocked_ &= ~both;
+    rank_[from] = rankOf(from, atFrom);
+    rank_[to] = rankOf(to, atTo);
+    best = std::min({best, rank_[from], rank_[to]});
+    // One question: reflex corners go at random, but seldom does an ear wait for it.
+    if ((before != reflex_) & (blocked_ != 0))
+        for (; blocked_ != 0; blocked_ &= blocked_ - 1)
+        {
+            const int released = std::countr_zero(blocked_);
+            rank_[released] = waiting_[released];
+            best = std::min(best, rank_[released]);
+        }
+    return (std::abs(atFrom) > unclear_) & (std::abs(atTo) > unclear_);
+}
+
+/// The last four corners: a reflex one leaves no choice.
+bool SmallPolygon::cutQuad(int ear, Triangle *triangles) const
+{
+    const int a = reflex_ ? std::countr_zero(reflex_) : prev_[ear];
+    const int b = next_[a], c = next_[b], d = prev_[a];
+    triangles[0] = {a, b, c};
+    triangles[1] = {c, d, a};
+    return (side(a, b, c) > unclear_) & (side(c, d, a) > unclear_);
 }
 
 uint64_t SmallPolygon::lowestRank() const
@@ -106,7 +146,7 @@ uint64_t SmallPolygon::lowestRank() const
 }
 
 /// Short cuts and well-shaped triangles first: squared length times squared sides by area.
-void SmallPolygon::rankEar(int corner, double side)
+uint64_t SmallPolygon::rankOf(int corner, double side)
 {
     const int a = prev_[corner], c = next_[corner];
     const double dx = x_[c] - x_[a], dy = y_[c] - y_[a];
@@ -117,7 +157,8 @@ void SmallPolygon::rankEar(int corner, double side)
     // up the next cut, and powers of two change all alike.
     constexpr uint64_t kMiddle = uint64_t(1) << 62;
     const uint64_t key = kMiddle + std::bit_cast<uint64_t>(dividend) - std::bit_cast<uint64_t>(side);
-    rank_[corner] = side > 0.0 ? (key & ~(kCornerMask | kPutOff)) | uint64_t(corner) : kNever;
+    const uint64_t never = -uint64_t(isNegative(side));
+    return (key & ~(kCornerMask | kPutOff)) | uint64_t(corner) | never;
 }
 
 /// Where the reflex corners are, as seen from the ear.
@@ -137,22 +178,4 @@ SmallPolygon::Place SmallPolygon::obstaclesOf(int ear) const
     return nearest > -kNear * cut_[ear] ? Place::kNear : Place::kOutside;
 }
 
-bool SmallPolygon::lookAgain(int corner)
-{
-    const double turn = side(prev_[corner], corner, next_[corner]);
-    const uint32_t bit = 1u << corner;
-    reflex_ = turn < 0.0 ? reflex_ | bit : reflex_ & ~bit;
-    blocked_ &= ~bit;
-    rankEar(corner, turn);
-    return std::abs(turn) > unclear_;
-}
-
-void SmallPolygon::releaseBlocked()
-{
-    for (; blocked_ != 0; blocked_ &= blocked_ - 1)
-    {
-        const int ear = std::countr_zero(blocked_);
-        rank_[ear] = waiting_[ear];
-    }
-}
 }  // namespace host

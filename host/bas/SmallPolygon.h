@@ -47,21 +47,20 @@ private:
     };
 
     double side(int a, int b, int c) const { return (x_[a] - x_[c]) * (y_[b] - y_[c]) - (y_[a] - y_[c]) * (x_[b] - x_[c]); }
-    HOST_API bool lookAtCorners();
+    HOST_API bool lookAtCorners(double reach);
     uint64_t lowestRank() const;
-    void rankEar(int corner, double side);
+    uint64_t rankOf(int corner, double side);
     Place obstaclesOf(int ear) const;
-    bool lookAgain(int corner);
-    void releaseBlocked();
+    bool cutOff(int ear, uint64_t &best);
+    bool cutQuad(int ear, Triangle *triangles) const;
 
     int count_ = 0;
-    double extent_ = 0.0;   // no difference of coordinates exceeds it
     double unclear_ = 0.0;  // sides up to here may have the wrong sign
     uint32_t reflex_ = 0;   // bit per corner
     uint32_t blocked_ = 0;  // ears that wait for a reflex corner to go
     int prev_[kMostCorners], next_[kMostCorners];
-    double x_[kMostCorners], y_[kMostCorners];
-    double edge_[kMostCorners], cut_[kMostCorners];  // squared lengths of the edge to next and of the ear's cut
+    double x_[kMostCorners + 1], y_[kMostCorners + 1];  // the first corner once more behind the last
+    double edge_[kMostCorners], cut_[kMostCorners];     // squared lengths of the edge to next and of the ear's cut
     double side_[kMostCorners];
     uint64_t rank_[kMostCorners + 1];  // the ear's key with the corner's number in the lowest bits
     uint64_t waiting_[kMostCorners];
@@ -69,22 +68,18 @@ private:
 
 template <class Point> bool SmallPolygon::begin(int count, Point &&point)
 {
-    if (count > kMostCorners)
+    if (count < 3 || count > kMostCorners)
         return false;
     count_ = count;
     const BAS_Vec2d first = point(0);
-    double lowX = first.x, highX = lowX, lowY = first.y, highY = lowY;
+    double reach = 0.0;  // of any coordinate from the first corner's
     for (int i = 0; i < count; ++i)
     {
         const BAS_Vec2d p = point(i);
         x_[i] = p.x;
         y_[i] = p.y;
-        lowX = std::min(lowX, p.x);
-        highX = std::max(highX, p.x);
-        lowY = std::min(lowY, p.y);
-        highY = std::max(highY, p.y);
+        reach = std::max({reach, std::abs(p.x - first.x), std::abs(p.y - first.y)});
     }
-    extent_ = std::max(highX - lowX, highY - lowY);
-    return lookAtCorners();
+    return lookAtCorners(reach);
 }
 }  // namespace host
