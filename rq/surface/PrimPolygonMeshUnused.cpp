@@ -1,12 +1,15 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
 #include <rq/data/DANumeric.h>
+#include <rq/data/DARange.h>
 #include <rq/data/mixId.h>
+#include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/topology.h>
 
 namespace
@@ -29,9 +32,11 @@ public:
                                    [&](int64_t begin, int64_t end) { mark(used_.data(), topology.points, begin, end); });
         });
         host::parallelFor(int64_t(before_.size()) - 1, 1, [&](int64_t block) {
-            int64_t sum = 0;
+            // So few items that 32 bits count them: twice as many lanes.
+            uint32_t sum = 0;
+            const uint8_t *used = used_.data();
             for (int64_t point = block * kItemsPerTask; point < std::min(points, (block + 1) * kItemsPerTask); ++point)
-                sum += used_[size_t(point)];
+                sum += used[point];
             before_[size_t(block) + 1] = sum;
         });
         for (size_t block = 1; block < before_.size(); ++block)
@@ -39,6 +44,16 @@ public:
     }
 
     int64_t count() const { return before_.back(); }
+
+    /// The first used point, of which there must be one.
+    int64_t first() const { return std::find(used_.begin(), used_.end(), 1) - used_.begin(); }
+
+    /// True when the used points are all from the first to the last of them.
+    bool isRun() const
+    {
+        const auto last = std::find(used_.rbegin(), used_.rend(), 1);
+        return count() > 0 && used_.rend() - last == first() + count();
+    }
 
     /// Call `write(point, row)` for every point: its place among the used ones, or -1.
     template <class Write> void forEach(Write &&write) const
@@ -56,8 +71,15 @@ private:
     template <class Point> static void mark(uint8_t *used, const Point *points, int64_t begin, int64_t end)
     {
         // Several corners mark one point: all write the same value.
-        for (int64_t corner = begin; corner < end; ++corner)
+        const auto markOne = [used, points](int64_t corner) {
             std::atomic_ref<uint8_t>(used[points[corner]]).store(1, std::memory_order_relaxed);
+        };
+        int64_t corner = begin;
+        for (; corner + 8 <= end; corner += 8)
+            for (int64_t i = 0; i < 8; ++i)
+                markOne(corner + i);
+        for (; corner < end; ++corner)
+            markOne(corner);
     }
 
     std::vector<uint8_t, BAS_BlockAllocator<uint8_t>> used_;
@@ -86,15 +108,26 @@ template <class T> RQ_DataArrayHandle remap(const UsedPoints &used, int64_t poin
     return rows;
 }
 
-template <class T> RQ_DataArrayHandle renumber(const RQ_DataArray &vertexList, const RQ_DataArrayHandle &rows)
+/// The corners by `change(point)` of their points.
+template <class T, class Change> RQ_DataArrayHandle changed(const RQ_DataArray &vertexList, Change &&change)
 {
-    RQ_DataArrayHandle pointBuffer, rowBuffer;
-    const T *points = vertexList.getArray<T>(pointBuffer);
-    const T *row = rows->getArray<T>(rowBuffer);
+    RQ_DataArrayHandle buffer;
+    const T *points = vertexList.getArray<T>(buffer);
     auto *list = new RQ_DANumeric<T>(vertexList.entries(), 1, RQ_TYPE_NONE);
     host::parallelFor(vertexList.entries(), kItemsPerTask,
-                      [values = list->data(), points, row](int64_t corner) { values[corner] = row[points[corner]]; });
+                      [values = list->data(), points, change](int64_t corner) { values[corner] = change(points[corner]); });
     return list;
+}
+
+template <class T> RQ_DataArrayHandle shift(const RQ_DataArray &vertexList, int64_t first)
+{
+    return changed<T>(vertexList, [first](T point) { return T(point - first); });
+}
+
+template <class T> RQ_DataArrayHandle renumber(const RQ_DataArray &vertexList, const RQ_DataArrayHandle &rows)
+{
+    RQ_DataArrayHandle buffer;
+    return changed<T>(vertexList, [row = rows->getArray<T>(buffer)](T point) { return row[point]; });
 }
 }  // namespace
 
@@ -109,29 +142,47 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::getUsedPointList(RQ_IndexingMode mode) co
 
 RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *indexRemap) const
 {
-    if (!shared_ || !vertexList_)
-        return const_cast<RQ_PrimPolygonMesh *>(this);
     const int64_t points = getPointCount();
+    if (!shared_ || !vertexList_ || (!indexRemap && topology_->usesAll(points)))
+        return const_cast<RQ_PrimPolygonMesh *>(this);
     const UsedPoints used(counts_, *vertexList_, points);
     const bool narrow = fits32(points, RQ_INDEXING_AUTO) && vertexList_->getStorage() != RQ_STORAGE_INT64;
-    const bool unchanged = used.count() == points;
+    const bool unchanged = used.count() == points, isRun = used.isRun();
 
     RQ_DataArrayHandle rows;
-    if (!unchanged || indexRemap)
+    if (indexRemap || !isRun)
         rows = narrow ? remap<int32_t>(used, points) : remap<int64_t>(used, points);
     if (indexRemap)
         *indexRemap = rows;
     if (unchanged)
+    {
+        topology_->noteUsesAll(points);
         return const_cast<RQ_PrimPolygonMesh *>(this);
+    }
 
-    const RQ_DataArrayHandle kept = narrow ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
-    const RQ_DataArrayHandle list = narrow ? renumber<int32_t>(*vertexList_, rows) : renumber<int64_t>(*vertexList_, rows);
-
+    RQ_DataArrayHandle kept, list = vertexList_;
+    RQ_AttributeListHandle shared;
+    if (isRun)
+    {
+        const int64_t first = used.first();
+        kept = new RQ_DARange(first, first + used.count(), 1);
+        shared = shared_->createSubArray(first, used.count());
+        if (first > 0)
+            list = narrow ? shift<int32_t>(*vertexList_, first) : shift<int64_t>(*vertexList_, first);
+    }
+    else
+    {
+        kept = narrow ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
+        shared = shared_->createIndirect(kept);
+        list = narrow ? renumber<int32_t>(*vertexList_, rows) : renumber<int64_t>(*vertexList_, rows);
+    }
     // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids.
     const uint64_t origin = RQmixId(uint64_t(vertexList_->getDataId())) + RQmixId(uint64_t(points));
     kept->setDataId(rq::validId(RQmixId(origin)));
-    list->setDataId(rq::validId(RQmixId(origin + 1)));
-    const RQ_PolygonMeshHandle mesh = clone(list, shared_->createIndirect(kept), vertex_, uniform_, detail_);
+    if (list != vertexList_)
+        list->setDataId(rq::validId(RQmixId(origin + 1)));
+    const RQ_PolygonMeshHandle mesh = clone(list, shared, vertex_, uniform_, detail_);
+    mesh->topology_->noteUsesAll(used.count());
     mesh->followElements(nullptr, kept);
     return mesh;
 }

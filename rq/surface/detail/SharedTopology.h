@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include <host/bas/CornerAdjacency.h>
 #include <host/bas/Published.h>
 
@@ -10,8 +12,7 @@ namespace rq
 /// Threads  safe from any thread
 class SharedTopology : public BAS_IntrusiveRefCounter<SharedTopology>
 {
-    template <class Index>
-    struct Counted : host::CornerAdjacency<Index>, BAS_IntrusiveRefCounter<Counted<Index>>
+    template <class Index> struct Counted : host::CornerAdjacency<Index>, BAS_IntrusiveRefCounter<Counted<Index>>
     {
         using host::CornerAdjacency<Index>::CornerAdjacency;
     };
@@ -37,6 +38,10 @@ public:
         BAS_IntrusivePtr<const Counted<Index>> corners_;
     };
 
+    /// Whether some mesh of these faces has found that they use each of so many points.
+    bool usesAll(int64_t points) const { return used_.load(std::memory_order_relaxed) == points; }
+    void noteUsesAll(int64_t points) const { used_.store(points, std::memory_order_relaxed); }
+
     int64_t getMemoryUsage() const
     {
         return int64_t(sizeof(*this)) + (narrow_.get() ? narrow_.get()->memoryUsage() : 0) +
@@ -54,5 +59,6 @@ private:
 
     host::Published<Counted<int32_t>> narrow_;
     host::Published<Counted<int64_t>> wide_;
+    mutable std::atomic<int64_t> used_{-1};
 };
 }  // namespace rq

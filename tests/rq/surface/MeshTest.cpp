@@ -38,6 +38,26 @@ TEST(UnusedPoints, AreDroppedInOrderWithARemap)
     }
 }
 
+TEST(UnusedPoints, LeaveAViewWhereTheUsedOnesAreARun)
+{
+    // All faces behind a number, and in front of it: the points of the others are at one end.
+    const MeshShape strip = stripShape(10);
+    const RQ_PolygonMeshHandle mesh = makeMesh(strip);
+    for (const int gone : {0, 3})
+    {
+        MeshShape part;
+        part.positions = strip.positions;
+        for (int face = gone; face < gone + 5; ++face)
+            part.addFace({strip.indices.begin() + 4 * face, strip.indices.begin() + 4 * face + 4});
+        const RQ_PolygonMeshHandle kept = makeMesh(part)->removeUnusedPoints();
+        EXPECT_EQ(kept->getPointCount(), 12);
+        EXPECT_EQ(kept->getShared()->get("P", 0)->getBackingData() != nullptr, true);
+        EXPECT_EQ(pointOf(strip, 2 * gone), vectorOf(*kept->getShared()->get("P", 0), 0));
+        EXPECT_EQ(kept->getVertexList()->getI64(0), strip.indices[size_t(4 * gone)] - 2 * gone);
+        EXPECT_EQ(kept->removeUnusedPoints(), kept);
+    }
+}
+
 TEST(Measures, FollowTheTransform)
 {
     const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());
