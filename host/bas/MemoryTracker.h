@@ -20,7 +20,7 @@ enum BAS_MemoryCategory
 
 /// Bytes in use, by category, for the whole process.
 ///
-/// Threads  every operation is safe from any thread
+/// Threads  safe from any thread; a peak may miss the last 64 KiB of a few threads
 class HOST_API BAS_MemoryTracker
 {
 public:

@@ -4,8 +4,16 @@
 
 int64_t ELM_Attribute::nextDataId()
 {
+    // A thread takes many at a time: one counter for all would pass from processor to processor with every array.
+    constexpr int64_t kTaken = 1024;
     static std::atomic<int64_t> next{1};
-    return next.fetch_add(1, std::memory_order_relaxed);
+    thread_local int64_t mine = 0, end = 0;
+    if (mine == end)
+    {
+        mine = next.fetch_add(kTaken, std::memory_order_relaxed);
+        end = mine + kTaken;
+    }
+    return mine++;
 }
 
 ELM_Attribute::ELM_Attribute(ELM_Owner owner, ELM_Scope scope, const BAS_StringHolder &name, ELM_TypeInfo typeInfo,
