@@ -69,9 +69,14 @@ void addMemcmp()
 }
 
 const bool registered = [] {
-    addHash<float>("hash_F32", kCached, kTurns);
-    addHash<int32_t>("hash_I32", kCached, kTurns);
     addHash<double>("hash_F64", kCached, kTurns);
+    addHash<float>("hash_F32", kCached, kTurns);
+    addHash<PLT_Half>("hash_F16", kCached, kTurns);
+    addHash<int64_t>("hash_I64", kCached, kTurns);
+    addHash<int32_t>("hash_I32", kCached, kTurns);
+    addHash<int16_t>("hash_I16", kCached, kTurns);
+    addHash<int8_t>("hash_I8", kCached, kTurns);
+    addHash<uint8_t>("hash_U8", kCached, kTurns);
     addHash<float>("hash_F32", bench::kValues, 1);
     addEqual<float>("equal_F32", kCached, kTurns);
     addEqual<int32_t>("equal_I32", kCached, kTurns);
