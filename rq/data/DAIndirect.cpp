@@ -1,8 +1,10 @@
 #include <rq/data/DAIndirect.h>
 
 #include <algorithm>
+#include <array>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/stream.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/Values.h>
 #include <rq/data/convert.h>
@@ -26,22 +28,20 @@ RQ_DAIndirect::RQ_DAIndirect(const RQ_DataArrayHandle &source, const RQ_DataArra
 
 namespace
 {
+/// The array as a view of another, null when it is none.
+const RQ_DAInherit *asView(const RQ_DataArrayHandle &array)
+{
+    const auto *view = dynamic_cast<const RQ_DAInherit *>(array.get());
+    return view && view->source() ? view : nullptr;
+}
+
 /// Replace entries of `array` by those that they show at the end of its chain of views; answers the array there.
 const RQ_DataArrayHandle &followViews(const RQ_DataArrayHandle &array, int64_t *rows, int64_t count)
 {
-    const auto *view = dynamic_cast<const RQ_DAInherit *>(array.get());
-    if (!view || !view->source())
+    const RQ_DAInherit *view = asView(array);
+    if (!view)
         return array;
-    const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view);
-    const auto *next = indirect ? dynamic_cast<const RQ_DAIndirect *>(indirect->source().get()) : nullptr;
-    if (next)
-    {
-        // Two at once spare a pass over the rows.
-        for (int64_t i = 0; i < count; ++i)
-            rows[i] = next->getIndirect(indirect->getIndirect(rows[i]));
-        return followViews(next->source(), rows, count);
-    }
-    if (indirect)
+    if (const auto *indirect = dynamic_cast<const RQ_DAIndirect *>(view))
         for (int64_t i = 0; i < count; ++i)
             rows[i] = indirect->getIndirect(rows[i]);
     else
@@ -49,32 +49,90 @@ const RQ_DataArrayHandle &followViews(const RQ_DataArrayHandle &array, int64_t *
             rows[i] = view->getIndirect(rows[i]);
     return followViews(view->source(), rows, count);
 }
-
-/// Call `visit(rows, first, count)` for the entries at the end of the chain that a block of indices shows, in parallel.
-template <class Visitor> void visitRows(const RQ_DAIndirect &view, int64_t start, int64_t length, Visitor &&visit)
-{
-    host::parallelForRange(length, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
-        int64_t rows[rq::kBlockEntries];
-        for (int64_t count; begin < end; begin += count)
-        {
-            count = std::min(end - begin, rq::kBlockEntries);
-            for (int64_t i = 0; i < count; ++i)
-                rows[i] = view.getIndirect(start + begin + i);
-            followViews(view.source(), rows, count);
-            visit(static_cast<const int64_t *>(rows), begin, count);
-        }
-    });
-}
-
-template <class T> RQ_DataArrayHandle composeIndices(const RQ_DAIndirect &view)
-{
-    const BAS_IntrusivePtr<RQ_DANumeric<T>> composed(new RQ_DANumeric<T>(view.entries()));
-    visitRows(view, 0, view.entries(), [&](const int64_t *rows, int64_t first, int64_t count) {
-        std::copy_n(rows, count, composed->data() + first);
-    });
-    return composed;
-}
 }  // namespace
+
+/// A view and those beneath it, down to the array at the end of the chain.
+class RQ_DAIndirect::Chain
+{
+public:
+    explicit Chain(const RQ_DAIndirect &view) : view_(view), rest_(&view.source_)
+    {
+        const RQ_DAIndirect *level = &view;
+        for (const int32_t *&indices : fused_)
+        {
+            if (!level || !level->indices32_)
+                break;
+            indices = level->indices32_;
+            rest_ = &level->source_;
+            level = dynamic_cast<const RQ_DAIndirect *>(rest_->get());
+        }
+        root_ = &followViews(*rest_, nullptr, 0);
+    }
+
+    const RQ_DataArrayHandle &root() const { return *root_; }
+
+    /// Call `visit(rows, first, count)` for the entries of the root that a block of the view shows, in parallel.
+    template <class Visitor> void visitRows(int64_t start, int64_t length, Visitor &&visit) const
+    {
+        host::parallelForRange(length, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
+            int64_t rows[rq::kBlockEntries];
+            for (int64_t count; begin < end; begin += count)
+            {
+                count = std::min(end - begin, rq::kBlockEntries);
+                findRest(start + begin, rows, count);
+                followViews(*rest_, rows, count);
+                visit(static_cast<const int64_t *>(rows), begin, count);
+            }
+        });
+    }
+
+    /// The entries of the root that all of the view shows.
+    RQ_DataArrayHandle compose() const
+    {
+        const bool narrow = root()->entries() <= std::numeric_limits<int32_t>::max();
+        return narrow ? composeAs<int32_t>() : composeAs<int64_t>();
+    }
+
+private:
+    template <class Row> RQ_DataArrayHandle composeAs() const
+    {
+        const int64_t size = view_.entries();
+        const BAS_IntrusivePtr<RQ_DANumeric<Row>> composed(new RQ_DANumeric<Row>(size));
+        Row *const out = composed->data();
+        if (rest_ == root_)
+            host::parallelForRange(size, kEntriesPerPiece, [&](int64_t begin, int64_t end) {
+                const bool streamed = size * int64_t(sizeof(Row)) >= host::kStreamedBytes;
+                host::writeBlocks(out + begin, end - begin, streamed,
+                                  [&](Row *to, int64_t first, int64_t count) { findRest(begin + first, to, count); });
+            });
+        else
+            visitRows(0, size,
+                      [&](const int64_t *rows, int64_t first, int64_t count) { std::copy_n(rows, count, out + first); });
+        return composed;
+    }
+
+    /// The entries of the rest that a block of the view shows.
+    template <class Row> void findRest(int64_t start, Row *rows, int64_t count) const
+    {
+        const auto [first, second, third] = fused_;
+        if (third)
+            for (int64_t i = 0; i < count; ++i)
+                rows[i] = third[second[first[start + i]]];
+        else if (second)
+            for (int64_t i = 0; i < count; ++i)
+                rows[i] = second[first[start + i]];
+        else
+            for (int64_t i = 0; i < count; ++i)
+                rows[i] = Row(view_.getIndirect(start + i));
+    }
+
+    const RQ_DAIndirect &view_;
+    // Up to three levels of 32-bit indices are followed in one pass: one load more costs less than writing and reading the
+    // rows between them.
+    std::array<const int32_t *, 3> fused_ = {};
+    const RQ_DataArrayHandle *rest_;  // what they lead to
+    const RQ_DataArrayHandle *root_;
+};
 
 RQ_DataArrayHandle RQ_DAIndirect::createIndirect(const RQ_DataArrayHandle &source, const RQ_DataArrayHandle &indices,
                                                  bool flatten)
@@ -87,12 +145,10 @@ RQ_DataArrayHandle RQ_DAIndirect::createIndirect(const RQ_DataArrayHandle &sourc
 
 RQ_DataArrayHandle RQ_DAIndirect::flatten() const
 {
-    const RQ_DataArrayHandle &root = followViews(source_, nullptr, 0);
-    if (root == source_)
+    if (!asView(source_))
         return RQ_DataArrayHandle(const_cast<RQ_DAIndirect *>(this));
-    const bool narrow = root->entries() <= std::numeric_limits<int32_t>::max();
-    return RQ_DataArrayHandle(
-        new RQ_DAIndirect(root, narrow ? composeIndices<int32_t>(*this) : composeIndices<int64_t>(*this)));
+    const Chain chain(*this);
+    return RQ_DataArrayHandle(new RQ_DAIndirect(chain.root(), chain.compose()));
 }
 
 const RQ_DAIndirect *RQ_DAIndirect::flattened() const
@@ -152,12 +208,12 @@ void RQ_DAIndirect::fillBlock(T *out, int64_t start, int64_t length, int compone
         return gather(*source_, indices32_ + start, 0, length);
     if (source_->getBackingData())
         return gather(*source_, indices64_ + start, 0, length);
-    const RQ_DataArrayHandle &root = followViews(source_, nullptr, 0);
-    const RQ_DAIndirect *flat = root != source_ && length >= rq::kBlockEntries ? flattened() : nullptr;
-    if (flat)
-        return flat->fillBlock(out, start, length, components, stride);
-    visitRows(*this, start, length,
-              [&](const int64_t *rows, int64_t first, int64_t count) { gather(*root, rows, first, count); });
+    if (flattened_ || (length >= rq::kBlockEntries && asView(source_)))
+        if (const RQ_DAIndirect *flat = flattened())
+            return flat->fillBlock(out, start, length, components, stride);
+    const Chain chain(*this);
+    chain.visitRows(start, length,
+                    [&](const int64_t *rows, int64_t first, int64_t count) { gather(*chain.root(), rows, first, count); });
 }
 
 template class RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>;

@@ -13,7 +13,7 @@
 /// Threads    immutable after construction, safe to read from any thread
 /// Cost       one extra virtual call per value; blocks of contiguous sources are gathered by plain loops, in parallel when
 ///            large.  A view of views composes the indices of all when the first block of 1024 entries or more is read, and
-///            keeps them: from then on it costs what a flattened one does, in memory too
+///            keeps them: this read costs about twice that of a flattened one, and from then on as much, in memory too
 class RQ_API RQ_DAIndirect final : public RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>
 {
 public:
@@ -42,6 +42,8 @@ private:
 
     template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const;
     template <RQ_NumericValue T> void fillBlock(T *out, int64_t start, int64_t length, int components, int stride) const;
+
+    class Chain;
 
     // The same entries of the array at the end of the chain of views.
     RQ_DataArrayHandle flatten() const;

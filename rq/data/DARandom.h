@@ -46,6 +46,7 @@ private:
     uint64_t hashOf(uint64_t place) const;
     Bits bitsOf(uint64_t place) const;
     void drawBits(Bits *out, uint64_t first, int64_t count) const;
+    void mapBits(const Bits *bits, Drawn *out, int64_t count) const;
     template <class To> void fillRun(To *out, uint64_t first, int64_t count) const;
 
     uint64_t state_;

@@ -73,6 +73,11 @@ RQ_DataArrayHandle makeBits()
 
 template <class T> RQ_DataArrayHandle makeRandom() { return new RQ_DARandom<T>(bench::kValues, 5, T(0), T(100)); }
 
+RQ_DataArrayHandle makeWideRandom()
+{
+    return new RQ_DARandom<int64_t>(bench::kValues, 5, -(int64_t(1) << 60), int64_t(1) << 61);
+}
+
 const bool registered = [] {
     addFillAndPeers<int32_t>("fill_range_I32", makeRange);
     addFillAndPeers<float>("fill_range_F32", makeRange);
@@ -86,7 +91,10 @@ const bool registered = [] {
     addFill<float>("fill_random_F32", makeRandom<float>);
     addFill<PLT_Half>("fill_random_F16", makeRandom<PLT_Half>);
     addFill<int64_t>("fill_random_I64", makeRandom<int64_t>);
+    addFill<int64_t>("fill_random_wide_I64", makeWideRandom);
     addFill<int32_t>("fill_random_I32", makeRandom<int32_t>);
+    addFill<int16_t>("fill_random_I16", makeRandom<int16_t>);
+    addFill<int8_t>("fill_random_I8", makeRandom<int8_t>);
     addFill<uint8_t>("fill_random_U8", makeRandom<uint8_t>);
     return true;
 }();

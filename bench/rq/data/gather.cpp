@@ -82,21 +82,19 @@ template <class Index> void addGather(const char *mesh, Indices<Index> (*make)()
     bench::add({job, mesh, "ours", 2, rows, bytes, false, [make] { return gatherOurs<Index>(make()); }});
 }
 
-/// A view of a view of a view, read into memory that is reused: stacked or flattened, and stacked when read for the first
-/// time.
+/// A view of a view of a view, read into memory that is reused: stacked or flattened, and both when read for the first time.
 enum class Nested
 {
     stacked,
     flattened,
-    readOnce
+    readOnce,
+    flattenedAndRead
 };
 
 RQ_DataArrayHandle makeNested(const RQ_DataArrayHandle &source, const Indices<int32_t> &indices, bool flatten)
 {
-    RQ_DataArrayHandle view = source;
-    for (int level = 0; level < 3; ++level)
-        view = RQ_DAIndirect::createIndirect(view, indices, flatten);
-    return view;
+    const auto below = RQ_DAIndirect::createIndirect(RQ_DAIndirect::createIndirect(source, indices), indices);
+    return RQ_DAIndirect::createIndirect(below, indices, flatten);
 }
 
 void addNested(const char *who, Nested form)
@@ -106,10 +104,12 @@ void addNested(const char *who, Nested form)
                     const auto indices = makeGrid<int32_t>(), composed = makeGrid<int32_t>();
                     for (int64_t i = 0; i < bench::kRows; ++i)
                         composed->data()[i] = indices->data()[indices->data()[indices->data()[i]]];
-                    const RQ_DataArrayHandle view = makeNested(source, indices, form == Nested::flattened);
+                    const bool flatten = form == Nested::flattened || form == Nested::flattenedAndRead;
+                    const bool once = form == Nested::readOnce || form == Nested::flattenedAndRead;
+                    const RQ_DataArrayHandle view = makeNested(source, indices, flatten);
                     return bench::Work{[=] {
                                            const RQ_DataArrayHandle read =
-                                               form == Nested::readOnce ? makeNested(source, indices, false) : view;
+                                               once ? makeNested(source, indices, flatten) : view;
                                            read->fillArray(to->data(), 0, bench::kRows);
                                            return std::shared_ptr<void>();
                                        },
@@ -125,6 +125,7 @@ const bool registered = [] {
     addNested("ours", Nested::stacked);
     addNested("flattened", Nested::flattened);
     addNested("ours, read once", Nested::readOnce);
+    addNested("flattened, then read once", Nested::flattenedAndRead);
     return true;
 }();
 }  // namespace

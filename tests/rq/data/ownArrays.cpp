@@ -56,6 +56,30 @@ TYPED_TEST(EveryOwnArray, RandomValuesAreFixedByTheirPlace)
     EXPECT_EQ(flat.getF64(9), 5.0);
 }
 
+// Blocks take the upper half of a product of 128 bits in a way of their own.
+TEST(DARandom, LongIntegersOfAnySpanAreThoseOfSingleReads)
+{
+    using Limits = std::numeric_limits<int64_t>;
+    const std::pair<int64_t, int64_t> bounds[] = {{3, 3},
+                                                  {0, 1},
+                                                  {-5, 0xfffffffa},
+                                                  {-5, 0xfffffffb},
+                                                  {0, 1ll << 62},
+                                                  {Limits::min(), Limits::max() - 1},
+                                                  {-1, Limits::max()},
+                                                  {Limits::min(), Limits::max()}};
+    for (const auto &[low, high] : bounds)
+    {
+        const RQ_DataArrayHandle array(new RQ_DARandom<int64_t>(2050, 11, low, high));
+        const rq::Values<int64_t> all(array);
+        for (int64_t i = 0; i < array->entries(); ++i)
+        {
+            ASSERT_EQ(all(i, 0), array->getI64(i)) << low << " to " << high << " at " << i;
+            ASSERT_TRUE(low <= all(i, 0) && all(i, 0) <= high);
+        }
+    }
+}
+
 TEST(DARandom, IsTheSameOnEveryMachine)
 {
     EXPECT_EQ(
@@ -180,6 +204,46 @@ TEST(DAIndirect, FlattensAnyChainOfViews)
         ASSERT_TRUE(flat);
         EXPECT_TRUE(flat->isEqual(*RQ_DAIndirect::createIndirect(c.source, indices)));
         EXPECT_EQ(static_cast<const RQ_DAIndirect &>(*flat).source(), c.root);
+    }
+}
+
+// Views of 32-bit indices are followed several at a time.
+TEST(DAIndirect, ComposesIndicesOfAnyDepthAndWidth)
+{
+    constexpr int64_t kSize = 1500;
+    for (const std::string widths : {"4", "44", "444", "4444", "44444", "8", "844", "484", "448", "888"})
+    {
+        SCOPED_TRACE(widths);
+        const RQ_DataArrayHandle root = countingArray<double>(kSize, 2);
+        RQ_DataArrayHandle view = root, below = root;
+        std::vector<int64_t> rows(kSize);
+        std::iota(rows.begin(), rows.end(), 0);
+        RQ_DataArrayHandle indices;
+        for (size_t level = 0; level < widths.size(); ++level)
+        {
+            std::vector<int64_t> order(kSize), composed(kSize);
+            for (int64_t i = 0; i < kSize; ++i)
+                order[size_t(i)] = (i * 7 + int64_t(level) + 1) % kSize;
+            for (size_t i = 0; i < order.size(); ++i)
+                composed[i] = rows[size_t(order[i])];
+            rows = composed;
+            indices = widths[level] == '8' ? makeArray(order) : makeArray(std::vector<int32_t>(order.begin(), order.end()));
+            below = view;
+            view = RQ_DAIndirect::createIndirect(below, indices);
+        }
+        const RQ_DataArrayHandle flat = RQ_DAIndirect::createIndirect(below, indices, true);
+        EXPECT_EQ(static_cast<const RQ_DAIndirect &>(*flat).source(), root);
+        std::vector<double> few(20), all(2 * kSize), again(2 * kSize);
+        view->fillArray(few.data(), 5, 10);
+        view->fillArray(all.data(), 0, kSize);
+        view->fillArray(again.data(), 0, kSize);
+        EXPECT_TRUE(std::equal(few.begin(), few.end(), all.begin() + 10));
+        EXPECT_EQ(all, again);
+        for (int64_t i = 0; i < kSize; ++i)
+        {
+            ASSERT_EQ(all[size_t(2 * i)], root->getF64(rows[size_t(i)])) << i;
+            ASSERT_EQ(flat->getF64(i, 1), all[size_t(2 * i + 1)]) << i;
+        }
     }
 }
 
