@@ -18,7 +18,8 @@ template <class Index> class CornerAdjacency
 {
 public:
     /// `topology` offers `faces()`, `begin(face)`, `end(face)` (corner positions) and `point(corner)` in [0, points).
-    template <class Topology> CornerAdjacency(int64_t points, const Topology &topology)
+    template <class Topology>
+    CornerAdjacency(int64_t points, const Topology &topology)
         : starts_(size_t(points) + 1), corners_(size_t(topology.begin(topology.faces())))
     {
         sortCorners(topology);
@@ -34,9 +35,8 @@ public:
     /// The face of a corner; the topology must be the one that this was made from.
     template <class Topology> int64_t faceOf(const Topology &topology, int64_t corner) const
     {
-        // Half a corner keeps the quotient off the integers, so that rounding never matters.
         if (faceOfBlock_.empty())
-            return int64_t((double(corner) + 0.5) * facesPerCorner_);
+            return quotient(corner);
         int64_t face = faceOfBlock_[size_t(corner / kCornersPerBlock)];
         while (topology.end(face) <= corner)
             ++face;
@@ -57,6 +57,14 @@ private:
     // Counting costs about 2 ns a corner, so a worker has at least 100 us of work.
     static constexpr int64_t kCornersPerWorker = 65536;
     static constexpr int64_t kMostWorkers = 8;
+
+    // A corner divided by the corners of each face.  Exact as long as their product is below 2^64 (Granlund and Montgomery,
+    // "Division by invariant integers using multiplication", 1994).
+    int64_t quotient(int64_t corner) const
+    {
+        __extension__ using Wide = unsigned __int128;
+        return inverse_ ? int64_t(uint64_t(Wide(corner) * inverse_ >> 64)) : corner;
+    }
 
     template <class Topology> void sortCorners(const Topology &topology)
     {
@@ -95,7 +103,7 @@ private:
         const int64_t faces = topology.faces();
         const int64_t count = int64_t(corners_.size());
         const int64_t size = faces > 0 ? topology.end(0) - topology.begin(0) : 1;
-        facesPerCorner_ = size > 0 ? 1.0 / double(size) : 0.0;
+        inverse_ = size > 1 ? ~uint64_t(0) / uint64_t(size) + 1 : 0;
         int64_t face = 0;
         while (face < faces && topology.begin(face) == face * size)
             ++face;
@@ -113,7 +121,7 @@ private:
 
     Row starts_;
     Row corners_;
-    Row faceOfBlock_;              // of every 16th corner; empty when all faces have the same number of corners
-    double facesPerCorner_ = 0.0;  // when they have
+    Row faceOfBlock_;       // of every 16th corner; empty when all faces have the same number of corners
+    uint64_t inverse_ = 0;  // when they have: of that number, as a fraction of 2^64, rounded up; 0 stands for 1
 };
 }  // namespace host

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include <host/bas/faceGeometry.h>
-#include <host/bas/normalLanes.h>
+#include <host/bas/packedFaces.h>
 
 namespace host
 {
@@ -29,27 +29,21 @@ public:
     static constexpr int64_t kFaces = VectorLanes::kCount;
 
     /// Work out faces [first, last), at most `kFaces`.  `topology` offers `begin(face)` and `end(face)` (corner positions)
-    /// and `point(corner)`; `position(point)` reads a point as 64-bit floats.  `given`, if not null, holds one weight per
-    /// corner of the mesh that is taken instead of `weights`.
+    /// and `point(corner)`; `position(point)` reads a point as 64-bit floats.  With `PackedPositions`, which are the
+    /// fastest, it also offers `cornersOfEach(first, last)`, 0 for faces of different size, and the array `points` that it
+    /// reads. `given`, if not null, holds one weight per corner of the mesh that is taken instead of `weights`.
     template <class Topology, class Position>
     void evaluate(const Topology topology, const Position position, int64_t first, int64_t last, NormalWeights weights,
                   const float *given)
     {
         begin_ = topology.begin(first);
         weighsCorners_ = given || weights == NormalWeights::angle;
-        const int64_t faces = last - first, corners = topology.end(last - 1) - begin_;
-        const bool measures = weighsCorners_ && !given;
-        if (measures)
-            edges_.resize(corners);
-        for (int64_t i = 0; i < faces; ++i)
-            visitCorners(topology, position, first + i, [&](auto count, const BAS_Vec3d *at) {
-                const BAS_Vec3d newell = newellVector(count, [at](int64_t k) { return at[k]; });
-                lanes_.x[i] = newell.x;
-                lanes_.y[i] = newell.y;
-                lanes_.z[i] = newell.z;
-                if (measures && count > 0)
-                    noteEdges(count, at, topology.begin(first + i) - begin_);
-            });
+        if (!packedFaces(topology, position, first, last).newellVectors(lanes_))
+            for (int64_t face = first; face < last; ++face)
+                visitCorners(topology, position, face, [&](auto count, const BAS_Vec3d *at) {
+                    lanes_.set(face - first, newellVector(count, [at](int64_t k) { return at[k]; }));
+                });
+        const int64_t faces = last - first;
         double areas[kFaces];  // twice the area of each
         normalizeLanes(lanes_, faces, areas);
         for (int64_t i = 0; i < faces; ++i)
@@ -90,19 +84,26 @@ private:
         }
     }
 
-    template <class Count> void noteEdges(Count count, const BAS_Vec3d *at, int64_t corner)
+    template <class Topology, class Position>
+    void noteTurns(const Topology &topology, const Position &position, int64_t first, int64_t last)
     {
-        BAS_Vec3d previous = at[0] - at[count - 1];
-        for (int64_t i = 0; i < count; ++i)
-        {
-            const BAS_Vec3d next = at[i + 1 < count ? i + 1 : 0] - at[i];
-            for (int axis = 0; axis < 3; ++axis)
-            {
-                edges_.previous[axis][size_t(corner + i)] = previous[axis];
-                edges_.next[axis][size_t(corner + i)] = next[axis];
-            }
-            previous = next;
-        }
+        turns_.resize(topology.end(last - 1) - begin_);
+        if (packedFaces(topology, position, first, last).turns(turns_))
+            return;
+        for (int64_t face = first; face < last; ++face)
+            visitCorners(topology, position, face, [&](auto count, const BAS_Vec3d *at) {
+                if (count == 0)
+                    return;
+                const int64_t corner = topology.begin(face) - begin_;
+                BAS_Vec3d previous = at[0] - at[count - 1];
+                for (int64_t i = 0; i < count; ++i)
+                {
+                    const BAS_Vec3d next = at[i + 1 < count ? i + 1 : 0] - at[i], across = previous % next;
+                    turns_.across[size_t(corner + i)] = across.dot(across);
+                    turns_.along[size_t(corner + i)] = -previous.dot(next);
+                    previous = next;
+                }
+            });
     }
 
     template <class Topology, class Position>
@@ -115,8 +116,9 @@ private:
             std::copy_n(given + begin_, count, weights_.begin());
         else
         {
+            noteTurns(topology, position, first, last);
             angles_.resize(size_t(count));
-            hasRepeats = !anglesOfLanes(edges_, count, angles_.data());
+            hasRepeats = !anglesOfLanes(turns_, count, angles_.data());
             std::copy_n(angles_.begin(), count, weights_.begin());
         }
         for (int64_t face = first; face < last; ++face)
@@ -139,7 +141,7 @@ private:
     bool weighsCorners_ = false;
     int64_t begin_ = 0;  // the first corner
     std::vector<BAS_Vec3d> corners_;
-    CornerLanes edges_;
+    TurnLanes turns_;
     std::vector<double> angles_;
     std::vector<Real> weights_;
 };

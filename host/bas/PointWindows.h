@@ -56,13 +56,8 @@ public:
     int64_t first(int64_t window) const { return window * size_; }
     int64_t last(int64_t window) const { return std::min((window + 1) * size_, points_); }
 
-    /// Its blocks, in order; in the first of its windows a block is at home.
-    struct Block
-    {
-        int64_t index;
-        bool isHome;
-    };
-    std::span<const Block> blocks(int64_t window) const
+    /// Its blocks, in order.
+    std::span<const int64_t> blocks(int64_t window) const
     {
         return {blocks_.data() + starts_[size_t(window)], blocks_.data() + starts_[size_t(window) + 1]};
     }
@@ -98,24 +93,22 @@ private:
         starts_.assign(windows + 1, 0);
         const auto eachEntry = [&](auto &&visit) {
             for (size_t block = 0; block < spans.size(); ++block)
-            {
-                const int64_t home = spans[block].first / size_;
-                for (int64_t window = home; window <= spans[block].last / size_ && size_t(window) < windows; ++window)
-                    visit(size_t(window), Block{int64_t(block), window == home});
-            }
+                for (int64_t window = spans[block].first / size_;
+                     window <= spans[block].last / size_ && size_t(window) < windows; ++window)
+                    visit(size_t(window), int64_t(block));
         };
-        eachEntry([this](size_t window, Block) { ++starts_[window + 1]; });
+        eachEntry([this](size_t window, int64_t) { ++starts_[window + 1]; });
         for (size_t window = 0; window < windows; ++window)
             starts_[window + 1] += starts_[window];
         blocks_.resize(starts_.back());
         std::vector<size_t> places = starts_;
-        eachEntry([&](size_t window, Block block) { blocks_[places[window]++] = block; });
+        eachEntry([&](size_t window, int64_t block) { blocks_[places[window]++] = block; });
     }
 
     int64_t points_;
     int64_t size_ = 1;  // points of a window
     bool hasLocality_ = true;
     std::vector<size_t> starts_ = {0};
-    Row<Block> blocks_;
+    Row<int64_t> blocks_;
 };
 }  // namespace host

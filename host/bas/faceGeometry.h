@@ -22,6 +22,8 @@ template <class Position> BAS_Vec3d newellVector(int64_t corners, Position &&pos
     if (corners == 4)
         return (position(2) - position(0)) % (position(3) - position(1));
     const BAS_Vec3d origin = position(0);
+    if (corners == 3)
+        return (position(1) - origin) % (position(2) - origin);
     BAS_Vec3d last = position(1) - origin;
     for (int64_t i = 2; i < corners; ++i)
     {
@@ -91,17 +93,18 @@ inline void faceFrame(const BAS_Vec3d &newell, BAS_Vec3d &axisX, BAS_Vec3d &axis
     axisY = BAS_Vec3d(b, sign + normal.y * normal.y * a, -normal.y);
 }
 
+// The cross product of two edges whose square is not above this is taken for that of three corners in a row.
+constexpr double kLeastTrustedSquare = 1e-6;
+
 /// A vector along a face's normal from its first three corners; from all of them where these are too small to trust.
 template <class Position> BAS_Vec3d fastNormalVector(int64_t corners, Position &&position)
 {
-    // Squared length of the sums under which three corners are taken for degenerate.
-    constexpr double kTrusted = 1e-6;
     if (corners < 3)
         return BAS_Vec3d(0.0, 0.0, 1.0);
     const BAS_Vec3d first = position(0);
     const BAS_Vec3d sum = (position(1) - first) % (position(2) - first);
     const double squared = sum.dot(sum);
-    return squared > kTrusted && std::isfinite(squared) ? sum : newellVector(corners, position);
+    return squared > kLeastTrustedSquare && std::isfinite(squared) ? sum : newellVector(corners, position);
 }
 
 /// The unit normal of a face, from that vector.

@@ -24,28 +24,16 @@ HOST_CLONES bool normalizePlain(double *x, double *y, double *z, int64_t count, 
     return plain == count;
 }
 
-// Edges of the corners, axis by axis: the previous ones, then the next ones.
-struct Edges
-{
-    const double *x, *y, *z, *nextX, *nextY, *nextZ;
-};
-
-HOST_CLONES bool anglesBetween(const Edges &edges, int64_t count, double *angles)
+HOST_CLONES bool anglesBetween(const double *across, const double *along, int64_t count, double *angles)
 {
     int64_t repeats = 0;
     for (int64_t i = 0; i < count; ++i)
     {
-        const double x = edges.x[i], y = edges.y[i], z = edges.z[i];
-        const double nextX = edges.nextX[i], nextY = edges.nextY[i], nextZ = edges.nextZ[i];
-        const double acrossX = y * nextZ - z * nextY, acrossY = z * nextX - x * nextZ, acrossZ = x * nextY - y * nextX;
-        const double across = acrossX * acrossX + acrossY * acrossY + acrossZ * acrossZ;
-        const double along = -(x * nextX + y * nextY + z * nextZ);
-        angles[i] = host::angleOf(std::sqrt(across), along);
-        repeats += (across == 0.0) & (along == 0.0);
+        angles[i] = host::angleOf(std::sqrt(across[i]), along[i]);
+        repeats += (across[i] == 0.0) & (along[i] == 0.0);
     }
     return repeats == 0;
 }
-
 }  // namespace
 
 namespace host
@@ -67,11 +55,8 @@ void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
     }
 }
 
-bool anglesOfLanes(const CornerLanes &corners, int64_t count, double *angles)
+bool anglesOfLanes(const TurnLanes &turns, int64_t count, double *angles)
 {
-    const auto &[x, y, z] = corners.previous;
-    const auto &[nextX, nextY, nextZ] = corners.next;
-    const Edges edges{x.data(), y.data(), z.data(), nextX.data(), nextY.data(), nextZ.data()};
-    return anglesBetween(edges, count, angles);
+    return anglesBetween(turns.across.data(), turns.along.data(), count, angles);
 }
 }  // namespace host

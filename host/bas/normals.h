@@ -1,8 +1,9 @@
 #pragma once
 
-#include <atomic>
+#include <array>
+#include <cstring>
+#include <limits>
 #include <numbers>
-#include <optional>
 
 #include <host/bas/CornerAdjacency.h>
 #include <host/bas/FaceBlock.h>
@@ -17,10 +18,10 @@ namespace host
 {
 /// Normals of one mesh: the sums of what its faces give to the points around them.
 ///
-/// Sums run in 64 bits in face order, so the bits never depend on the way in which they are made: where neighbouring faces
-/// use neighbouring points, a window of points at a time; otherwise, and at hard edges, through the corners around a point,
-/// for which `adjacencyOf()` is called once, if at all, and returns what converts to a `const CornerAdjacency<Index> &` with
-/// `*`.  A point of faces without area only has the zero vector.
+/// Sums run in 64 bits in face order, so the bits never depend on the way in which they are made: those of points alone,
+/// where neighbouring faces use neighbouring points, a window of points at a time; all others through the corners around a
+/// point, for which `adjacencyOf()` is called once, if at all, and returns what converts to a
+/// `const CornerAdjacency<Index> &` with `*`.  A point of faces without area only has the zero vector.
 template <class Real, class Topology, class Position, class AdjacencyOf> class NormalKernel
 {
 public:
@@ -30,59 +31,50 @@ public:
     NormalKernel(int64_t points, const Topology &topology, const Position &position, const AdjacencyOf &adjacencyOf,
                  NormalWeights weights, const float *given = nullptr)
         : topology_(topology), position_(position), adjacencyOf_(adjacencyOf), weights_(weights), given_(given),
-          windows_(points, topology, Block::kFaces), points_(points)
+          points_(points)
     {}
 
     /// Call `write(point, normal)` for every point.
     template <class Write> void pointNormals(bool normalize, Write &&write)
     {
-        if (windows_.hasLocality())
-            return sumWindows(false, normalize, write);
-        keepFaces();
-        const auto adjacency = adjacencyOf_();
-        parallelFor(points_, kPointsPerTask, [&](int64_t point) {
-            BAS_Vec3d sum(0.0);
-            const auto *corners = (*adjacency).around(point);
-            for (int64_t i = 0, valence = (*adjacency).valence(point); i < valence; ++i)
-                sum += contribution((*adjacency).faceOf(topology_, corners[i]), corners[i]);
-            write(point, Vector(normalize ? direction(sum) : sum));
+        const PointWindows windows(points_, topology_, Block::kFaces);
+        if (windows.hasLocality())
+            return sumWindows(windows, normalize, write);
+        Row<Real> weights(size_t(isWeighted() ? topology_.begin(topology_.faces()) : 0));
+        const auto weightOf = [&](int64_t corner) { return weights.data() + corner; };
+        keepFaces(weightOf);
+        eachBatch(weightOf, [&](const auto &, int64_t first, int64_t count, Sums &sums, Fan &) {
+            double lengths[kLanes];
+            if (normalize)
+                normalizeLanes(sums.vectors, count, lengths);
+            for (int64_t i = 0; i < count; ++i)
+                write(first + i, Vector(sums.vectors[i]));
         });
     }
 
-    /// Call `write(corner, normal)` for every corner: the sum over the faces around its point whose normal lies within
-    /// `cuspAngle` degrees of the corner's own face.  What is written last counts.
-    template <class Write> void cornerNormals(double cuspAngle, bool normalize, Write &&write)
+    /// Write to `placeOf(corner)`, room for three numbers of its own, the normal of every corner: the sum over the faces
+    /// around its point whose normal lies within `cuspAngle` degrees of the corner's own face.
+    template <class PlaceOf> void cornerNormals(double cuspAngle, bool normalize, const PlaceOf &placeOf)
     {
         // The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
         const double radians = cuspAngle * std::numbers::pi / 180.0;
         const Cusp cusp{std::cos(radians) - 1e-6, std::cos(0.5 * radians) + 1e-6};
-        Row<uint8_t> isHard(size_t(points_), uint8_t(!windows_.hasLocality()));
-        if (windows_.hasLocality())
-        {
-            keepRooms();
-            Row<Vector> smooth(static_cast<size_t>(points_));
-            sumWindows(true, normalize, [&](int64_t point, const Vector &normal) { smooth[size_t(point)] = normal; });
-            if (!spreadNormals(smooth, normalize, cusp.mean, isHard, write))
-                return;
-        }
-        else
-            keepFaces();
-        const auto adjacency = adjacencyOf_();
-        parallelForRange(points_, kPointsPerTask, [&](int64_t first, int64_t last) {
-            Fan fan;
-            for (int64_t point = first; point < last; ++point)
-                if (isHard[size_t(point)])
-                    separateNormals(*adjacency, point, cusp, normalize, fan, write);
+        // A corner's weight is wanted last when its normal is written: they share the place.
+        keepFaces(placeOf);
+        eachBatch(placeOf, [&](const auto &adjacency, int64_t first, int64_t count, Sums &sums, Fan &fan) {
+            writeCorners(adjacency, first, count, cusp, normalize, sums, fan, placeOf);
         });
     }
 
 private:
-    // A point of valence 4 costs some 50 ns, a face some 15 ns: tasks are 50 us of work.
+    // A point of valence 4 costs some 10 ns, a face some 6 ns: tasks are 10 us of work and more.
     static constexpr int64_t kPointsPerTask = 1024;
     static constexpr int64_t kBlocksPerTask = 64;
 
     // Around fewer faces all pairs are looked at sooner.
     static constexpr size_t kFew = 8;
+
+    static constexpr int64_t kLanes = VectorLanes::kCount;
 
     using Block = FaceBlock<Real>;
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
@@ -94,6 +86,14 @@ private:
         double mean;
     };
 
+    // What the faces around some neighbouring points give to each, and all their weights and the least one.
+    struct Sums
+    {
+        VectorLanes vectors;
+        double weights[kLanes];
+        double least[kLanes];
+    };
+
     // The faces around one point.
     struct Fan
     {
@@ -101,21 +101,21 @@ private:
         std::vector<BAS_Vec3d> contributions;
     };
 
+    bool isWeighted() const { return given_ || weights_ != NormalWeights::equal; }
+
     // Adds up what the faces give to the points of each window; `write(point, normal)` gets the sums.
-    template <class Write> void sumWindows(bool keeps, bool normalize, Write &&write)
+    template <class Write> void sumWindows(const PointWindows &windows, bool normalize, Write &&write)
     {
-        parallelFor(windows_.count(), 1, [&](int64_t window) {
-            const int64_t first = windows_.first(window), last = windows_.last(window);
+        parallelFor(windows.count(), 1, [&](int64_t window) {
+            const int64_t first = windows.first(window), last = windows.last(window);
             Row<BAS_Vec3d> sums(static_cast<size_t>(last - first));
             std::fill(sums.begin(), sums.end(), BAS_Vec3d(0.0));
             Block block;
-            for (const PointWindows::Block &entry : windows_.blocks(window))
+            for (const int64_t index : windows.blocks(window))
             {
-                const int64_t firstFace = entry.index * Block::kFaces;
+                const int64_t firstFace = index * Block::kFaces;
                 const int64_t lastFace = std::min(firstFace + Block::kFaces, topology_.faces());
                 block.evaluate(topology_, position_, firstFace, lastFace, weights_, given_);
-                if (keeps && entry.isHome)
-                    keep(block, firstFace, lastFace);
                 addToPoints(block, firstFace, lastFace, first, sums);
             }
             writeSums(sums, first, normalize, write);
@@ -127,13 +127,23 @@ private:
         const Topology topology = topology_;
         const uint64_t count = sums.size();
         BAS_Vec3d *to = sums.data();
+        const auto add = [&](int64_t corner, const BAS_Vec3d &part) {
+            if (const uint64_t at = uint64_t(topology.point(corner) - firstPoint); at < count)
+                to[at] += part;
+        };
         for (int64_t face = firstFace; face < lastFace; ++face)
         {
             const BAS_Vec3d normal(block.normal(face - firstFace));
-            const BAS_Vec3d part = normal * double(block.weight(face - firstFace));
-            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
-                if (const uint64_t at = uint64_t(topology.point(corner) - firstPoint); at < count)
-                    to[at] += block.weighsCorners() ? normal * double(block.cornerWeight(corner)) : part;
+            const int64_t begin = topology.begin(face), end = topology.end(face);
+            if (block.weighsCorners())
+                for (int64_t corner = begin; corner < end; ++corner)
+                    add(corner, normal * double(block.cornerWeight(corner)));
+            else
+            {
+                const BAS_Vec3d part = normal * double(block.weight(face - firstFace));
+                for (int64_t corner = begin; corner < end; ++corner)
+                    add(corner, part);
+            }
         }
     }
 
@@ -141,102 +151,129 @@ private:
     static void writeSums(const Row<BAS_Vec3d> &sums, int64_t firstPoint, bool normalize, Write &&write)
     {
         VectorLanes lanes;
-        double lengths[VectorLanes::kCount];
-        for (size_t begin = 0; begin < sums.size(); begin += VectorLanes::kCount)
+        double lengths[kLanes];
+        for (int64_t begin = 0; begin < int64_t(sums.size()); begin += kLanes)
         {
-            const size_t count = std::min<size_t>(VectorLanes::kCount, sums.size() - begin);
-            for (size_t i = 0; i < count; ++i)
-            {
-                lanes.x[i] = sums[begin + i].x;
-                lanes.y[i] = sums[begin + i].y;
-                lanes.z[i] = sums[begin + i].z;
-            }
+            const int64_t count = std::min(kLanes, int64_t(sums.size()) - begin);
+            for (int64_t i = 0; i < count; ++i)
+                lanes.set(i, sums[size_t(begin + i)]);
             if (normalize)
-                normalizeLanes(lanes, int64_t(count), lengths);
-            for (size_t i = 0; i < count; ++i)
-                write(firstPoint + int64_t(begin + i), Vector(Real(lanes.x[i]), Real(lanes.y[i]), Real(lanes.z[i])));
+                normalizeLanes(lanes, count, lengths);
+            for (int64_t i = 0; i < count; ++i)
+                write(firstPoint + begin + i, Vector(lanes[i]));
         }
     }
 
-    // Works out all faces and keeps them.
-    void keepFaces()
-    {
-        keepRooms();
-        parallelForRange(
-            (topology_.faces() + Block::kFaces - 1) / Block::kFaces, kBlocksPerTask, [&](int64_t begin, int64_t end) {
-                Block block;
-                for (int64_t i = begin; i < end; ++i)
-                {
-                    const int64_t first = i * Block::kFaces, last = std::min(first + Block::kFaces, topology_.faces());
-                    block.evaluate(topology_, position_, first, last, weights_, given_);
-                    keep(block, first, last);
-                }
-            });
-    }
-
-    void keepRooms()
+    // Works out all faces and keeps their normals, and weights, if any, at `weightOf(corner)`.
+    template <class WeightOf> void keepFaces(const WeightOf &weightOf)
     {
         normals_.resize(size_t(topology_.faces()));
-        if (given_ || weights_ != NormalWeights::equal)
-            factors_.resize(size_t(weighsFaces() ? topology_.faces() : topology_.begin(topology_.faces())));
-    }
-
-    void keep(const Block &block, int64_t first, int64_t last)
-    {
-        for (int64_t face = first; face < last; ++face)
-        {
-            normals_[size_t(face)] = block.normal(face - first);
-            if (weighsFaces())
-                factors_[size_t(face)] = block.weight(face - first);
-            else if (block.weighsCorners())
-                for (int64_t corner = topology_.begin(face); corner < topology_.end(face); ++corner)
-                    factors_[size_t(corner)] = block.cornerWeight(corner);
-        }
-    }
-
-    bool weighsFaces() const { return !given_ && weights_ == NormalWeights::area; }
-
-    BAS_Vec3d contribution(int64_t face, int64_t corner) const
-    {
-        const BAS_Vec3d normal(normals_[size_t(face)]);
-        return factors_.empty() ? normal : normal * double(factors_[size_t(weighsFaces() ? face : corner)]);
-    }
-
-    // Writes the normal of its point to each corner, and marks the points where some face lies farther from it than half the
-    // cusp angle, as the cosine `least` says: nearer ones lie within the whole angle of each other.  True when there are
-    // any.
-    template <class Write>
-    bool spreadNormals(const Row<Vector> &points, bool normalized, double least, Row<uint8_t> &isHard, Write &&write) const
-    {
-        const Real near = Real(least + 1e-6);
-        std::atomic<bool> any = false;
-        parallelForRange(topology_.faces(), kBlocksPerTask * Block::kFaces, [&](int64_t first, int64_t last) {
+        const auto keep = [&](const Block &block, int64_t first, int64_t last) {
             const Topology topology = topology_;
-            bool found = false;
             for (int64_t face = first; face < last; ++face)
             {
-                const Vector own = normals_[size_t(face)];
-                for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
-                {
-                    const int64_t point = topology.point(corner);
-                    const Vector &normal = points[size_t(point)];
-                    write(corner, normal);
-                    if (own.dot(normal) > near * (normalized ? Real(1) : normal.length()))
-                        continue;
-                    std::atomic_ref(isHard[size_t(point)]).store(1, std::memory_order_relaxed);
-                    found = true;
-                }
+                normals_[size_t(face)] = block.normal(face - first);
+                if (isWeighted())
+                    for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
+                        *weightOf(corner) = block.weighsCorners() ? block.cornerWeight(corner) : block.weight(face - first);
             }
-            if (found)
-                any.store(true, std::memory_order_relaxed);
+        };
+        const int64_t blocks = (topology_.faces() + Block::kFaces - 1) / Block::kFaces;
+        parallelForRange(blocks, kBlocksPerTask, [&](int64_t begin, int64_t end) {
+            Block block;
+            for (int64_t i = begin; i < end; ++i)
+            {
+                const int64_t first = i * Block::kFaces, last = std::min(first + Block::kFaces, topology_.faces());
+                block.evaluate(topology_, position_, first, last, weights_, given_);
+                keep(block, first, last);
+            }
         });
-        return any;
+    }
+
+    // Calls `finish(adjacency, point, count, sums, fan)` for all points, some neighbours at a time.
+    template <class WeightOf, class Finish> void eachBatch(const WeightOf &weightOf, Finish &&finish)
+    {
+        const auto adjacency = adjacencyOf_();
+        parallelForRange(points_, kPointsPerTask, [&](int64_t begin, int64_t end) {
+            Sums sums;
+            Fan fan;
+            for (int64_t first = begin; first < end; first += kLanes)
+            {
+                const int64_t count = std::min(kLanes, end - first);
+                for (int64_t i = 0; i < count; ++i)
+                    sumAround(*adjacency, first + i, weightOf, i, sums);
+                finish(*adjacency, first, count, sums, fan);
+            }
+        });
+    }
+
+    template <class Adjacency, class WeightOf>
+    void sumAround(const Adjacency &adjacency, int64_t point, const WeightOf &weightOf, int64_t lane, Sums &sums) const
+    {
+        const auto *corners = adjacency.around(point);
+        const int64_t valence = adjacency.valence(point);
+        BAS_Vec3d sum(0.0);
+        double weights = double(valence), least = 1.0;
+        if (isWeighted())
+        {
+            weights = 0.0;
+            least = std::numeric_limits<double>::infinity();
+            for (int64_t i = 0; i < valence; ++i)
+            {
+                const double weight = double(*weightOf(corners[i]));
+                sum += normalAt(adjacency, corners[i]) * weight;
+                weights += weight;
+                least = std::min(least, weight);
+            }
+        }
+        else
+            for (int64_t i = 0; i < valence; ++i)
+                sum += normalAt(adjacency, corners[i]);
+        sums.vectors.set(lane, sum);
+        sums.weights[lane] = weights;
+        sums.least[lane] = least;
+    }
+
+    template <class Adjacency> BAS_Vec3d normalAt(const Adjacency &adjacency, int64_t corner) const
+    {
+        return BAS_Vec3d(normals_[size_t(adjacency.faceOf(topology_, corner))]);
+    }
+
+    template <class Adjacency, class PlaceOf>
+    void writeCorners(const Adjacency &adjacency, int64_t first, int64_t count, const Cusp &cusp, bool normalize, Sums &sums,
+                      Fan &fan, const PlaceOf &placeOf) const
+    {
+        std::array<Vector, size_t(kLanes)> normals;
+        const auto note = [&] {
+            for (int64_t i = 0; i < count; ++i)
+                normals[size_t(i)] = Vector(sums.vectors[i]);
+        };
+        double lengths[kLanes];
+        if (!normalize)
+            note();
+        normalizeLanes(sums.vectors, count, lengths);
+        if (normalize)
+            note();
+        for (int64_t i = 0; i < count; ++i)
+        {
+            // What the sum of unit vectors with weights lacks of the weights' sum is the sum of what each lacks of pointing
+            // its way.  When all together lack little, so does every one; a millionth is for rounding.
+            const double lacking = (1.0 + 1e-6) * sums.weights[i] - lengths[i];
+            if (!(lacking < (1.0 - cusp.mean) * sums.least[i]))
+            {
+                separateNormals(adjacency, first + i, cusp, normalize, fan, placeOf);
+                continue;
+            }
+            const auto *corners = adjacency.around(first + i);
+            for (int64_t k = 0, valence = adjacency.valence(first + i); k < valence; ++k)
+                std::memcpy(placeOf(corners[k]), &normals[size_t(i)], sizeof(Vector));
+        }
     }
 
     // Writes to each corner of a point the sum over the faces within the cusp angle of its own.
-    template <class Adjacency, class Write>
+    template <class Adjacency, class PlaceOf>
     void separateNormals(const Adjacency &adjacency, int64_t point, const Cusp &cusp, bool normalize, Fan &fan,
-                         Write &&write) const
+                         const PlaceOf &placeOf) const
     {
         const auto *corners = adjacency.around(point);
         const size_t valence = size_t(adjacency.valence(point));
@@ -244,9 +281,8 @@ private:
         fan.contributions.resize(valence);
         for (size_t i = 0; i < valence; ++i)
         {
-            const int64_t face = adjacency.faceOf(topology_, corners[i]);
-            fan.normals[i] = BAS_Vec3d(normals_[size_t(face)]);
-            fan.contributions[i] = contribution(face, corners[i]);
+            fan.normals[i] = normalAt(adjacency, corners[i]);
+            fan.contributions[i] = isWeighted() ? fan.normals[i] * double(*placeOf(corners[i])) : fan.normals[i];
         }
         // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
         const bool isSmooth = valence > kFew && isNearMean(fan.normals, cusp.mean);
@@ -266,7 +302,7 @@ private:
             if (ownSum != sum)
                 normal = Vector(normalize ? direction(ownSum) : ownSum);
             sum = ownSum;
-            write(int64_t(corners[own]), normal);
+            std::memcpy(placeOf(corners[own]), &normal, sizeof(Vector));
         }
     }
 
@@ -285,9 +321,7 @@ private:
     const AdjacencyOf &adjacencyOf_;
     NormalWeights weights_;
     const float *given_;
-    PointWindows windows_;
     int64_t points_;
     Row<Vector> normals_;  // unit length, of each face, when they are kept
-    Row<Real> factors_;    // of each corner, or of each face; empty when all are 1
 };
 }  // namespace host

@@ -20,8 +20,7 @@ template <class Kernel, class Faces>
 void writeSharedVertices(Kernel &kernel, const Faces &faces, const MSH_Detail &detail, double cuspAngle, float *to)
 {
     std::vector<BAS_Vec3f> normals(size_t(faces.corners()));
-    kernel.cornerNormals(cuspAngle, true,
-                         [&](int64_t corner, const BAS_Vec3f &normal) { normals[size_t(corner)] = normal; });
+    kernel.cornerNormals(cuspAngle, true, [&](int64_t corner) { return &normals[size_t(corner)].x; });
     std::vector<BAS_Vec3d> sums(size_t(detail.capacity(ELM_OWNER_VERTEX)), BAS_Vec3d(0.0));
     std::vector<uint8_t> isShared(sums.size()), isSeen(sums.size());
     for (int64_t corner = 0; corner < faces.corners(); ++corner)
@@ -59,8 +58,7 @@ void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &co
     else if (sharesVertices(detail))
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else
-        kernel.cornerNormals(cuspAngle, true,
-                             [&](int64_t corner, const BAS_Vec3f &normal) { store(to + 3 * faces.vertex(corner), normal); });
+        kernel.cornerNormals(cuspAngle, true, [&](int64_t corner) { return to + 3 * faces.vertex(corner); });
 }
 }  // namespace
 

@@ -66,8 +66,10 @@ template <class Write> bool writeAs(RQ_Storage storage, void *normals, int64_t e
 template <class Visit> void visitMesh(const RQ_PrimPolygonMesh &mesh, const rq::Positions &positions, Visit &&visit)
 {
     rq::visitTopology(mesh.getFaceCountArray(), *mesh.getVertexList(), [&](const auto &topology) {
-        positions.visit(
-            [&](const auto &reader) { visit(topology, [reader](int64_t point) { return BAS_Vec3d(reader(point)); }); });
+        if (positions.flat())
+            visit(topology, host::PackedPositions{positions.flat(), positions.entries()});
+        else
+            visit(topology, [&positions](int64_t point) { return positions[point]; });
     });
 }
 
@@ -112,28 +114,26 @@ void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::SharedTopology &share
 
 /// Write the normals of faces [first, last), at most as many as lanes.
 template <class Real, class Topology, class Position>
-void writeFaceLanes(Real *values, const Topology &topology, const Position &position, int64_t first, int64_t last)
+void writeFaceLanes(Real *values, const Topology topology, const Position position, int64_t first, int64_t last)
 {
     host::VectorLanes lanes;
     double lengths[host::VectorLanes::kCount];
-    for (int64_t face = first; face < last; ++face)
-    {
-        const int64_t begin = topology.begin(face);
-        const BAS_Vec3d along = host::fastNormalVector(topology.end(face) - begin,
-                                                       [&](int64_t i) { return position(topology.point(begin + i)); });
-        lanes.x[face - first] = along.x;
-        lanes.y[face - first] = along.y;
-        lanes.z[face - first] = along.z;
-    }
+    if (!host::packedFaces(topology, position, first, last).fastNormalVectors(lanes))
+        for (int64_t face = first; face < last; ++face)
+        {
+            const int64_t begin = topology.begin(face);
+            const auto at = [&](int64_t i) { return position(topology.point(begin + i)); };
+            lanes.set(face - first, host::fastNormalVector(topology.end(face) - begin, at));
+        }
     host::normalizeLanes(lanes, last - first, lengths);
     for (int64_t i = 0; i < last - first; ++i)
-        store(values, first + i, Imath::Vec3<Real>(Real(lanes.x[i]), Real(lanes.y[i]), Real(lanes.z[i])));
+        store(values, first + i, Imath::Vec3<Real>(lanes[i]));
 }
 }  // namespace
 
 bool RQ_PrimPolygonMesh::writeFaceNormals(void *normals, RQ_Storage storage, int segment, const char *positions) const
 {
-    // A face costs about 10 ns here.
+    // A face costs about 5 ns here.
     constexpr int64_t kLanes = host::VectorLanes::kCount, kBlocksPerTask = 64;
     const rq::Positions reader = positionsOf(*this, segment, positions);
     return reader.isValid() && writeAs(storage, normals, getFaceCount(), [&](auto *values) {
@@ -180,15 +180,15 @@ bool RQ_PrimPolygonMesh::writeVertexNormals(void *normals, RQ_Storage storage, i
         }
         else
             return visitKernel<Real>(*this, *topology_, reader, weights, nullptr, [&](auto &kernel) {
-                kernel.cornerNormals(cuspAngle, normalize, [values](int64_t corner, const Imath::Vec3<Real> &normal) {
-                    store(values, corner, normal);
-                });
+                kernel.cornerNormals(cuspAngle, normalize, [values](int64_t corner) { return values + 3 * corner; });
             });
         rq::visitTopology(counts_, *vertexList_, [&](const auto &topology) {
-            for (int64_t face = 0; face < topology.faces(); ++face)
+            constexpr int64_t kFacesPerTask = 8192;  // of some 5 ns
+            host::parallelFor(topology.faces(), kFacesPerTask, [&](int64_t face) {
                 for (int64_t corner = topology.begin(face); corner < topology.end(face); ++corner)
                     std::copy_n(few.data() + 3 * (cuspAngle >= 180.0 ? topology.point(corner) : face), 3,
                                 values + 3 * corner);
+            });
         });
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <limits>
+#include <type_traits>
 
 #include <rq/data/Counts.h>
 #include <rq/data/Values.h>
@@ -34,6 +35,17 @@ template <class Faces, class Point> struct FaceTopology
     int64_t begin(int64_t face) const { return ranges.begin(face); }
     int64_t end(int64_t face) const { return ranges.end(face); }
     int64_t point(int64_t corner) const { return int64_t(points[corner]); }
+
+    /// The number of corners that faces [first, last) have each; 0 when it differs.
+    int64_t cornersOfEach(int64_t first, int64_t last) const
+    {
+        const int64_t corners = end(first) - begin(first);
+        if constexpr (!std::is_same_v<Faces, UniformFaces>)
+            for (int64_t face = first + 1; face < last; ++face)
+                if (end(face) - begin(face) != corners)
+                    return 0;
+        return corners;
+    }
 };
 
 /// Call `visit(FaceTopology)` with the plain pointers of counts and vertex list.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 #include <host/bas/Parallel.h>
@@ -125,6 +126,63 @@ TEST(Normals, PointOutwardOnTinyAndHugeCubes)
     }
 }
 
+TEST(Normals, AreAsSymmetricAsTheMesh)
+{
+    const auto pointNormals = [](const MeshShape &shape, RQ_NormalWeights weights) {
+        std::vector<BAS_Vec3d> normals(size_t(shape.pointCount()));
+        EXPECT_TRUE(makeMesh(shape)->pointNormals(normals.data(), 0, "P", true, weights));
+        return normals;
+    };
+    for (const RQ_NormalWeights weights : {RQ_NORMAL_WEIGHTS_ANGLE, RQ_NORMAL_WEIGHTS_EQUAL, RQ_NORMAL_WEIGHTS_AREA})
+    {
+        const std::vector<BAS_Vec3d> corners = pointNormals(cubeShape(), weights);
+        for (size_t p = 0; p < 8; ++p)
+            for (int axis = 0; axis < 3; ++axis)
+                EXPECT_EQ(corners[p][axis], std::copysign(corners[7].x, cubeShape().positions[3 * p + size_t(axis)]));
+
+        // In the mirror the corners count the other way round: seen from the same side the normals point to the back.
+        for (const MeshShape &shape : meshShapes())
+        {
+            SCOPED_TRACE(shape.name);
+            const std::vector<BAS_Vec3d> here = pointNormals(shape, weights);
+            const std::vector<BAS_Vec3d> there = pointNormals(shape.scaled("mirrored", -1.0f, 1.0f, 1.0f), weights);
+            for (size_t p = 0; p < here.size(); ++p)
+                ASSERT_EQ(there[p], BAS_Vec3d(here[p].x, -here[p].y, -here[p].z)) << "point " << p;
+        }
+    }
+}
+
+// A strip of quads of which each is folded against the one before by 5 degrees more.
+MeshShape foldedStrip()
+{
+    MeshShape shape;
+    double x = 0.0, z = 0.0, slope = 0.0;
+    for (int fold = 0; fold <= 36; ++fold)
+    {
+        shape.addPoint(float(x), 0.0f, float(z));
+        shape.addPoint(float(x), 1.0f, float(z));
+        slope += (fold % 2 ? 5.0 : -5.0) * fold * std::numbers::pi / 180.0;
+        x += std::cos(slope);
+        z += std::sin(slope);
+    }
+    for (int i = 0; i < 36; ++i)
+        shape.addFace({2 * i, 2 * i + 2, 2 * i + 3, 2 * i + 1});
+    return shape;
+}
+
+TEST(Normals, KeepExactlyTheEdgesThatAreSharperThanTheCusp)
+{
+    const RQ_PolygonMeshHandle mesh = makeMesh(foldedStrip());
+    for (int cusp = 0; cusp < 36; ++cusp)
+    {
+        const RQ_DataArrayHandle normals = mesh->createVertexNormals(0, "P", 5.0 * cusp + 2.5, true, RQ_STORAGE_REAL32);
+        int hard = 0;
+        for (int fold = 1; fold < 36; ++fold)
+            hard += vectorOf(*normals, 4 * fold - 3) != vectorOf(*normals, 4 * fold);
+        EXPECT_EQ(hard, 35 - cusp) << "cusp " << 5.0 * cusp + 2.5;
+    }
+}
+
 TEST(Normals, AreFacetedAtZeroAndSharedAtOneHundredAndEighty)
 {
     const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());
@@ -132,6 +190,7 @@ TEST(Normals, AreFacetedAtZeroAndSharedAtOneHundredAndEighty)
     const RQ_DataArrayHandle points = mesh->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL32);
     const RQ_DataArrayHandle faceted = mesh->createVertexNormals(0, "P", 0.0, true, RQ_STORAGE_REAL32);
     const RQ_DataArrayHandle smooth = mesh->createVertexNormals(0, "P", 180.0, true, RQ_STORAGE_REAL32);
+    EXPECT_STREQ(smooth->className(), "RQ_DAIndirect");  // no array as long as the vertex list
     for (int64_t corner = 0; corner < mesh->getVertexCount(); ++corner)
     {
         EXPECT_EQ(vectorOf(*faceted, corner), vectorOf(*faces, corner / 4));
@@ -166,25 +225,68 @@ MeshShape terraces(bool scattered)
     return shape;
 }
 
+// All kinds of normals, one after the other.
+std::vector<double> allNormals(const RQ_PrimPolygonMesh &mesh)
+{
+    std::vector<double> all = valuesOf(mesh.faceNormals(0, "P", RQ_STORAGE_REAL64));
+    for (const RQ_NormalWeights weights : {RQ_NORMAL_WEIGHTS_ANGLE, RQ_NORMAL_WEIGHTS_EQUAL, RQ_NORMAL_WEIGHTS_AREA})
+    {
+        std::vector<BAS_Vec3d> normals(size_t(mesh.getPointCount() + mesh.getVertexCount()));
+        EXPECT_TRUE(mesh.pointNormals(normals.data(), 0, "P", true, weights));
+        EXPECT_TRUE(mesh.vertexNormals(normals.data() + mesh.getPointCount(), 0, "P", 60.0, true, weights));
+        for (const BAS_Vec3d &normal : normals)
+            all.insert(all.end(), {normal.x, normal.y, normal.z});
+    }
+    return all;
+}
+
 class NormalsOfThreads : public testing::TestWithParam<const char *>
 {};
 
 TEST_P(NormalsOfThreads, HaveTheSameBits)
 {
     const std::string name = GetParam();
-    const RQ_PolygonMeshHandle mesh = makeMesh(name == "fan" ? meshShape("fan") : terraces(name == "scattered"));
-    const auto run = [&](int threads) {
-        const BAS_Threads::Limit limit(threads);
-        std::vector<double> all = valuesOf(mesh->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL64));
-        const std::vector<double> corners = valuesOf(mesh->createVertexNormals(0, "P", 60.0, true, RQ_STORAGE_REAL64));
-        all.insert(all.end(), corners.begin(), corners.end());
-        return all;
-    };
-    const std::vector<double> one = run(1);
-    EXPECT_EQ(one, run(2));
-    EXPECT_EQ(one, run(16));
+    const MeshShape shape = name == "fan" ? meshShape("fan") : terraces(name == "scattered");
+    std::vector<double> expected;
+    for (const int workers : {1, 2, 3, 8, 64})
+    {
+        const BAS_Threads::Limit limit(workers);
+        const std::vector<double> all = allNormals(*makeMesh(shape));
+        if (workers == 1)
+            expected = all;
+        EXPECT_EQ(all, expected) << workers << " workers";
+    }
 }
 INSTANTIATE_TEST_SUITE_P(Normals, NormalsOfThreads, testing::Values("fan", "terraces", "scattered"));
+
+// Packed 32-bit positions are read several faces at a time, all others face by face.
+TEST(Normals, HaveTheSameBitsHoweverPositionsAndIndicesAreStored)
+{
+    std::vector<MeshShape> shapes = meshShapes();
+    shapes.push_back(terraces(false).scaled("terraces", 1.0f, 1.0f, 1.0f));
+    shapes.push_back(terraces(false).scaled("tiny terraces", 0.03f, 0.03f, 0.03f));
+    MeshShape triangles{"triangles", shapes.back().positions, {}, {}};
+    for (int i = 0; i + 203 < triangles.pointCount(); i += 3)
+        triangles.addFace({i, i + 1 + i % 2, i + 202});
+    shapes.push_back(triangles);
+    for (const MeshShape &shape : shapes)
+    {
+        SCOPED_TRACE(shape.name);
+        const std::vector<double> expected = allNormals(*makeMesh(shape));
+        const std::vector<double> wide(shape.positions.begin(), shape.positions.end());
+        const std::vector<int64_t> list(shape.indices.begin(), shape.indices.end());
+        for (const auto &[points, indices] : {std::pair{makeArray(wide, 3, RQ_TYPE_POINT), integers(shape.indices)},
+                                              std::pair{positions(shape.positions), makeArray(list)}})
+        {
+            const RQ_PolygonMeshHandle mesh(
+                new RQ_PrimPolygonMesh(integers(shape.counts), indices, oneAttribute("P", points)));
+            // Compared as bits: what is not a number must be so in both.
+            const std::vector<double> all = allNormals(*mesh);
+            ASSERT_EQ(all.size(), expected.size());
+            EXPECT_EQ(std::memcmp(all.data(), expected.data(), all.size() * sizeof(double)), 0);
+        }
+    }
+}
 
 TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
 {
