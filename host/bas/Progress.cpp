@@ -14,6 +14,8 @@ BAS_Progress::BAS_Progress(const char *label) : label_(label) {}
 
 bool BAS_Progress::interrupted(double fraction)
 {
+    if (!label_)
+        return false;
     if (stopped_.load(std::memory_order_relaxed))
         return true;
     BAS_ProgressHandler *const listener = handler.load(std::memory_order_acquire);

@@ -24,7 +24,7 @@ public:
 class HOST_API BAS_Progress
 {
 public:
-    explicit BAS_Progress(const char *label);
+    explicit BAS_Progress(const char *label);  ///< null: an operation that nobody hears of and nothing stops
 
     /// Report how far the operation is; true when it is to stop.
     bool interrupted(double fraction);

@@ -43,17 +43,13 @@ void ELM_Group::setRange(ELM_Offset first, int64_t count, bool member)
     if (member)
         cover(first, last);
     ELM_OffsetBits &members = own();
-    for (int64_t bit = first - members.base, stop = last - members.base; bit < stop;)
+    uint64_t *const words = members.bits.words();
+    const int64_t stop = last - members.base;
+    for (int64_t bit = first - members.base, next; bit < stop; bit = next)
     {
-        // Whole words at once, where there are any.
-        if ((bit & 63) == 0 && stop - bit >= 64)
-        {
-            const int64_t words = (stop - bit) >> 6;
-            std::fill_n(members.bits.words() + (bit >> 6), words, member ? ~uint64_t(0) : 0);
-            bit += words << 6;
-        }
-        else
-            members.bits.set(bit++, member);
+        next = std::min(stop, (bit | 63) + 1);
+        const uint64_t mask = ~uint64_t(0) >> (64 - (next - bit)) << (bit & 63);
+        words[bit >> 6] = member ? words[bit >> 6] | mask : words[bit >> 6] & ~mask;
     }
 }
 

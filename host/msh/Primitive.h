@@ -8,13 +8,11 @@
 class MSH_Primitive
 {
 public:
-    MSH_Primitive(const MSH_Detail &detail, ELM_Offset offset)
-        : detail_(&detail), offset_(offset), type_(detail.typeOf(offset))
-    {}
+    MSH_Primitive(const MSH_Detail &detail, ELM_Offset offset) : detail_(&detail), offset_(offset) {}
 
     const MSH_Detail &detail() const { return *detail_; }
     ELM_Offset offset() const { return offset_; }
-    ELM_PrimitiveTypeId type() const { return type_; }
+    ELM_PrimitiveTypeId type() const { return detail_->typeOf(offset_); }
 
     int64_t vertexCount() const { return detail_->vertexRun(offset_).count; }
     ELM_OffsetList vertices() const { return detail_->vertices(offset_); }
@@ -30,7 +28,6 @@ protected:
 private:
     const MSH_Detail *detail_;
     ELM_Offset offset_;
-    ELM_PrimitiveTypeId type_;
 };
 
-static_assert(sizeof(MSH_Primitive) == 24);
+static_assert(sizeof(MSH_Primitive) == 16);
