@@ -13,7 +13,7 @@ RQ_MSHPrimCollectData *RQ_MSHPrimCollectPoly::beginCollecting(const RQ_MSHDetail
 RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *primitives,
                                                   int, RQ_MSHPrimCollectData *data) const
 {
-    collectOne(data, primitives[0]->detail(), primitives[0]->offset());
+    static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(primitives[0]->detail(), primitives[0]->offset());
     return nullptr;
 }
 

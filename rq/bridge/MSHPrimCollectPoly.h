@@ -1,15 +1,15 @@
 #pragma once
 
-#include <optional>
-
-#include <host/elm/Group.h>
+#include <host/bas/Progress.h>
 #include <rq/bridge/MSHPrimCollect.h>
-#include <rq/bridge/detail/PolygonReader.h>
+#include <rq/bridge/detail/PendingPrimitives.h>
 #include <rq/bridge/detail/gatherFaces.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
 /// The polygons of one refinement: closed ones, and the faces of fans, strips, soups and grids, make one mesh, open ones
 /// make curves.
+///
+/// Ownership  details must outlive the data: primitives that come one by one are read together when they are needed
 class RQ_API RQ_MSHPrimCollectPolyData : public RQ_MSHPrimCollectData
 {
 public:
@@ -17,7 +17,13 @@ public:
     ~RQ_MSHPrimCollectPolyData() override;
 
     /// Append one primitive of the detail.  A face with a vertex that has no point is left out.
-    void append(const MSH_Detail &detail, ELM_Offset primitive);
+    void append(const MSH_Detail &detail, ELM_Offset primitive)
+    {
+        if (pending_.add(detail, primitive))
+            return;
+        readPending();
+        pending_.add(detail, primitive);
+    }
 
     /// Append the primitives of a range, in parallel.  Nothing when it is interrupted.
     void append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress);
@@ -37,10 +43,13 @@ public:
     RQ_PrimitiveHandle makeCurves(const RQ_MSHDetailListHandle &details);
 
 private:
+    void readPending();
     bool coversDetail(const MSH_Detail &detail) const;
     RQ_AttributeListHandle addNormals(const RQ_MSHDetailList &details, const RQ_AttributeListHandle &vertex) const;
 
     const RQ_RefineParms *parms_;  // of the refinement, which outlives the data
+    rq::PendingPrimitives pending_;
+    rq::GatheredFaces gathered_;  // of the primitives before the pending ones
     bool asSubdivision_;
     int64_t faceSetMode_;
     bool fastCompacting_;
@@ -48,9 +57,6 @@ private:
     bool addTangents_;
     float cuspAngle_;
     int64_t mostCurveVertices_;
-
-    std::optional<rq::PolygonReader> reader_;  // of the detail that was read last
-    rq::GatheredFaces gathered_;
 };
 
 /// The collector of host polygons, and of the types that consist of faces: all faces of a refinement become one polygon mesh

@@ -33,27 +33,29 @@ RQ_MSHPrimCollectPolyData::RQ_MSHPrimCollectPolyData(const RQ_RefineParms *parms
 
 RQ_MSHPrimCollectPolyData::~RQ_MSHPrimCollectPolyData() = default;
 
-void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, ELM_Offset primitive)
+void RQ_MSHPrimCollectPolyData::readPending()
 {
-    if (detail.typeOf(primitive) != ELM_PRIMITIVE_POLYGON)
-    {
-        BAS_Progress progress("Collecting polygons");
-        return append(detail, ELM_Range(ELM_OWNER_PRIMITIVE, primitive, primitive + 1), progress);
-    }
-    if (!reader_ || !reader_->reads(detail))
-        reader_.emplace(detail);
-    reader_->visitOne(
-        primitive,
-        [this](ELM_Offset face, ELM_Offset vertex, int64_t corners) { gathered_.closed.append(face, vertex, corners); },
-        [this](ELM_Offset line, ELM_Offset vertex, int64_t corners) { gathered_.open.append(line, vertex, corners); });
+    pending_.take([this](const MSH_Detail &detail, const ELM_Range &range) {
+        // Whoever gives primitives one by one is asked by the refinement whether it is to stop.
+        BAS_Progress unheard(nullptr);
+        rq::gatherFaces(detail, range, gathered_, unheard);
+    });
 }
 
 void RQ_MSHPrimCollectPolyData::append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress)
 {
+    readPending();
     rq::gatherFaces(detail, range, gathered_, progress);
 }
 
-void RQ_MSHPrimCollectPolyData::append(RQ_MSHPrimCollectPolyData &following) { gathered_.append(following.gathered_); }
+void RQ_MSHPrimCollectPolyData::append(RQ_MSHPrimCollectPolyData &following)
+{
+    if (following.gathered_.isEmpty() && pending_.add(following.pending_))
+        return;
+    readPending();
+    following.readPending();
+    gathered_.append(following.gathered_);
+}
 
 bool RQ_MSHPrimCollectPolyData::coversDetail(const MSH_Detail &detail) const
 {
@@ -80,6 +82,7 @@ RQ_AttributeListHandle RQ_MSHPrimCollectPolyData::addNormals(const RQ_MSHDetailL
 
 RQ_PolygonMeshHandle RQ_MSHPrimCollectPolyData::makeMesh(const RQ_MSHDetailListHandle &details)
 {
+    readPending();
     rq::FaceLists &faces = gathered_.closed;
     faces.finish();
     if (faces.faces() == 0)
@@ -126,6 +129,7 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeFaces(const RQ_MSHDetailListHa
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeCurves(const RQ_MSHDetailListHandle &details)
 {
+    readPending();
     gathered_.open.finish();
     const rq::MeshAttributes attributes(*details, parms_);
     BAS_Array<RQ_PrimitiveHandle> meshes;

@@ -10,7 +10,7 @@
 
 namespace
 {
-// A primitive costs 20 ns when it is only noted, and a thousand when it is wrapped.
+// A primitive costs 5 ns when it is only noted, and a thousand when it is wrapped.
 constexpr int64_t kPrimitivesPerPiece = 2 * ELM_PAGE_SIZE;
 }  // namespace
 
@@ -116,28 +116,37 @@ bool rq::SlotCollecting::skipsPage(ELM_Offset primitive, Share share) const
 void rq::SlotCollecting::collectPiece(const ELM_Range &range, Share share, Piece &piece, BAS_Progress &progress) const
 {
     const ELM_ReadHandle<int16_t> types = detail_.data().type.reader();
-    const int segments = details_->getSegments();
-    std::vector<const MSH_Primitive *> pointers(static_cast<size_t>(segments));
-    std::vector<MSH_Primitive> views;
-    views.reserve(pointers.size());
+    std::vector<MSH_Primitive> views;  // of one primitive, one a segment
+    for (int segment = 0; segment < details_->getSegments(); ++segment)
+        views.emplace_back(*details_->getDetail(segment), 0);
+    std::vector<const MSH_Primitive *> pointers;
+    for (const MSH_Primitive &view : views)
+        pointers.push_back(&view);
     const auto collect = [&](ELM_Offset primitive, const Slot &slot) {
         Piece::Part &part = piece.parts[size_t(&slot - slots_.data())];
         if (!part.begun)
             part = {true, std::unique_ptr<RQ_MSHPrimCollectData>(slot.collector->beginCollecting(details_, parms_))};
-        views.clear();
-        for (int segment = 0; segment < segments; ++segment)
-            pointers[size_t(segment)] = &views.emplace_back(*details_->getDetail(segment), primitive);
-        return slot.collector->collect(details_, pointers.data(), segments, part.data.get());
+        for (MSH_Primitive &view : views)
+            view = MSH_Primitive(view.detail(), primitive);
+        return slot.collector->collect(details_, pointers.data(), int(views.size()), part.data.get());
     };
+    // Most primitives are of the type of the one before.
+    ELM_PrimitiveTypeId type = ELM_PRIMITIVE_NONE;
+    const Slot *slot = nullptr;
+    bool isWanted = false;
     for (const auto [begin, end] : range.blocks())
     {
         if (progress.interrupted(double(begin) / double(range.end())))
             return;
         for (ELM_Offset primitive = begin, last = skipsPage(begin, share) ? begin : end; primitive < last; ++primitive)
         {
-            const ELM_PrimitiveTypeId type = types.value(primitive);
-            const Slot *slot = slotOf(type);
-            if (type == ELM_PRIMITIVE_NONE || !belongs(slot, share))
+            if (types.value(primitive) != type)
+            {
+                type = types.value(primitive);
+                slot = slotOf(type);
+                isWanted = type != ELM_PRIMITIVE_NONE && belongs(slot, share);
+            }
+            if (!isWanted)
                 continue;
             RQ_PrimitiveHandle made =
                 slot ? collect(primitive, *slot) : RQ_PrimitiveHandle(new RQ_MSHPrimitive(details_, primitive, parms_));

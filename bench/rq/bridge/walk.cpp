@@ -91,6 +91,8 @@ void collectOneByOne(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListH
             const MSH_Primitive *const pointer = &primitive;
             collector.collect(details, &pointer, 1, data);
         }
+    // What came one by one is read before the next batch.
+    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(data, detail, ELM_Range(), nullptr);
 }
 
 /// The walk alone: what the collector of polygons gathers.

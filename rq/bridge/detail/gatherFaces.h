@@ -13,6 +13,8 @@ struct GatheredFaces
     FaceLists open;
     bool hasParts = false;  ///< some faces are not whole primitives
 
+    bool isEmpty() const { return closed.faces() == 0 && open.faces() == 0; }
+
     /// Append what was gathered of the primitives that follow.
     void append(GatheredFaces &following);
 };

@@ -7,6 +7,7 @@
 
 #include <tbb/task_arena.h>
 
+#include <host/bas/CopyCounter.h>
 #include <host/bas/Parallel.h>
 #include <host/bas/Progress.h>
 #include <host/elm/PrimitiveFactory.h>
@@ -264,20 +265,31 @@ TEST(Walk, GivesTheSameOneByOneAndAtOnce)
     }
 }
 
+/// The collector of polygons bound by a caller, who is given them one by one.
+class OneByOne final : public RQ_MSHPrimCollectPoly
+{};
+
 TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
 {
+    const auto recordMerging = std::make_shared<Recorder>(true), record = std::make_shared<Recorder>(false);
     for (const Variant &variant : kVariants)
     {
         const MOD_ConstDetailHandle detail = makeMixedDetail(7, 25000, 25000, variant.looseVertices, variant.holes);
-        for (const char *collectors : {"built in", "merging", "not merging"})
+        const Refinement refinement(variant, detail);
+        const std::string builtIn = textOf(refinement.run());
+        const struct
         {
-            SCOPED_TRACE(std::string(variant.what) + ", " + collectors);
-            std::vector<Bound> bound;
-            bound.reserve(1);
-            if (*collectors != 'b')
-                bound.emplace_back(std::make_shared<Recorder>(*collectors == 'm'), ELM_PRIMITIVE_POLYGON);
-            const Refinement refinement(variant, detail);
-            std::string expected;
+            const char *what;
+            std::shared_ptr<const RQ_MSHPrimCollect> collector;
+            std::string expected;  // any, but always the same, when empty
+        } kCases[] = {{"built in", nullptr, builtIn},
+                      {"one by one", std::make_shared<OneByOne>(), builtIn},
+                      {"merging", recordMerging, ""},
+                      {"not merging", record, ""}};
+        for (auto [what, collector, expected] : kCases)
+        {
+            SCOPED_TRACE(std::string(variant.what) + ", " + what);
+            const Bound bound(collector, ELM_PRIMITIVE_POLYGON);
             for (const int workers : {1, 2, 3, 8, 64})
             {
                 const BAS_Threads::Limit limit(workers);
@@ -288,6 +300,74 @@ TEST(Walk, GivesTheSameBytesForAnyNumberOfWorkers)
                 EXPECT_TRUE(text == expected) << workers << " workers";
             }
         }
+    }
+}
+
+// Whoever calls the collector of polygons need not keep to their order, nor end one data before another begins.
+TEST(Walk, KeepsTheOrderInWhichPolygonsAreGiven)
+{
+    const MOD_ConstDetailHandle detail = makeMixedDetail(5, 400, 300, false, false);
+    const auto details = std::make_shared<RQ_MSHDetailList>(detail);
+    const RQ_MSHPrimCollectPoly collector;
+    const std::vector<std::vector<ELM_Offset>> kParts = {{7, 8, 9, 12}, {13, 14, 200}, {},   {201, 240, 241, 30},
+                                                         {31, 33},      {2, 1, 0, 0},  {299}};
+    const std::unique_ptr<RQ_MSHPrimCollectData> all(collector.beginCollecting(details, nullptr));
+    Seen expected;
+    for (const std::vector<ELM_Offset> &part : kParts)
+    {
+        const std::unique_ptr<RQ_MSHPrimCollectData> data(collector.beginCollecting(details, nullptr));
+        for (const ELM_Offset offset : part)
+        {
+            collector.collectOne(data.get(), *detail.readLock(), offset);
+            if (detail.readLock()->typeOf(offset) == ELM_PRIMITIVE_POLYGON)
+                (detail.readLock()->isClosed(offset) ? expected.faces : expected.open).push_back(offset);
+        }
+        collector.mergeData(all.get(), data.get());
+    }
+    const Seen seen = look({collector.endCollecting(details, all.get())});
+    EXPECT_EQ(seen.faces, expected.faces);
+    EXPECT_EQ(seen.open, expected.open);
+}
+
+TEST(Walk, CopiesNoAttributeAndStoresNoMoreThanItsLists)
+{
+    const int cells = 200, faces = cells * cells;
+    const struct
+    {
+        const char *what;
+        int everyHidden;  // every so many faces, 0 for none
+        bool mixed;       // with triangles among the quads
+        int64_t perFace, perVertex;
+    } kCases[] = {{"a grid", 0, false, 0, 0},
+                  {"faces of two sizes", 0, true, 4, 0},
+                  {"some hidden", 101, false, 12, 12},
+                  {"some hidden of two sizes", 101, true, 12, 12}};
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        MOD_Edit edit{MOD_DetailHandle()};
+        std::vector<int32_t> counts, corners;
+        for (int32_t face = 0; face < faces; ++face)
+        {
+            const int32_t first = face / cells * (cells + 1) + face % cells;
+            const int32_t quad[] = {first, first + 1, first + cells + 2, first + cells + 1};
+            counts.push_back(c.mixed && face % 3 == 0 ? 3 : 4);
+            corners.insert(corners.end(), quad, quad + counts.back());
+        }
+        ASSERT_TRUE(edit.appendPoints((cells + 1) * (cells + 1)) && edit.appendPolygons(counts, corners, true));
+        std::fill_n(edit.attribute(ELM_OWNER_VERTEX, "uv", ELM_STORAGE_REAL32, 2)->writeAll<float>(), 2 * corners.size(),
+                    0.5f);
+        for (int face = 50; c.everyHidden && face < faces; face += c.everyHidden)
+            edit.group(ELM_OWNER_PRIMITIVE, ELM_HIDDEN_GROUP_NAME)->set(face);
+        const MOD_ConstDetailHandle detail = edit.commit();
+        const BAS_CopyCounter::Totals before = BAS_CopyCounter::totals();
+        const std::vector<RQ_PrimitiveHandle> primitives = refine(detail);
+        EXPECT_EQ(BAS_CopyCounter::totals(), before);
+        const auto *mesh = as<RQ_PrimPolygonMesh>(primitives.at(0));
+        ASSERT_NE(mesh, nullptr);
+        const int64_t lists = c.perFace * mesh->getFaceCount() + c.perVertex * mesh->getVertexCount();
+        EXPECT_LE(mesh->getMemoryUsage(), lists + 8192);
+        EXPECT_NE(mesh->getVertex()->get("uv"), nullptr);
     }
 }
 
