@@ -43,13 +43,6 @@ void rq::FaceLists::storeCounts(int64_t faces, int64_t corners)
     std::fill_n(counts_->data() + faces_ - faces, faces, int32_t(corners));
 }
 
-void rq::FaceLists::appendCount(int64_t corners)
-{
-    noteCounts(1, corners, corners);
-    if (counts_)
-        storeCounts(1, corners);
-}
-
 void rq::FaceLists::finish()
 {
     primitives_.flush();

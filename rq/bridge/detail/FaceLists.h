@@ -22,17 +22,6 @@ public:
     FaceLists(const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices, const Counts &counts, int64_t least,
               int64_t most);
 
-    /// Append one face of `corners` vertices from `vertex` on.
-    void append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners)
-    {
-        primitives_.append(primitive, 1);
-        vertices_.append(vertex, corners);
-        if (faces_ > 0 && !counts_ && corners == most_)
-            ++faces_;
-        else
-            appendCount(corners);
-    }
-
     /// Append the faces of another list, which must be finished.
     void append(const FaceLists &following);
 
@@ -45,7 +34,6 @@ public:
     RQ_CountArray counts() const;
 
 private:
-    void appendCount(int64_t corners);
     void noteCounts(int64_t faces, int64_t least, int64_t most);
     void storeCounts(int64_t faces, int64_t corners);
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <utility>
-
 #include <host/msh/Detail.h>
 #include <rq/bridge/detail/ManyFaces.h>
 
@@ -26,26 +24,7 @@ public:
     explicit PolygonReader(const MSH_Detail &detail)
         : detail_(detail), columns_(detail.data()), types_(columns_.type.reader()), flags_(columns_.flags.reader()),
           counts_(columns_.vertexCount.reader()), complete_(detail.topologyIsValid())
-    {
-        columns_.vertexStart.visit(
-            [this](const auto &column) { std::get<decltype(column.reader())>(starts_) = column.reader(); });
-    }
-
-    bool reads(const MSH_Detail &detail) const { return &detail_ == &detail; }
-
-    /// Call `face(primitive, vertex, corners)` or `open(primitive, vertex, corners)` for one polygon that has all points.
-    template <class OnFace, class OnOpen> void visitOne(ELM_Offset polygon, OnFace &&face, OnOpen &&open) const
-    {
-        const auto &[narrow, wide] = starts_;
-        const int64_t start = narrow.pages ? int64_t(narrow.value(polygon)) : wide.value(polygon);
-        const int64_t corners = counts_.value(polygon);
-        if (!hasAllPoints(start, corners))
-            return;
-        if (isClosed(polygon))
-            face(polygon, start, corners);
-        else
-            open(polygon, start, corners);
-    }
+    {}
 
     /// Call `visitor(FaceRun)` for the polygons of a range that have all points, and `visitor(ManyFaces)` for primitives
     /// that consist of faces, in order.
@@ -126,7 +105,6 @@ private:
     ELM_ReadHandle<int16_t> types_;
     ELM_ReadHandle<uint8_t> flags_;
     ELM_ReadHandle<int32_t> counts_;
-    std::pair<ELM_ReadHandle<int32_t>, ELM_ReadHandle<int64_t>> starts_;  // one of them
     bool complete_;
 };
 }  // namespace rq
