@@ -1,9 +1,23 @@
+#include <algorithm>
+
 #include <bench/triangles.h>
+#include <host/bas/MemoryTracker.h>
 #include <host/mod/Edit.h>
 
 namespace
 {
 using bench::TriangleMesh;
+
+int64_t hostBytes()
+{
+    return BAS_MemoryTracker::current(BAS_MEMORY_HOST_PAGE) + BAS_MemoryTracker::current(BAS_MEMORY_HOST_TABLE);
+}
+
+/// The share of bytes beyond those expected and a twentieth more, 0 when there are none.
+double excess(int64_t bytes, int64_t expected)
+{
+    return std::max(0.0, (double(bytes) - 1.05 * double(expected)) / double(expected));
+}
 
 MOD_ConstDetailHandle buildOurs(const TriangleMesh &mesh)
 {
@@ -28,18 +42,49 @@ struct Vectors
     }
 };
 
+/// A snapshot of ten million points is kept, and one attribute of them changed: the rest stays shared.
+void addEditOfOne()
+{
+    constexpr int64_t kPoints = 10'000'000;
+    bench::add(
+        {"edit one attribute", "10M points", "ours", 1, double(kPoints), double(kPoints) * 4.0, true, [] {
+             const MOD_DetailHandle detail;
+             MOD_Edit edit(detail);
+             static_cast<void>(edit.appendPoints(kPoints));
+             for (const char *name : {"mass", "age"})
+                 std::fill_n(edit.attribute(ELM_OWNER_POINT, name, ELM_STORAGE_REAL32)->writeAll<float>(), kPoints, 1.0f);
+             std::fill_n(edit.attribute(ELM_OWNER_POINT, ELM_POSITION_NAME, ELM_STORAGE_REAL32, 3)->writeAll<float>(),
+                         3 * kPoints, 1.0f);
+             const MOD_ConstDetailHandle snapshot = edit.commit();
+             const auto change = [detail, snapshot] {
+                 MOD_Edit next(detail);
+                 std::fill_n(next.attribute(ELM_OWNER_POINT, "age", ELM_STORAGE_REAL32)->writeAll<float>(), kPoints, 2.0f);
+                 return bench::keep(next.commit());
+             };
+             return bench::Work{change, [change] {
+                                    const int64_t before = hostBytes();
+                                    const std::shared_ptr<void> changed = change();
+                                    return excess(hostBytes() - before, 4 * kPoints);
+                                }};
+         }});
+}
+
 const bool registered = [] {
     bench::addBuild("ours", true, [] {
         const auto mesh = std::make_shared<TriangleMesh>();
         return bench::Work{[mesh] { return bench::keep(buildOurs(*mesh)); },
                            [mesh] {
+                               const int64_t before = hostBytes();
                                const MOD_ConstDetailHandle detail = buildOurs(*mesh);
-                               return mesh->error([&](int64_t corner) {
+                               const int64_t bytes = hostBytes() - before;
+                               const double wrong = mesh->error([&](int64_t corner) {
                                    const MSH_Detail &built = *detail.readLock();
                                    return built.positions().pages<float>()->value(built.vertexPoint(corner));
                                });
+                               return wrong + excess(bytes, 12 * mesh->points() + 16 * mesh->triangles());
                            }};
     });
+    addEditOfOne();
     bench::addBuild("vectors", true, [] {
         const auto mesh = std::make_shared<TriangleMesh>();
         return bench::Work{[mesh] { return bench::keep(Vectors(*mesh)); },
