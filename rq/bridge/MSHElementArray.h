@@ -121,6 +121,8 @@ private:
     template <class S>
     void fillListed(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const;
     template <class Index> const Index *knownElements(int64_t start) const;
+    bool isComplete() const;
+    template <class Index> bool findListedExtremes(const float *rows, const Index *indices, double *min, double *max) const;
     void findElements(int64_t *elements, int64_t start, int64_t length) const;
 
     // The element of a row; -1 when there is none, or no attribute.

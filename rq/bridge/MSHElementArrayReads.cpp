@@ -4,6 +4,7 @@
 #include <host/bas/Parallel.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/detail/elementRows.h>
+#include <rq/bridge/detail/tripleExtremes.h>
 #include <rq/data/detail/TypedArrayImpl.h>
 
 namespace
@@ -78,14 +79,18 @@ void RQ_MSHElementArray::fillRun(const ELM_PageArray<S> &pages, const Target &ta
     });
 }
 
+// Whether every row has an element.
+bool RQ_MSHElementArray::isComplete() const
+{
+    const MSH_Detail &detail = *detail_.readLock();
+    return mapping_ == Mapping::DIRECT || (detail.topologyIsValid() && !detail.hasVacantOffsets(ELM_OWNER_VERTEX));
+}
+
 template <class S>
 void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const
 {
-    // Where every row has an element, and both lie in one block, this is a plain gather.
-    const MSH_Detail &detail = *detail_.readLock();
-    const bool complete =
-        mapping_ == Mapping::DIRECT || (detail.topologyIsValid() && !detail.hasVacantOffsets(ELM_OWNER_VERTEX));
-    if (const S *flat = complete ? pages.contiguous() : nullptr)
+    // Where both lie in one block, this is a plain gather.
+    if (const S *flat = isComplete() ? pages.contiguous() : nullptr)
     {
         if (const auto *narrow = knownElements<int32_t>(start))
             return target.gather(flat, storage_, tupleSize_, narrow, length);
@@ -111,8 +116,33 @@ void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target 
     });
 }
 
+template <class Index>
+bool RQ_MSHElementArray::findListedExtremes(const float *rows, const Index *indices, double *min, double *max) const
+{
+    constexpr int64_t kRowsPerTask = 65536;  // of some 0.5 ns each
+    const auto all = host::parallelReduce(
+        entries(), kRowsPerTask, rq::TripleExtremes(),
+        [&](int64_t begin, int64_t end) { return rq::findExtremes(rows, indices + begin, end - begin); },
+        [](rq::TripleExtremes &into, const rq::TripleExtremes &from) { into.merge(from); });
+    for (size_t c = 0; c < 3; ++c)
+        if (all.low[c] <= all.high[c])
+        {
+            min[c] = double(all.low[c]);
+            max[c] = double(all.high[c]);
+        }
+    return true;
+}
+
 bool RQ_MSHElementArray::computeMinMax(double *min, double *max) const
 {
+    const bool isTriple = attribute_ && tupleSize_ == 3 && mapping_ != Mapping::DETAIL && isComplete();
+    if (const float *positions = isTriple ? attribute_->contiguousData<float>() : nullptr)
+    {
+        if (const auto *narrow = knownElements<int32_t>(0))
+            return findListedExtremes(positions, narrow, min, max);
+        if (const auto *wide = knownElements<int64_t>(0))
+            return findListedExtremes(positions, wide, min, max);
+    }
     if (mapping_ != Mapping::DETAIL || hasArrayEntries())
         return RQ_DataArray::computeMinMax(min, max);
     // One row, however often it is shown.

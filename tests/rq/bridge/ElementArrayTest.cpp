@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <random>
 
 #include <rq/bridge/MSHElementArray.h>
@@ -302,10 +304,34 @@ TEST(ElementArray, FillsQuantisedRowsAndBoxesLikeACopy)
                     from.fillArray(bytes.data(), first, count, 2, 6, 10.0, 80.0);
                     from.extendedFillArray(bytes.data(), first, count, 1, 2, 3, 10.0, 80.0);
                     from.fillVec3BBox(values.data(), first, count, box, 3, 4);
-                    return std::make_tuple(bytes, values, box.minimum(), box.maximum());
+                    double least[kTuple] = {}, greatest[kTuple] = {};
+                    from.getMinMax(least, greatest);
+                    return std::make_tuple(bytes, values, box.minimum(), box.maximum(), std::to_array(least),
+                                           std::to_array(greatest));
                 };
                 EXPECT_TRUE(fill(*array) == fill(*copy));
             }
+}
+
+TEST(ElementArray, LeavesNotANumberOutOfItsBounds)
+{
+    MOD_Edit edit{MOD_DetailHandle()};
+    ASSERT_TRUE(edit.appendPoints(10));
+    float *p = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>();
+    for (int i = 0; i < 10; ++i, p += 3)
+    {
+        p[0] = float(i);
+        p[1] = i % 2 ? float(-i) : std::nanf("");
+        p[2] = std::nanf("");
+    }
+    const MOD_ConstDetailHandle handle = edit.commit();
+    const ELM_Offset points[] = {4, 7, 3, 6, 7};
+    const RQ_MSHElementArray array(handle, &handle.readLock()->positions(), RQ_MSHOffsetList(points, 5), ELM_OWNER_POINT);
+    double min[3], max[3];
+    EXPECT_TRUE(array.getMinMax(min, max));
+    EXPECT_TRUE(min[0] == 3.0 && max[0] == 7.0);
+    EXPECT_TRUE(min[1] == -7.0 && max[1] == -3.0);
+    EXPECT_GT(min[2], max[2]) << "no number at all";
 }
 
 TEST(ElementArray, EveryKindGoesWithTheFacesOfAMesh)
