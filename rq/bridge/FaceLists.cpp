@@ -49,6 +49,15 @@ void rq::FaceLists::finish()
     vertices_.flush();
 }
 
+void rq::FaceLists::append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners)
+{
+    primitives_.append(primitive, 1);
+    vertices_.append(vertex, corners);
+    noteCounts(1, corners, corners);
+    if (counts_)
+        storeCounts(1, corners);
+}
+
 void rq::FaceLists::append(const FaceLists &following)
 {
     if (following.faces_ == 0)

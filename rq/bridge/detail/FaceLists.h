@@ -22,6 +22,9 @@ public:
     FaceLists(const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices, const Counts &counts, int64_t least,
               int64_t most);
 
+    /// Append one face of `corners` vertices from `vertex` on.
+    void append(ELM_Offset primitive, ELM_Offset vertex, int64_t corners);
+
     /// Append the faces of another list, which must be finished.
     void append(const FaceLists &following);
 
