@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include <host/bas/Parallel.h>
@@ -71,38 +72,49 @@ template <class Add> void addInBlocks(BAS_BoundingBox &box, int64_t curves, int6
         [](BAS_BoundingBox &into, const BAS_BoundingBox &from) { into.enlarge(from); }));
 }
 
-// Whole registers, and whole positions; of fewer the compiler makes single values.
-constexpr int kLanes = 24;
-constexpr int kEndLanes = 4;
+// Values that are worked on together.
+using Four = float __attribute__((vector_size(16)));
+using Eight = float __attribute__((vector_size(32)));
 
-/// The least and the greatest value of each lane.
-template <int N> struct Extremes
+/// The least and the greatest value of each lane, in as many registers as hold whole positions.
+template <class Register, int kRegisters> struct Extremes
 {
-    float low[N], high[N];
+    static constexpr int kLanes = kRegisters * int(sizeof(Register) / sizeof(float));
+
+    Register low[kRegisters], high[kRegisters];
 
     Extremes()
     {
-        std::fill_n(low, N, std::numeric_limits<float>::infinity());
-        std::fill_n(high, N, -std::numeric_limits<float>::infinity());
+        for (int i = 0; i < kRegisters; ++i)
+        {
+            low[i] = Register{} + std::numeric_limits<float>::infinity();
+            high[i] = Register{} - std::numeric_limits<float>::infinity();
+        }
     }
 
     // What is no number stays out.
-    void take(int64_t lane, float less, float more)
+    void take(int i, const Register &less, const Register &more)
     {
-        low[lane] = less < low[lane] ? less : low[lane];
-        high[lane] = more > high[lane] ? more : high[lane];
+        low[i] = less < low[i] ? less : low[i];
+        high[i] = more > high[i] ? more : high[i];
     }
 
     /// Enlarge by the position in three lanes.
     void addTo(BAS_BoundingBox &box, int lane) const
     {
-        if (low[lane] <= high[lane] && low[lane + 1] <= high[lane + 1] && low[lane + 2] <= high[lane + 2])
-        {
-            box.enlarge(BAS_Vec3f(low[lane], low[lane + 1], low[lane + 2]));
-            box.enlarge(BAS_Vec3f(high[lane], high[lane + 1], high[lane + 2]));
-        }
+        float lows[kLanes], highs[kLanes];
+        std::memcpy(lows, low, sizeof(low));
+        std::memcpy(highs, high, sizeof(high));
+        for (int i = lane; i < lane + 3; ++i)
+            if (!(lows[i] <= highs[i]))
+                return;
+        box.enlarge(BAS_Vec3f(lows[lane], lows[lane + 1], lows[lane + 2]));
+        box.enlarge(BAS_Vec3f(highs[lane], highs[lane + 1], highs[lane + 2]));
     }
 };
+using InnerExtremes = Extremes<Eight, 3>;
+using EndExtremes = Extremes<Four, 1>;
+constexpr int kLanes = InnerExtremes::kLanes;
 
 /// Consecutive packed positions that have neighbours on both sides.
 struct Run
@@ -113,14 +125,29 @@ struct Run
 
 constexpr float kSixth = 1.0f / 6.0f;
 
+/// Values in a row, and a sixth of what lies between their neighbours.
+template <class Register> struct Slope
+{
+    Register at, slope;
+
+    explicit Slope(const float *values)
+    {
+        Register before, behind;
+        std::memcpy(&at, values, sizeof(Register));
+        std::memcpy(&before, values - 3, sizeof(Register));
+        std::memcpy(&behind, values + 3, sizeof(Register));
+        slope = (behind - before) * kSixth;
+    }
+};
+
 /// Extremes of positions moved both ways by a sixth of what lies between their neighbours.  With `ends` runs stand between
 /// two more positions on each side, and what lies next to a run moves towards it only: into `heads`, lanes 0 to 2, and
 /// `tails`, lanes 1 to 3.
-HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, Extremes<kLanes> &__restrict inner,
-                            Extremes<kEndLanes> &__restrict heads, Extremes<kEndLanes> &__restrict tails)
+HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, InnerExtremes &inner, EndExtremes &heads,
+                            EndExtremes &tails)
 {
-    Extremes<kLanes> all = inner;
-    Extremes<kEndLanes> head = heads, tail = tails;
+    InnerExtremes all = inner;
+    EndExtremes head = heads, tail = tails;
     for (const Run *run = runs; run != runs + count; ++run)
     {
         const int64_t last = 3 * run->count - kLanes;
@@ -128,29 +155,22 @@ HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, Extremes<
         {
             // The last positions may be looked at twice.
             const float *at = run->values + std::min(first, last);
-            for (int64_t lane = 0; lane < kLanes; ++lane)
+            for (int i = 0; i < 3; ++i)
             {
-                const float slope = std::abs(at[lane + 3] - at[lane - 3]) * kSixth;
-                all.take(lane, at[lane] - slope, at[lane] + slope);
+                const Slope<Eight> middle(at + 8 * i);
+                const Eight in = middle.at - middle.slope, out = middle.at + middle.slope;
+                all.take(i, in < out ? in : out, in < out ? out : in);
             }
         }
         if (!ends)
             continue;
         // Four values at a time; behind the last position of all there may be none, before it there is.
-        const float *at = run->values - 3;
-        for (int64_t lane = 0; lane < kEndLanes; ++lane)
-        {
-            const float moved = at[lane] + (at[lane + 3] - at[lane - 3]) * kSixth;
-            head.take(lane, at[lane], at[lane]);
-            head.take(lane, moved, moved);
-        }
-        at = run->values + 3 * run->count - 1;
-        for (int64_t lane = 0; lane < kEndLanes; ++lane)
-        {
-            const float moved = at[lane] - (at[lane + 3] - at[lane - 3]) * kSixth;
-            tail.take(lane, at[lane], at[lane]);
-            tail.take(lane, moved, moved);
-        }
+        const Slope<Four> begin(run->values - 3), end(run->values + 3 * run->count - 1);
+        const Four out = begin.at + begin.slope, in = end.at - end.slope;
+        head.take(0, begin.at, begin.at);
+        head.take(0, out, out);
+        tail.take(0, end.at, end.at);
+        tail.take(0, in, in);
     }
     inner = all;
     heads = head;
@@ -161,7 +181,10 @@ HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, Extremes<
 class PackedHull
 {
 public:
-    PackedHull(const float *positions, bool closed) : positions_(positions), closed_(closed) {}
+    PackedHull(const float *positions, bool closed, int64_t curves) : positions_(positions), closed_(closed)
+    {
+        runs_.reserve(size_t(curves));
+    }
 
     void add(int64_t first, int64_t count)
     {
@@ -173,10 +196,10 @@ public:
 
     BAS_BoundingBox box()
     {
-        Extremes<kEndLanes> heads, tails;
+        EndExtremes heads, tails;
         widenLanes(runs_.data(), int64_t(runs_.size()), !closed_, lanes_, heads, tails);
         runs_.clear();
-        BAS_BoundingBox box;
+        BAS_BoundingBox box = box_;
         for (int lane = 0; lane < kLanes; lane += 3)
             lanes_.addTo(box, lane);
         heads.addTo(box, 0);
@@ -219,18 +242,22 @@ private:
     /// `in` and `out` are 1 where a span ends and begins, 0 where none does.
     void addVertex(int64_t before, int64_t at, int64_t behind, float in, float out)
     {
+        BAS_Vec3f ends[2];
         for (int axis = 0; axis < 3; ++axis)
         {
             const float value = positions_[3 * at + axis];
             const float slope = (positions_[3 * behind + axis] - positions_[3 * before + axis]) * kSixth;
-            const float a = value - in * slope, b = value + out * slope;
-            lanes_.take(axis, std::min(a, b), std::max(a, b));
+            ends[0][axis] = value - in * slope;
+            ends[1][axis] = value + out * slope;
         }
+        box_.enlarge(ends[0]);
+        box_.enlarge(ends[1]);
     }
 
     const float *positions_;
     bool closed_;
-    Extremes<kLanes> lanes_;
+    BAS_BoundingBox box_;
+    InnerExtremes lanes_;
     std::vector<Run> runs_;
 };
 }  // namespace
@@ -260,7 +287,7 @@ void rq::enlargeByHull(BAS_BoundingBox &box, const SpanShapes &shapes, const Cur
 void rq::enlargeByHull(BAS_BoundingBox &box, const SpanShapes &shapes, const float *positions)
 {
     addInBlocks(box, shapes.curves(), kPackedCurvesPerBlock, [&](BAS_BoundingBox &part, int64_t begin, int64_t end) {
-        PackedHull hull(positions, shapes.wraps());
+        PackedHull hull(positions, shapes.wraps(), end - begin);
         for (int64_t curve = begin; curve < end; ++curve)
             hull.add(shapes.firstVertex(curve), shapes.vertices(curve));
         part = hull.box();
