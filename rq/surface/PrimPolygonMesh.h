@@ -189,11 +189,14 @@ public:
     RQ_PolygonMeshHandle createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
                                                       bool &changed) const;
 
-    /// Tangents of the texture coordinates "uv": the unit ways, in the plane of the normal "N", that u and v grow.
+    /// Tangents of the texture coordinates "uv" (M. S. Mikkelsen, "Simulation of Wrinkled Surfaces Revisited", 2008): the
+    /// unit way, in the plane of the normal "N", that u grows; and what is at right angles to both, on the side where v grows.
     ///
-    /// Corners of one point that agree in "uv", "N" and in whether the texture is mirrored share the sum of what their
-    /// corners say, weighted by angle; v's tangent is at right angles to u's.  "uv" and "N" are taken from the vertices,
-    /// else from the points; without "N" the point normals serve.  Where the texture has no direction any tangent is taken.
+    /// Corners that agree in position, "N" and "uv" share a tangent unless the texture is mirrored between them or their faces
+    /// do not hang together.  "uv" and "N" are taken from the vertices, else from the points; without "N" the point normals
+    /// serve.  Where the texture has no direction u's tangent is (1, 0, 0) and counts as mirrored.  Faces of more than four
+    /// corners are cut into triangles first.
+    /// Threads  runs in parallel; the result does not depend on the number of threads
     /// Shape    3 components a face-vertex
     /// Failure  false without "P" and "uv"
     bool createFastTangents(RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;

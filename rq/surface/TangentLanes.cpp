@@ -1,5 +1,6 @@
 #include <rq/surface/detail/TangentLanes.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -92,31 +93,30 @@ HOST_CLONES void weigh(Row vector, Row weight, int64_t count, float *__restrict 
 
 namespace rq
 {
-void TangentLanes::reserve(int64_t corners)
+void TangentLanes::Block::run(int64_t count)
 {
-    values_.resize(size_t(corners * ROWS));
-    capacity_ = corners;
-    count_ = 0;
+    const float *const u1 = rows[TEXTURE], *const v1 = rows[TEXTURE + 1], *const u2 = rows[TEXTURE + 2],
+                       *const v2 = rows[TEXTURE + 3];
+    signs(u1, v1, u2, v2, count, rows[SIGN]);
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        combine(rows[EDGE1 + axis], v2, rows[EDGE2 + axis], v1, count, rows[ALONG_U + axis]);
+        combine(rows[EDGE2 + axis], u1, rows[EDGE1 + axis], u2, count, rows[ALONG_V + axis]);
+    }
+    for (const int first : {int(ALONG_U), int(ALONG_V)})
+        orient(rows[first], rows[first + 1], rows[first + 2], rows[SIGN], count);
+    for (const int first : {int(ALONG_U), int(ALONG_V), int(NEXT), int(PREVIOUS)})
+        project(rows[first], rows[first + 1], rows[first + 2], rows[NORMAL], rows[NORMAL + 1], rows[NORMAL + 2], count);
+    cosines(rows[PREVIOUS], rows[PREVIOUS + 1], rows[PREVIOUS + 2], rows[NEXT], rows[NEXT + 1], rows[NEXT + 2], count,
+            rows[COSINE]);
+    angles(rows[COSINE], count);
+    for (int axis = 0; axis < 3; ++axis)
+        weigh(rows[ALONG_U + axis], rows[COSINE], count, rows[WEIGHTED + axis]);
 }
 
 void TangentLanes::run()
 {
-    const float *const u1 = row(TEXTURE), *const v1 = row(TEXTURE + 1), *const u2 = row(TEXTURE + 2),
-                       *const v2 = row(TEXTURE + 3);
-    signs(u1, v1, u2, v2, count_, row(SIGN));
-    for (int axis = 0; axis < 3; ++axis)
-    {
-        combine(row(EDGE1 + axis), v2, row(EDGE2 + axis), v1, count_, row(ALONG_U + axis));
-        combine(row(EDGE2 + axis), u1, row(EDGE1 + axis), u2, count_, row(ALONG_V + axis));
-    }
-    for (const int first : {int(ALONG_U), int(ALONG_V)})
-        orient(row(first), row(first + 1), row(first + 2), row(SIGN), count_);
-    for (const int first : {int(ALONG_U), int(ALONG_V), int(NEXT), int(PREVIOUS)})
-        project(row(first), row(first + 1), row(first + 2), row(NORMAL), row(NORMAL + 1), row(NORMAL + 2), count_);
-    cosines(row(PREVIOUS), row(PREVIOUS + 1), row(PREVIOUS + 2), row(NEXT), row(NEXT + 1), row(NEXT + 2), count_,
-            row(COSINE));
-    angles(row(COSINE), count_);
-    for (int axis = 0; axis < 3; ++axis)
-        weigh(row(ALONG_U + axis), row(COSINE), count_, row(WEIGHTED + axis));
+    for (int64_t begin = 0; begin < count_; begin += kBlock)
+        blocks_[size_t(begin / kBlock)].run(std::min(kBlock, count_ - begin));
 }
 }  // namespace rq

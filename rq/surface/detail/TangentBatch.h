@@ -10,21 +10,14 @@ template <class Topology> class TangentSpaces<Topology>::Batch
 public:
     Batch(const TangentSpaces &spaces, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV)
         : spaces_(spaces), tangentU_(tangentU), tangentV_(tangentV)
-    {
-        lanes_.reserve(kCapacity);
-    }
+    {}
 
     void add(int64_t vertex)
     {
-        size_t begin = triangles_.size();
-        spaces_.gather(vertex, triangles_);
-        if (int64_t(triangles_.size()) > lanes_.capacity())
-        {
+        if (lanes_.count() > kMost)
             finish();
-            begin = 0;
-            if (int64_t(triangles_.size()) > lanes_.capacity())
-                lanes_.reserve(int64_t(triangles_.size()));
-        }
+        const size_t begin = triangles_.size();
+        spaces_.gather(vertex, triangles_);
         fans_.push_back({vertex, begin, triangles_.size()});
         const std::span<FanTriangle> fan = trianglesOf(fans_.back());
         linkFan(fan);
@@ -42,14 +35,14 @@ public:
         lanes_.run();
         for (const Fan &fan : fans_)
             write(fan);
-        triangles_.erase(triangles_.begin(), triangles_.begin() + lanes_.count());
+        triangles_.clear();
         fans_.clear();
         lanes_.clear();
     }
 
 private:
-    // Values of a batch stay in the nearest cache, and rows of this length do not fall on each other there.
-    static constexpr int64_t kCapacity = 272;
+    // Full rows of triangles, but few enough to stay in a near cache.
+    static constexpr int64_t kMost = 480;
 
     struct Fan
     {
@@ -74,7 +67,7 @@ private:
         const float *texture[3];
         for (size_t k = 0; k < 3; ++k)
         {
-            const int64_t corner = triangle.corners[k], point = spaces_.points_.point(corner);
+            const int64_t corner = triangle.corner(int(k)), point = spaces_.points_.point(corner);
             p[k] = spaces_.input_.position(point);
             texture[k] = spaces_.input_.texture(corner, point);
         }
@@ -137,7 +130,7 @@ private:
     BAS_Vec3f *tangentU_, *tangentV_;
     TangentLanes lanes_;
     FanSums sums_;
-    std::vector<FanTriangle> triangles_;
+    FanTriangles triangles_;
     std::vector<Fan> fans_;
     std::vector<int64_t> missing_;
 };

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include <host/bas/LargeBlocks.h>
 #include <host/bas/Vector.h>
 
 namespace rq
@@ -23,10 +22,6 @@ public:
     };
 
     int64_t count() const { return count_; }
-    int64_t capacity() const { return capacity_; }
-
-    /// Make room for so many corners, which empties it.
-    void reserve(int64_t corners);
     void clear() { count_ = 0; }
 
     void add(const Corner &corner);
@@ -54,33 +49,48 @@ private:
         ROWS = 30,
     };
 
-    float *row(int row) { return values_.data() + row * capacity_; }
-    void put(int first, const BAS_Vec3f &v)
+    // Rows of one block stay in the nearest cache.
+    static constexpr int64_t kBlock = 128;
+    struct Block
     {
-        for (int axis = 0; axis < 3; ++axis)
-            row(first + axis)[count_] = v[axis];
-    }
+        alignas(64) float rows[ROWS][kBlock];
+
+        float *operator[](int row) { return rows[row]; }
+        void put(int first, int64_t at, const BAS_Vec3f &v)
+        {
+            rows[first][at] = v.x;
+            rows[first + 1][at] = v.y;
+            rows[first + 2][at] = v.z;
+        }
+        void run(int64_t count);
+    };
+
     BAS_Vec3f vector(int first, int64_t i) const
     {
-        const float *at = values_.data() + first * capacity_ + i;
-        return {at[0], at[capacity_], at[2 * capacity_]};
+        const auto &rows = blocks_[size_t(i / kBlock)].rows;
+        const int64_t at = i % kBlock;
+        return {rows[first][at], rows[first + 1][at], rows[first + 2][at]};
     }
 
-    std::vector<float, BAS_BlockAllocator<float>> values_;
-    int64_t capacity_ = 0, count_ = 0;
+    std::vector<Block> blocks_;
+    int64_t count_ = 0;
 };
 
 inline void TangentLanes::add(const Corner &corner)
 {
-    put(EDGE1, corner.edge1);
-    put(EDGE2, corner.edge2);
-    row(TEXTURE)[count_] = corner.u1;
-    row(TEXTURE + 1)[count_] = corner.v1;
-    row(TEXTURE + 2)[count_] = corner.u2;
-    row(TEXTURE + 3)[count_] = corner.v2;
-    put(NEXT, corner.next);
-    put(PREVIOUS, corner.previous);
-    put(NORMAL, corner.normal);
+    const int64_t at = count_ % kBlock;
+    if (count_ == int64_t(blocks_.size()) * kBlock)
+        blocks_.emplace_back();
+    Block &block = blocks_[size_t(count_ / kBlock)];
+    block.put(EDGE1, at, corner.edge1);
+    block.put(EDGE2, at, corner.edge2);
+    block[TEXTURE][at] = corner.u1;
+    block[TEXTURE + 1][at] = corner.v1;
+    block[TEXTURE + 2][at] = corner.u2;
+    block[TEXTURE + 3][at] = corner.v2;
+    block.put(NEXT, at, corner.next);
+    block.put(PREVIOUS, at, corner.previous);
+    block.put(NORMAL, at, corner.normal);
     ++count_;
 }
 }  // namespace rq

@@ -66,7 +66,7 @@ private:
         return face.isDegenerate(0) && (face.triangles() < 2 || face.isDegenerate(1));
     }
 
-    void gather(int64_t vertex, std::vector<FanTriangle> &triangles) const;
+    void gather(int64_t vertex, FanTriangles &triangles) const;
     void decideFree();
     std::vector<Reach> reachesFree() const;
     void completeQuad(int64_t face, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV) const;
@@ -78,30 +78,36 @@ private:
 };
 
 /// Append the triangles around a vertex that have no two positions in one place.
-template <class Topology> void TangentSpaces<Topology>::gather(int64_t vertex, std::vector<FanTriangle> &triangles) const
+template <class Topology> void TangentSpaces<Topology>::gather(int64_t vertex, FanTriangles &triangles) const
 {
     const auto *const corners = around_.around(vertex);
-    for (int64_t i = 0; i < around_.valence(vertex); ++i)
+    const int64_t valence = around_.valence(vertex);
+    size_t count = triangles.size();
+    triangles.resize(count + 2 * size_t(valence));
+    for (int64_t i = 0; i < valence; ++i)
     {
         const int64_t corner = corners[i], face = around_.faceOf(vertices_, corner), begin = vertices_.begin(face);
         const TangentFace flags = faces_[size_t(face)];
         for (int half = 0; half < flags.triangles(); ++half)
         {
-            const int at = flags.find(half, int(corner - begin));
-            if (at < 0 || flags.isDegenerate(half))
-                continue;
-            FanTriangle &made = triangles.emplace_back();
+            // Whether a quad's corner lies on the cut cannot be foretold: its place is filled, and then kept or not.
+            const int found = flags.find(half, int(corner - begin)), at = std::max(found, 0);
+            FanTriangle &made = triangles[count];
+            count += size_t((found >= 0) & !flags.isDegenerate(half));
             for (int k = 0; k < 3; ++k)
-                made.corners[size_t(k)] = begin + flags.corner(half, k);
+                made.corners[size_t(k)] = uint8_t(flags.corner(half, k));
             made.face = face;
-            made.next = vertices_.point(made.corners[size_t(at < 2 ? at + 1 : 0)]);
-            made.previous = vertices_.point(made.corners[size_t(at > 0 ? at - 1 : 2)]);
-            made.at = at;
-            made.half = half;
+            made.begin = begin;
+            made.next = vertices_.point(begin + flags.corner(half, at < 2 ? at + 1 : 0));
+            made.previous = vertices_.point(begin + flags.corner(half, at > 0 ? at - 1 : 2));
+            made.half = uint8_t(half);
+            made.at = uint8_t(at);
             made.isPreserving = flags.isPreserving(half);
             made.isFree = flags.isFree(half);
+            made.across[0] = made.across[1] = made.group = -1;
         }
     }
+    triangles.resize(count);
 }
 
 template <class Topology> std::vector<typename TangentSpaces<Topology>::Reach> TangentSpaces<Topology>::reachesFree() const
@@ -110,7 +116,7 @@ template <class Topology> std::vector<typename TangentSpaces<Topology>::Reach> T
     constexpr int64_t kVerticesPerBlock = 4096;
     const auto look = [this](int64_t begin, int64_t end) {
         Reaches reaches;
-        std::vector<FanTriangle> fan;
+        FanTriangles fan;
         for (int64_t vertex = begin; vertex < end; ++vertex)
         {
             fan.clear();
@@ -137,7 +143,7 @@ template <class Topology> void TangentSpaces<Topology>::decideFree()
 {
     std::vector<Reach> reaches = reachesFree();
     std::sort(reaches.begin(), reaches.end(), [](const Reach &a, const Reach &b) { return a.rank < b.rank; });
-    std::vector<FanTriangle> fan;
+    FanTriangles fan;
     int64_t last = -1;
     for (const Reach &reach : reaches)
     {

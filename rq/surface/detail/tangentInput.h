@@ -50,7 +50,18 @@ class TangentInput
 {
 public:
     /// The bits of position, normal and texture coordinates; zeros have no sign.
-    using Key = std::array<uint32_t, 8>;
+    struct Key
+    {
+        std::array<uint64_t, 4> words;
+
+        bool operator==(const Key &other) const
+        {
+            uint64_t differing = 0;
+            for (size_t i = 0; i < words.size(); ++i)
+                differing |= words[i] ^ other.words[i];
+            return differing == 0;
+        }
+    };
 
     TangentInput(const Positions &positions, CornerValues texture, CornerValues normals)
         : texture_(std::move(texture)), normals_(std::move(normals)), positions_(positions), flat_(positions.flat())
@@ -81,12 +92,25 @@ public:
     /// Whether all corners of a point hold the same.
     bool isOfPoints() const { return texture_.isOfPoints() && normals_.isOfPoints(); }
 
+    /// Whether two corners of a point have the same key.
+    bool areAlike(int64_t cornerA, int64_t cornerB, int64_t point) const
+    {
+        const float *nA = normals_(cornerA, point), *nB = normals_(cornerB, point);
+        const float *tA = texture_(cornerA, point), *tB = texture_(cornerB, point);
+        const auto differ = [](float a, float b) {
+            return std::bit_cast<uint32_t>(a + 0.0f) ^ std::bit_cast<uint32_t>(b + 0.0f);
+        };
+        return (differ(nA[0], nB[0]) | differ(nA[1], nB[1]) | differ(nA[2], nB[2]) | differ(tA[0], tB[0]) |
+                differ(tA[1], tB[1])) == 0;
+    }
+
     Key key(int64_t corner, int64_t point) const
     {
         const BAS_Vec3f p = position(point);
         const float *n = normals_(corner, point), *t = texture_(corner, point);
-        const auto bits = [](float value) { return std::bit_cast<uint32_t>(value + 0.0f); };
-        return {bits(p.x), bits(p.y), bits(p.z), bits(n[0]), bits(n[1]), bits(n[2]), bits(t[0]), bits(t[1])};
+        const auto bits = [](float value) { return uint64_t(std::bit_cast<uint32_t>(value + 0.0f)); };
+        return {{bits(p.x) << 32 | bits(p.y), bits(p.z) << 32 | bits(n[0]), bits(n[1]) << 32 | bits(n[2]),
+                 bits(t[0]) << 32 | bits(t[1])}};
     }
 
 private:

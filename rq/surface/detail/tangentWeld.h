@@ -20,8 +20,8 @@ public:
     static uint64_t hashOf(const TangentInput::Key &key)
     {
         uint64_t hash = 0x7A6;
-        for (size_t i = 0; i < key.size(); i += 2)
-            hash = host::hashWord(hash, uint64_t(key[i]) << 32 | key[i + 1]);
+        for (const uint64_t word : key.words)
+            hash = host::hashWord(hash, word);
         return hash;
     }
 
@@ -109,7 +109,7 @@ private:
             Count count;
             for (int64_t point = begin; point < end; ++point)
             {
-                const int64_t distinct = weldAround(points.around(point), points.valence(point));
+                const int64_t distinct = weldAround(point, points.around(point), points.valence(point));
                 count.distinct += distinct;
                 count.isSplit |= distinct > 1;
             }
@@ -121,30 +121,24 @@ private:
         });
     }
 
-    int64_t weldAround(const Index *around, int64_t valence)
+    int64_t weldAround(int64_t point, const Index *around, int64_t valence)
     {
         // Where a point has more kinds of corners than these, equal ones may pass for distinct until all points are welded.
         constexpr int64_t kKinds = 8;
         const bool areAlike = input_.isOfPoints();
-        std::array<TangentInput::Key, kKinds> keys;
         std::array<Index, kKinds> firsts;
         int64_t distinct = 0;
         for (int64_t i = 0; i < valence; ++i)
         {
-            const TangentInput::Key key = areAlike ? TangentInput::Key{} : keyOf(around[i]);
             const int64_t kinds = std::min(distinct, kKinds);
-            const int64_t kind = std::find(keys.begin(), keys.begin() + kinds, key) - keys.begin();
+            int64_t kind = 0;
+            while (kind < kinds && !areAlike && !input_.areAlike(firsts[size_t(kind)], around[i], point))
+                ++kind;
+            ids_[size_t(around[i])] = kind < kinds ? firsts[size_t(kind)] : around[i];
             if (kind < kinds)
-            {
-                ids_[size_t(around[i])] = firsts[size_t(kind)];
                 continue;
-            }
-            ids_[size_t(around[i])] = around[i];
             if (kind < kKinds)
-            {
-                keys[size_t(kind)] = key;
                 firsts[size_t(kind)] = around[i];
-            }
             ++distinct;
         }
         return distinct;
@@ -189,7 +183,7 @@ private:
 
     auto equalTo(int64_t corner) const
     {
-        return [this, key = keyOf(corner)](int64_t other) { return keyOf(other) == key; };
+        return [this, corner](int64_t other) { return keyOf(other) == keyOf(corner); };
     }
 
     /// Number the corners that stand for others; those come before the others, so one walk does.
