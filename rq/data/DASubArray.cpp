@@ -1,5 +1,7 @@
 #include <rq/data/DASubArray.h>
 
+#include <typeinfo>
+
 #include <rq/data/detail/TypedArrayImpl.h>
 #include <rq/data/detail/copyEntries.h>
 
@@ -13,8 +15,13 @@ RQ_DataArrayHandle RQ_DASubArray::createSubArray(const RQ_DataArrayHandle &sourc
         return {};
     if (length == source->entries())
         return source;
-    if (const auto *window = dynamic_cast<const RQ_DASubArray *>(source.get()))
-        return RQ_DataArrayHandle(new RQ_DASubArray(window->source_, window->first_ + first, length));
+    // The class has no descendants; a cast would compare names all the way up, for every face of a mesh.
+    const RQ_DataArray &array = *source;
+    if (typeid(array) == typeid(RQ_DASubArray))
+    {
+        const auto &window = static_cast<const RQ_DASubArray &>(array);
+        return RQ_DataArrayHandle(new RQ_DASubArray(window.source_, window.first_ + first, length));
+    }
     return RQ_DataArrayHandle(new RQ_DASubArray(source, first, length));
 }
 
