@@ -7,6 +7,7 @@
 #endif
 
 #include <host/bas/Parallel.h>
+#include <host/bas/clones.h>
 #include <rq/data/detail/blocks.h>
 #include <rq/data/mixId.h>
 
@@ -184,18 +185,20 @@ template <class T> uint64_t hashEntries(const RQ_DataArray &array, int64_t begin
 }
 
 // Comparing whole runs without a branch per value vectorises.
+template <class T> HOST_CLONES bool isRunEqual(const T *a, const T *b, int64_t count)
+{
+    int differing = 0;
+    for (int64_t i = 0; i < count; ++i)
+        differing += !(a[i] == b[i]);
+    return differing == 0;
+}
+
 template <class T> bool areValuesEqual(const T *a, const T *b, int64_t count)
 {
-    constexpr int64_t kRun = 256;
+    constexpr int64_t kRun = 1024;
     for (int64_t first = 0; first < count; first += kRun)
-    {
-        const int64_t last = std::min(first + kRun, count);
-        int differing = 0;
-        for (int64_t i = first; i < last; ++i)
-            differing += !(a[i] == b[i]);
-        if (differing)
+        if (!isRunEqual(a + first, b + first, std::min(kRun, count - first)))
             return false;
-    }
     return true;
 }
 

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <numeric>
 
 #include <rq/data/DABool.h>
 #include <rq/data/DAClamp.h>
