@@ -80,12 +80,18 @@ void collectAll(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle
                                                                      detail.hidden());
 }
 
+/// As the walk does it for a caller's collector.
 void collectOneByOne(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data)
 {
     const MSH_Detail &detail = *details->getDetail();
-    const ELM_Group *const hidden = detail.hidden();
-    for (ELM_Offset i = 0; i < detail.primitiveCount(); ++i)
-        if (!hidden || !hidden->contains(i))
+    ELM_Group wanted(ELM_OWNER_PRIMITIVE, BAS_StringHolder());
+    if (detail.hidden())
+    {
+        wanted.unite(detail.range(ELM_OWNER_PRIMITIVE));
+        wanted.subtract(*detail.hidden());
+    }
+    for (const auto [begin, end] : (detail.hidden() ? wanted.range() : detail.range(ELM_OWNER_PRIMITIVE)).blocks())
+        for (ELM_Offset i = begin; i < end; ++i)
         {
             const MSH_Primitive primitive(detail, i);
             const MSH_Primitive *const pointer = &primitive;
