@@ -63,7 +63,7 @@ private:
     int64_t quotient(int64_t corner) const
     {
         __extension__ using Wide = unsigned __int128;
-        return inverse_ ? int64_t(uint64_t(Wide(corner) * inverse_ >> 64)) : corner;
+        return inverse_ ? int64_t(uint64_t(Wide(uint64_t(corner)) * inverse_ >> 64)) : corner;
     }
 
     template <class Topology> void sortCorners(const Topology &topology)

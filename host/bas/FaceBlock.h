@@ -38,14 +38,16 @@ public:
     {
         begin_ = topology.begin(first);
         weighsCorners_ = given || weights == NormalWeights::angle;
-        if (!packedFaces(topology, position, first, last).newellVectors(lanes_))
+        const int64_t faces = last - first;
+        double areas[kFaces];  // twice the area of each
+        if (!packedFaces(topology, position, first, last).normals(lanes_, areas))
+        {
             for (int64_t face = first; face < last; ++face)
                 visitCorners(topology, position, face, [&](auto count, const BAS_Vec3d *at) {
                     lanes_.set(face - first, newellVector(count, [at](int64_t k) { return at[k]; }));
                 });
-        const int64_t faces = last - first;
-        double areas[kFaces];  // twice the area of each
-        normalizeLanes(lanes_, faces, areas);
+            normalizeLanes(lanes_, faces, areas);
+        }
         for (int64_t i = 0; i < faces; ++i)
             normals_[size_t(i)] = Vector(Real(lanes_.x[i]), Real(lanes_.y[i]), Real(lanes_.z[i]));
         if (weighsCorners_)

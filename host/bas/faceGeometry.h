@@ -50,6 +50,15 @@ inline BAS_Vec3d direction(const BAS_Vec3d &v)
     return scaled / std::sqrt(scaled.dot(scaled));
 }
 
+/// Replace a vector by its direction; its length, 0 when it has no direction.
+inline double normalize(BAS_Vec3d &v)
+{
+    const BAS_Vec3d unit = direction(v);
+    const double length = unit == BAS_Vec3d(0.0) ? 0.0 : v.length();
+    v = unit;
+    return length;
+}
+
 /// The angle in radians, 0 to pi, whose sine and cosine are in the proportion of `across`, not negative, to `along`.
 ///
 /// Within 1e-11, and the same on every machine: a polynomial through the Chebyshev nodes of the arc tangent of 0 to pi/8,

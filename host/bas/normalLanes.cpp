@@ -44,14 +44,11 @@ void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
         return;
     for (int64_t i = 0; i < count; ++i)
     {
-        const BAS_Vec3d vector(vectors.x[i], vectors.y[i], vectors.z[i]);
+        BAS_Vec3d vector = vectors[i];
         if (isPlain(vector.dot(vector)))
             continue;
-        const BAS_Vec3d unit = direction(vector);
-        vectors.x[i] = unit.x;
-        vectors.y[i] = unit.y;
-        vectors.z[i] = unit.z;
-        lengths[i] = unit == BAS_Vec3d(0.0) ? 0.0 : vector.length();
+        lengths[i] = normalize(vector);
+        vectors.set(i, vector);
     }
 }
 

@@ -109,19 +109,41 @@ HOST_WIDE inline void mend(const host::PackedFaces<Index> &faces, int64_t first,
              _mm256_blendv_pd(whole.z, turns.z, isTrusted)};
 }
 
+// Divides by the lengths, and writes them, while the next faces are read: alone these take as long as the reading.
+HOST_WIDE inline void normalizeFour(Axes vectors, int64_t first, host::VectorLanes &normals, double *lengths)
+{
+    const __m256d squared = dot(vectors, vectors);
+    const __m256d isPlain = _mm256_and_pd(_mm256_cmp_pd(squared, _mm256_set1_pd(host::kLeastPlainSquare), _CMP_GT_OQ),
+                                          _mm256_cmp_pd(squared, _mm256_set1_pd(host::kGreatestPlainSquare), _CMP_LT_OQ));
+    const bool arePlain = _mm256_movemask_pd(isPlain) == 0xf;
+    if (arePlain)
+    {
+        const __m256d length = _mm256_sqrt_pd(squared);
+        vectors = {_mm256_div_pd(vectors.x, length), _mm256_div_pd(vectors.y, length), _mm256_div_pd(vectors.z, length)};
+        _mm256_storeu_pd(lengths + first, length);
+    }
+    _mm256_storeu_pd(normals.x + first, vectors.x);
+    _mm256_storeu_pd(normals.y + first, vectors.y);
+    _mm256_storeu_pd(normals.z + first, vectors.z);
+    for (int64_t i = first; !arePlain && i < first + 4; ++i)
+    {
+        BAS_Vec3d vector = normals[i];
+        lengths[i] = host::normalize(vector);
+        normals.set(i, vector);
+    }
+}
+
 template <Edges kEdges, bool mends, Points kPoints, class Index>
-HOST_WIDE void crossAll(const host::PackedFaces<Index> faces, host::VectorLanes &vectors)
+HOST_WIDE void crossAll(const host::PackedFaces<Index> faces, host::VectorLanes &normals, double *lengths)
 {
     for (int64_t next = 0; next < faces.faces; next += 4)
     {
         // The last four may have been there before in part.
         const int64_t first = std::min(next, faces.faces - 4);
-        Axes axes = crossFour<kEdges, kPoints>(faces, first);
+        Axes vectors = crossFour<kEdges, kPoints>(faces, first);
         if constexpr (mends)
-            mend<kPoints>(faces, first, axes);
-        _mm256_storeu_pd(vectors.x + first, axes.x);
-        _mm256_storeu_pd(vectors.y + first, axes.y);
-        _mm256_storeu_pd(vectors.z + first, axes.z);
+            mend<kPoints>(faces, first, vectors);
+        normalizeFour(vectors, first, normals, lengths);
     }
 }
 
@@ -161,16 +183,17 @@ HOST_WIDE void turnCorners(const host::PackedFaces<Index> faces, host::TurnLanes
 
 namespace host
 {
-template <class Index> bool PackedFaces<Index>::newellVectors(VectorLanes &vectors) const
+template <class Index> bool PackedFaces<Index>::normals(VectorLanes &normals, double *lengths) const
 {
     return visit([&]<int kCorners, Points kPoints>() {
-        crossAll<kCorners == 4 ? kDiagonals : kFirstEdges, false, kPoints>(*this, vectors);
+        crossAll<kCorners == 4 ? kDiagonals : kFirstEdges, false, kPoints>(*this, normals, lengths);
     });
 }
 
-template <class Index> bool PackedFaces<Index>::fastNormalVectors(VectorLanes &vectors) const
+template <class Index> bool PackedFaces<Index>::fastNormals(VectorLanes &normals, double *lengths) const
 {
-    return visit([&]<int kCorners, Points kPoints>() { crossAll<kFirstEdges, kCorners == 4, kPoints>(*this, vectors); });
+    return visit(
+        [&]<int kCorners, Points kPoints>() { crossAll<kFirstEdges, kCorners == 4, kPoints>(*this, normals, lengths); });
 }
 
 template <class Index> bool PackedFaces<Index>::turns(TurnLanes &turns) const
@@ -195,8 +218,8 @@ template <class Index> template <class Visit> bool PackedFaces<Index>::visit(Vis
 
 namespace host
 {
-template <class Index> bool PackedFaces<Index>::newellVectors(VectorLanes &) const { return false; }
-template <class Index> bool PackedFaces<Index>::fastNormalVectors(VectorLanes &) const { return false; }
+template <class Index> bool PackedFaces<Index>::normals(VectorLanes &, double *) const { return false; }
+template <class Index> bool PackedFaces<Index>::fastNormals(VectorLanes &, double *) const { return false; }
 template <class Index> bool PackedFaces<Index>::turns(TurnLanes &) const { return false; }
 }  // namespace host
 

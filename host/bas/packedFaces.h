@@ -33,11 +33,11 @@ template <class Index> struct HOST_API PackedFaces
     int64_t corners = 0;  // of each face
     int64_t faces = 0;
 
-    /// The Newell vectors of at most `VectorLanes::kCount` faces.
-    bool newellVectors(VectorLanes &vectors) const;
+    /// The directions and lengths of the Newell vectors of at most `VectorLanes::kCount` faces.
+    bool normals(VectorLanes &normals, double *lengths) const;
 
-    /// The vectors along the fast normals of as many.
-    bool fastNormalVectors(VectorLanes &vectors) const;
+    /// The same of the vectors along their fast normals.
+    bool fastNormals(VectorLanes &normals, double *lengths) const;
 
     /// The turns at all corners; `turns` has room for them.
     bool turns(TurnLanes &turns) const;

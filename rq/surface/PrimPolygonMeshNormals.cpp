@@ -118,14 +118,16 @@ void writeFaceLanes(Real *values, const Topology topology, const Position positi
 {
     host::VectorLanes lanes;
     double lengths[host::VectorLanes::kCount];
-    if (!host::packedFaces(topology, position, first, last).fastNormalVectors(lanes))
+    if (!host::packedFaces(topology, position, first, last).fastNormals(lanes, lengths))
+    {
         for (int64_t face = first; face < last; ++face)
         {
             const int64_t begin = topology.begin(face);
             const auto at = [&](int64_t i) { return position(topology.point(begin + i)); };
             lanes.set(face - first, host::fastNormalVector(topology.end(face) - begin, at));
         }
-    host::normalizeLanes(lanes, last - first, lengths);
+        host::normalizeLanes(lanes, last - first, lengths);
+    }
     for (int64_t i = 0; i < last - first; ++i)
         store(values, first + i, Imath::Vec3<Real>(lanes[i]));
 }
