@@ -89,7 +89,7 @@ bool RQ_MSHElementArray::isComplete() const
 template <class S>
 void RQ_MSHElementArray::fillListed(const ELM_PageArray<S> &pages, const Target &target, int64_t start, int64_t length) const
 {
-    // Where both lie in one block, this is a plain gather.
+    // Where the elements lie in one block, and their rows, this is a plain gather.
     if (const S *flat = isComplete() ? pages.contiguous() : nullptr)
     {
         if (const auto *narrow = knownElements<int32_t>(start))

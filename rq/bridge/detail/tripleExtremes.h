@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #if defined(__x86_64__)
@@ -39,8 +40,9 @@ template <class Index> TripleExtremes findExtremes(const float *rows, const Inde
     for (int64_t i = 0; i < count; ++i)
     {
         const float *row = rows + 3 * int64_t(indices[i]);
-        const __m128 xy = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double *>(row)));
-        const __m128 xyz = _mm_movelh_ps(xy, _mm_load_ss(row + 2));
+        int64_t xy;
+        std::memcpy(&xy, row, sizeof(xy));
+        const __m128 xyz = _mm_movelh_ps(_mm_castsi128_ps(_mm_cvtsi64_si128(xy)), _mm_load_ss(row + 2));
         low = _mm_min_ps(xyz, low);
         high = _mm_max_ps(xyz, high);
     }
