@@ -1,6 +1,5 @@
 #include <rq/bridge/RefineCache.h>
 
-#include <numeric>
 #include <typeinfo>
 
 #include <host/msh/Detail.h>
@@ -23,8 +22,13 @@ struct RQ_RefineCache::Frame final : rq::RecentEntries::Entry
 
     int64_t getMemoryUsage() const override
     {
-        return std::accumulate(primitives.begin(), primitives.end(), int64_t(sizeof(*this)),
-                               [](int64_t sum, const RQ_PrimitiveHandle &made) { return sum + made->getMemoryUsage(); });
+        int64_t bytes = int64_t(sizeof(*this));
+        for (const RQ_PrimitiveHandle &made : primitives)
+            bytes += made->getMemoryUsage();
+        for (int segment = 0; segment < details->getSegments(); ++segment)
+            if (segment == 0 || !(details->getHandle(segment) == details->getHandle(segment - 1)))
+                bytes += details->getDetail(segment)->memoryUsage();
+        return bytes;
     }
 };
 

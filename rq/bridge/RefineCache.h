@@ -28,15 +28,14 @@ class RecentEntries;
 /// Shape      results are what the operations without a cache give, but for the cut of `convex`: it is that of the first
 ///            frame as long as the topology stays, so triangles do not jump from one diagonal to the other
 /// Failure    as of the operations; interrupted ones are not kept
-/// Ownership  keeps the latest frame of every detail and set of options, and with it the snapshot that it reads; results
-/// that
-///            were not asked for the longest are dropped when all together pass the limit
+/// Ownership  keeps the latest frame of every topology and set of options, and with it the snapshot that it reads; what was
+///            not asked for the longest is dropped when all together, snapshots included, pass the limit
 /// Threads    safe from any thread; two that ask for the same at the same time may both make it
 class RQ_API RQ_RefineCache
 {
 public:
-    /// `mostBytes` limits what is kept beside the hosts' own memory.
-    explicit RQ_RefineCache(int64_t mostBytes = int64_t(1) << 30);
+    /// `mostBytes` limits what is kept; a frame that is larger is refined anew every time.
+    explicit RQ_RefineCache(int64_t mostBytes = int64_t(4) << 30);
     ~RQ_RefineCache();
     RQ_RefineCache(const RQ_RefineCache &) = delete;
     RQ_RefineCache &operator=(const RQ_RefineCache &) = delete;

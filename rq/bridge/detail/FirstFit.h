@@ -11,9 +11,7 @@ namespace rq
 /// Puts things of some size into bins of one size: into the last bin when it has room, else into the first that has, else
 /// into a new one, however large the thing is.
 ///
-/// Cost  the bins are the leaves of a tree that knows the most room in each half, so a place is found in as many steps as
-/// the
-///       tree has levels
+/// Cost  a place is found in as many steps as a tree over all bins has levels
 class FirstFit
 {
 public:
@@ -67,6 +65,6 @@ private:
 
     int64_t binSize_;
     int64_t bins_ = 0;
-    std::vector<int64_t> mostRoom_;  // node i has the halves 2i and 2i + 1; the second half of all are the bins
+    std::vector<int64_t> mostRoom_;  // a tree: node i has the halves 2i and 2i + 1, its leaves are the bins
 };
 }  // namespace rq
