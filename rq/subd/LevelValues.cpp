@@ -1,8 +1,7 @@
 #include <rq/subd/detail/levelValues.h>
 
-#include <algorithm>
-
 #include <host/bas/Parallel.h>
+#include <rq/subd/detail/TupleSum.h>
 #include <rq/subd/detail/levelMasks.h>
 
 namespace
@@ -43,24 +42,7 @@ public:
     }
 
 private:
-    /// A weighted sum that is stored when it is whole.
-    struct Sum
-    {
-        T values[N] = {};
-
-        void add(const T *tuple, T weight)
-        {
-            for (int i = 0; i < N; ++i)
-                values[i] += tuple[i] * weight;
-        }
-        void add(const T *tuple)
-        {
-            for (int i = 0; i < N; ++i)
-                values[i] += tuple[i];
-        }
-        void add(const Sum &other, T weight) { add(other.values, weight); }
-        void store(T *tuple) const { std::copy(values, values + N, tuple); }
-    };
+    using Sum = TupleSum<T, N>;
 
     const T *at(int vertex) const { return from_ + vertex * stride_; }
     const T *facePoint(int face) const { return to_ + (firstFace_ + face) * stride_; }

@@ -21,17 +21,15 @@ template <class T> RQ_DataArrayHandle interpolate(const rq::Refiner &refiner, in
     const int64_t tuple = array.getTupleSize();
     const rq::Values<T> cage(array);
     const T *from = cage.data();
-    Block<T> above, below;
-    for (int step = 0; step < level - 1; ++step)
+    Numbers<T> values;
+    for (int step = 0; step < level; ++step)
     {
-        below.resize(size_t(rq::sizeOfChild(refiner, step).points * tuple));
-        rq::interpolateLevel(refiner, step, from, tuple, below.data());
-        above.swap(below);
-        from = above.data();
+        const Numbers<T> next(new RQ_DANumeric<T>(rq::sizeOfChild(refiner, step).points, tuple, array.getTypeInfo()));
+        rq::interpolateLevel(refiner, step, from, tuple, next->data());
+        values = next;
+        from = values->data();
     }
-    const Numbers<T> last(new RQ_DANumeric<T>(rq::sizeOfChild(refiner, level - 1).points, tuple, array.getTypeInfo()));
-    rq::interpolateLevel(refiner, level - 1, from, tuple, last->data());
-    return last;
+    return values;
 }
 
 /// Values with seams, one for each of the channel's.

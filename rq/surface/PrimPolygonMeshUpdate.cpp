@@ -8,6 +8,7 @@ namespace
 std::vector<const rq::HostBound *> boundArrays(const RQ_PrimPolygonMesh &mesh)
 {
     std::vector<const rq::HostBound *> found;
+    found.reserve(16);
     for (const RQ_AttributeListHandle *list : {&mesh.getShared(), &mesh.getVertex(), &mesh.getUniform(), &mesh.getDetail()})
         for (int segment = 0; *list && segment < (*list)->getSegments(); ++segment)
             for (int i = 0; i < (*list)->entries(); ++i)
