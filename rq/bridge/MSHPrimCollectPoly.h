@@ -71,9 +71,8 @@ private:
 ///     fastpolycompacting     off: a mesh of all primitives drops unused points too; one of some always does
 ///     addvertexnormals       vertex normals "N" by "cuspangle", unless vertices or points have one
 ///     addmikkt               vertex tangents "tangentu" and "tangentv" of "uv", unless there is one of them
-///     material arrays        entry i belongs to primitive i: uniform "__material"; the table: detail "__material_remap",
-///     one
-///                            entry of all values
+///     material arrays        entry i belongs to primitive i: uniform "__material"; the table, as one entry of all values:
+///                            detail "__material_remap"
 ///     viewport:packed_lod    those two hide host attributes of their names
 class RQ_API RQ_MSHPrimCollectPoly : public RQ_MSHPrimCollect
 {

@@ -37,7 +37,10 @@ template <> class TupleSum<float, 3>
 {
 public:
     void add(const float *tuple) { values_ = _mm_add_ps(values_, load(tuple)); }
-    void add(const float *tuple, float weight) { values_ = _mm_add_ps(values_, _mm_mul_ps(load(tuple), _mm_set1_ps(weight))); }
+    void add(const float *tuple, float weight)
+    {
+        values_ = _mm_add_ps(values_, _mm_mul_ps(load(tuple), _mm_set1_ps(weight)));
+    }
     void add(const TupleSum &other, float weight)
     {
         values_ = _mm_add_ps(values_, _mm_mul_ps(other.values_, _mm_set1_ps(weight)));
