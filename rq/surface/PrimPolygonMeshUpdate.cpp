@@ -5,25 +5,43 @@
 
 namespace
 {
-std::vector<const rq::HostBound *> boundArrays(const RQ_PrimPolygonMesh &mesh)
+/// What a mesh reads of a detail.
+struct Bound
 {
-    std::vector<const rq::HostBound *> found;
-    found.reserve(16);
+    std::vector<const rq::HostBound *> arrays;
+    bool hasComputed = false;  // positions, or what follows from them, that are the mesh's own: they cannot be read anew
+};
+
+bool followsFromPositions(const BAS_StringHolder &name)
+{
+    return name == "P" || name == "N" || name == "tangentu" || name == "tangentv";
+}
+
+Bound findBound(const RQ_PrimPolygonMesh &mesh)
+{
+    Bound found;
+    found.arrays.reserve(16);
     for (const RQ_AttributeListHandle *list : {&mesh.getShared(), &mesh.getVertex(), &mesh.getUniform(), &mesh.getDetail()})
         for (int segment = 0; *list && segment < (*list)->getSegments(); ++segment)
             for (int i = 0; i < (*list)->entries(); ++i)
-                if (const RQ_DataArrayHandle &array = (*list)->get(i, segment))
-                    rq::findHostBound(*array, found);
+            {
+                const RQ_DataArrayHandle &array = (*list)->get(i, segment);
+                const size_t before = found.arrays.size();
+                if (array)
+                    rq::findHostBound(*array, found.arrays);
+                if (array && found.arrays.size() == before && followsFromPositions((*list)->getMap()->getName(i)))
+                    found.hasComputed = true;
+            }
     return found;
 }
 }  // namespace
 
 bool RQ_PrimPolygonMesh::updateGeoPrim(const MOD_ConstDetailHandle &detail, const RQ_RefineParms &parms)
 {
-    const std::vector<const rq::HostBound *> arrays = boundArrays(*this);
+    const auto [arrays, hasComputed] = findBound(*this);
     const bool hasSameFaces = std::all_of(arrays.begin(), arrays.end(),
                                           [&detail](const rq::HostBound *array) { return array->hasTopologyOf(detail); });
-    if (arrays.empty() || !hasSameFaces)
+    if (arrays.empty() || hasComputed || !hasSameFaces)
         return false;
     int64_t versionBefore = -1, versionAfter = -1;
     getTopologyVersion(versionBefore);

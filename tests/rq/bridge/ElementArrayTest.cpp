@@ -451,13 +451,14 @@ TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
         const char *what;
         void (*change)(MOD_Edit &edit);
         bool follows;
+        bool shades = false;
+    };
+    const auto move = [](MOD_Edit &edit) {
+        edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>()[0] = 5.0f;
     };
     const Case cases[] = {
-        {"points move",
-         [](MOD_Edit &edit) {
-             edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>()[0] = 5.0f;
-         },
-         true},
+        {"points move", move, true},
+        {"points move, and normals were computed", move, false, true},
         {"an attribute changes its storage",
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL64, 3, ELM_TYPE_VECTOR); }, false},
         {"a corner moves to another point", [](MOD_Edit &edit) { ASSERT_TRUE(edit.setVertexPoint(0, 7)); }, false},
@@ -468,10 +469,15 @@ TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
         const MOD_DetailHandle geometry(makeMovingCube(1.0f, [](MOD_Edit &) {}));
         const std::vector<RQ_PrimitiveHandle> meshes = refine(geometry.read());
         ASSERT_EQ(meshes.size(), 1u);
+        RQ_PrimitiveHandle mesh = meshes[0];
+        bool shaded = false;
+        if (c.shades)
+            mesh = static_cast<RQ_PrimPolygonMesh &>(*mesh).createVertexNormalsIfMissing("P", 180.0, true, shaded);
+        EXPECT_EQ(shaded, c.shades);
         MOD_Edit edit(geometry);
         c.change(edit);
         const MOD_ConstDetailHandle newer = edit.commit();
-        EXPECT_EQ(meshes[0]->updateGeoPrim(newer, RQ_RefineParms()), c.follows);
+        EXPECT_EQ(mesh->updateGeoPrim(newer, RQ_RefineParms()), c.follows);
         if (c.follows)
         {
             EXPECT_EQ(textOf(*meshes[0]), textOf(*refine(newer)[0]));
