@@ -12,6 +12,7 @@
 #include <host/bas/Progress.h>
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Faces.h>
+#include <rq/bridge/detail/ManyFaces.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <tests/rq/bridge/Fixture.h>
