@@ -160,12 +160,16 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *
         return const_cast<RQ_PrimPolygonMesh *>(this);
     }
 
+    // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids.
+    const uint64_t origin = RQmixId(uint64_t(vertexList_->getDataId())) + RQmixId(uint64_t(points));
+    const int64_t keptId = rq::validId(RQmixId(origin)), listId = rq::validId(RQmixId(origin + 1));
     RQ_DataArrayHandle kept, list = vertexList_;
     RQ_AttributeListHandle shared;
     if (isRun)
     {
         const int64_t first = used.first();
         kept = new RQ_DARange(first, first + used.count(), 1);
+        kept->setDataId(keptId);
         shared = shared_->createSubArray(first, used.count());
         if (first > 0)
             list = narrow ? shift<int32_t>(*vertexList_, first) : shift<int64_t>(*vertexList_, first);
@@ -173,14 +177,12 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::removeUnusedPoints(RQ_DataArrayHandle *
     else
     {
         kept = narrow ? usedRows<int32_t>(used) : usedRows<int64_t>(used);
+        kept->setDataId(keptId);  // before the views, whose ids come of it
         shared = shared_->createIndirect(kept);
         list = narrow ? renumber<int32_t>(*vertexList_, rows) : renumber<int64_t>(*vertexList_, rows);
     }
-    // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids.
-    const uint64_t origin = RQmixId(uint64_t(vertexList_->getDataId())) + RQmixId(uint64_t(points));
-    kept->setDataId(rq::validId(RQmixId(origin)));
     if (list != vertexList_)
-        list->setDataId(rq::validId(RQmixId(origin + 1)));
+        list->setDataId(listId);
     const RQ_PolygonMeshHandle mesh = clone(list, shared, vertex_, uniform_, detail_);
     mesh->topology_->noteUsesAll(used.count());
     mesh->followElements(nullptr, kept);

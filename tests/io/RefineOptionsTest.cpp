@@ -19,9 +19,9 @@ namespace
 /// How much of everything a detail holds, or the primitives that it refines to.
 struct Sizes
 {
-    int64_t faces = 0, corners = 0, lines = 0, lineVertices = 0, loosePoints = 0;
+    int64_t faces = 0, corners = 0, lines = 0, lineVertices = 0, points = 0;  // points: loose ones, and those of clouds
 
-    auto all() const { return std::array{faces, corners, lines, lineVertices, loosePoints}; }
+    auto all() const { return std::array{faces, corners, lines, lineVertices, points}; }
 
     void add(const MSH_Detail &detail)
     {
@@ -29,12 +29,15 @@ struct Sizes
         {
             const MSH_Polygon polygon(detail, i);
             if (!polygon.isValid())
-                continue;  // clouds of points
+            {
+                points += polygon.vertexCount();
+                continue;
+            }
             (polygon.isClosed() ? faces : lines) += 1;
             (polygon.isClosed() ? corners : lineVertices) += polygon.vertexCount();
         }
         for (ELM_Offset i = 0; i < detail.pointCount(); ++i)
-            loosePoints += !detail.usedPoints().get(i);
+            points += !detail.usedPoints().get(i);
     }
 
     void add(const RQ_PrimitiveHandle &primitive)
@@ -55,8 +58,8 @@ struct Sizes
             lines += curves->getCurveCount();
             lineVertices += curves->getVertexCount();
         }
-        else if (const auto *points = dynamic_cast<const RQ_PrimPointMesh *>(primitive.get()))
-            loosePoints += points->getPointCount();
+        else if (const auto *cloud = dynamic_cast<const RQ_PrimPointMesh *>(primitive.get()))
+            points += cloud->getPointCount();
         else if (const auto *polygon = dynamic_cast<const RQ_PrimPolygon *>(primitive.get()))
         {
             ++faces;

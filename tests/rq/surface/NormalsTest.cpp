@@ -283,7 +283,7 @@ TEST(Normals, HaveTheSameBitsHoweverPositionsAndIndicesAreStored)
             // Compared as bits: what is not a number must be so in both.
             const std::vector<double> all = allNormals(*mesh);
             ASSERT_EQ(all.size(), expected.size());
-            EXPECT_EQ(std::memcmp(all.data(), expected.data(), all.size() * sizeof(double)), 0);
+            EXPECT_TRUE(all.empty() || std::memcmp(all.data(), expected.data(), all.size() * sizeof(double)) == 0);
         }
     }
 }
