@@ -1,5 +1,7 @@
 #include <cmath>
 
+#include <fmt/format.h>
+
 #include <tests/apps/Program.h>
 
 using namespace tests;
@@ -56,7 +58,7 @@ TEST_F(Program, WritesSubdividedMeshesWithAllThatBelongsToThem)
             EXPECT_NE(text.find(record), std::string::npos) << record << " in\n" << text;
         const std::string info = Outcome("info --json @out.obj").out;
         for (const auto &[key, value] : {std::pair("points", c.points), std::pair("faces", c.faces)})
-            EXPECT_NE(info.find("\"" + std::string(key) + "\": " + value), std::string::npos) << info;
+            EXPECT_NE(info.find(fmt::format("\"{}\": {}", key, value)), std::string::npos) << info;
     }
 }
 
