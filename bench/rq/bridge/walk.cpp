@@ -228,9 +228,10 @@ void addSmall()
 /// Positions change, nothing else: follow the new snapshot, or refine it.
 void addUpdate(const char *mesh, Kind kind)
 {
-    constexpr int64_t kTurns = 100;
+    // Following takes some 200 ns: fewer turns would measure the clock.
     const auto add = [=](const char *who, bool rebinds) {
-        bench::add({"changed_positions", mesh, who, 1, double(kTurns), 0.0, false, [=] {
+        const int64_t turns = rebinds ? 20000 : 100;
+        bench::add({"changed_positions", mesh, who, 1, double(turns), 0.0, false, [=] {
                         const MOD_DetailHandle geometry;
                         const MOD_ConstDetailHandle before = makeDetail(kind, geometry);
                         MOD_Edit edit(geometry);
@@ -241,7 +242,7 @@ void addUpdate(const char *mesh, Kind kind)
                         const RQ_PrimitiveHandle primitive = refined(before);
                         const RQ_RefineParms parms;
                         return Work{[=] {
-                                        for (int64_t turn = 0; turn < kTurns; ++turn)
+                                        for (int64_t turn = 0; turn < turns; ++turn)
                                             if (rebinds)
                                                 primitive->updateGeoPrim(turn % 2 ? before : after, parms);
                                             else
