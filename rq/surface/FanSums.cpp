@@ -1,49 +1,34 @@
 #include <rq/surface/detail/FanSums.h>
 
 #include <algorithm>
-#include <numeric>
+#include <cmath>
 
 #include <rq/surface/detail/tangentFace.h>
 
 namespace rq
 {
-namespace
-{
-BAS_Vec3f unit(const BAS_Vec3f &v)
-{
-    const bool hasDirection = std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)}) > kNoLength;
-    const float squared = v.length2();
-    return hasDirection && squared > 0.0f ? v * (1.0f / std::sqrt(squared)) : v;
-}
-}  // namespace
-
 struct FanSums::Group
 {
     std::span<const FanTriangle> fan;
-    const TangentLanes &lanes;
-    int64_t first;
     std::span<const int> members;
 
     const FanTriangle &triangle(int member) const { return fan[size_t(member)]; }
 
-    float cosineU(int a, int b) const { return lanes.alongU(first + a).dot(lanes.alongU(first + b)); }
-    float cosineV(int a, int b) const { return lanes.alongV(first + a).dot(lanes.alongV(first + b)); }
-
-    /// Whether it is plain that no two textures grow the opposite way: all are on one side of the first.
+    /// Whether it is plain that no two textures grow the opposite way: all have a side in common.
     bool isPlain() const
     {
-        constexpr float kOneSide = 0.1f;
-        return std::all_of(members.begin() + 1, members.end(), [&](int member) {
-            return triangle(member).isFree ||
-                   (cosineU(members[0], member) > kOneSide && cosineV(members[0], member) > kOneSide);
-        });
+        uint32_t marks = MARK_SIDES_U | MARK_SIDES_V;
+        for (const int member : members)
+            marks &= triangle(member).isFree ? marks : triangle(member).marks;
+        return (marks & MARK_SIDES_U) && (marks & MARK_SIDES_V);
     }
 
-    bool areTogether(int a, int b) const
+    bool areTogether(int a, int b, const std::vector<Directions> &directions) const
     {
         if (triangle(a).isFree || triangle(b).isFree || triangle(a).face == triangle(b).face)
             return true;
-        return cosineU(a, b) > -1.0f && cosineV(a, b) > -1.0f;
+        const Directions &atA = directions[size_t(a)], &atB = directions[size_t(b)];
+        return atA.u.dot(atB.u) > -1.0f && atA.v.dot(atB.v) > -1.0f;
     }
 
     template <class Takes> BAS_Vec3f sum(Takes &&takes) const
@@ -51,12 +36,19 @@ struct FanSums::Group
         BAS_Vec3f total(0.0f);
         for (const int member : members)
             if (!triangle(member).isFree && takes(member))
-                total += lanes.weighted(first + member);
-        return unit(total);
+                total += triangle(member).weighted;
+        return directionOf(total);
     }
 };
 
-BAS_Vec3f FanSums::average(const BAS_Vec3f &a, const BAS_Vec3f &b) { return a == b ? a : unit(a + b); }
+BAS_Vec3f FanSums::directionOf(const BAS_Vec3f &sum)
+{
+    const bool hasDirection = std::max({std::abs(sum.x), std::abs(sum.y), std::abs(sum.z)}) > kNoLength;
+    const float squared = sum.length2();
+    return hasDirection && squared > 0.0f ? sum * (1.0f / std::sqrt(squared)) : sum;
+}
+
+BAS_Vec3f FanSums::average(const BAS_Vec3f &a, const BAS_Vec3f &b) { return a == b ? a : directionOf(a + b); }
 
 void FanSums::listGroups(std::span<const FanTriangle> fan)
 {
@@ -79,31 +71,26 @@ void FanSums::sum(const Group &group)
             tangents_[size_t(member)] = tangent;
         return;
     }
+    if (directions_.empty())
+    {
+        directions_.resize(group.fan.size());
+        look_(group.fan, directions_.data());
+    }
     for (const int member : group.members)
-        tangents_[size_t(member)] = group.sum([&](int other) { return group.areTogether(member, other); });
+        tangents_[size_t(member)] = group.sum([&](int other) { return group.areTogether(member, other, directions_); });
 }
 
-void FanSums::run(std::span<const FanTriangle> fan, const TangentLanes &lanes, int64_t first)
+void FanSums::run(std::span<const FanTriangle> fan)
 {
-    if (tangents_.size() < fan.size())
-    {
-        tangents_.resize(fan.size());
-        counting_.resize(fan.size());
-        std::iota(counting_.begin(), counting_.end(), 0);
-    }
-    if (std::all_of(fan.begin(), fan.end(), [](const FanTriangle &triangle) { return triangle.group == 0; }))
-    {
-        if (!fan.empty())
-            sum({fan, lanes, first, std::span<const int>(counting_).first(fan.size())});
-        return;
-    }
+    tangents_.resize(fan.size());
+    directions_.clear();
     listGroups(fan);
     const auto groupOf = [&](size_t i) { return fan[size_t(members_[i])].group; };
     for (size_t begin = 0, end = 0; begin < members_.size(); begin = end)
     {
         while (end < members_.size() && groupOf(end) == groupOf(begin))
             ++end;
-        sum({fan, lanes, first, std::span<const int>(members_).subspan(begin, end - begin)});
+        sum({fan, std::span<const int>(members_).subspan(begin, end - begin)});
     }
 }
 }  // namespace rq

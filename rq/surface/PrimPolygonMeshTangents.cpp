@@ -7,7 +7,7 @@
 #include <rq/data/DARange.h>
 #include <rq/surface/detail/FanSums.h>
 #include <rq/surface/detail/SharedTopology.h>
-#include <rq/surface/detail/TangentBatch.h>
+#include <rq/surface/detail/TangentWriter.h>
 #include <rq/surface/detail/tangentWeld.h>
 #include <rq/surface/detail/topology.h>
 
@@ -23,10 +23,13 @@ void writeTangents(const rq::TangentInput &input, const Topology &topology,
 {
     const rq::WeldedCorners welded(input, topology, points);
     if (welded.isOfPoints())
-        return rq::TangentSpaces(input, topology, topology, points).write(tangentU, tangentV);
+    {
+        rq::TangentSpaces(input, topology, topology, points, tangentU, tangentV);
+        return;
+    }
     const Topology vertices{topology.ranges, welded.ids()};
     const host::CornerAdjacency<typename Topology::Index> around(welded.count(), vertices);
-    rq::TangentSpaces(input, topology, vertices, around).write(tangentU, tangentV);
+    rq::TangentSpaces(input, topology, vertices, around, tangentU, tangentV);
 }
 
 // A mesh is cut together with the numbers of its corners, which tell where the corners of the pieces came from.

@@ -1,6 +1,5 @@
 #include <rq/surface/detail/TangentLanes.h>
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -9,114 +8,110 @@
 
 namespace
 {
-// Rows never overlap, which the compiler must know to take several values at a time.
-using Row = const float *__restrict;
+using Corner = rq::TangentLanes::Corner;
+using Directions = rq::TangentLanes::Directions;
+using Row = rq::TangentLanes::Row;
+using Shapes = rq::TangentLanes::Shapes;
+
+inline BAS_Vec3f vector(const Row (&rows)[3], int64_t i) { return {rows[0][i], rows[1][i], rows[2][i]}; }
+
+inline void put(const BAS_Vec3f &v, int64_t i, Row (&rows)[3])
+{
+    rows[0][i] = v.x;
+    rows[1][i] = v.y;
+    rows[2][i] = v.z;
+}
 
 inline float larger(float a, float b) { return a > b ? a : b; }
 
-/// What scales a vector to the given length; 1 for one that is too short to have a direction.
-inline float scaleTo(float length, float x, float y, float z)
+/// The vector scaled to a length; as it is when it is too short to have a direction.
+inline BAS_Vec3f scaledTo(float length, const BAS_Vec3f &v, float squared)
 {
-    const float squared = x * x + y * y + z * z;
-    const float largest = larger(std::abs(x), larger(std::abs(y), std::abs(z)));
+    const float largest = larger(std::abs(v.x), larger(std::abs(v.y), std::abs(v.z)));
     const bool hasDirection = (largest > std::numeric_limits<float>::min()) & (squared > 0.0f);
-    return hasDirection ? length / std::sqrt(hasDirection ? squared : 1.0f) : 1.0f;
+    return v * (hasDirection ? length / std::sqrt(hasDirection ? squared : 1.0f) : 1.0f);
 }
 
-/// Replaces vectors by the direction of what is left of them in the plane of the normal.
-HOST_CLONES void project(float *__restrict vx, float *__restrict vy, float *__restrict vz, Row normalX, Row normalY,
-                         Row normalZ, int64_t count)
+/// The direction of what is left of a vector in the plane of a normal.
+inline BAS_Vec3f projected(const BAS_Vec3f &v, const BAS_Vec3f &normal)
+{
+    const BAS_Vec3f flat = v - normal * normal.dot(v);
+    return scaledTo(1.0f, flat, flat.dot(flat));
+}
+
+inline int32_t areEqual(const BAS_Vec3f &a, const BAS_Vec3f &b) { return (a.x == b.x) & (a.y == b.y) & (a.z == b.z); }
+
+inline int32_t sidesOf(const BAS_Vec3f &v)
+{
+    // A direction follows or runs against some axis by more than this; two that do so together are far from opposite.
+    constexpr float kClear = 0.3f;
+    return (v.x > kClear ? 1 : 0) | (v.x < -kClear ? 2 : 0) | (v.y > kClear ? 4 : 0) | (v.y < -kClear ? 8 : 0) |
+           (v.z > kClear ? 16 : 0) | (v.z < -kClear ? 32 : 0);
+}
+
+// Rows never overlap, which the compiler must know to take several values at a time.
+
+HOST_CLONES void measure(const Corner *__restrict a, const Corner *__restrict b, const Corner *__restrict c,
+                         Shapes *__restrict shapes, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
     {
-        const float nx = normalX[i], ny = normalY[i], nz = normalZ[i];
-        const float along = nx * vx[i] + ny * vy[i] + nz * vz[i];
-        const float x = vx[i] - along * nx, y = vy[i] - along * ny, z = vz[i] - along * nz;
-        const float scale = scaleTo(1.0f, x, y, z);
-        vx[i] = scale * x;
-        vy[i] = scale * y;
-        vz[i] = scale * z;
+        const BAS_Vec3f pA = vector(a->position, i), pB = vector(b->position, i), pC = vector(c->position, i);
+        const BAS_Vec3f edge1 = pB - pA, edge2 = pC - pA;
+        const float u1 = b->texture[0][i] - a->texture[0][i], v1 = b->texture[1][i] - a->texture[1][i];
+        const float u2 = c->texture[0][i] - a->texture[0][i], v2 = c->texture[1][i] - a->texture[1][i];
+        const float turn = u1 * v2 - v1 * u2, sign = turn > 0.0f ? 1.0f : -1.0f;
+        const BAS_Vec3f alongU = edge1 * v2 - edge2 * v1, alongV = edge2 * u1 - edge1 * u2;
+        const float squareU = alongU.dot(alongU), squareV = alongV.dot(alongV);
+        put(scaledTo(sign, alongU, squareU), i, shapes->alongU);
+        put(scaledTo(sign, alongV, squareV), i, shapes->alongV);
+        shapes->turn[i] = turn;
+        shapes->squareU[i] = squareU;
+        shapes->squareV[i] = squareV;
+        shapes->isDegenerate[i] = areEqual(pA, pB) | areEqual(pA, pC) | areEqual(pB, pC);
     }
 }
 
-/// One axis of factor1 * edge1 - factor2 * edge2.
-HOST_CLONES void combine(Row edge1, Row factor1, Row edge2, Row factor2, int64_t count, float *__restrict result)
-{
-    for (int64_t i = 0; i < count; ++i)
-        result[i] = factor1[i] * edge1[i] - factor2[i] * edge2[i];
-}
-
-/// The direction of vectors whose texture is not mirrored, the opposite one of others.
-HOST_CLONES void orient(float *__restrict x, float *__restrict y, float *__restrict z, Row sign, int64_t count)
+/// Writes cosines in place of weighted directions.
+HOST_CLONES void project(const Shapes *__restrict shapes, const Corner *__restrict corner, const Corner *__restrict next,
+                         const Corner *__restrict previous, Directions *__restrict directions, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
     {
-        const float scale = scaleTo(sign[i], x[i], y[i], z[i]);
-        x[i] *= scale;
-        y[i] *= scale;
-        z[i] *= scale;
+        const BAS_Vec3f normal = vector(corner->normal, i), position = vector(corner->position, i);
+        const BAS_Vec3f u = projected(vector(shapes->alongU, i), normal);
+        const BAS_Vec3f v = projected(vector(shapes->alongV, i), normal);
+        const BAS_Vec3f after = projected(vector(next->position, i) - position, normal);
+        const BAS_Vec3f before = projected(vector(previous->position, i) - position, normal);
+        const float cosine = before.dot(after);
+        put(u, i, directions->u);
+        put(v, i, directions->v);
+        directions->weighted[0][i] = cosine > 1.0f ? 1.0f : cosine < -1.0f ? -1.0f : cosine;
+        directions->sides[i] = sidesOf(u) | sidesOf(v) << 6;
     }
 }
 
-/// -1 where the texture is mirrored.
-HOST_CLONES void signs(Row u1, Row v1, Row u2, Row v2, int64_t count, float *__restrict sign)
-{
-    for (int64_t i = 0; i < count; ++i)
-        sign[i] = u1[i] * v2[i] - v1[i] * u2[i] > 0.0f ? 1.0f : -1.0f;
-}
-
-HOST_CLONES void cosines(Row ax, Row ay, Row az, Row bx, Row by, Row bz, int64_t count, float *__restrict cosine)
+HOST_CLONES void weigh(Directions *__restrict directions, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
     {
-        const float value = ax[i] * bx[i] + ay[i] * by[i] + az[i] * bz[i];
-        cosine[i] = value > 1.0f ? 1.0f : value < -1.0f ? -1.0f : value;
+        const double along = double(directions->weighted[0][i]);
+        const float angle = float(host::angleOf(std::sqrt((1.0 - along) * (1.0 + along)), along));
+        for (int axis = 0; axis < 3; ++axis)
+            directions->weighted[axis][i] = angle * directions->u[axis][i];
     }
-}
-
-/// Replaces cosines by their angles.
-HOST_CLONES void angles(float *cosine, int64_t count)
-{
-    for (int64_t i = 0; i < count; ++i)
-    {
-        const double along = double(cosine[i]);
-        cosine[i] = float(host::angleOf(std::sqrt((1.0 - along) * (1.0 + along)), along));
-    }
-}
-
-HOST_CLONES void weigh(Row vector, Row weight, int64_t count, float *__restrict result)
-{
-    for (int64_t i = 0; i < count; ++i)
-        result[i] = weight[i] * vector[i];
 }
 }  // namespace
 
 namespace rq
 {
-void TangentLanes::Block::run(int64_t count)
+void TangentLanes::run(int64_t count)
 {
-    const float *const u1 = rows[TEXTURE], *const v1 = rows[TEXTURE + 1], *const u2 = rows[TEXTURE + 2],
-                       *const v2 = rows[TEXTURE + 3];
-    signs(u1, v1, u2, v2, count, rows[SIGN]);
-    for (int axis = 0; axis < 3; ++axis)
+    measure(&corners_[0], &corners_[1], &corners_[2], &shapes_, count);
+    for (int k = 0; k < 3; ++k)
     {
-        combine(rows[EDGE1 + axis], v2, rows[EDGE2 + axis], v1, count, rows[ALONG_U + axis]);
-        combine(rows[EDGE2 + axis], u1, rows[EDGE1 + axis], u2, count, rows[ALONG_V + axis]);
+        project(&shapes_, &corners_[k], &corners_[k < 2 ? k + 1 : 0], &corners_[k > 0 ? k - 1 : 2], &directions_[k], count);
+        weigh(&directions_[k], count);
     }
-    for (const int first : {int(ALONG_U), int(ALONG_V)})
-        orient(rows[first], rows[first + 1], rows[first + 2], rows[SIGN], count);
-    for (const int first : {int(ALONG_U), int(ALONG_V), int(NEXT), int(PREVIOUS)})
-        project(rows[first], rows[first + 1], rows[first + 2], rows[NORMAL], rows[NORMAL + 1], rows[NORMAL + 2], count);
-    cosines(rows[PREVIOUS], rows[PREVIOUS + 1], rows[PREVIOUS + 2], rows[NEXT], rows[NEXT + 1], rows[NEXT + 2], count,
-            rows[COSINE]);
-    angles(rows[COSINE], count);
-    for (int axis = 0; axis < 3; ++axis)
-        weigh(rows[ALONG_U + axis], rows[COSINE], count, rows[WEIGHTED + axis]);
-}
-
-void TangentLanes::run()
-{
-    for (int64_t begin = 0; begin < count_; begin += kBlock)
-        blocks_[size_t(begin / kBlock)].run(std::min(kBlock, count_ - begin));
 }
 }  // namespace rq

@@ -1,96 +1,92 @@
 #pragma once
 
-#include <vector>
+#include <cstdint>
 
 #include <host/bas/Vector.h>
 
 namespace rq
 {
-/// The arithmetic of tangents at many corners of triangles at once: the directions in which u and v grow, in the plane of
-/// the normal, and the first as long as the triangle's angle.
+/// What a corner holds.
+struct TangentCorner
+{
+    BAS_Vec3f position, normal;
+    const float *texture;
+};
+
+/// The arithmetic of tangents for many triangles at once.
 ///
 /// The order of the operations is part of the result: where directions nearly cancel each other, every bit counts.
 class TangentLanes
 {
 public:
+    // All rows together stay in the nearest cache.
+    static constexpr int64_t kCount = 64;
+
+    using Row = float[kCount];
+
+    /// One corner of each triangle.
     struct Corner
     {
-        BAS_Vec3f edge1, edge2;    ///< from the triangle's first corner to its second and third
-        float u1, v1, u2, v2;      ///< the same in the texture
-        BAS_Vec3f next, previous;  ///< from the corner itself to the two others
-        BAS_Vec3f normal;
+        Row position[3], normal[3], texture[2];
     };
 
-    int64_t count() const { return count_; }
-    void clear() { count_ = 0; }
-
-    void add(const Corner &corner);
-    void run();
-
-    /// What `run` left at corner `i`.
-    BAS_Vec3f alongU(int64_t i) const { return vector(ALONG_U, i); }
-    BAS_Vec3f alongV(int64_t i) const { return vector(ALONG_V, i); }
-    BAS_Vec3f weighted(int64_t i) const { return vector(WEIGHTED, i); }
-
-private:
-    enum Row
+    /// The directions in which u and v grow, in the plane of a corner's normal, and the first as long as the angle there.
+    struct Directions
     {
-        EDGE1 = 0,
-        EDGE2 = 3,
-        TEXTURE = 6,
-        NEXT = 10,
-        PREVIOUS = 13,
-        NORMAL = 16,
-        SIGN = 19,
-        ALONG_U = 20,
-        ALONG_V = 23,
-        WEIGHTED = 26,
-        COSINE = 29,
-        ROWS = 30,
+        Row u[3], v[3], weighted[3];
+        int32_t sides[kCount];
     };
 
-    // Rows of one block stay in the nearest cache.
-    static constexpr int64_t kBlock = 128;
-    struct Block
+    /// Which axes a direction clearly follows and which it runs against, six bits for u and six for v.  Directions that have
+    /// one in common do not oppose each other.
+    enum Sides : int32_t
     {
-        alignas(64) float rows[ROWS][kBlock];
+        SIDES_U = 0x3F,
+        SIDES_V = 0xFC0,
+    };
 
-        float *operator[](int row) { return rows[row]; }
-        void put(int first, int64_t at, const BAS_Vec3f &v)
+    void set(int64_t i, int corner, const TangentCorner &values)
+    {
+        Corner &rows = corners_[corner];
+        for (int axis = 0; axis < 3; ++axis)
         {
-            rows[first][at] = v.x;
-            rows[first + 1][at] = v.y;
-            rows[first + 2][at] = v.z;
+            rows.position[axis][i] = values.position[axis];
+            rows.normal[axis][i] = values.normal[axis];
         }
-        void run(int64_t count);
-    };
-
-    BAS_Vec3f vector(int first, int64_t i) const
-    {
-        const auto &rows = blocks_[size_t(i / kBlock)].rows;
-        const int64_t at = i % kBlock;
-        return {rows[first][at], rows[first + 1][at], rows[first + 2][at]};
+        rows.texture[0][i] = values.texture[0];
+        rows.texture[1][i] = values.texture[1];
     }
 
-    std::vector<Block> blocks_;
-    int64_t count_ = 0;
-};
+    /// Work on the first `count` triangles.
+    void run(int64_t count);
 
-inline void TangentLanes::add(const Corner &corner)
-{
-    const int64_t at = count_ % kBlock;
-    if (count_ == int64_t(blocks_.size()) * kBlock)
-        blocks_.emplace_back();
-    Block &block = blocks_[size_t(count_ / kBlock)];
-    block.put(EDGE1, at, corner.edge1);
-    block.put(EDGE2, at, corner.edge2);
-    block[TEXTURE][at] = corner.u1;
-    block[TEXTURE + 1][at] = corner.v1;
-    block[TEXTURE + 2][at] = corner.u2;
-    block[TEXTURE + 3][at] = corner.v2;
-    block.put(NEXT, at, corner.next);
-    block.put(PREVIOUS, at, corner.previous);
-    block.put(NORMAL, at, corner.normal);
-    ++count_;
-}
+    // What `run` found.
+
+    /// Two positions of a triangle are one.
+    bool isDegenerate(int64_t i) const { return shapes_.isDegenerate[i] != 0; }
+    /// Twice the area in the texture, negative where that is mirrored.
+    float turn(int64_t i) const { return shapes_.turn[i]; }
+    /// The squared lengths of `turn` times the vectors along which u and v grow by one.
+    float squareU(int64_t i) const { return shapes_.squareU[i]; }
+    float squareV(int64_t i) const { return shapes_.squareV[i]; }
+
+    BAS_Vec3f alongU(int64_t i, int corner) const { return vector(directions_[corner].u, i); }
+    BAS_Vec3f alongV(int64_t i, int corner) const { return vector(directions_[corner].v, i); }
+    BAS_Vec3f weighted(int64_t i, int corner) const { return vector(directions_[corner].weighted, i); }
+    int32_t sides(int64_t i, int corner) const { return directions_[corner].sides[i]; }
+
+    /// What the corners of a triangle have in common.
+    struct Shapes
+    {
+        Row alongU[3], alongV[3], turn, squareU, squareV;
+        int32_t isDegenerate[kCount];
+    };
+
+private:
+    static BAS_Vec3f vector(const Row (&rows)[3], int64_t i) { return {rows[0][i], rows[1][i], rows[2][i]}; }
+
+    alignas(64) Corner corners_[3];
+    Shapes shapes_;
+    Directions directions_[3];
+};
 }  // namespace rq

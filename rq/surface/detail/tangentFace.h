@@ -3,12 +3,23 @@
 #include <cmath>
 #include <limits>
 
-#include <rq/surface/detail/tangentInput.h>
+#include <host/plt/types.h>
+#include <rq/surface/detail/TangentLanes.h>
 
 namespace rq
 {
 /// The limit under which the method takes a length or an area for nothing.
 constexpr float kNoLength = std::numeric_limits<float>::min();
+
+/// Marks of a corner.  Those of several corners are joined bit by bit with "and": what is left holds for all.
+enum TangentMark : uint32_t
+{
+    MARK_SIDES_U = TangentLanes::SIDES_U,  ///< sides of the directions of its triangles, but for free ones
+    MARK_SIDES_V = TangentLanes::SIDES_V,
+    MARK_PRESERVING = 1 << 12,  ///< its face is plain, and not mirrored
+    MARK_MIRRORED = 1 << 13,    ///< its face is plain, and mirrored
+    MARK_BOTH = 1 << 14,        ///< it lies on the diagonal that cuts its quad
+};
 
 /// What is known of the one or two triangles that a face is cut into.
 class TangentFace
@@ -22,8 +33,17 @@ public:
         NONE,  ///< other faces, which have no tangents
     };
 
-    /// Looks at a face of three or four corners, given by its first corner and its points.
-    template <class Topology> static TangentFace make(const TangentInput &input, const Topology &topology, int64_t face);
+    TangentFace() = default;
+    explicit TangentFace(Cut cut) : bits_(cut) {}
+
+    /// Which diagonal cuts a quad: the one that is shorter in the texture, or in space when both are equal there.
+    static Cut shorterDiagonal(const TangentCorner *corners);
+
+    /// Say of a triangle what its lane found.
+    void describe(int triangle, const TangentLanes &lanes, int64_t lane);
+
+    /// Both halves of a quad are mirrored or neither: the one with the larger texture decides.
+    void joinHalves(float areaFirst, float areaSecond);
 
     Cut cut() const { return Cut(bits_ & 3); }
     int triangles() const { return kTriangles[cut()]; }
@@ -32,6 +52,9 @@ public:
     /// there.
     int corner(int triangle, int at) const { return kCorners[cut()][triangle][at]; }
     int find(int triangle, int corner) const { return kPlaces[cut()][triangle][corner]; }
+
+    /// Whether a corner lies on the diagonal that cuts its quad, so that both halves have it.
+    bool hasBoth(int64_t corner) const { return cut() == (corner & 1); }
 
     /// Two of its positions are one.
     bool isDegenerate(int triangle) const { return has(DEGENERATE, triangle); }
@@ -70,71 +93,40 @@ private:
         bits_ = uint16_t(value ? bits_ | bit : bits_ & ~bit);
     }
 
-    struct Corner
-    {
-        BAS_Vec3f p;
-        float u, v;
-    };
-    static Cut shorterDiagonal(const Corner *corners);
-    float look(int triangle, const Corner &a, const Corner &b, const Corner &c);
-
     uint16_t bits_ = NONE;
 };
 
-inline TangentFace::Cut TangentFace::shorterDiagonal(const Corner *corners)
+inline TangentFace::Cut TangentFace::shorterDiagonal(const TangentCorner *corners)
 {
     const auto inTexture = [&](int a, int b) {
-        const float u = corners[b].u - corners[a].u, v = corners[b].v - corners[a].v;
+        const float u = corners[b].texture[0] - corners[a].texture[0], v = corners[b].texture[1] - corners[a].texture[1];
         return u * u + v * v;
     };
+    const auto inSpace = [&](int a, int b) { return (corners[b].position - corners[a].position).length2(); };
     const float first = inTexture(0, 2), second = inTexture(1, 3);
-    if (first < second)
-        return FROM_FIRST;
-    if (second < first)
-        return FROM_SECOND;
-    return (corners[3].p - corners[1].p).length2() < (corners[2].p - corners[0].p).length2() ? FROM_SECOND : FROM_FIRST;
+    // Either diagonal is as likely as the other, so the choice is not a branch.
+    const bool isSecond = (second < first) | (!(first < second) & (inSpace(1, 3) < inSpace(0, 2)));
+    return isSecond ? FROM_SECOND : FROM_FIRST;
 }
 
-/// Sets a triangle's flags; returns the size of its texture.
-inline float TangentFace::look(int triangle, const Corner &a, const Corner &b, const Corner &c)
+inline void TangentFace::describe(int triangle, const TangentLanes &lanes, int64_t lane)
 {
-    const float u1 = b.u - a.u, v1 = b.v - a.v, u2 = c.u - a.u, v2 = c.v - a.v;
-    const BAS_Vec3f edge1 = b.p - a.p, edge2 = c.p - a.p;
-    const float turn = u1 * v2 - v1 * u2, area = std::abs(turn);
-    const float alongU = (edge1 * v2 - edge2 * v1).length2(), alongV = (edge2 * u1 - edge1 * u2).length2();
+    const float turn = lanes.turn(lane), area = std::abs(turn);
+    const float alongU = lanes.squareU(lane), alongV = lanes.squareV(lane);
     // Far from the limits nothing needs be computed.
     constexpr float kSmall = 1e-30f, kLarge = 1e7f;
     const auto isSome = [&](float squared) { return squared > kSmall || std::sqrt(squared) / area > kNoLength; };
-    const bool isPlain = alongU > kSmall && alongV > kSmall && area > kNoLength && area < kLarge;
-    set(DEGENERATE, triangle, a.p == b.p || a.p == c.p || b.p == c.p);
+    const bool isPlain = (alongU > kSmall) & (alongV > kSmall) & (area > kNoLength) & (area < kLarge);
+    set(DEGENERATE, triangle, lanes.isDegenerate(lane));
     set(PRESERVING, triangle, turn > 0.0f);
     set(FREE, triangle, !isPlain && !(area > kNoLength && isSome(alongU) && isSome(alongV)));
-    return area;
 }
 
-template <class Topology> TangentFace TangentFace::make(const TangentInput &input, const Topology &topology, int64_t face)
+inline void TangentFace::joinHalves(float areaFirst, float areaSecond)
 {
-    TangentFace made;
-    const int64_t begin = topology.begin(face), count = topology.end(face) - begin;
-    if (count != 3 && count != 4)
-        return made;
-    Corner corners[4];
-    for (int64_t i = 0; i < count; ++i)
-    {
-        const int64_t point = topology.point(begin + i);
-        const float *texture = input.texture(begin + i, point);
-        corners[i] = {input.position(point), texture[0], texture[1]};
-    }
-    made.bits_ = count == 3 ? TRIANGLE : shorterDiagonal(corners);
-    float areas[2] = {};
-    for (int t = 0; t < made.triangles(); ++t)
-        areas[t] = made.look(t, corners[made.corner(t, 0)], corners[made.corner(t, 1)], corners[made.corner(t, 2)]);
-    // Both halves of a quad are mirrored or neither: the one with the larger texture decides.
-    if (count == 4 && !made.isDegenerate(0) && !made.isDegenerate(1))
-    {
-        const int decides = made.isFree(1) || areas[0] >= areas[1] ? 0 : 1;
-        made.set(PRESERVING, 1 - decides, made.isPreserving(decides));
-    }
-    return made;
+    if (isDegenerate(0) || isDegenerate(1))
+        return;
+    const int decides = isFree(1) || areaFirst >= areaSecond ? 0 : 1;
+    set(PRESERVING, 1 - decides, isPreserving(decides));
 }
 }  // namespace rq

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <host/bas/LargeBlocks.h>
+#include <host/bas/Vector.h>
 
 namespace rq
 {
@@ -20,6 +21,9 @@ struct FanTriangle
     // with a direction of the group that this one is in.
     int across[2];
     int group;
+
+    BAS_Vec3f weighted;  ///< the direction in which u grows, as long as the angle
+    uint32_t marks;      ///< of its corner (TangentMark)
 
     uint8_t half;                    ///< which of the face's triangles this is
     uint8_t at;                      ///< which of its corners lies at the vertex
