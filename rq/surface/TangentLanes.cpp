@@ -1,17 +1,15 @@
 #include <rq/surface/detail/TangentLanes.h>
 
-#include <cmath>
-#include <limits>
-
 #include <host/bas/clones.h>
-#include <host/bas/faceGeometry.h>
 
 namespace
 {
-using Corner = rq::TangentLanes::Corner;
-using Directions = rq::TangentLanes::Directions;
-using Row = rq::TangentLanes::Row;
-using Shapes = rq::TangentLanes::Shapes;
+using Lanes = rq::TangentLanes;
+using Corner = Lanes::Corner;
+using Directions = Lanes::Directions;
+using Row = Lanes::Row;
+using Shapes = Lanes::Shapes;
+using rq::kNoLength;
 
 inline BAS_Vec3f vector(const Row (&rows)[3], int64_t i) { return {rows[0][i], rows[1][i], rows[2][i]}; }
 
@@ -28,7 +26,7 @@ inline float larger(float a, float b) { return a > b ? a : b; }
 inline BAS_Vec3f scaledTo(float length, const BAS_Vec3f &v, float squared)
 {
     const float largest = larger(std::abs(v.x), larger(std::abs(v.y), std::abs(v.z)));
-    const bool hasDirection = (largest > std::numeric_limits<float>::min()) & (squared > 0.0f);
+    const bool hasDirection = (largest > kNoLength) & (squared > 0.0f);
     return v * (hasDirection ? length / std::sqrt(hasDirection ? squared : 1.0f) : 1.0f);
 }
 
@@ -39,7 +37,7 @@ inline BAS_Vec3f projected(const BAS_Vec3f &v, const BAS_Vec3f &normal)
     return scaledTo(1.0f, flat, flat.dot(flat));
 }
 
-inline int32_t areEqual(const BAS_Vec3f &a, const BAS_Vec3f &b) { return (a.x == b.x) & (a.y == b.y) & (a.z == b.z); }
+inline bool areEqual(const BAS_Vec3f &a, const BAS_Vec3f &b) { return (a.x == b.x) & (a.y == b.y) & (a.z == b.z); }
 
 inline int32_t sidesOf(const BAS_Vec3f &v)
 {
@@ -50,6 +48,17 @@ inline int32_t sidesOf(const BAS_Vec3f &v)
 }
 
 // Rows never overlap, which the compiler must know to take several values at a time.
+
+HOST_CLONES bool areUnit(const Corner *__restrict corner, int64_t count)
+{
+    int32_t others = 0;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const BAS_Vec3f normal = vector(corner->normal, i);
+        others += rq::isUnit(normal) ? 0 : 1;
+    }
+    return others == 0;
+}
 
 HOST_CLONES void measure(const Corner *__restrict a, const Corner *__restrict b, const Corner *__restrict c,
                          Shapes *__restrict shapes, int64_t count)
@@ -65,10 +74,12 @@ HOST_CLONES void measure(const Corner *__restrict a, const Corner *__restrict b,
         const float squareU = alongU.dot(alongU), squareV = alongV.dot(alongV);
         put(scaledTo(sign, alongU, squareU), i, shapes->alongU);
         put(scaledTo(sign, alongV, squareV), i, shapes->alongV);
-        shapes->turn[i] = turn;
-        shapes->squareU[i] = squareU;
-        shapes->squareV[i] = squareV;
-        shapes->isDegenerate[i] = areEqual(pA, pB) | areEqual(pA, pC) | areEqual(pB, pC);
+        const float area = std::abs(turn);
+        const bool isDirected =
+            (area > kNoLength) & (std::sqrt(squareU) / area > kNoLength) & (std::sqrt(squareV) / area > kNoLength);
+        shapes->area[i] = area;
+        shapes->kind[i] = (areEqual(pA, pB) | areEqual(pA, pC) | areEqual(pB, pC) ? Lanes::DEGENERATE : 0) |
+                          (turn > 0.0f ? Lanes::PRESERVING : 0) | (isDirected ? 0 : Lanes::FREE);
     }
 }
 
@@ -107,6 +118,10 @@ namespace rq
 {
 void TangentLanes::run(int64_t count)
 {
+    for (Corner &corner : corners_)
+        if (!areUnit(&corner, count))
+            for (int64_t i = 0; i < count; ++i)
+                put(unitNormal(vector(corner.normal, i)), i, corner.normal);
     measure(&corners_[0], &corners_[1], &corners_[2], &shapes_, count);
     for (int k = 0; k < 3; ++k)
     {

@@ -23,7 +23,8 @@ public:
 
     explicit FanSums(Look look) : look_(std::move(look)) {}
 
-    /// Add up each group of a fan.  A triangle's sum leaves out those of its group whose texture grows exactly the other way.
+    /// Add up each group of a fan.  A triangle's sum leaves out those of its group whose texture grows exactly the other
+    /// way.
     void run(std::span<const FanTriangle> fan);
 
     /// The tangent of a triangle of the fan; of no meaning for one without a group.

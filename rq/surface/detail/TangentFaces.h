@@ -55,11 +55,7 @@ public:
 private:
     class Block;
 
-    TangentCorner cornerAt(int64_t corner) const
-    {
-        const int64_t point = topology_.point(corner);
-        return {input_.position(point), input_.normal(corner, point), input_.texture(corner, point)};
-    }
+    TangentCorner cornerAt(int64_t corner) const { return input_.corner(corner, topology_.point(corner)); }
 
     const TangentInput &input_;
     const Topology &topology_;
@@ -90,7 +86,9 @@ public:
         for (int64_t i = 0; i < count; ++i)
             corners[i] = faces_.cornerAt(begin + i);
         const TangentFace cut(count == 3 ? TangentFace::TRIANGLE : TangentFace::shorterDiagonal(corners));
-        pending_[pendingCount_++] = {face, begin, count, cut};
+        indices_[pending_] = face;
+        begins_[pending_] = begin;
+        cuts_[pending_++] = cut;
         for (int t = 0; t < cut.triangles(); ++t, ++lanesUsed_)
             for (int k = 0; k < 3; ++k)
                 lanes_.set(lanesUsed_, k, corners[cut.corner(t, k)]);
@@ -100,56 +98,50 @@ public:
     {
         lanes_.run(lanesUsed_);
         int64_t lane = 0;
-        for (size_t i = 0; i < pendingCount_; ++i)
+        for (size_t i = 0; i < pending_; ++i)
         {
-            write(pending_[i], lane);
-            lane += pending_[i].face.triangles();
+            const int triangles = cuts_[i].triangles();
+            triangles == 2 ? write<2>(i, lane) : write<1>(i, lane);
+            lane += triangles;
         }
-        pendingCount_ = 0;
+        pending_ = 0;
         lanesUsed_ = 0;
     }
 
 private:
-    struct Pending
+    template <int triangles> void write(size_t at, int64_t lane)
     {
-        int64_t index, begin, count;
-        TangentFace face;
-    };
-
-    void write(const Pending &pending, int64_t lane)
-    {
-        TangentFace face = pending.face;
-        uint32_t marks[4];
-        std::fill_n(marks, 4, uint32_t(MARK_SIDES_U | MARK_SIDES_V));
-        bool isPlain = true;
-        for (int t = 0; t < face.triangles(); ++t)
+        TangentFace face = cuts_[at];
+        face.describe(lanes_, lane);
+        faces_[indices_[at]] = face;
+        const bool isPlain = face.isPlain();
+        const TangentMark mirroring = face.isPreserving(0) ? MARK_PRESERVING : MARK_MIRRORED;
+        const uint32_t ofAll = MARK_SIDES_U | MARK_SIDES_V | (isPlain ? mirroring : 0u);
+        uint32_t marks[4] = {ofAll, ofAll, ofAll, ofAll};
+        for (int t = 0; t < triangles; ++t)
         {
-            face.describe(t, lanes_, lane + t);
-            const bool isDirected = !face.isDegenerate(t) && !face.isFree(t);
-            isPlain &= isDirected;
             if (face.isFree(t) && !face.isDegenerate(t))
                 faces_.hasFree_.store(true, std::memory_order_relaxed);
+            const bool isDirected = isPlain || (!face.isDegenerate(t) && !face.isFree(t));
             for (int k = 0; k < 3; ++k)
             {
-                const int at = face.corner(t, k);
-                BAS_Vec3f *const place = t == 1 && face.hasBoth(at) ? faces_.second_ : faces_.first_;
-                place[pending.begin + at] = lanes_.weighted(lane + t, k);
-                marks[at] &= isDirected ? uint32_t(lanes_.sides(lane + t, k)) : ~0u;
+                const int corner = face.corner(t, k);
+                BAS_Vec3f *const place = t == 1 && face.hasBoth(corner) ? faces_.second_ : faces_.first_;
+                place[begins_[at] + corner] = lanes_.weighted(lane + t, k);
+                marks[corner] &= isDirected ? uint32_t(lanes_.sides(lane + t, k)) | ~(MARK_SIDES_U | MARK_SIDES_V) : ~0u;
             }
         }
-        if (pending.count == 4)
-            face.joinHalves(std::abs(lanes_.turn(lane)), std::abs(lanes_.turn(lane + 1)));
-        faces_[pending.index] = face;
-        const TangentMark mirroring = face.isPreserving(0) ? MARK_PRESERVING : MARK_MIRRORED;
-        for (int64_t i = 0; i < pending.count; ++i)
-            faces_.marks_[size_t(pending.begin + i)] =
-                uint16_t(marks[i] | (isPlain ? mirroring : 0u) | (face.hasBoth(i) ? MARK_BOTH : 0u));
+        for (int corner = 0; corner < triangles + 2; ++corner)
+            faces_.marks_[size_t(begins_[at] + corner)] = uint16_t(marks[corner] | (face.hasBoth(corner) ? MARK_BOTH : 0u));
     }
 
     TangentFaces &faces_;
     TangentLanes lanes_;
-    Pending pending_[TangentLanes::kCount];
-    size_t pendingCount_ = 0;
     int64_t lanesUsed_ = 0;
+
+    // Of the faces in the lanes.
+    size_t pending_ = 0;
+    int64_t indices_[TangentLanes::kCount], begins_[TangentLanes::kCount];
+    TangentFace cuts_[TangentLanes::kCount];
 };
 }  // namespace rq

@@ -1,17 +1,32 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
-#include <host/bas/Vector.h>
+#include <host/bas/faceGeometry.h>
 
 namespace rq
 {
-/// What a corner holds.
+/// Where a corner's values lie: x, y, z; x, y, z; u, v.
 struct TangentCorner
 {
-    BAS_Vec3f position, normal;
-    const float *texture;
+    const float *position, *normal, *texture;
 };
+
+/// The limit under which the method takes a length or an area for nothing.
+constexpr float kNoLength = std::numeric_limits<float>::min();
+
+/// Normals need not be of unit length; those that clearly are not are replaced by their direction.
+inline bool isUnit(const BAS_Vec3f &normal)
+{
+    constexpr float kRounding = 1e-5f;
+    return std::abs(normal.dot(normal) - 1.0f) < kRounding;
+}
+inline BAS_Vec3f unitNormal(const BAS_Vec3f &normal)
+{
+    return isUnit(normal) ? normal : BAS_Vec3f(host::direction(BAS_Vec3d(normal)));
+}
 
 /// The arithmetic of tangents for many triangles at once.
 ///
@@ -62,13 +77,16 @@ public:
 
     // What `run` found.
 
-    /// Two positions of a triangle are one.
-    bool isDegenerate(int64_t i) const { return shapes_.isDegenerate[i] != 0; }
-    /// Twice the area in the texture, negative where that is mirrored.
-    float turn(int64_t i) const { return shapes_.turn[i]; }
-    /// The squared lengths of `turn` times the vectors along which u and v grow by one.
-    float squareU(int64_t i) const { return shapes_.squareU[i]; }
-    float squareV(int64_t i) const { return shapes_.squareV[i]; }
+    /// What a triangle is, bit by bit.
+    enum Kind : int32_t
+    {
+        DEGENERATE = 1,  ///< two of its positions are one
+        PRESERVING = 2,  ///< its texture is not mirrored
+        FREE = 4,        ///< its texture has no direction
+    };
+    int32_t kind(int64_t i) const { return shapes_.kind[i]; }
+    /// Twice its area in the texture.
+    float area(int64_t i) const { return shapes_.area[i]; }
 
     BAS_Vec3f alongU(int64_t i, int corner) const { return vector(directions_[corner].u, i); }
     BAS_Vec3f alongV(int64_t i, int corner) const { return vector(directions_[corner].v, i); }
@@ -78,8 +96,8 @@ public:
     /// What the corners of a triangle have in common.
     struct Shapes
     {
-        Row alongU[3], alongV[3], turn, squareU, squareV;
-        int32_t isDegenerate[kCount];
+        Row alongU[3], alongV[3], area;
+        int32_t kind[kCount];
     };
 
 private:

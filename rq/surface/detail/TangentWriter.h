@@ -13,9 +13,8 @@ template <class Topology> class TangentSpaces<Topology>::Writer
 
 public:
     explicit Writer(TangentSpaces &spaces)
-        : spaces_(spaces), sums_([this](std::span<const FanTriangle> fan, FanSums::Directions *directions) {
-              look(fan, directions);
-          })
+        : spaces_(spaces),
+          sums_([this](std::span<const FanTriangle> fan, FanSums::Directions *directions) { look(fan, directions); })
     {}
 
     void write(int64_t vertex)

@@ -1,16 +1,9 @@
 #pragma once
 
-#include <cmath>
-#include <limits>
-
-#include <host/plt/types.h>
 #include <rq/surface/detail/TangentLanes.h>
 
 namespace rq
 {
-/// The limit under which the method takes a length or an area for nothing.
-constexpr float kNoLength = std::numeric_limits<float>::min();
-
 /// Marks of a corner.  Those of several corners are joined bit by bit with "and": what is left holds for all.
 enum TangentMark : uint32_t
 {
@@ -39,11 +32,8 @@ public:
     /// Which diagonal cuts a quad: the one that is shorter in the texture, or in space when both are equal there.
     static Cut shorterDiagonal(const TangentCorner *corners);
 
-    /// Say of a triangle what its lane found.
-    void describe(int triangle, const TangentLanes &lanes, int64_t lane);
-
-    /// Both halves of a quad are mirrored or neither: the one with the larger texture decides.
-    void joinHalves(float areaFirst, float areaSecond);
+    /// Say what the lanes found of its triangles, the first of which is in lane `lane`.
+    void describe(const TangentLanes &lanes, int64_t lane);
 
     Cut cut() const { return Cut(bits_ & 3); }
     int triangles() const { return kTriangles[cut()]; }
@@ -55,6 +45,9 @@ public:
 
     /// Whether a corner lies on the diagonal that cuts its quad, so that both halves have it.
     bool hasBoth(int64_t corner) const { return cut() == (corner & 1); }
+
+    /// Whether none of its triangles, if it has some, is free or degenerate.
+    bool isPlain() const { return cut() != NONE && !(bits_ & (3 << DEGENERATE | 3 << FREE)); }
 
     /// Two of its positions are one.
     bool isDegenerate(int triangle) const { return has(DEGENERATE, triangle); }
@@ -74,6 +67,7 @@ public:
     }
 
 private:
+    // Places of the bits of the first triangle; the second's are beside them.
     enum Flag
     {
         DEGENERATE = 2,
@@ -81,6 +75,11 @@ private:
         FREE = 6,
         DECIDED = 8,
     };
+    static constexpr int bitsOf(int32_t kind)
+    {
+        return (kind & TangentLanes::DEGENERATE ? 1 << DEGENERATE : 0) |
+               (kind & TangentLanes::PRESERVING ? 1 << PRESERVING : 0) | (kind & TangentLanes::FREE ? 1 << FREE : 0);
+    }
     static constexpr int kTriangles[4] = {2, 2, 1, 0};
     static constexpr int kCorners[4][2][3] = {{{0, 1, 2}, {0, 2, 3}}, {{0, 1, 3}, {1, 2, 3}}, {{0, 1, 2}}, {}};
     static constexpr int kPlaces[3][2][4] = {
@@ -98,35 +97,30 @@ private:
 
 inline TangentFace::Cut TangentFace::shorterDiagonal(const TangentCorner *corners)
 {
-    const auto inTexture = [&](int a, int b) {
-        const float u = corners[b].texture[0] - corners[a].texture[0], v = corners[b].texture[1] - corners[a].texture[1];
-        return u * u + v * v;
+    const auto length = [](const float *a, const float *b, int axes) {
+        float sum = 0.0f;
+        for (int axis = 0; axis < axes; ++axis)
+            sum += (b[axis] - a[axis]) * (b[axis] - a[axis]);
+        return sum;
     };
-    const auto inSpace = [&](int a, int b) { return (corners[b].position - corners[a].position).length2(); };
-    const float first = inTexture(0, 2), second = inTexture(1, 3);
+    const float first = length(corners[0].texture, corners[2].texture, 2);
+    const float second = length(corners[1].texture, corners[3].texture, 2);
     // Either diagonal is as likely as the other, so the choice is not a branch.
-    const bool isSecond = (second < first) | (!(first < second) & (inSpace(1, 3) < inSpace(0, 2)));
-    return isSecond ? FROM_SECOND : FROM_FIRST;
+    const bool isSecondInSpace =
+        length(corners[1].position, corners[3].position, 3) < length(corners[0].position, corners[2].position, 3);
+    return (second < first) | (!(first < second) & isSecondInSpace) ? FROM_SECOND : FROM_FIRST;
 }
 
-inline void TangentFace::describe(int triangle, const TangentLanes &lanes, int64_t lane)
+inline void TangentFace::describe(const TangentLanes &lanes, int64_t lane)
 {
-    const float turn = lanes.turn(lane), area = std::abs(turn);
-    const float alongU = lanes.squareU(lane), alongV = lanes.squareV(lane);
-    // Far from the limits nothing needs be computed.
-    constexpr float kSmall = 1e-30f, kLarge = 1e7f;
-    const auto isSome = [&](float squared) { return squared > kSmall || std::sqrt(squared) / area > kNoLength; };
-    const bool isPlain = (alongU > kSmall) & (alongV > kSmall) & (area > kNoLength) & (area < kLarge);
-    set(DEGENERATE, triangle, lanes.isDegenerate(lane));
-    set(PRESERVING, triangle, turn > 0.0f);
-    set(FREE, triangle, !isPlain && !(area > kNoLength && isSome(alongU) && isSome(alongV)));
-}
-
-inline void TangentFace::joinHalves(float areaFirst, float areaSecond)
-{
+    bits_ = uint16_t(bits_ | bitsOf(lanes.kind(lane)));
+    if (triangles() < 2)
+        return;
+    bits_ = uint16_t(bits_ | bitsOf(lanes.kind(lane + 1)) << 1);
     if (isDegenerate(0) || isDegenerate(1))
         return;
-    const int decides = isFree(1) || areaFirst >= areaSecond ? 0 : 1;
+    // Both halves of a quad are mirrored or neither: the one with the larger texture decides.
+    const int decides = isFree(1) || lanes.area(lane) >= lanes.area(lane + 1) ? 0 : 1;
     set(PRESERVING, 1 - decides, isPreserving(decides));
 }
 }  // namespace rq

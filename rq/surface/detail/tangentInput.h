@@ -2,15 +2,14 @@
 
 #include <array>
 #include <bit>
-#include <cmath>
 #include <vector>
 
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
-#include <host/bas/faceGeometry.h>
 #include <rq/data/Positions.h>
 #include <rq/data/Values.h>
 #include <rq/surface/PrimPolygonMesh.h>
+#include <rq/surface/detail/TangentLanes.h>
 
 namespace rq
 {
@@ -77,16 +76,15 @@ public:
 
     BAS_Vec3f position(int64_t point) const { return {flat_[3 * point], flat_[3 * point + 1], flat_[3 * point + 2]}; }
 
-    /// u and v of a corner.
-    const float *texture(int64_t corner, int64_t point) const { return texture_(corner, point); }
-
-    /// The normal of a corner; one that is clearly not a unit vector is made one.
     BAS_Vec3f normal(int64_t corner, int64_t point) const
     {
-        constexpr float kRounding = 1e-5f;
         const float *n = normals_(corner, point);
-        const BAS_Vec3f normal(n[0], n[1], n[2]);
-        return std::abs(normal.dot(normal) - 1.0f) < kRounding ? normal : BAS_Vec3f(host::direction(BAS_Vec3d(normal)));
+        return unitNormal({n[0], n[1], n[2]});
+    }
+
+    TangentCorner corner(int64_t corner, int64_t point) const
+    {
+        return {flat_ + 3 * point, normals_(corner, point), texture_(corner, point)};
     }
 
     /// Whether all corners of a point hold the same.
