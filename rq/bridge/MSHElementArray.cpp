@@ -36,10 +36,15 @@ void RQ_MSHElementArray::initAttribute(const ELM_Attribute *attribute)
     backing_ = nullptr;
     if (!attribute || !chooseMapping(attribute->owner()))
         return;
-    attribute_ = attribute;
     storage_ = RQ_Storage(attribute->storage());
     tupleSize_ = attribute->tupleSize();
     type_ = RQtypeFromHost(attribute->typeInfo(), attribute->tupleSize());
+    readFrom(attribute);
+}
+
+void RQ_MSHElementArray::readFrom(const ELM_Attribute *attribute)
+{
+    attribute_ = attribute;
     backing_ = findBackingData();
     setDataId(computeDataId());
 }
@@ -120,7 +125,7 @@ bool RQ_MSHElementArray::hasSameElements(const MSH_Detail &newer) const
 
 void RQ_MSHElementArray::follow(const MOD_ConstDetailHandle &newer)
 {
-    replaced_ = detail_;
+    replaced_ = std::move(detail_);
     detail_ = newer;
 }
 
@@ -137,10 +142,14 @@ void RQ_MSHElementArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, co
         return;
     const ELM_Attribute *attribute = newer->find(attribute_->owner(), attribute_->scope(), name);
     const bool mapped = mapping_ == Mapping::VERTEX_TO_POINT || mapping_ == Mapping::VERTEX_TO_PRIMITIVE;
-    if (!attribute || attribute->storage() != attribute_->storage() || attribute->tupleSize() != attribute_->tupleSize() ||
-        attribute->typeInfo() != attribute_->typeInfo() || attribute->hasArrays() != attribute_->hasArrays() ||
-        (mapped && newer->topologyId() != detail_.readLock()->topologyId()))
+    if (!attribute || (mapped && newer->topologyId() != detail_.readLock()->topologyId()))
+        return;
+    // Snapshots share what did not change: of the very same attribute everything known still holds.
+    const bool isShared = attribute == attribute_;
+    if (!isShared && (RQ_Storage(attribute->storage()) != storage_ || attribute->tupleSize() != tupleSize_ ||
+                      attribute->typeInfo() != attribute_->typeInfo() || attribute->hasArrays() != attribute_->hasArrays()))
         return;
     follow(handle);
-    initAttribute(attribute);
+    if (!isShared)
+        readFrom(attribute);
 }

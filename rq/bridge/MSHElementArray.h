@@ -18,8 +18,8 @@
 /// Cost       no copy: where the offsets are a run of the attribute's own elements and the host keeps the values in one
 ///            block, `getArray` hands out that memory.  Everything else is gathered block by block, and arrays of varying
 ///            length are always copied.
-class RQ_API RQ_MSHElementArray : public RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>,
-                                  public rq::HostBound
+class RQ_API RQ_MSHElementArray
+    : public RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>>
 {
 public:
     /// An attribute of another snapshot stands for the one of the same owner, scope and name in this detail.
@@ -98,8 +98,8 @@ protected:
     void follow(const MOD_ConstDetailHandle &newer);
 
 private:
-    friend RQ_TypedEntries<RQ_MSHElementArray>;
-    friend RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;
+    friend RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>;
+    friend RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>>;
 
     /// How a row finds its element.
     enum class Mapping
@@ -111,6 +111,7 @@ private:
     };
 
     bool chooseMapping(ELM_Owner attributeOwner);
+    void readFrom(const ELM_Attribute *attribute);
     const void *findBackingData() const;
     int64_t computeDataId() const;
 
@@ -157,5 +158,5 @@ private:
     const void *backing_ = nullptr;
 };
 
-extern template class RQ_TypedEntries<RQ_MSHElementArray>;
-extern template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;
+extern template class RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>;
+extern template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>>;

@@ -84,4 +84,4 @@ bool RQ_MSHElementArray::copyEntries(int64_t start, int64_t length, Values &valu
     return true;
 }
 
-template class RQ_TypedEntries<RQ_MSHElementArray>;
+template class RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>;

@@ -175,4 +175,4 @@ void RQ_MSHElementArray::fillBlock(T *out, int64_t start, int64_t length, int co
         fillRows({reinterpret_cast<char *>(out), RQstorageOf<T>, components, stride}, start, length);
 }
 
-template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray>>;
+template class RQ_TypedArray<RQ_MSHElementArray, RQ_TypedEntries<RQ_MSHElementArray, rq::HostBound>>;

@@ -22,7 +22,7 @@ template <class T> const T *exactly(const RQ_Primitive &primitive)
 
 bool readsDetail(const RQ_DataArray &array)
 {
-    std::vector<const rq::HostBound *> found;
+    rq::HostBoundArrays found;
     rq::findHostBound(array, found);
     return !found.empty();
 }

@@ -88,7 +88,10 @@ bool RQ_Primitive::computeVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, 
 bool RQ_Primitive::getTopologyVersion(int64_t &version) const
 {
     static const BAS_StringHolder kName = BAS_StringHolder::literal("__topology");
-    const RQ_DataArrayHandle &array = lookUp(getDetailAttributes(), kName, 0);
+    const RQ_AttributeListHandle &detail = getDetailAttributes();
+    if (!detail)
+        return false;
+    const RQ_DataArrayHandle &array = detail->get(kName, 0);
     if (!array || array->entries() < 1 || array->getI64(0, 0) == -1)
         return false;
     version = array->getI64(0, 0);

@@ -8,7 +8,7 @@ namespace
 /// What a mesh reads of a detail.
 struct Bound
 {
-    std::vector<const rq::HostBound *> arrays;
+    rq::HostBoundArrays arrays;
     bool hasComputed = false;  // positions, or what follows from them, that are the mesh's own: they cannot be read anew
 };
 
@@ -20,7 +20,6 @@ bool followsFromPositions(const BAS_StringHolder &name)
 Bound findBound(const RQ_PrimPolygonMesh &mesh)
 {
     Bound found;
-    found.arrays.reserve(16);
     for (const RQ_AttributeListHandle *list : {&mesh.getShared(), &mesh.getVertex(), &mesh.getUniform(), &mesh.getDetail()})
         for (int segment = 0; *list && segment < (*list)->getSegments(); ++segment)
             for (int i = 0; i < (*list)->entries(); ++i)
