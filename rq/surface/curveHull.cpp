@@ -76,6 +76,27 @@ template <class Add> void addInBlocks(BAS_BoundingBox &box, int64_t curves, int6
 using Four = float __attribute__((vector_size(16)));
 using Eight = float __attribute__((vector_size(32)));
 
+// Values in a cache line, and how many lie between those that are worked on and those that are fetched: runs have too many
+// instructions for the processor to look ahead that far by itself.
+constexpr int64_t kLine = 16, kAhead = 1024;
+
+constexpr float kSixth = 1.0f / 6.0f;
+
+/// Values in a row, and a sixth of what lies between their neighbours.
+template <class Register> struct Slope
+{
+    Register at, slope;
+
+    explicit Slope(const float *values)
+    {
+        Register before, behind;
+        std::memcpy(&at, values, sizeof(Register));
+        std::memcpy(&before, values - 3, sizeof(Register));
+        std::memcpy(&behind, values + 3, sizeof(Register));
+        slope = (behind - before) * kSixth;
+    }
+};
+
 /// The least and the greatest value of each lane, in as many registers as hold whole positions.
 template <class Register, int kRegisters> struct Extremes
 {
@@ -98,6 +119,11 @@ template <class Register, int kRegisters> struct Extremes
         low[i] = less < low[i] ? less : low[i];
         high[i] = more > high[i] ? more : high[i];
     }
+    void takeBothWays(int i, const Slope<Register> &around)
+    {
+        const Register distance = around.slope > -around.slope ? around.slope : -around.slope;
+        take(i, around.at - distance, around.at + distance);
+    }
 
     /// Enlarge by the position in three lanes.
     void addTo(BAS_BoundingBox &box, int lane) const
@@ -115,29 +141,14 @@ template <class Register, int kRegisters> struct Extremes
 using InnerExtremes = Extremes<Eight, 3>;
 using EndExtremes = Extremes<Four, 1>;
 constexpr int kLanes = InnerExtremes::kLanes;
+constexpr int64_t kLeastRun = 3;  // positions that fill a register
 
-/// Consecutive packed positions that have neighbours on both sides.
+/// Consecutive packed positions that have neighbours on both sides, and more such runs at equal steps.
 struct Run
 {
     const float *values;
-    int64_t count;  // of positions, at least as many as the lanes hold
-};
-
-constexpr float kSixth = 1.0f / 6.0f;
-
-/// Values in a row, and a sixth of what lies between their neighbours.
-template <class Register> struct Slope
-{
-    Register at, slope;
-
-    explicit Slope(const float *values)
-    {
-        Register before, behind;
-        std::memcpy(&at, values, sizeof(Register));
-        std::memcpy(&before, values - 3, sizeof(Register));
-        std::memcpy(&behind, values + 3, sizeof(Register));
-        slope = (behind - before) * kSixth;
-    }
+    int64_t count;  // of positions, at least kLeastRun
+    int64_t step = 0, repeats = 1;
 };
 
 /// Extremes of positions moved both ways by a sixth of what lies between their neighbours.  With `ends` runs stand between
@@ -150,27 +161,36 @@ HOST_CLONES void widenLanes(const Run *runs, int64_t count, bool ends, InnerExtr
     EndExtremes head = heads, tail = tails;
     for (const Run *run = runs; run != runs + count; ++run)
     {
-        const int64_t last = 3 * run->count - kLanes;
-        for (int64_t first = 0; first < last + kLanes; first += kLanes)
+        const float *values = run->values;
+        for (int64_t repeat = 0; repeat < run->repeats; ++repeat, values += run->step)
         {
-            // The last positions may be looked at twice.
-            const float *at = run->values + std::min(first, last);
-            for (int i = 0; i < 3; ++i)
+            const float *at = values;
+            const float *const end = at + 3 * run->count;
+            for (const float *line = at + kAhead; line < end + kAhead; line += kLine)
+                __builtin_prefetch(line);
+            for (; end - at >= kLanes; at += kLanes)
             {
-                const Slope<Eight> middle(at + 8 * i);
-                const Eight in = middle.at - middle.slope, out = middle.at + middle.slope;
-                all.take(i, in < out ? in : out, in < out ? out : in);
+                all.takeBothWays(0, Slope<Eight>(at));
+                all.takeBothWays(1, Slope<Eight>(at + 8));
+                all.takeBothWays(2, Slope<Eight>(at + 16));
             }
+            // Of what is left the last values may be looked at twice: their axes are those of the last register.
+            if (end - at > 8)
+                all.takeBothWays(0, Slope<Eight>(at));
+            if (end - at > 16)
+                all.takeBothWays(1, Slope<Eight>(at + 8));
+            if (end != at)
+                all.takeBothWays(2, Slope<Eight>(end - 8));
+            if (!ends)
+                continue;
+            // Four values at a time; behind the last position of all there may be none, before it there is.
+            const Slope<Four> first(values - 3), last(end - 1);
+            const Four out = first.at + first.slope, in = last.at - last.slope;
+            head.take(0, first.at, first.at);
+            head.take(0, out, out);
+            tail.take(0, last.at, last.at);
+            tail.take(0, in, in);
         }
-        if (!ends)
-            continue;
-        // Four values at a time; behind the last position of all there may be none, before it there is.
-        const Slope<Four> begin(run->values - 3), end(run->values + 3 * run->count - 1);
-        const Four out = begin.at + begin.slope, in = end.at - end.slope;
-        head.take(0, begin.at, begin.at);
-        head.take(0, out, out);
-        tail.take(0, end.at, end.at);
-        tail.take(0, in, in);
     }
     inner = all;
     heads = head;
@@ -194,6 +214,15 @@ public:
             addOpen(first, count);
     }
 
+    /// Some curves of `count` vertices each.
+    void addAlike(int64_t first, int64_t count, int64_t curves)
+    {
+        if (!closed_ && count - 4 >= kLeastRun)
+            return runs_.push_back({positions_ + 3 * (first + 2), count - 4, 3 * count, curves});
+        for (int64_t curve = 0; curve < curves; ++curve)
+            add(first + curve * count, count);
+    }
+
     BAS_BoundingBox box()
     {
         EndExtremes heads, tails;
@@ -213,7 +242,7 @@ private:
         if (count < 4)
             return;
         const int64_t inner = count - 4, last = first + count - 1;
-        if (inner >= kLanes / 3)
+        if (inner >= kLeastRun)
             return runs_.push_back({positions_ + 3 * (first + 2), inner});
         addVertex(first, first + 1, first + 2, 0.0f, 1.0f);
         addVertex(last - 2, last - 1, last, 1.0f, 0.0f);
@@ -227,7 +256,7 @@ private:
         const int64_t inner = count - 2, last = first + count - 1;
         addVertex(last, first, first + 1, 1.0f, 1.0f);
         addVertex(last - 1, last, first, 1.0f, 1.0f);
-        if (inner >= kLanes / 3)
+        if (inner >= kLeastRun)
             runs_.push_back({positions_ + 3 * (first + 1), inner});
         else
             addInner(first + 1, inner);
@@ -288,7 +317,9 @@ void rq::enlargeByHull(BAS_BoundingBox &box, const SpanShapes &shapes, const flo
 {
     addInBlocks(box, shapes.curves(), kPackedCurvesPerBlock, [&](BAS_BoundingBox &part, int64_t begin, int64_t end) {
         PackedHull hull(positions, shapes.wraps(), end - begin);
-        for (int64_t curve = begin; curve < end; ++curve)
+        if (shapes.uniform())
+            hull.addAlike(shapes.firstVertex(begin), shapes.vertices(begin), end - begin);
+        for (int64_t curve = begin; curve < end && !shapes.uniform(); ++curve)
             hull.add(shapes.firstVertex(curve), shapes.vertices(curve));
         part = hull.box();
     });
