@@ -1,7 +1,7 @@
 #include <host/mod/normals.h>
 
 #include <host/bas/normals.h>
-#include <host/mod/detail/FaceTable.h>
+#include <host/mod/detail/NormalTables.h>
 
 namespace
 {
@@ -42,17 +42,53 @@ bool sharesVertices(const MSH_Detail &detail)
                        [&detail](ELM_PrimitiveTypeId type) { return detail.primitiveCount(type) > 0; });
 }
 
-template <class Index, class Position>
-void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &counts, ELM_Owner owner, double cuspAngle,
+/// Positions as the kernel reads them fastest: 32-bit ones side by side, in the detail's own memory where they are; others
+/// as 64-bit ones.
+class PlainPositions
+{
+public:
+    explicit PlainPositions(const MSH_Detail &detail)
+    {
+        const ELM_Attribute &positions = detail.positions();
+        const int64_t points = detail.capacity(ELM_OWNER_POINT);
+        packed_ = {positions.tupleSize() == 3 ? positions.contiguousData<float>() : nullptr, points};
+        if (packed_.values)
+            return;
+        wide_.resize(size_t(points));
+        positions.numericTuple()->visit([&](const auto &pages) {
+            const auto reader = pages.reader();
+            const int components = std::min(int(positions.tupleSize()), 3);
+            host::parallelFor(points, kVerticesPerTask, [&](int64_t point) {
+                BAS_Vec3d at(0.0);
+                for (int i = 0; i < components; ++i)
+                    at[i] = double(reader.tuple(point)[i]);
+                wide_[size_t(point)] = at;
+            });
+        });
+    }
+
+    /// Call `visit(position)` with the reader of positions.
+    template <class Visit> void visit(Visit &&visit) const
+    {
+        if (packed_.values)
+            visit(packed_);
+        else
+            visit([values = wide_.data()](int64_t point) { return values[point]; });
+    }
+
+private:
+    host::PackedPositions packed_;
+    std::vector<BAS_Vec3d, BAS_BlockAllocator<BAS_Vec3d>> wide_;
+};
+
+template <class Table, class Position>
+void computeInto(float *to, const MSH_Detail &detail, const Table &table, ELM_Owner owner, double cuspAngle,
                  const Position &position)
 {
-    using Faces = host::FaceTable<Index>;
-    const Faces faces(detail, counts);
-    const typename Faces::Topology topology = faces.topology();
-    const int64_t points = detail.capacity(ELM_OWNER_POINT);
-    const auto adjacencyOf = [&] { return std::make_unique<host::CornerAdjacency<Index>>(points, topology); };
-    host::NormalKernel<float, typename Faces::Topology, Position, decltype(adjacencyOf)> kernel(
-        points, topology, position, adjacencyOf, host::NormalWeights::angle);
+    const auto &faces = table.faces();
+    const auto adjacencyOf = [&table] { return &table.adjacency(); };
+    host::NormalKernel<float, typename Table::Topology, Position, decltype(adjacencyOf)> kernel(
+        table.points(), faces.topology(), position, adjacencyOf, host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
         kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3f &normal) { store(to + 3 * point, normal); });
     else if (sharesVertices(detail))
@@ -63,27 +99,25 @@ void computeInto(float *to, const MSH_Detail &detail, const host::FaceCounts &co
 }  // namespace
 
 ELM_AttributeHandle MODcomputeNormals(const MSH_Detail &detail, ELM_Owner owner, double cuspAngle)
+{
+    const MOD_NormalFaces::Handle faces = MOD_NormalFaces::create(detail);
+    return faces ? MODcomputeNormals(detail, *faces, owner, cuspAngle) : nullptr;
+}
+
+ELM_AttributeHandle MODcomputeNormals(const MSH_Detail &detail, const MOD_NormalFaces &faces, ELM_Owner owner,
+                                      double cuspAngle)
 try
 {
-    if (owner != ELM_OWNER_POINT && owner != ELM_OWNER_VERTEX)
+    if ((owner != ELM_OWNER_POINT && owner != ELM_OWNER_VERTEX) || faces.topologyId() != detail.topologyId())
         return nullptr;
     const ELM_AttributeHandle normals =
         ELM_Attribute::createDetached(owner, ELM_STORAGE_REAL32, 3, ELM_TYPE_NORMAL, detail.capacity(owner));
     if (normals->size() == 0)
         return normals;
     float *to = normals->modifyAll<float>();
-    const host::FaceCounts counts(detail);
-    const bool isNarrow = std::max({counts.beforePage.back().corners, detail.capacity(ELM_OWNER_VERTEX),
-                                    detail.capacity(ELM_OWNER_POINT)}) < ELM_INDEX32_LIMIT;
-    detail.positions().numericTuple()->visit([&](const auto &pages) {
-        const auto position = [reader = pages.reader()](int64_t point) {
-            const auto *p = reader.tuple(point);
-            return BAS_Vec3d(double(p[0]), double(p[1]), double(p[2]));
-        };
-        if (isNarrow)
-            computeInto<int32_t>(to, detail, counts, owner, cuspAngle, position);
-        else
-            computeInto<int64_t>(to, detail, counts, owner, cuspAngle, position);
+    const PlainPositions positions(detail);
+    faces.tables().visit([&](const auto &table) {
+        positions.visit([&](const auto &position) { computeInto(to, detail, table, owner, cuspAngle, position); });
     });
     return normals;
 }

@@ -14,17 +14,22 @@ RQ_MSHAutoNormalArray::RQ_MSHAutoNormalArray(const MOD_ConstDetailHandle &detail
 
 RQ_MSHAutoNormalArray::RQ_MSHAutoNormalArray(const RQ_MSHAutoNormalArray &other, const MOD_ConstDetailHandle &detail)
     : RQ_MSHElementArray(detail, other.getOffsets(), other.rowOwner_), rowOwner_(other.rowOwner_),
-      normalOwner_(other.normalOwner_), cuspAngle_(other.cuspAngle_), normals_(other.normals_), stamps_(other.stamps_)
+      normalOwner_(other.normalOwner_), cuspAngle_(other.cuspAngle_), faces_(other.faces_)
 {
-    bind();
+    const MSH_Detail *newer = detail.readLock();
+    if (newer && newer->positionId() == other.stamps_.position && newer->topologyId() == other.stamps_.topology)
+    {
+        normals_ = other.normals_;
+        stamps_ = other.stamps_;
+        bind();
+    }
+    else
+        compute();
 }
 
 RQ_DataArrayHandle RQ_MSHAutoNormalArray::boundTo(const MOD_ConstDetailHandle &detail) const
 {
-    const MSH_Detail *newer = detail.readLock();
-    if (newer && newer->positionId() == stamps_.position && newer->topologyId() == stamps_.topology)
-        return new RQ_MSHAutoNormalArray(*this, detail);
-    const RQ_DataArrayHandle array(new RQ_MSHAutoNormalArray(detail, normalOwner_, getOffsets(), rowOwner_, cuspAngle_));
+    const RQ_DataArrayHandle array(new RQ_MSHAutoNormalArray(*this, detail));
     return array->isValid() ? array : nullptr;
 }
 
@@ -37,7 +42,9 @@ void RQ_MSHAutoNormalArray::compute()
         return;
     stamps_ = {detail->positionId(), detail->topologyId(), detail->metaCacheCount()};
     replaced_ = normals_;
-    normals_ = MODcomputeNormals(*detail, normalOwner_, cuspAngle_);
+    if (!faces_ || faces_->topologyId() != stamps_.topology)
+        faces_ = MOD_NormalFaces::create(*detail);
+    normals_ = faces_ ? MODcomputeNormals(*detail, *faces_, normalOwner_, cuspAngle_) : nullptr;
     bind();
 }
 
@@ -55,7 +62,8 @@ const char *RQ_MSHAutoNormalArray::className() const { return "RQ_MSHAutoNormalA
 int64_t RQ_MSHAutoNormalArray::getMemoryUsage() const
 {
     const int64_t own = int64_t(sizeof(*this)) - int64_t(sizeof(RQ_MSHElementArray));
-    return RQ_MSHElementArray::getMemoryUsage() + own + (normals_ ? normals_->memoryUsage() : 0);
+    return RQ_MSHElementArray::getMemoryUsage() + own + (normals_ ? normals_->memoryUsage() : 0) +
+           (faces_ ? faces_->memoryUsage() : 0);
 }
 
 void RQ_MSHAutoNormalArray::updateGeoDetail(const MOD_ConstDetailHandle &handle, const char *, RQ_Owner, int)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/mod/NormalFaces.h>
 #include <rq/bridge/MSHElementArray.h>
 
 /// Normals of a detail that has none, computed from its faces, and read as an attribute would be.
@@ -9,7 +10,8 @@
 /// Failure    not valid, and without rows, for normals of neither points nor vertices, and where `offsets` cannot reach them
 /// Ownership  keeps the snapshot of the detail alive, and owns the normals
 /// Threads    computes in parallel, with the same bits for any number of threads; see `RQ_MSHElementArray` for the rest
-/// Cost       12 bytes an element of the owner
+/// Cost       12 bytes an element of the owner, and what is known of the faces, see `MOD_NormalFaces`, which all arrays that
+///            follow each other share while the topology stays
 class RQ_API RQ_MSHAutoNormalArray final : public RQ_MSHElementArray
 {
 public:
@@ -46,6 +48,7 @@ private:
     ELM_Owner rowOwner_;
     ELM_Owner normalOwner_;
     float cuspAngle_;
+    MOD_NormalFaces::Handle faces_;
     ELM_AttributeHandle normals_;
     ELM_AttributeHandle replaced_;  // keeps pointers good that were handed out before the last update
     Stamps stamps_;

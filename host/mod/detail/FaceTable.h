@@ -44,11 +44,22 @@ public:
         int64_t begin(int64_t face) const { return starts[face]; }
         int64_t end(int64_t face) const { return starts[face + 1]; }
         int64_t point(int64_t corner) const { return points[corner]; }
+
+        /// The number of corners that faces [first, last) have each; 0 when it differs.
+        int64_t cornersOfEach(int64_t first, int64_t last) const
+        {
+            const int64_t corners = end(first) - begin(first);
+            for (int64_t face = first + 1; face < last; ++face)
+                if (end(face) - begin(face) != corners)
+                    return 0;
+            return corners;
+        }
     };
     Topology topology() const { return {starts_.data(), points_.data(), int64_t(starts_.size()) - 1}; }
 
     int64_t corners() const { return int64_t(vertices_.size()); }
     int64_t vertex(int64_t corner) const { return vertices_[size_t(corner)]; }
+    int64_t memoryUsage() const { return int64_t((starts_.size() + vertices_.size() + points_.size()) * sizeof(Index)); }
 
 private:
     using Row = std::vector<Index, BAS_BlockAllocator<Index>>;

@@ -71,4 +71,58 @@ TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
         EXPECT_LT((rowOf(*normals, i) - expected[i]).length(), 1e-6) << i << ": " << rowOf(*normals, i);
     EXPECT_FALSE(MODcomputeNormals(*snapshot.readLock(), ELM_OWNER_PRIMITIVE, 60));
 }
+
+template <class Real> void raise(MOD_Edit &edit, float height)
+{
+    Real *p = edit.attribute(ELM_OWNER_POINT, "P", std::is_same_v<Real, float> ? ELM_STORAGE_REAL32 : ELM_STORAGE_REAL64, 3,
+                             ELM_TYPE_POINT)
+                  ->template writeAll<Real>();
+    for (int64_t i = 0; i < edit.pointCount(); ++i)
+    {
+        const float at[] = {float(i % 10), float(i / 10), height * float((i * 7) % 5)};
+        std::copy_n(at, 3, p + 3 * i);
+    }
+}
+
+// A sheet of quads of which every other edge is a crease, alone and beside a triangle.
+TEST(Normals, HaveTheSameBitsHoweverFacesAndPositionsAreStored)
+{
+    std::vector<int32_t> quads;
+    for (int32_t at = 0; at < 90; ++at)
+        if (at % 10 < 9)
+            quads.insert(quads.end(), {at, at + 1, at + 11, at + 10});
+    std::vector<float> expected[2];
+    const struct
+    {
+        const char *what;
+        void (*raiseAs)(MOD_Edit &edit, float height);
+        bool beside;
+    } kCases[] = {{"32 bits", raise<float>, false}, {"64 bits", raise<double>, false}, {"a table", raise<float>, true}};
+    for (const auto &[what, raiseAs, beside] : kCases)
+    {
+        SCOPED_TRACE(what);
+        MOD_DetailHandle handle;
+        MOD_NormalFaces::Handle faces;
+        for (const float height : {0.2f, 0.5f})
+        {
+            MOD_Edit edit(handle);
+            const std::vector<int32_t> triangle = {100, 101, 102};
+            ASSERT_TRUE(faces || (edit.appendPoints(103) && edit.appendPolygons(4, quads, true)));
+            ASSERT_TRUE(faces || !beside || edit.appendPolygons(3, triangle, true));
+            raiseAs(edit, height);
+            const MOD_ConstDetailHandle snapshot = edit.commit();
+            faces = faces ? faces : MOD_NormalFaces::create(*snapshot.readLock());
+            const ELM_AttributeHandle normals = MODcomputeNormals(*snapshot.readLock(), *faces, ELM_OWNER_VERTEX, 40);
+            ASSERT_TRUE(normals) << height;
+            const float *values = normals->contiguousData<float>();
+            std::vector<float> &same = expected[height > 0.3f];
+            if (same.empty())
+                same.assign(values, values + 3 * quads.size());
+            EXPECT_TRUE(std::equal(same.begin(), same.end(), values)) << height;
+        }
+        MOD_Edit edit(handle);
+        ASSERT_TRUE(edit.appendPoints(1));
+        EXPECT_FALSE(MODcomputeNormals(*edit.commit().readLock(), *faces, ELM_OWNER_VERTEX, 40)) << "other faces";
+    }
+}
 }  // namespace
