@@ -43,7 +43,8 @@ RQ_PrimitiveHandle RQ_MSHDetail::makePolygonMesh(const MOD_ConstDetailHandle &de
     const auto details = std::make_shared<RQ_MSHDetailList>(detail);
     RQ_MSHPrimCollectPolyData polygons(parms);
     const MSH_Detail &snapshot = *detail.readLock();
-    RQ_MSHPrimCollectPoly().collectAll(&polygons, snapshot, range ? *range : snapshot.range(ELM_OWNER_PRIMITIVE), nullptr);
+    const ELM_Range all = range ? *range : snapshot.range(ELM_OWNER_PRIMITIVE);
+    RQ_MSHPrimCollectPoly().collectAll(details, &polygons, snapshot, all, nullptr);
     return polygons.makeMesh(details);
 }
 

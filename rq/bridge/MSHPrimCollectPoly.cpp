@@ -17,13 +17,14 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPoly::collect(const RQ_MSHDetailListHandle &
     return nullptr;
 }
 
-void RQ_MSHPrimCollectPoly::collectOne(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, ELM_Offset primitive) const
+void RQ_MSHPrimCollectPoly::collectOne(const RQ_MSHDetailListHandle &, RQ_MSHPrimCollectData *data, const MSH_Detail &detail,
+                                       ELM_Offset primitive) const
 {
     static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(detail, primitive);
 }
 
-void RQ_MSHPrimCollectPoly::collectAll(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, const ELM_Range &range,
-                                       const ELM_Group *skip) const
+void RQ_MSHPrimCollectPoly::collectAll(const RQ_MSHDetailListHandle &, RQ_MSHPrimCollectData *data, const MSH_Detail &detail,
+                                       const ELM_Range &range, const ELM_Group *skip) const
 {
     BAS_Progress progress("Collecting polygons");
     static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(detail, rq::selectPrimitives(range, nullptr, skip), progress);

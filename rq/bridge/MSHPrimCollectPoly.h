@@ -85,10 +85,11 @@ public:
     bool canMergeData() const override { return true; }
     void mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const override;
 
-    /// Take one polygon by its offset.
-    void collectOne(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, ELM_Offset primitive) const;
+    /// Take one polygon by its offset in a detail, the first one of the list.
+    void collectOne(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data, const MSH_Detail &detail,
+                    ELM_Offset primitive) const;
 
     /// Take all polygons of a range but those of a group (null: none), in parallel and without a call for each.
-    void collectAll(RQ_MSHPrimCollectData *data, const MSH_Detail &detail, const ELM_Range &range,
-                    const ELM_Group *skip) const;
+    void collectAll(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data, const MSH_Detail &detail,
+                    const ELM_Range &range, const ELM_Group *skip) const;
 };

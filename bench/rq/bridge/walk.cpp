@@ -76,8 +76,8 @@ using Collecting = void (*)(const RQ_MSHPrimCollect &collector, const RQ_MSHDeta
 void collectAll(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data)
 {
     const MSH_Detail &detail = *details->getDetail();
-    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(data, detail, detail.range(ELM_OWNER_PRIMITIVE),
-                                                                     detail.hidden());
+    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(details, data, detail,
+                                                                     detail.range(ELM_OWNER_PRIMITIVE), detail.hidden());
 }
 
 /// As the walk does it for a caller's collector.
@@ -98,7 +98,7 @@ void collectOneByOne(const RQ_MSHPrimCollect &collector, const RQ_MSHDetailListH
             collector.collect(details, &pointer, 1, data);
         }
     // What came one by one is read before the next batch.
-    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(data, detail, ELM_Range(), nullptr);
+    static_cast<const RQ_MSHPrimCollectPoly &>(collector).collectAll(details, data, detail, ELM_Range(), nullptr);
 }
 
 /// The walk alone: what the collector of polygons gathers.

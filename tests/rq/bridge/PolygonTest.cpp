@@ -171,7 +171,7 @@ MOD_ConstDetailHandle makeRich(const char *pointAttribute = nullptr)
 
 TEST(Polygons, HaveNormalsAndTangentsWhereTheyAreMissing)
 {
-    for (const char *given : {"", "N", "tangentu"})
+    for (const char *given : {"", "N", "tangentu", "tangentv"})
     {
         SCOPED_TRACE(given);
         RQ_RefineParms parms;

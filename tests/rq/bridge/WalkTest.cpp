@@ -37,9 +37,9 @@ MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primiti
             point = int32_t(below(points - points / 8));
         return of;
     };
-    const auto appendMany = [&](std::vector<int32_t> of) {
-        const int32_t corners = int32_t(of.size());
-        switch (below(4))
+    const auto appendMany = [&](std::vector<int32_t> of, int64_t kind) {
+        const int32_t corners = int32_t(of.size()), rows = corners < 1000 ? 2 : 100;
+        switch (kind)
         {
         case 0:
             of[below(corners)] = of[below(corners)];  // a seam, often
@@ -47,9 +47,9 @@ MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primiti
         case 1:
             return edit.appendTriangleFans({&corners, 1}, of);
         case 2:
-            return edit.appendGrids({2, corners / 2, below(2) > 0, below(2) > 0}, of);
+            return edit.appendGrids({rows, corners / rows, below(2) > 0, below(2) > 0}, of);
         default:
-            std::vector<int32_t> sizes(size_t(below(3)), 3), vertices;
+            std::vector<int32_t> sizes(size_t(rows == 2 ? below(3) : corners), 3), vertices;
             sizes.push_back(int32_t(below(5)));
             for (int64_t i = std::accumulate(sizes.begin(), sizes.end(), int64_t(0)); i > 0; --i)
                 vertices.push_back(int32_t(below(corners)));
@@ -66,11 +66,17 @@ MOD_ConstDetailHandle makeMixedDetail(unsigned seed, int64_t points, int primiti
         if (kind == 15 && below(20) == 0)
             EXPECT_TRUE(edit.appendParticles(of));
         else if (kind == 13)
-            EXPECT_TRUE(appendMany(pointsOf(2 * corners))) << edit.message();
+        {
+            const std::vector<int32_t> all = pointsOf(2 * corners);
+            EXPECT_TRUE(appendMany(all, below(4))) << edit.message();
+        }
         else
             EXPECT_TRUE(edit.appendPolygons(std::vector<int32_t>(size_t(count), corners), of, kind != 14));
         done += count;
     }
+    // In a large detail one of each kind that is so large that threads share it.
+    for (int64_t kind = 0; kind < 4 && primitives > 20000; ++kind)
+        EXPECT_TRUE(appendMany(pointsOf(20000), kind)) << edit.message();
     float *p = edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>();
     std::iota(p, p + 3 * points, 0.0f);
     int32_t *face = edit.attribute(ELM_OWNER_PRIMITIVE, "number", ELM_STORAGE_INT32)->writeAll<int32_t>();
@@ -137,8 +143,8 @@ struct Refinement
 /// What a walk that does one thing after the other sees: numbers of primitives and points, all in order.
 struct Seen
 {
-    std::vector<int64_t> wrapped, faces, open, loosePoints;
-    std::vector<float> corners, openCorners;  // x of every face's points, and of every polyline's
+    std::vector<int64_t> others, faces, open, loosePoints;  // others: particle systems
+    std::vector<float> corners, openCorners;                // x of every face's points, and of every polyline's
 
     bool operator==(const Seen &) const = default;
 };
@@ -175,13 +181,15 @@ Seen walkPlainly(const Refinement &refinement, const Variant &variant)
         else if (primitive.type() == ELM_PRIMITIVE_POLYGON)
             noteFace(primitive, primitive.vertexCount());
         else
-            seen.wrapped.push_back(i);
+            seen.others.push_back(i);
     }
     for (int64_t point = 0; point < detail.capacity(ELM_OWNER_POINT) && !refinement.range && !variant.onlySome; ++point)
         if (!used[size_t(point)] && detail.isLive(ELM_OWNER_POINT, point) && detail.topologyIsValid())
             seen.loosePoints.push_back(point);
     return seen;
 }
+
+bool has(const RQ_AttributeListHandle &list, const char *name) { return list && list->hasName(name); }
 
 Seen look(const std::vector<RQ_PrimitiveHandle> &primitives)
 {
@@ -205,13 +213,13 @@ Seen look(const std::vector<RQ_PrimitiveHandle> &primitives)
             seen.openCorners.push_back(curves.getVertex()->get("P")->getF32(i));
     };
     const std::function<void(const RQ_PrimitiveHandle &)> note = [&](const RQ_PrimitiveHandle &primitive) {
-        if (const auto *wrapper = as<RQ_MSHPrimitive>(primitive))
-            seen.wrapped.push_back(wrapper->getOffset());
         if (const auto *curves = as<RQ_PrimCurveMesh>(primitive))
             noteCurves(*curves);
         if (const auto *mesh = as<RQ_PrimPolygonMesh>(primitive))
             noteMesh(*mesh);
-        if (const auto *points = as<RQ_PrimPointMesh>(primitive))
+        if (const auto *points = as<RQ_PrimPointMesh>(primitive); points && has(points->getDetailAttributes(), "number"))
+            seen.others.push_back(points->getDetailAttributes()->get("number")->getI64(0));
+        else if (points)
             for (int64_t i = 0; i < points->getPointCount(); ++i)
                 seen.loosePoints.push_back(int64_t(points->getPoints()->get("P")->getF32(i)) / 3);
         if (const auto *several = as<RQ_PrimCollect>(primitive))
@@ -262,7 +270,7 @@ TEST(Walk, GivesTheSameOneByOneAndAtOnce)
         EXPECT_TRUE(textOf(refinement.run()) == atOnce);
         // Of one type only: what the others make is told apart.
         bound.erase(std::next(bound.begin()), bound.end());
-        EXPECT_EQ(look(refinement.run()).wrapped, walkPlainly(refinement, variant).wrapped);
+        EXPECT_EQ(look(refinement.run()).others, walkPlainly(refinement, variant).others);
     }
 }
 
@@ -311,7 +319,7 @@ TEST(Walk, KeepsTheOrderInWhichPolygonsAreGiven)
         const std::unique_ptr<RQ_MSHPrimCollectData> data(collector.beginCollecting(details, nullptr));
         for (const ELM_Offset offset : part)
         {
-            collector.collectOne(data.get(), *detail.readLock(), offset);
+            collector.collectOne(details, data.get(), *detail.readLock(), offset);
             if (detail.readLock()->typeOf(offset) == ELM_PRIMITIVE_POLYGON)
                 (detail.readLock()->isClosed(offset) ? expected.faces : expected.open).push_back(offset);
         }
