@@ -1,11 +1,42 @@
 #pragma once
 
+#include <vector>
+
+#include <host/bas/Parallel.h>
 #include <rq/bridge/detail/FaceLists.h>
 #include <rq/bridge/detail/OffsetWriter.h>
 #include <rq/bridge/detail/PolygonReader.h>
 
 namespace rq
 {
+/// Some faces of a primitive that consists of many: how many there are, and their corners.
+struct FacePart
+{
+    // A face costs 1 to 10 ns in each pass.
+    static constexpr int64_t kFaces = 16384;
+
+    int64_t faces = 0, corners = 0, least = 0, most = 0;
+
+    FacePart() = default;
+    FacePart(const ManyFaces &many, int64_t begin, int64_t end)
+    {
+        many.forEach(begin, end, [this](int64_t count, const auto &) { add({1, count, count, count}); });
+    }
+    FacePart(int64_t faces_, int64_t corners_, int64_t least_, int64_t most_)
+        : faces(faces_), corners(corners_), least(least_), most(most_)
+    {}
+
+    void add(const FacePart &following)
+    {
+        if (following.faces == 0)
+            return;
+        least = faces > 0 ? std::min(least, following.least) : following.least;
+        most = faces > 0 ? std::max(most, following.most) : following.most;
+        faces += following.faces;
+        corners += following.corners;
+    }
+};
+
 /// What is known of faces before their lists are written.
 struct FaceTally
 {
@@ -23,21 +54,18 @@ struct FaceTally
     /// Answers whether there are any.
     bool add(const ManyFaces &many)
     {
-        int64_t faces = 0, allCorners = 0, fewest = 0, greatest = 0;
-        many.forEach([&](int64_t corners, const auto &) {
-            fewest = faces > 0 ? std::min(fewest, corners) : corners;
-            greatest = std::max(greatest, corners);
-            allCorners += corners;
-            ++faces;
-        });
-        if (faces == 0)
+        const FacePart all = host::parallelReduce(
+            many.count(), FacePart::kFaces, FacePart(),
+            [&many](int64_t begin, int64_t end) { return FacePart(many, begin, end); },
+            [](FacePart &into, const FacePart &from) { into.add(from); });
+        if (all.faces == 0)
             return false;
-        noteCounts(fewest, greatest);
-        if (faces == 1)
+        noteCounts(all.least, all.most);
+        if (all.faces == 1)
             primitives.addRun(many.primitive(), 1);
         else
-            primitives.addAny(faces, many.primitive());
-        vertices.addAny(allCorners, many.lastVertex());
+            primitives.addAny(all.faces, many.primitive());
+        vertices.addAny(all.corners, many.lastVertex());
         return true;
     }
 
@@ -88,25 +116,46 @@ public:
 
     void write(Place &place, const ManyFaces &many)
     {
-        const Place before = place;
-        vertices_.writeAt(place.corner, [&]<class Offset>(Offset *vertices) {
-            many.forEach([&](int64_t corners, const auto &vertexOf) {
-                for (int64_t i = 0; i < corners; ++i)
-                    *vertices++ = Offset(vertexOf(i));
-                if (counts_)
-                    counts_->data()[place.face] = int32_t(corners);
-                ++place.face;
-                place.corner += corners;
-            });
+        const int64_t count = many.count(), parts = (count + FacePart::kFaces - 1) / FacePart::kFaces;
+        const auto endOf = [count](int64_t part) { return std::min(count, (part + 1) * FacePart::kFaces); };
+        if (parts < 2)
+            return writePart(place, many, 0, count);
+        std::vector<Place> places(static_cast<size_t>(parts));
+        host::parallelFor(parts - 1, 1, [&](int64_t part) {
+            const FacePart counted(many, part * FacePart::kFaces, endOf(part));
+            places[size_t(part) + 1] = {counted.faces, counted.corners};
         });
-        primitives_.writeAt(before.face, [&]<class Offset>(Offset *primitives) {
-            std::fill_n(primitives, place.face - before.face, Offset(many.primitive()));
-        });
+        places[0] = place;
+        for (size_t part = 1; part < places.size(); ++part)
+            places[part] = {places[part - 1].face + places[part].face, places[part - 1].corner + places[part].corner};
+        host::parallelFor(
+            parts, 1, [&](int64_t part) { writePart(places[size_t(part)], many, part * FacePart::kFaces, endOf(part)); });
+        place = places.back();
     }
 
     FaceLists finish() { return FaceLists(primitives_.finish(), vertices_.finish(), counts_, all_.least, all_.most); }
 
 private:
+    // The faces among [begin, end).
+    void writePart(Place &place, const ManyFaces &many, int64_t begin, int64_t end)
+    {
+        Place at = place;  // not shared with other threads' cache lines
+        vertices_.writeAt(at.corner, [&]<class Offset>(Offset *vertices) {
+            many.forEach(begin, end, [&](int64_t corners, const auto &vertexOf) {
+                for (int64_t i = 0; i < corners; ++i)
+                    *vertices++ = Offset(vertexOf(i));
+                if (counts_)
+                    counts_->data()[at.face] = int32_t(corners);
+                ++at.face;
+                at.corner += corners;
+            });
+        });
+        primitives_.writeAt(place.face, [&]<class Offset>(Offset *primitives) {
+            std::fill_n(primitives, at.face - place.face, Offset(many.primitive()));
+        });
+        place = at;
+    }
+
     FaceTally all_;
     OffsetWriter primitives_, vertices_;
     FaceLists::Counts counts_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <type_traits>
 
 #include <rq/bridge/detail/FanFaces.h>
 #include <rq/bridge/detail/GridFaces.h>
@@ -37,32 +38,40 @@ public:
         return run.start + run.count - 1;
     }
 
-    /// Call `visit(corners, vertexOf)` for every face, where `vertexOf(i)` is the vertex at corner i.
-    template <class Visit> void forEach(Visit &&visit) const
+    /// Its faces, with those that are passed over.
+    int64_t count() const
     {
-        if (complete_)
-            return forEachOfType(visit);
-        forEachOfType([&](int64_t corners, const auto &vertexOf) {
-            for (int64_t i = 0; i < corners; ++i)
-                if (detail_.vertexPoint(vertexOf(i)) < 0)
-                    return;
-            visit(corners, vertexOf);
+        return ofType([](const auto &faces) { return faces.count(); });
+    }
+
+    /// Call `visit(corners, vertexOf)` for the faces among [begin, end), where `vertexOf(i)` is the vertex at corner i.
+    template <class Visit> void forEach(int64_t begin, int64_t end, Visit &&visit) const
+    {
+        ofType([&](const auto &faces) {
+            if (complete_)
+                return faces.forEach(begin, end, visit);
+            faces.forEach(begin, end, [&](int64_t corners, const auto &vertexOf) {
+                for (int64_t i = 0; i < corners; ++i)
+                    if (detail_.vertexPoint(vertexOf(i)) < 0)
+                        return;
+                visit(corners, vertexOf);
+            });
         });
     }
 
 private:
-    template <class Visit> void forEachOfType(Visit &&visit) const
+    template <class Call> std::invoke_result_t<Call, FanFaces> ofType(Call &&call) const
     {
         switch (detail_.typeOf(primitive_))
         {
         case ELM_PRIMITIVE_TRIANGLE_FAN:
-            return FanFaces(detail_, primitive_).forEach(visit);
+            return call(FanFaces(detail_, primitive_));
         case ELM_PRIMITIVE_TRIANGLE_STRIP:
-            return StripFaces(detail_, primitive_).forEach(visit);
+            return call(StripFaces(detail_, primitive_));
         case ELM_PRIMITIVE_SOUP:
-            return SoupFaces(detail_, primitive_).forEach(visit);
+            return call(SoupFaces(detail_, primitive_));
         default:
-            return GridFaces(detail_, primitive_).forEach(visit);
+            return call(GridFaces(detail_, primitive_));
         }
     }
 

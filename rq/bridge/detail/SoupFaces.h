@@ -15,16 +15,18 @@ public:
         : soup_(MSHpayloadData<MSH_SoupData>(*detail.payload(primitive))), first_(detail.vertexRun(primitive).start)
     {}
 
-    /// Call `visit(corners, vertexOf)` for every face.
-    template <class Visit> void forEach(Visit &&visit) const
+    int64_t count() const { return soup_.faces(); }
+
+    /// Call `visit(corners, vertexOf)` for the faces [begin, end).
+    template <class Visit> void forEach(int64_t begin, int64_t end, Visit &&visit) const
     {
         std::visit(
             [&](const auto &corners) {
-                int64_t end = 0;
-                for (int64_t face = 0; face < soup_.faces(); ++face)
+                int64_t last = soup_.start(begin);
+                for (int64_t face = begin; face < end; ++face)
                 {
-                    const int64_t begin = std::exchange(end, soup_.start(face + 1));
-                    visit(end - begin, [first = first_, vertices = corners.data() + begin](int64_t i) {
+                    const int64_t start = std::exchange(last, soup_.start(face + 1));
+                    visit(last - start, [first = first_, vertices = corners.data() + start](int64_t i) {
                         return first + int64_t(vertices[i]);
                     });
                 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include <host/msh/Detail.h>
 
 namespace rq
@@ -13,12 +15,15 @@ public:
         : points_(detail.vertexPoint()), run_(detail.vertexRun(primitive))
     {}
 
-    /// Call `visit(corners, vertexOf)` for every face.
-    template <class Visit> void forEach(Visit &&visit) const
+    /// The faces, with those that are none.
+    int64_t count() const { return std::max<int64_t>(run_.count - 2, 0); }
+
+    /// Call `visit(corners, vertexOf)` for those of [begin, end) that are faces.
+    template <class Visit> void forEach(int64_t begin, int64_t end, Visit &&visit) const
     {
         points_.visit([&](const auto &column) {
             const auto points = column.reader();
-            for (ELM_Offset first = run_.start; first + 2 < run_.start + run_.count; ++first)
+            for (ELM_Offset first = run_.start + begin; first < run_.start + end; ++first)
             {
                 const auto a = points.value(first), b = points.value(first + 1), c = points.value(first + 2);
                 if (a == b || b == c || a == c)
