@@ -1,5 +1,6 @@
 #include <rq/bridge/RefineCache.h>
 
+#include <algorithm>
 #include <typeinfo>
 
 #include <host/msh/Detail.h>
@@ -15,9 +16,10 @@ struct RQ_RefineCache::Frame final : rq::RecentEntries::Entry
     RQ_MSHDetailListHandle details;
     RQ_MSHDetail::RangeHandle range;
     std::vector<RQ_PrimitiveHandle> primitives;
+    std::string values;  // that became something else than attributes
 
-    Frame(const RQ_MSHDetail &detail, std::vector<RQ_PrimitiveHandle> made)
-        : details(detail.getDetails()), range(detail.getRange()), primitives(std::move(made))
+    Frame(const RQ_MSHDetail &detail, std::vector<RQ_PrimitiveHandle> made, std::string usedUp)
+        : details(detail.getDetails()), range(detail.getRange()), primitives(std::move(made)), values(std::move(usedUp))
     {}
 
     int64_t getMemoryUsage() const override
@@ -48,12 +50,18 @@ struct RQ_RefineCache::Cut final : rq::RecentEntries::Entry
     }
 };
 
+/// Normals of the latest positions, as many as a mesh has segments: older ones would hold memory that the next frame wants.
 struct RQ_RefineCache::Normals final : rq::RecentEntries::Entry
 {
-    RQ_DataArrayHandle array;
+    std::vector<std::pair<int64_t, RQ_DataArrayHandle>> byPositions;  // data id of the positions; the latest come first
 
-    explicit Normals(const RQ_DataArrayHandle &made) : array(made) {}
-    int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + array->getMemoryUsage(); }
+    int64_t getMemoryUsage() const override
+    {
+        int64_t bytes = int64_t(sizeof(*this));
+        for (const auto &[id, array] : byPositions)
+            bytes += array->getMemoryUsage();
+        return bytes;
+    }
 };
 
 struct RQ_RefineCache::Surface final : rq::RecentEntries::Entry
@@ -95,8 +103,10 @@ std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &de
         return {};
     const bool isKept = rq::isRepeatable(*details);
     const std::string key = isKept ? rq::refineKey(*details, detail.getRange().get(), parms) : std::string();
+    std::string values = isKept ? rq::usedUpValues(*details, parms) : std::string();
     std::vector<RQ_PrimitiveHandle> primitives;
-    if (const auto before = std::static_pointer_cast<const Frame>(isKept ? entries_->find(key) : nullptr))
+    const auto before = std::static_pointer_cast<const Frame>(isKept ? entries_->find(key) : nullptr);
+    if (before && before->values == values)
     {
         rq::Rebinding rebinding(*before->details, *details);
         for (const RQ_PrimitiveHandle &old : before->primitives)
@@ -115,7 +125,7 @@ std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &de
             normals_ += details->getSegments();
     }
     if (isKept && !primitives.empty())
-        entries_->store(key, std::make_shared<Frame>(detail, primitives));
+        entries_->store(key, std::make_shared<Frame>(detail, primitives, std::move(values)));
     return primitives;
 }
 
@@ -158,13 +168,25 @@ RQ_DataArrayHandle RQ_RefineCache::vertexNormals(const RQ_PrimPolygonMesh &mesh,
     if (!positions || !mesh.getVertexList())
         return nullptr;
     const int64_t id = positions->getDataId();
-    const std::string key = rq::KeyText('N').addFaces(mesh).add(id).add(cuspAngle).text();
+    const std::string key = rq::KeyText('N').addFaces(mesh).add(cuspAngle).text();
+    const auto kept = std::make_shared<Normals>();
     if (const auto before = std::static_pointer_cast<const Normals>(id == -1 ? nullptr : entries_->find(key)))
-        return before->array;
+    {
+        for (const auto &[positionId, array] : before->byPositions)
+            if (positionId == id)
+                return array;
+        const size_t most = size_t(std::max(mesh.getMotionSegments(), 1)) - 1;
+        kept->byPositions.assign(before->byPositions.begin(),
+                                 before->byPositions.begin() + ptrdiff_t(std::min(most, before->byPositions.size())));
+        // What is too old goes before the new normals are made, which then take its place in memory.
+        entries_->store(key, std::make_shared<Normals>(*kept));
+    }
     ++normals_;
     const RQ_DataArrayHandle normals = mesh.createVertexNormals(segment, "P", cuspAngle, true, RQ_STORAGE_REAL32);
-    if (normals && id != -1)
-        entries_->store(key, std::make_shared<Normals>(normals));
+    if (!normals || id == -1)
+        return normals;
+    kept->byPositions.emplace(kept->byPositions.begin(), id, normals);
+    entries_->store(key, kept);
     return normals;
 }
 

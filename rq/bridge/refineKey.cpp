@@ -35,17 +35,21 @@ bool isUsedUp(const ELM_Attribute &attribute, const RQ_RefineParms *parms)
     return parms && parms->getPointInstanceEnable() && isOneOf({ELM_INSTANCE_FILE_NAME});
 }
 
-void addDetail(rq::KeyText &key, const MSH_Detail &detail, const RQ_RefineParms *parms)
+/// Call `visit(owner, attribute)` for all attributes.
+template <class Visit> void eachAttribute(const MSH_Detail &detail, Visit &&visit)
 {
-    key.add(detail.topologyId());
     for (const ELM_Owner owner : {ELM_OWNER_VERTEX, ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE, ELM_OWNER_DETAIL})
         for (const ELM_Attribute &attribute : detail.attributes(owner))
-        {
-            key.add(int(owner));
-            addForm(key, attribute);
-            if (isUsedUp(attribute, parms))
-                key.add(attribute.dataId());
-        }
+            visit(owner, attribute);
+}
+
+void addDetail(rq::KeyText &key, const MSH_Detail &detail)
+{
+    key.add(detail.topologyId());
+    eachAttribute(detail, [&key](ELM_Owner owner, const ELM_Attribute &attribute) {
+        key.add(int(owner));
+        addForm(key, attribute);
+    });
     const ELM_GroupDict &groups = detail.groups(ELM_OWNER_PRIMITIVE);
     for (int64_t i = 0; i < groups.size(); ++i)
         key.add(static_cast<const void *>(&groups[i]));
@@ -89,9 +93,20 @@ std::string rq::refineKey(const RQ_MSHDetailList &details, const ELM_Range *rang
         while (!(details.getHandle(same) == details.getHandle(segment)))
             ++same;
         key.add(same);
-        addDetail(key, *details.getDetail(segment), parms);
+        addDetail(key, *details.getDetail(segment));
     }
     if (parms)
         addParms(key, *parms);
     return key.text();
+}
+
+std::string rq::usedUpValues(const RQ_MSHDetailList &details, const RQ_RefineParms *parms)
+{
+    KeyText ids('U');
+    for (int segment = 0; segment < details.getSegments(); ++segment)
+        eachAttribute(*details.getDetail(segment), [&](ELM_Owner, const ELM_Attribute &attribute) {
+            if (isUsedUp(attribute, parms))
+                ids.add(attribute.dataId());
+        });
+    return ids.text();
 }

@@ -165,12 +165,16 @@ TEST(RefineCache, LetsSnapshotsAndResultsGo)
     const MOD_DetailHandle geometry = makeScene();
     const MOD_ConstDetailHandle first = geometry.read(), second = changed(geometry, moveFirstPoint);
     RQ_RefineParms parms;
+    parms.setAddMikkT(true);
     RQ_RefineCache cache;
     const auto held = first.readLock()->use_count();
     draw(cache, first, parms);
     EXPECT_GT(first.readLock()->use_count(), held);
     draw(cache, second, parms);
     EXPECT_EQ(first.readLock()->use_count(), held) << "the snapshot of the last frame but one is kept";
+    const int64_t used = cache.getMemoryUsage();
+    draw(cache, changed(geometry, moveFirstPoint), parms);
+    EXPECT_LE(cache.getMemoryUsage(), used) << "normals of older frames are kept";
 
     RQ_RefineCache small(0);
     EXPECT_EQ(draw(small, second, parms), draw(cache, second, parms));
