@@ -43,9 +43,9 @@ void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &optio
 }
 }  // namespace
 
-ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms, RefinedFile &refined)
+ExitCode loadFile(const std::string &file, RefinedFile &refined)
 {
-    auto start = std::chrono::steady_clock::now();
+    const auto start = std::chrono::steady_clock::now();
     refined.file = file == "-" ? "<stdin>" : file;
     MOD_DetailHandle detail;
     io::Messages messages;
@@ -55,12 +55,24 @@ ExitCode refineFile(const std::string &file, const CommonOptions &options, const
         return ExitBadInput;
     refined.detail = detail.read();
     refined.loadSeconds = secondsSince(start);
+    return ExitDone;
+}
 
-    start = std::chrono::steady_clock::now();
+void refinePrimitive(const RQ_Primitive &primitive, const CommonOptions &options, const RQ_RefineParms &parms,
+                     RefinedFile &refined)
+{
+    const auto start = std::chrono::steady_clock::now();
     RQ_RefineCollect collect;
-    RQ_MSHDetail::makeDetail(refined.detail)->refine(collect, &parms);
+    primitive.refine(collect, &parms);
     open(collect, 0, options, parms, refined);
     refined.refineSeconds = secondsSince(start);
-    return ExitDone;
+}
+
+ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms, RefinedFile &refined)
+{
+    const ExitCode code = loadFile(file, refined);
+    if (code == ExitDone)
+        refinePrimitive(*RQ_MSHDetail::makeDetail(refined.detail), options, parms, refined);
+    return code;
 }
 }  // namespace rq::app

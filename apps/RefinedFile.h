@@ -27,6 +27,14 @@ struct RefinedFile
     double refineSeconds = 0;
 };
 
+/// Load a file, without refining it.  What the reader has to say goes to standard error.
+ExitCode loadFile(const std::string &file, RefinedFile &refined);
+
+/// Refine a primitive once and cut faces as the options ask.
+void refinePrimitive(const RQ_Primitive &primitive, const CommonOptions &options, const RQ_RefineParms &parms,
+                     RefinedFile &refined);
+
 /// Load a file, refine it once and cut its faces as the options ask.  What the reader has to say goes to standard error.
-ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms, RefinedFile &refined);
+ExitCode refineFile(const std::string &file, const CommonOptions &options, const RQ_RefineParms &parms,
+                    RefinedFile &refined);
 }  // namespace rq::app

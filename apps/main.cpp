@@ -81,16 +81,7 @@ CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &opt
 {
     CLI::App *command = program.add_subcommand("render", "Render a file to a picture, without a window");
     command->add_option("FILE", options.file, std::string("File to read: ") + kFormats)->required()->type_name("");
-    command->add_option("-o,--output", options.output, "PNG file to write")->required()->type_name("PNG");
-    command->add_option("--size", options.size, "Size of the picture in pixels")->type_name("WxH")->capture_default_str();
-    command->add_option("--samples", options.samples, "Rays per pixel")
-        ->type_name("N")
-        ->check(CLI::Range(1, 65536))
-        ->capture_default_str();
-    command->add_flag("!--no-ground", options.ground, "Leave out the floor under the object");
-    command->add_option("--up", options.up, "Axis that points up; auto takes z for what lies flat in x and y")
-        ->check(CLI::IsMember({"auto", "y", "z"}))
-        ->capture_default_str();
+    addRenderOptions(*command, options);
     addCommonOptions(*command, common);
     return command;
 }

@@ -1,17 +1,32 @@
 #pragma once
 
+#include <optional>
 #include <span>
 
-#include <host/bas/Vector.h>
+#include <apps/offline/Affine.h>
 
 namespace rq::offline
 {
-/// A perspective camera that stands where it sees all of an object from three quarters.  The y axis points up.
+/// What is known of where a camera stands; what is not, is chosen so that it sees all.
+struct View
+{
+    std::optional<BAS_Vec3d> eye;     ///< where it stands, in the file's space
+    std::optional<BAS_Vec3d> look;    ///< what it looks at, in the file's space; the middle of all unless told
+    std::optional<double> azimuth;    ///< degrees from the front to the right, around what is up
+    std::optional<double> elevation;  ///< degrees above the horizon, -90 to 90
+    std::optional<double> fov;        ///< degrees over the smaller side of the picture, above 0 and below 180
+
+    /// What `other` knows and this does not.
+    void merge(const View &other);
+};
+
+/// A perspective camera.  The y axis points up.
 class Camera
 {
 public:
-    /// Frame the points in a picture of the given width over height.  Without points: the unit sphere around the origin.
-    Camera(std::span<const BAS_Vec3f> points, float aspect);
+    /// Stand as the view says, or else where all of the points are in the picture, of the given width over height, from
+    /// three quarters.  Without points: the unit sphere around the origin.  The view is placed by `fromFile` first.
+    Camera(std::span<const BAS_Vec3f> points, float aspect, const View &view = {}, const Affine &fromFile = {});
 
     const BAS_Vec3f &origin() const { return origin_; }
 
@@ -21,10 +36,15 @@ public:
         return (forward_ + right_ * (x * halfWidth_) + up_ * (y * halfHeight_)).normalized();
     }
 
+    /// How wide a pixel is at distance 1, in a picture of this height.
+    float pixel(int height) const { return 2.0f * halfHeight_ / float(height); }
+
 private:
+    void turn(const BAS_Vec3f &forward);
+    void frame(std::span<const BAS_Vec3f> points);
     void centre(std::span<const BAS_Vec3f> points);
 
-    BAS_Vec3f origin_;
+    BAS_Vec3f origin_{0.0f};
     BAS_Vec3f forward_;
     BAS_Vec3f right_;
     BAS_Vec3f up_;

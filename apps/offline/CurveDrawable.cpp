@@ -29,8 +29,8 @@ RQ_CurveMeshHandle opened(const RQ_CurveMeshHandle &curves)
 }
 }  // namespace
 
-CurveDrawable::CurveDrawable(const RQ_CurveMeshHandle &mesh, const BAS_Mat4d &placement)
-    : Drawable(opened(mesh), placement), points_(place(curves().getVertex()->get("P")))
+CurveDrawable::CurveDrawable(const RQ_CurveMeshHandle &mesh, const Placing &placing)
+    : Drawable(opened(mesh), placing), points_(curves().getVertex(), matrices())
 {
     for (int64_t curve = 0; curve < curves().getCurveCount(); ++curve)
     {
@@ -50,21 +50,26 @@ RTCGeometryTy *CurveDrawable::makeGeometry(RTCDeviceTy *device) const
     if (pieces_.empty())
         return nullptr;
     const RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_ROUND_LINEAR_CURVE);
-    const auto newBuffer = [&](RTCBufferType type, RTCFormat format, size_t size, size_t count) {
-        return rtcSetNewGeometryBuffer(geometry, type, 0, format, size, count);
+    const auto newBuffer = [&](RTCBufferType type, int step, RTCFormat format, size_t size, size_t count) {
+        return rtcSetNewGeometryBuffer(geometry, type, unsigned(step), format, size, count);
     };
-    auto *balls =
-        static_cast<float *>(newBuffer(RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT4, 4 * sizeof(float), points_.size()));
+    rtcSetGeometryTimeStepCount(geometry, unsigned(points_.steps()));
+    for (int step = 0; step < points_.steps(); ++step)
+    {
+        auto *balls = static_cast<float *>(
+            newBuffer(RTC_BUFFER_TYPE_VERTEX, step, RTC_FORMAT_FLOAT4, 4 * sizeof(float), size_t(points_.entries())));
+        for (int64_t i = 0; i < points_.entries(); ++i)
+            std::copy_n(&points_.at(i, step).x, 3, balls + 4 * i);
+        for (const auto &[vertex, curve] : pieces_)
+            for (const int64_t end : {vertex, vertex + 1})
+                balls[4 * end + 3] = radius({end, 0, curve});
+    }
     auto *firsts =
-        static_cast<unsigned *>(newBuffer(RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT, sizeof(unsigned), pieces_.size()));
-    auto *flags = static_cast<uint8_t *>(newBuffer(RTC_BUFFER_TYPE_FLAGS, RTC_FORMAT_UCHAR, 1, pieces_.size()));
-    for (size_t i = 0; i < points_.size(); ++i)
-        std::copy_n(&points_[i].x, 3, balls + 4 * i);
+        static_cast<unsigned *>(newBuffer(RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT, sizeof(unsigned), pieces_.size()));
+    auto *flags = static_cast<uint8_t *>(newBuffer(RTC_BUFFER_TYPE_FLAGS, 0, RTC_FORMAT_UCHAR, 1, pieces_.size()));
     for (size_t i = 0; i < pieces_.size(); ++i)
     {
         const auto [vertex, curve] = pieces_[i];
-        for (const int64_t end : {vertex, vertex + 1})
-            balls[4 * end + 3] = radius({end, 0, curve});
         const bool before = i > 0 && pieces_[i - 1].curve == curve;
         const bool behind = i + 1 < pieces_.size() && pieces_[i + 1].curve == curve;
         firsts[i] = unsigned(vertex);
@@ -76,14 +81,15 @@ RTCGeometryTy *CurveDrawable::makeGeometry(RTCDeviceTy *device) const
 void CurveDrawable::addTo(Outline &outline) const
 {
     const size_t stride = size_t(Outline::stride(int64_t(pieces_.size())));
-    for (size_t i = 0; i < pieces_.size(); ++i)
-        for (const int64_t end : {pieces_[i].vertex, pieces_[i].vertex + 1})
-            outline.add(points_[size_t(end)], radius({end, 0, pieces_[i].curve}), i % stride == 0);
+    for (int step = 0; step < points_.steps(); ++step)
+        for (size_t i = 0; i < pieces_.size(); ++i)
+            for (const int64_t end : {pieces_[i].vertex, pieces_[i].vertex + 1})
+                outline.add(points_.at(end, step), radius({end, 0, pieces_[i].curve}), i % stride == 0);
 }
 
-BAS_Vec3f CurveDrawable::shadeItem(int64_t item, float u, float, Hit &) const
+Place CurveDrawable::locate(int64_t item, float u, float, Hit &) const
 {
     const auto [vertex, curve] = pieces_[size_t(item)];
-    return colourOf({vertex, 0, curve}) * (1.0f - u) + colourOf({vertex + 1, 0, curve}) * u;
+    return {{{vertex, 0, curve}, {vertex + 1, 0, curve}}, {1.0f - u, u}, 2};
 }
 }  // namespace rq::offline

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <apps/offline/Drawable.h>
+#include <apps/offline/PlacedPoints.h>
 #include <rq/surface/PrimCurveMesh.h>
 
 namespace rq::offline
@@ -9,13 +10,13 @@ namespace rq::offline
 class CurveDrawable final : public Drawable
 {
 public:
-    CurveDrawable(const RQ_CurveMeshHandle &curves, const BAS_Mat4d &placement);
+    CurveDrawable(const RQ_CurveMeshHandle &curves, const Placing &placing);
 
     RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const override;
     void addTo(Outline &outline) const override;
 
 protected:
-    BAS_Vec3f shadeItem(int64_t piece, float u, float v, Hit &hit) const override;
+    Place locate(int64_t piece, float u, float v, Hit &hit) const override;
 
 private:
     const RQ_PrimCurveMesh &curves() const { return static_cast<const RQ_PrimCurveMesh &>(primitive()); }
@@ -26,7 +27,7 @@ private:
         int64_t vertex;  // where it begins; it ends in the next one
         int64_t curve;
     };
-    std::vector<BAS_Vec3f> points_;
+    PlacedPoints points_;
     std::vector<Piece> pieces_;
 };
 }  // namespace rq::offline

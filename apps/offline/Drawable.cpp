@@ -1,70 +1,40 @@
 #include <apps/offline/Drawable.h>
 
-#include <apps/offline/Image.h>
-#include <host/bas/Parallel.h>
-#include <rq/data/Positions.h>
+#include <algorithm>
 
 namespace rq::offline
 {
 namespace
 {
-// What has no colour of its own looks like clay.
-const BAS_Vec3f kClay(0.66f, 0.63f, 0.585f);
-
-// A point costs about 5 ns.
-constexpr int64_t kPointsPerTask = 16384;
+std::vector<BAS_Mat4d> matricesOf(const RQ_Primitive &primitive, const BAS_Mat4d &placement)
+{
+    const RQ_TransformHandle &transform = primitive.getPrimitiveTransform();
+    std::vector<BAS_Mat4d> matrices(size_t(std::max(1, transform ? transform->getSegments() : 1)));
+    for (size_t i = 0; i < matrices.size(); ++i)
+    {
+        if (transform)
+            transform->getMatrix(matrices[i], int(i));
+        // A product with the identity is not always exact, and what stays in place is not copied.
+        if (placement != BAS_Mat4d())
+            matrices[i] = matrices[i] * placement;
+    }
+    return matrices;
+}
 }  // namespace
 
-ElementValues::ElementValues(const RQ_Primitive &primitive, std::initializer_list<const char *> names, int components)
-{
-    for (const char *name : names)
-        if (const RQ_DataArrayHandle &array = primitive.findAttribute(name, owner_, 0);
-            array && array->getTupleSize() >= components)
-        {
-            values_ = Values<float>(array);
-            return;
-        }
-}
-
-int64_t ElementValues::entry(const Element &element) const
-{
-    return owner_ == RQ_OWNER_VERTEX    ? element.vertex
-           : owner_ == RQ_OWNER_POINT   ? element.point
-           : owner_ == RQ_OWNER_UNIFORM ? element.uniform
-                                        : 0;
-}
-
-BAS_Vec3f ElementValues::tripleAt(const Element &element) const
-{
-    const int64_t at = entry(element);
-    return {values_(at, 0), values_(at, 1), values_(at, 2)};
-}
-
-Drawable::Drawable(const RQ_PrimitiveHandle &primitive, const BAS_Mat4d &placement)
-    : primitive_(primitive), colours_(*primitive, {"Cd"}, 3), widths_(*primitive, {"width", "pscale"}, 1)
-{
-    if (const RQ_TransformHandle &transform = primitive->getPrimitiveTransform())
-        transform->getMatrix(matrix_, 0);
-    matrix_ = matrix_ * placement;
-    scale_ = std::cbrt(std::abs(matrix_.determinant()));
-}
+Drawable::Drawable(const RQ_PrimitiveHandle &primitive, const Placing &placing)
+    : primitive_(primitive), palette_(placing.palette), matrices_(matricesOf(*primitive, placing.matrix)),
+      colours_(*primitive, {placing.palette->name()}, placing.palette->components()),
+      roughness_(*primitive, {"roughness"}, 1), widths_(*primitive, {"width", "pscale"}, 1), materials_(*primitive),
+      scale_(Affine(matrices_[0]).scale()), unit_(placing.unit)
+{}
 
 Drawable::~Drawable() = default;
-
-std::vector<BAS_Vec3f> Drawable::place(const RQ_DataArrayHandle &positions) const
-{
-    const Positions from(positions);
-    std::vector<BAS_Vec3f> points(size_t(from.entries()));
-    host::parallelFor(from.entries(), kPointsPerTask, [&](int64_t i) { points[size_t(i)] = BAS_Vec3f(from[i] * matrix_); });
-    return points;
-}
-
-BAS_Vec3f Drawable::colourOf(const Element &element) const { return colours_ ? colours_.tripleAt(element) : kClay; }
 
 float Drawable::radiusOf(const Element &element, float fallback) const
 {
     if (!widths_)
-        return fallback;
+        return fallback * float(unit_);
     const float radius = float(0.5 * scale_) * widths_.at(element);
     return radius > 0.0f && std::isfinite(radius) ? radius : 0.0f;
 }
@@ -73,11 +43,27 @@ void Drawable::shade(int64_t item, float u, float v, Hit &hit) const
 {
     hit.normal = hit.facetNormal;
     hit.shadowOrigin = hit.position;
-    BAS_Vec3f colour = shadeItem(item, u, v, hit);
-    if (!isFinite(colour))
-        colour = kClay;
-    // Files hold colours as they look on a screen.
-    for (int channel = 0; channel < 3; ++channel)
-        hit.colour[channel] = decodeSRGB(std::clamp(colour[channel], 0.0f, 1.0f));
+    const Place place = locate(item, u, v, hit);
+    hit.material = palette_->showsMaterials() ? materials_.at(place.elements[0]) : clay();
+    if (roughness_ && palette_->showsMaterials())
+        if (const float roughness = roughness_.tripleAt(place).x; std::isfinite(roughness))
+            hit.material.roughness = std::clamp(roughness, 0.0f, 1.0f);
+    colourAt(place, hit);
+}
+
+void Drawable::colour(int64_t item, Hit &hit) const
+{
+    if (!hit.coloured)
+        colourAt(locate(item, 0.0f, 0.0f, hit), hit);
+}
+
+void Drawable::colourAt(const Place &place, Hit &hit) const
+{
+    if (!colours_)
+        return;
+    const BAS_Vec3f value = colours_.tripleAt(place);
+    hit.coloured = isFinite(value);
+    if (hit.coloured)
+        hit.material.colour = palette_->colour(value, colours_.components());
 }
 }  // namespace rq::offline

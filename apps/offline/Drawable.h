@@ -1,10 +1,10 @@
 #pragma once
 
-#include <initializer_list>
-
+#include <apps/offline/Affine.h>
+#include <apps/offline/ElementValues.h>
+#include <apps/offline/Materials.h>
 #include <apps/offline/Outline.h>
-#include <rq/data/Values.h>
-#include <rq/prim/Primitive.h>
+#include <apps/offline/Palette.h>
 
 struct RTCDeviceTy;
 struct RTCGeometryTy;
@@ -14,50 +14,33 @@ namespace rq::offline
 /// A ray's first hit, with normals on the viewer's side.
 struct Hit
 {
-    BAS_Vec3f position;
-    BAS_Vec3f shadowOrigin;  ///< where rays to lights start: lifted off the facets of a smooth surface
-    BAS_Vec3f facetNormal;
-    BAS_Vec3f normal;
-    BAS_Vec3f colour;  ///< linear light, 0 to 1
+    BAS_Vec3f position{0.0f};
+    BAS_Vec3f shadowOrigin{0.0f};  ///< where rays to lights start: lifted off the facets of a smooth surface
+    BAS_Vec3f facetNormal{0.0f};
+    BAS_Vec3f normal{0.0f};
+    Material material;
+    float distance = 0.0f;  ///< in lengths of the ray's direction
+    float time = 0.0f;
+    float edge = std::numeric_limits<float>::infinity();  ///< how far away the next edge of a face is, where that is asked
+    bool coloured = false;                                ///< by an attribute of its own
 };
 
-/// An element of a primitive, by its entry in the lists of each owner.
-struct Element
+/// How primitives become drawables.
+struct Placing
 {
-    int64_t vertex = 0;
-    int64_t point = 0;
-    int64_t uniform = 0;
+    BAS_Mat4d matrix;   ///< from a primitive's space, after its own transform, to the one that rays search
+    double unit = 1.0;  ///< how large the whole is in that space
+    const Palette *palette = nullptr;
 };
 
-/// An attribute as floats, whatever owner it has.
-class ElementValues
-{
-public:
-    ElementValues() = default;
-
-    /// The first attribute of these names; nothing when the primitive has none of `components` or more.
-    ElementValues(const RQ_Primitive &primitive, std::initializer_list<const char *> names, int components);
-
-    explicit operator bool() const { return values_.entries() > 0; }
-    float at(const Element &element) const { return values_(entry(element), 0); }
-    BAS_Vec3f tripleAt(const Element &element) const;
-
-private:
-    int64_t entry(const Element &element) const;
-
-    Values<float> values_;
-    RQ_Owner owner_ = RQ_OWNER_INVALID;
-};
-
-/// One primitive as rays see it, made of items: triangles, spheres, pieces of curves or quadrics.
+/// One primitive as rays see it, made of items: faces, spheres, pieces of curves, quadrics or instances.
 ///
 /// Ownership  holds the primitive
 /// Threads    immutable once built, safe to read from any thread
 class Drawable
 {
 public:
-    /// `placement` moves from the primitive's space, after its own transform, to that of the scene.
-    Drawable(const RQ_PrimitiveHandle &primitive, const BAS_Mat4d &placement);
+    Drawable(const RQ_PrimitiveHandle &primitive, const Placing &placing);
     virtual ~Drawable();
     Drawable(const Drawable &) = delete;
     Drawable &operator=(const Drawable &) = delete;
@@ -68,30 +51,40 @@ public:
 
     virtual void addTo(Outline &outline) const = 0;
 
-    /// Fill in colour, normal and shadow origin of a hit at (u, v) of an item.
+    /// How many bytes of the primitive's own memory the search reads.
+    virtual int64_t sharedBytes() const { return 0; }
+
+    /// Fill in what a hit at (u, v) of an item shows.  Position, facet normal and time are given.
     void shade(int64_t item, float u, float v, Hit &hit) const;
 
-protected:
-    /// The colour as attributes give it; may set the normal and the shadow origin, which are those of the facet.
-    virtual BAS_Vec3f shadeItem(int64_t item, float u, float v, Hit &hit) const = 0;
+    /// Colour what has no colour of its own by an item of this.
+    void colour(int64_t item, Hit &hit) const;
 
-    /// Positions in the scene.
-    std::vector<BAS_Vec3f> place(const RQ_DataArrayHandle &positions) const;
+protected:
+    /// Where on the primitive a hit lies; may set the normal, the shadow origin and the edge's distance.
+    virtual Place locate(int64_t item, float u, float v, Hit &hit) const = 0;
 
     const RQ_Primitive &primitive() const { return *primitive_; }
-    const BAS_Mat4d &matrix() const { return matrix_; }
+    const Palette &palette() const { return *palette_; }
 
-    /// "Cd", or what everything without it is made of.
-    BAS_Vec3f colourOf(const Element &element) const;
+    /// From the primitive's space to the one that rays search: one for each segment of its transform.
+    const std::vector<BAS_Mat4d> &matrices() const { return matrices_; }
 
-    /// Half of the "width" or "pscale" in the scene; `fallback` without.
+    /// Half of the "width" or "pscale" in the space that rays search; `fallback`, for a whole of size 1,
+    /// without.
     float radiusOf(const Element &element, float fallback) const;
 
 private:
+    void colourAt(const Place &place, Hit &hit) const;
+
     RQ_PrimitiveHandle primitive_;
-    BAS_Mat4d matrix_;
+    const Palette *palette_;
+    std::vector<BAS_Mat4d> matrices_;
     ElementValues colours_;
+    ElementValues roughness_;
     ElementValues widths_;
+    Materials materials_;
     double scale_;
+    double unit_;
 };
 }  // namespace rq::offline

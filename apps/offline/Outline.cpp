@@ -8,8 +8,10 @@ namespace
 constexpr float kSmall = 2e-3f;
 }  // namespace
 
-void Outline::add(const BAS_Vec3f &centre, float radius, bool frames)
+void Outline::add(const BAS_Vec3f &given, float givenRadius, bool frames)
 {
+    const BAS_Vec3f centre = placing_.point(given);
+    const float radius = givenRadius > 0.0f ? givenRadius * float(placing_.scale()) : givenRadius;
     if (!isFinite(centre) || !std::isfinite(radius))
         return;
     lowest_ = std::min(lowest_, centre.y - radius);

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include <host/bas/Vector.h>
+#include <apps/offline/Affine.h>
 
 namespace rq::offline
 {
@@ -15,6 +15,11 @@ inline bool isFinite(const BAS_Vec3f &v) { return std::isfinite(v.x + v.y + v.z)
 class Outline
 {
 public:
+    Outline() = default;
+
+    /// What is added is placed first.
+    explicit Outline(const Affine &placing) : placing_(placing) {}
+
     /// Every how-manieth of `count` elements takes part in framing.
     static int64_t stride(int64_t count)
     {
@@ -31,6 +36,7 @@ public:
     float lowest() const { return std::isfinite(lowest_) ? lowest_ : -1.0f; }
 
 private:
+    Affine placing_;
     std::vector<BAS_Vec3f> points_;
     float lowest_ = std::numeric_limits<float>::infinity();
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <apps/offline/Drawable.h>
+#include <apps/offline/PlacedPoints.h>
 
 namespace rq::offline
 {
@@ -8,17 +9,17 @@ namespace rq::offline
 class PointDrawable final : public Drawable
 {
 public:
-    PointDrawable(const RQ_PrimitiveHandle &points, const BAS_Mat4d &placement);
+    PointDrawable(const RQ_PrimitiveHandle &points, const Placing &placing);
 
     RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const override;
     void addTo(Outline &outline) const override;
 
 protected:
-    BAS_Vec3f shadeItem(int64_t point, float u, float v, Hit &hit) const override;
+    Place locate(int64_t point, float u, float v, Hit &hit) const override;
 
 private:
-    float radius(size_t point) const;
+    float radius(int64_t point) const;
 
-    std::vector<BAS_Vec3f> points_;
+    PlacedPoints points_;
 };
 }  // namespace rq::offline

@@ -79,13 +79,13 @@ void occlude(const RTCOccludedFunctionNArguments *call)
 }
 }  // namespace
 
-QuadricDrawable::QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const BAS_Mat4d &placement)
-    : Drawable(mesh, placement), shape_(shapeOf(*mesh)), quadrics_(size_t(mesh->getQuadricCount()))
+QuadricDrawable::QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const Placing &placing)
+    : Drawable(mesh, placing), shape_(shapeOf(*mesh)), quadrics_(size_t(mesh->getQuadricCount()))
 {
     host::parallelFor(mesh->getQuadricCount(), kQuadricsPerTask, [&](int64_t i) {
         BAS_Mat4d own;
         mesh->getTransforms()->getMatrix(own, i, 0);
-        quadrics_[size_t(i)] = placed(own * matrix());
+        quadrics_[size_t(i)] = placed(own * matrices()[0]);
     });
 }
 
@@ -180,5 +180,5 @@ void QuadricDrawable::addTo(Outline &outline) const
     }
 }
 
-BAS_Vec3f QuadricDrawable::shadeItem(int64_t quadric, float, float, Hit &) const { return colourOf({.vertex = quadric}); }
+Place QuadricDrawable::locate(int64_t quadric, float, float, Hit &) const { return {{{.vertex = quadric}}}; }
 }  // namespace rq::offline

@@ -13,7 +13,7 @@ namespace rq::offline
 class QuadricDrawable final : public Drawable
 {
 public:
-    QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const BAS_Mat4d &placement);
+    QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const Placing &placing);
 
     RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const override;
     void addTo(Outline &outline) const override;
@@ -25,7 +25,7 @@ public:
     bool cross(int64_t quadric, const Line &ray, double least, double most, Crossing &first) const;
 
 protected:
-    BAS_Vec3f shadeItem(int64_t quadric, float u, float v, Hit &hit) const override;
+    Place locate(int64_t quadric, float u, float v, Hit &hit) const override;
 
 private:
     // Where x, y, z and the origin go.

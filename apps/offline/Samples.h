@@ -1,44 +1,32 @@
 #pragma once
 
 #include <cstdint>
-#include <numeric>
 
 #include <host/bas/Vector.h>
 #include <host/bas/hashBytes.h>
 
 namespace rq::offline
 {
-/// Well spread pairs of numbers in [0, 1): a Hammersley set, shifted by random amounts for every pixel and use.
+/// Well spread pairs of numbers in [0, 1), as many as one likes: however many of the first are taken, they are spread well.
 ///
-/// Two uses walk the set in different orders, so that they do not depend on each other.
+/// The two-dimensional sequence of Sobol, shuffled and scrambled by hashes (Burley, "Practical Hash-based Owen Scrambling",
+/// 2020) for every pixel and use, so that uses do not depend on each other, nor on who asks first.
 class Samples
 {
 public:
-    explicit Samples(int count) : count_(count) {}
+    /// Those of a pixel.
+    explicit Samples(uint64_t pixel) : seed_(host::hashWord(0x51ED, pixel)) {}
 
-    int count() const { return count_; }
-
-    /// Pair `index` of use `use`; `pixel` tells pixels apart.
-    Imath::V2f at(uint64_t pixel, int use, int index) const
+    Imath::V2f at(int use, uint32_t index) const
     {
-        const uint64_t hash = host::hashWord(host::hashWord(0x51ED, pixel), uint64_t(use));
-        const uint32_t place = uint32_t((uint64_t(index) * step(use) + (hash >> 48)) % uint64_t(count_));
-        return {wrap((float(place) + 0.5f) / float(count_) + unit(uint32_t(hash))),
-                wrap(float(reversed(place)) * 0x1p-32f + unit(uint32_t(hash >> 16)))};
+        const uint64_t hash = host::hashWord(seed_, uint64_t(use));
+        const uint32_t place = scrambled(index, uint32_t(hash));
+        return {unit(scrambled(reversed(place), uint32_t(hash >> 32))),
+                unit(scrambled(second(place), uint32_t(host::hashWord(hash, 1))))};
     }
 
 private:
-    // A stride without common factor visits every place once.
-    uint64_t step(int use) const
-    {
-        uint64_t step = uint64_t(1 + 2 * use);
-        while (std::gcd(step, uint64_t(count_)) != 1)
-            ++step;
-        return step;
-    }
-
     static float unit(uint32_t bits) { return float(bits >> 8) * 0x1p-24f; }
-    static float wrap(float value) { return value >= 1.0f ? value - 1.0f : value; }
 
     static uint32_t reversed(uint32_t bits)
     {
@@ -49,6 +37,28 @@ private:
         return (bits & 0x55555555u) << 1 | (bits & 0xAAAAAAAAu) >> 1;
     }
 
-    int count_;
+    // Every bit turns by a hash of those above it; the bits below it do not matter.
+    static uint32_t scrambled(uint32_t bits, uint32_t seed)
+    {
+        bits = reversed(bits);
+        bits ^= bits * 0x3D20ADEAu;
+        bits += seed;
+        bits *= (seed >> 16) | 1u;
+        bits ^= bits * 0x05526C56u;
+        bits ^= bits * 0x53A22864u;
+        return reversed(bits);
+    }
+
+    // The second dimension: its generator matrix is Pascal's triangle, odd numbers as ones.
+    static uint32_t second(uint32_t index)
+    {
+        uint32_t value = 0;
+        for (uint32_t column = 0x80000000u; index != 0; index >>= 1, column ^= column >> 1)
+            if (index & 1u)
+                value ^= column;
+        return value;
+    }
+
+    uint64_t seed_;
 };
 }  // namespace rq::offline

@@ -4,64 +4,62 @@
 #include <string>
 #include <vector>
 
-#include <apps/offline/Drawable.h>
-#include <rq/surface/PrimPolygonMesh.h>
+#include <apps/offline/Group.h>
 
 namespace rq::offline
 {
-/// Which axis of the input points up.  `Auto` takes z for what lies flat in x and y, such as terrain, and y else.
-enum class UpAxis
-{
-    Auto,
-    Y,
-    Z
-};
-
-/// Geometry that rays can be shot at: polygon meshes as triangles, subdivision meshes as their smooth surface, points as
-/// spheres, curves as round ribbons, meshes of quadrics as the exact surfaces.
+/// Geometry that rays can be shot at: polygon meshes as quads or triangles, subdivision meshes as their smooth surface,
+/// points as spheres, curves as round ribbons, meshes of quadrics as the exact surfaces, instances as what they show.
 ///
-/// Shape    everything is moved to the unit sphere around the origin with y up, so that neither tiny nor distant models cost
-///          precision
+/// Shape    everything appears moved to the unit sphere around the origin with y up, where cameras and lights need not ask
+///          how large a model is
 /// Threads  filled by one thread; rays may then be shot from any
 class Scene
 {
 public:
-    Scene();
+    /// `parms` (null: all defaults) says how primitives are refined; it must live until `commit`.
+    explicit Scene(const RQ_RefineParms *parms = nullptr, const Look &look = {});
     ~Scene();
     Scene(const Scene &) = delete;
     Scene &operator=(const Scene &) = delete;
 
     /// Add what a primitive refines to.  Kinds that are not drawn are counted.
-    void add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms);
+    void add(const RQ_PrimitiveHandle &primitive) { whole_->add(primitive); }
 
     /// Build the search structure.  Call once, after the last `add`.
     void commit(UpAxis up);
 
-    bool intersect(const BAS_Vec3f &origin, const BAS_Vec3f &direction, Hit &hit) const;
+    bool intersect(const Ray &ray, Hit &hit) const;
 
     /// True when anything lies along the ray.
-    bool occluded(const BAS_Vec3f &origin, const BAS_Vec3f &direction) const;
+    bool occluded(const Ray &ray) const;
 
     const Outline &outline() const { return outline_; }
 
+    /// From the space of the file to that of the rays.
+    const Affine &fromFile() const { return fromFile_; }
+
     /// The primitives that no kind of the above came out of.
-    int64_t notDrawn() const { return notDrawn_; }
+    int64_t notDrawn() const { return stage_.notDrawn; }
 
     /// What is wrong with subdivision meshes; those that have no surface are drawn as their cages.
-    const std::vector<std::string> &complaints() const { return complaints_; }
+    const std::vector<std::string> &complaints() const { return stage_.complaints; }
+
+    /// How many bytes of the primitives' own memory rays search in place, those behind instances counted once.
+    int64_t sharedBytes() const;
+
+    Look::Shade shade() const { return look_.shade; }
 
 private:
-    struct Embree;
+    struct Device;
 
-    void add(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms *parms, int depth);
-    void addMesh(const RQ_PrimPolygonMesh &mesh);
-    BAS_Mat4d placement(UpAxis up) const;
-
-    std::unique_ptr<Embree> embree_;
-    std::vector<RQ_PrimitiveHandle> leaves_;
-    std::vector<std::unique_ptr<Drawable>> drawables_;
+    Look look_;
+    Palette palette_;
+    std::unique_ptr<Device> device_;
+    Stage stage_;
+    std::unique_ptr<Group> whole_;
     Outline outline_;
-    int64_t notDrawn_ = 0;
-    std::vector<std::string> complaints_;
+    Affine fromFile_;
+    Affine out_, in_;  // from the space that the whole is searched in, and back
 };
 }  // namespace rq::offline

@@ -1,78 +1,118 @@
 #include <apps/offline/render.h>
 
-#include <charconv>
 #include <cstdio>
 
 #include <fmt/format.h>
 
+#include <apps/Interruption.h>
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
-#include <apps/offline/Integrator.h>
+#include <apps/offline/PackedInstances.h>
+#include <apps/offline/readSettings.h>
+#include <rq/bridge/MSHDetail.h>
 
 namespace rq::app
 {
 namespace
 {
-// Each pixel takes 15 bytes on its way to the file: at most 1 GB.
-constexpr int64_t kMostPixels = int64_t(1) << 26;
-
 ExitCode fail(ExitCode code, const std::string &message)
 {
     fmt::print(stderr, "rq: error: {}\n", message);
     return code;
 }
 
-/// Read "WIDTHxHEIGHT".
-bool readSize(const std::string &text, offline::Settings &settings)
+/// The scene as one primitive, with a segment for each moment that is known of it.
+ExitCode readScene(const RenderOptions &options, RefinedFile &refined, RQ_PrimitiveHandle &scene)
 {
-    const char *const end = text.data() + text.size();
-    const auto [x, widthError] = std::from_chars(text.data(), end, settings.width);
-    if (widthError != std::errc() || x == end || *x != 'x')
-        return false;
-    const auto [last, heightError] = std::from_chars(x + 1, end, settings.height);
-    return heightError == std::errc() && last == end && settings.width >= 1 && settings.height >= 1 &&
-           int64_t(settings.width) * settings.height <= kMostPixels;
+    std::vector<MOD_ConstDetailHandle> moments;
+    ExitCode code = loadFile(options.file, refined);
+    for (size_t i = 0; code == ExitDone && i < options.next.size(); ++i)
+    {
+        RefinedFile next;
+        code = loadFile(options.next[i], next);
+        moments.push_back(next.detail);
+    }
+    if (code != ExitDone)
+        return code;
+    moments.insert(moments.begin(), refined.detail);
+    scene = options.motion > 1 ? RQ_MSHDetail::makeMoving(refined.detail, options.motion,
+                                                          RQ_MSHDetailList::kFrameSeconds / (options.motion - 1))
+                               : RQ_PrimitiveHandle(new RQ_MSHDetail(moments));
+    return ExitDone;
 }
 
-ExitCode draw(const offline::Scene &scene, const offline::Settings &settings, const std::string &output)
+ExitCode write(const offline::Film &film, const RenderOptions &options)
 {
-    const offline::Camera camera(scene.outline().points(), float(settings.width) / float(settings.height));
-    const std::unique_ptr<offline::Image> image = offline::render(scene, camera, settings);
-    std::string error = "interrupted";
-    if (!image || !image->writePNG(output, error))
-        return fail(ExitFailure, output + ": " + error);
+    std::string error;
+    const bool isEXR = options.output.ends_with(".exr");
+    const std::string bytes = isEXR ? encodeEXR(film, error) : encodePNG(screenPicture(film), error);
+    if (bytes.empty() || !offline::writeWhole(options.output, bytes, error))
+        return fail(ExitFailure, options.output + ": " + error);
     return ExitDone;
+}
+
+ExitCode compare(const offline::Film &film, const RenderOptions &options, const offline::ScreenPicture &reference)
+{
+    const offline::ScreenPicture picture = screenPicture(film);
+    if (picture.width != reference.width || picture.height != reference.height)
+        return fail(ExitFailure, fmt::format("{}: expected a picture of {}x{} pixels, found {}x{}", options.compare,
+                                             picture.width, picture.height, reference.width, reference.height));
+    const double off = difference(picture, reference);
+    if (off > options.tolerance)
+        return fail(ExitFailure,
+                    fmt::format("{}: the picture is {:.4f} off, more than {:g}", options.compare, off, options.tolerance));
+    return ExitDone;
+}
+
+void complain(const offline::Scene &scene, const std::string &file)
+{
+    for (const std::string &complaint : scene.complaints())
+        fmt::print(stderr, "{}: warning: {}\n", file, complaint);
+    if (scene.notDrawn() > 0)
+        fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", file, scene.notDrawn());
 }
 }  // namespace
 
 ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
 {
     RQ_RefineParms parms;
-    std::string error;
-    if (!readParms(common, parms, error))
-        return fail(ExitUsage, error);
     offline::Settings settings;
-    settings.samples = options.samples;
-    settings.ground = options.ground;
-    if (!readSize(options.size, settings))
-        return fail(ExitUsage,
-                    fmt::format("--size {}: expected WIDTHxHEIGHT, at most {} pixels", options.size, kMostPixels));
-
-    RefinedFile refined;
-    if (const ExitCode code = refineFile(options.file, common, parms, refined); code != ExitDone)
-        return code;
+    offline::Look look;
+    std::string error;
+    if (!readParms(common, parms, error) || !readSettings(options, settings, error) || !readLook(options, look, error))
+        return fail(ExitUsage, error);
+    offline::ScreenPicture reference;
+    if (!options.compare.empty() && !readPNG(options.compare, reference, error))
+        return fail(ExitBadInput, options.compare + ": " + error);
 
     const TerminalProgress progress;
-    offline::Scene scene;
+    const Interruption interruption;
+    bindPackedInstances();
+    RefinedFile refined;
+    RQ_PrimitiveHandle whole;
+    if (const ExitCode code = readScene(options, refined, whole); code != ExitDone)
+        return code;
+    refinePrimitive(*whole, common, parms, refined);
+
+    offline::View view = viewOf(options);
+    offline::Scene scene(&parms, look);
     for (const RefinedPrimitive &entry : refined.primitives)
-        scene.add(entry.primitive, &parms);
+    {
+        view.merge(viewOf(*entry.primitive));
+        scene.add(entry.primitive);
+    }
     scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
-    for (const std::string &complaint : scene.complaints())
-        fmt::print(stderr, "{}: warning: {}\n", refined.file, complaint);
-    if (scene.notDrawn() > 0)
-        fmt::print(stderr, "{}: warning: {} primitives cannot be drawn\n", refined.file, scene.notDrawn());
+    complain(scene, refined.file);
     if (scene.outline().points().empty())
         return fail(ExitFailure, refined.file + ": there is nothing to draw");
-    return draw(scene, settings, options.output);
+
+    const float aspect = float(settings.width) / float(settings.height);
+    const offline::Camera camera(scene.outline().points(), aspect, view, scene.fromFile());
+    const std::unique_ptr<offline::Film> film = offline::render(scene, camera, settings);
+    if (!film)
+        return fail(ExitFailure, options.output + ": interrupted");
+    if (const ExitCode code = write(*film, options); code != ExitDone)
+        return code;
+    return options.compare.empty() ? ExitDone : compare(*film, options, reference);
 }
 }  // namespace rq::app

@@ -1,39 +1,10 @@
-#include <png.h>
-
+#include <tests/apps/Picture.h>
 #include <tests/apps/Program.h>
 
 using namespace tests;
 
 namespace
 {
-struct Picture
-{
-    explicit Picture(const std::string &path)
-    {
-        png_image image = {};
-        image.version = PNG_IMAGE_VERSION;
-        EXPECT_TRUE(png_image_begin_read_from_file(&image, path.c_str())) << image.message;
-        image.format = PNG_FORMAT_RGB;
-        width = image.width;
-        height = image.height;
-        values.resize(PNG_IMAGE_SIZE(image));
-        EXPECT_TRUE(png_image_finish_read(&image, nullptr, values.data(), 0, nullptr)) << image.message;
-    }
-
-    /// The part of a tile, given in tenths of the picture, that shows something red.
-    double red(unsigned left, unsigned top, unsigned right, unsigned bottom) const
-    {
-        int64_t seen = 0, all = 0;
-        for (unsigned y = top * height / 10; y < bottom * height / 10; ++y)
-            for (unsigned x = left * width / 10; x < right * width / 10; ++x, ++all)
-                seen += values[(y * width + x) * 3] > 2 * values[(y * width + x) * 3 + 1];
-        return double(seen) / double(all);
-    }
-
-    unsigned width, height;
-    std::vector<uint8_t> values;
-};
-
 // A red square of side 3, from whose upper edge a notch of 1 by 2 is cut if its four corners are among those of the face.
 Picture render(const std::string &face, const std::string &options)
 {

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
-#include <apps/offline/Integrator.h>
 #include <host/bas/Parallel.h>
 #include <rq/prim/CompactTransformArray.h>
 #include <rq/surface/PrimCircleMesh.h>
@@ -13,50 +11,11 @@
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimSphereMesh.h>
 #include <rq/surface/PrimTubeMesh.h>
-#include <tests/rq/surface/Fixture.h>
+#include <tests/apps/Globe.h>
 
 namespace
 {
-using namespace rq::offline;
 using namespace tests;
-
-constexpr int kWidth = 96, kHeight = 54;
-
-RQ_DataArrayHandle triples(const std::vector<BAS_Vec3f> &values, RQ_Type type)
-{
-    return RQ_DataArrayHandle(new RQ_DANumeric<float>(&values.data()->x, int64_t(values.size()), 3, type));
-}
-
-/// A globe of quads around the origin, closed by triangles at the poles.
-struct Globe
-{
-    std::vector<BAS_Vec3f> points;
-    std::vector<int32_t> counts, corners;
-
-    Globe(int around, int up)
-    {
-        for (int row = 0; row <= up; ++row)
-            for (int i = 0; i < around; ++i)
-            {
-                const float turn = 2.0f * std::numbers::pi_v<float> * float(i) / float(around);
-                const float lift = std::numbers::pi_v<float> * (float(row) / float(up) - 0.5f);
-                points.emplace_back(std::cos(lift) * std::sin(turn), std::sin(lift), std::cos(lift) * std::cos(turn));
-            }
-        for (int row = 0; row < up; ++row)
-            for (int i = 0; i < around; ++i)
-            {
-                const int a = row * around, next = (i + 1) % around;
-                counts.push_back(4);
-                corners.insert(corners.end(), {a + i, a + next, a + around + next, a + around + i});
-            }
-    }
-
-    RQ_PrimitiveHandle mesh(const RQ_AttributeListHandle &vertex = {}, const RQ_AttributeListHandle &uniform = {}) const
-    {
-        return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(
-            integers(counts), integers(corners), oneAttribute("P", triples(points, RQ_TYPE_POINT)), vertex, uniform));
-    }
-};
 
 /// The part of each direction of the picture that the object spans; 2 when it touches the border.
 Imath::V2f spanned(const Scene &scene)
@@ -69,7 +28,7 @@ Imath::V2f spanned(const Scene &scene)
             Hit hit;
             const BAS_Vec3f direction = camera.direction(2.0f * (float(x) + 0.5f) / float(kWidth) - 1.0f,
                                                          1.0f - 2.0f * (float(y) + 0.5f) / float(kHeight));
-            if (!scene.intersect(camera.origin(), direction, hit))
+            if (!scene.intersect({camera.origin(), direction}, hit))
                 continue;
             low = {std::min(low.x, x), std::min(low.y, y)};
             high = {std::max(high.x, x), std::max(high.y, y)};
@@ -77,27 +36,6 @@ Imath::V2f spanned(const Scene &scene)
     const bool cut = low.x == 0 || low.y == 0 || high.x == kWidth - 1 || high.y == kHeight - 1;
     return cut ? Imath::V2f(2.0f)
                : Imath::V2f(float(high.x - low.x + 1) / float(kWidth), float(high.y - low.y + 1) / float(kHeight));
-}
-
-std::unique_ptr<Image> picture(const RQ_PrimitiveHandle &primitive, int samples = 4)
-{
-    Scene scene;
-    scene.add(primitive, nullptr);
-    scene.commit(UpAxis::Y);
-    Settings settings;
-    settings.width = kWidth;
-    settings.height = kHeight;
-    settings.samples = samples;
-    return render(scene, Camera(scene.outline().points(), float(kWidth) / float(kHeight)), settings);
-}
-
-double difference(Image &a, Image &b)
-{
-    double sum = 0.0;
-    for (int y = 0; y < kHeight; ++y)
-        for (int x = 0; x < kWidth; ++x)
-            sum += (a.at(x, y) - b.at(x, y)).length();
-    return sum / (kWidth * kHeight);
 }
 }  // namespace
 
@@ -121,7 +59,7 @@ TEST(Renderer, FramesObjectsOfAnySizeAndPlaceAndWithLostPoints)
             point = point * c.scale + BAS_Vec3f(c.offset);
         globe.points[40].x += c.lost;
         Scene scene;
-        scene.add(globe.mesh(), nullptr);
+        scene.add(globe.mesh());
         scene.commit(UpAxis::Auto);
         const Imath::V2f part = spanned(scene);
         EXPECT_GT(part.y, 0.8f);
@@ -136,7 +74,7 @@ TEST(Renderer, DrawsPointsAsSpheres)
     const float widths[] = {2.0f, 1.0f, 1.0f};
     list = list->addAttribute("width", RQ_DataArrayHandle(new RQ_DANumeric<float>(widths, 3)), false);
     Scene scene;
-    scene.add(RQ_PrimitiveHandle(new RQ_PrimPointMesh(list)), nullptr);
+    scene.add(RQ_PrimitiveHandle(new RQ_PrimPointMesh(list)));
     scene.commit(UpAxis::Y);
     EXPECT_GT(spanned(scene).x, 0.6f);
 }
@@ -154,7 +92,7 @@ TEST(Renderer, DrawsCurvesAsRoundRibbons)
     const RQ_AttributeListHandle colours = oneAttribute("Cd", triples({{1, 0, 0}, {0, 1, 0}}, RQ_TYPE_COLOR));
     const RQ_CurveMeshHandle curves(new RQ_PrimCurveMesh(RQ_BASIS_LINEAR, integers({4, 2}), vertex, colours, {}, true));
     Scene scene;
-    scene.add(curves, nullptr);
+    scene.add(curves);
     scene.commit(UpAxis::Y);
     EXPECT_EQ(scene.notDrawn(), 0);
     for (const auto &[x, radius] : {std::pair(h, 0.05f), std::pair(-h, 0.1f)})  // the closing edge is wider
@@ -163,10 +101,10 @@ TEST(Renderer, DrawsCurvesAsRoundRibbons)
             SCOPED_TRACE(testing::Message() << x << ' ' << inside);
             Hit hit;
             const float side = inside * radius;
-            ASSERT_EQ(scene.intersect(BAS_Vec3f(x + side, 0.0f, 2.0f), BAS_Vec3f(0, 0, -1), hit), inside < 1.0f);
+            ASSERT_EQ(scene.intersect({BAS_Vec3f(x + side, 0.0f, 2.0f), BAS_Vec3f(0, 0, -1)}, hit), inside < 1.0f);
             if (inside > 1.0f)
                 continue;
-            EXPECT_EQ(hit.colour, BAS_Vec3f(1, 0, 0));
+            EXPECT_EQ(hit.material.colour, BAS_Vec3f(1, 0, 0));
             EXPECT_NEAR(hit.position.z, std::sqrt(radius * radius - side * side), 0.1f * radius);
             EXPECT_NEAR(hit.normal.x, inside, 0.15f) << "round, not flat";
         }
@@ -217,18 +155,18 @@ TEST(Renderer, DrawsQuadricsAsTheSurfacesThatTheyAre)
     {
         SCOPED_TRACE(c.what);
         Scene scene;
-        scene.add(c.mesh, nullptr);
+        scene.add(c.mesh);
         scene.commit(UpAxis::Y);
         Hit hit;
         const bool expected = c.position != miss;
-        EXPECT_EQ(scene.occluded(c.origin, c.direction), expected);
-        ASSERT_EQ(scene.intersect(c.origin, c.direction, hit), expected);
+        EXPECT_EQ(scene.occluded({c.origin, c.direction}), expected);
+        ASSERT_EQ(scene.intersect({c.origin, c.direction}, hit), expected);
         if (!expected)
             continue;
         EXPECT_LT((hit.position - c.position).length(), 1e-6f) << hit.position;
         const bool knowsNormal = c.normal != any;
         EXPECT_LT(knowsNormal ? (hit.normal - c.normal).length() : 0.0f, 1e-5f) << hit.normal;
-        EXPECT_EQ(hit.colour, BAS_Vec3f(1, 0, 0));
+        EXPECT_EQ(hit.material.colour, BAS_Vec3f(1, 0, 0));
     }
 }
 
@@ -252,7 +190,7 @@ TEST(Renderer, SurvivesUglyInput)
     for (const auto &[what, primitive] : cases)
     {
         SCOPED_TRACE(what);
-        const std::unique_ptr<Image> image = picture(primitive, 1);
+        const std::unique_ptr<Film> image = picture(primitive, 1);
         EXPECT_EQ(difference(*image, *image), 0.0) << "some pixel is no finite number";
     }
 }
@@ -260,7 +198,7 @@ TEST(Renderer, SurvivesUglyInput)
 TEST(Renderer, PicturesDoNotDependOnTheThreads)
 {
     const Globe globe(40, 20);
-    const std::unique_ptr<Image> many = picture(globe.mesh(), 7);
+    const std::unique_ptr<Film> many = picture(globe.mesh(), 7);
     const BAS_Threads::Limit limit(1);
     EXPECT_EQ(difference(*many, *picture(globe.mesh(), 7)), 0.0);
 }
@@ -270,8 +208,8 @@ TEST(Renderer, TakesColoursFromAnyOwner)
     const Globe globe(24, 12);
     const BAS_Vec3f red(0.9f, 0.1f, 0.1f);
     const auto colours = [&](size_t count) { return triples(std::vector<BAS_Vec3f>(count, red), RQ_TYPE_COLOR); };
-    const std::unique_ptr<Image> byVertex = picture(globe.mesh(oneAttribute("Cd", colours(globe.corners.size()))));
-    const BAS_Vec3f middle = byVertex->at(kWidth / 2, kHeight / 2);
+    const std::unique_ptr<Film> byVertex = picture(globe.mesh(oneAttribute("Cd", colours(globe.corners.size()))));
+    const BAS_Vec3f middle = byVertex->at(kWidth / 2, kHeight / 2).beauty;
     EXPECT_GT(middle.x, 4.0f * middle.y);
     EXPECT_LT(difference(*byVertex, *picture(globe.mesh({}, oneAttribute("Cd", colours(globe.counts.size()))))), 1e-6);
 }
@@ -288,8 +226,8 @@ TEST(Renderer, NormalsOfTheFileMayPointInward)
 
 TEST(Renderer, CoarseSmoothSurfacesHaveNoBlackSpeckles)
 {
-    const std::unique_ptr<Image> image = picture(Globe(12, 6).mesh(), 16);
+    const std::unique_ptr<Film> image = picture(Globe(12, 6).mesh(), 16);
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
-            ASSERT_GT(image->at(x, y).length(), 0.08f) << x << ' ' << y;
+            ASSERT_GT(image->at(x, y).beauty.length(), 0.08f) << x << ' ' << y;
 }
