@@ -1,131 +1,48 @@
 #include <cstdio>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
-#include <apps/convert.h>
-#include <apps/info.h>
-#include <apps/offline/render.h>
+#include <apps/CommandLine.h>
 #include <host/bas/Parallel.h>
 
 namespace
 {
 using namespace rq::app;
 
-constexpr const char *kFormats = "OBJ, PLY, STL, OFF or RQG; - is standard input";
-
-void addThreads(CLI::App &command, CommonOptions &common)
+ExitCode run(const CommandLine &line)
 {
-    command.add_option("--threads", common.threads, "Use at most N threads; the result is the same for any number")
-        ->type_name("N")
-        ->check(CLI::Range(1, 4096));
-}
-
-void addFaceOptions(CLI::App &command, CommonOptions &common)
-{
-    command
-        .add_option("--subdivide", common.subdivide,
-                    "Subdivide every polygon mesh N times, by the scheme and the creases that its attributes give")
-        ->type_name("N")
-        ->check(CLI::Range(0, 10));
-    command
-        .add_option("--scheme", common.scheme,
-                    "Subdivide by another scheme than the mesh says: catmull-clark, loop (triangles) or bilinear")
-        ->type_name("NAME")
-        ->check(CLI::IsMember({"catmull-clark", "loop", "bilinear"}));
-    command.add_option("--convex", common.convex, "Cut every polygon mesh to convex faces of at most N vertices")
-        ->type_name("N")
-        ->check(CLI::Range(3, std::numeric_limits<int>::max()));
-}
-
-void addCommonOptions(CLI::App &command, CommonOptions &common)
-{
-    command.add_option("-p", common.parms, "Set a refinement option by its key; may be repeated")
-        ->type_name("KEY=VALUE")
-        ->take_all()
-        ->allow_extra_args(false);
-    addFaceOptions(command, common);
-    addThreads(command, common);
-}
-
-CLI::App *addInfo(CLI::App &program, CommonOptions &common, InfoOptions &options)
-{
-    CLI::App *command = program.add_subcommand("info", "Tell what is in files, and what it refines to");
-    CLI::Option *files =
-        command->add_option("FILE", options.files, std::string("Files to read: ") + kFormats)->type_name("");
-    command->add_flag("--json", options.json, "Print JSON");
-    command->add_flag("--parms", options.parms, "Print all options that -p sets, instead of files")->excludes(files);
-    command->callback([&options] {
-        if (options.files.empty() && !options.parms)
-            throw CLI::RequiredError("FILE");
-    });
-    addCommonOptions(*command, common);
-    return command;
-}
-
-CLI::App *addConvert(CLI::App &program, CommonOptions &common, ConvertOptions &options)
-{
-    CLI::App *command = program.add_subcommand("convert", "Write what a file holds to a file of another kind");
-    command->add_option("IN", options.input, std::string("File to read: ") + kFormats)->required()->type_name("");
-    command
-        ->add_option("OUT", options.output,
-                     "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj for polygons")
-        ->required()
-        ->type_name("");
-    addFaceOptions(*command, common);
-    addThreads(*command, common);
-    return command;
-}
-
-CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &options)
-{
-    CLI::App *command = program.add_subcommand("render", "Render a file to a picture, without a window");
-    command->add_option("FILE", options.file, std::string("File to read: ") + kFormats)->required()->type_name("");
-    addRenderOptions(*command, options);
-    addCommonOptions(*command, common);
-    return command;
+    if (line.infoCommand->parsed())
+        return runInfo(line.common, line.info);
+    if (line.convertCommand->parsed())
+        return runConvert(line.common, line.convert);
+    if (line.renderCommand->parsed())
+        return runRender(line.common, line.render);
+    std::fputs("rq: error: a subcommand is required\nRun with --help for more information.\n", stderr);
+    return ExitUsage;
 }
 }  // namespace
 
 int main(int argc, char **argv)
 {
-    CLI::App program("Render-ready geometry from files", "rq");
-    program.set_version_flag("--version", "rq " RQ_VERSION);
-    program.require_subcommand(0, 1);
-
-    CommonOptions common;
-    InfoOptions info;
-    ConvertOptions convert;
-    RenderOptions render;
-    const CLI::App *infoCommand = addInfo(program, common, info);
-    const CLI::App *convertCommand = addConvert(program, common, convert);
-    const CLI::App *renderCommand = addRender(program, common, render);
+    CommandLine line;
     try
     {
-        program.parse(argc, argv);
+        line.program.parse(argc, argv);
     }
     catch (const CLI::ParseError &error)
     {
-        return program.exit(error) == 0 ? ExitDone : ExitUsage;
+        return line.program.exit(error) == 0 ? ExitDone : ExitUsage;
     }
 
     std::optional<BAS_Threads::Limit> limit;
-    if (common.threads > 0)
-        limit.emplace(common.threads);
+    if (line.common.threads > 0)
+        limit.emplace(line.common.threads);
     try
     {
-        if (infoCommand->parsed())
-            return runInfo(common, info);
-        if (convertCommand->parsed())
-            return runConvert(common, convert);
-        if (renderCommand->parsed())
-            return runRender(common, render);
+        return run(line);
     }
     catch (const std::exception &error)
     {
         std::fprintf(stderr, "rq: error: %s\n", error.what());
         return ExitFailure;
     }
-    std::fputs("rq: error: a subcommand is required\nRun with --help for more information.\n", stderr);
-    return ExitUsage;
 }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <apps/convert.h>
+#include <apps/info.h>
+#include <apps/offline/render.h>
+
+namespace rq::app
+{
+/// The subcommands and options of the program, and where what they are told ends up.
+///
+/// It is their only description: the help, the man page and the completion of shells are made from it.
+struct CommandLine
+{
+    CommandLine();
+    CommandLine(const CommandLine &) = delete;
+    CommandLine &operator=(const CommandLine &) = delete;
+
+    CommonOptions common;
+    InfoOptions info;
+    ConvertOptions convert;
+    RenderOptions render;
+
+    CLI::App program{"Render-ready geometry from files", "rq"};
+    const CLI::App *infoCommand = nullptr;
+    const CLI::App *convertCommand = nullptr;
+    const CLI::App *renderCommand = nullptr;
+};
+}  // namespace rq::app
