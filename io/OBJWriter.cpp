@@ -1,14 +1,11 @@
 #include <io/OBJWriter.h>
 
-#include <algorithm>
-#include <new>
+#include <array>
 
-#include <fmt/format.h>
-
+#include <io/detail/Leftovers.h>
 #include <io/detail/OBJCorners.h>
 #include <io/detail/OBJNames.h>
-#include <io/detail/Tally.h>
-#include <io/detail/compacted.h>
+#include <io/detail/writeWhole.h>
 
 namespace rq::io
 {
@@ -19,7 +16,7 @@ class OBJText
 {
 public:
     OBJText(const MSH_Detail &detail, const std::string &name, Messages &messages)
-        : detail_(detail), name_(name), messages_(messages)
+        : detail_(detail), leftovers_(detail, name, messages)
     {}
 
     std::string write();
@@ -29,16 +26,13 @@ private:
     void writePrimitive(ELM_Offset primitive, const char *word);
     void writeCorner(ELM_Offset vertex, bool isFace);
     void warnOfTheRest(const OBJNames &names);
-    void warn(std::string what) { messages_.warn(name_, {}, std::move(what)); }
+    void warnOfChange(const ELM_Attribute *attribute);
 
     const MSH_Detail &detail_;
-    const std::string &name_;
-    Messages &messages_;
+    Leftovers leftovers_;
     std::string text_;
     OBJCorners uvs_, normals_;
-    std::vector<const ELM_Attribute *> held_;
-    std::vector<int64_t> leftOut_;  // primitives of each type
-    int64_t loose_ = 0;
+    std::array<const ELM_Attribute *, 4> held_{};
 };
 
 const char *wordOf(const MSH_Detail &detail, ELM_Offset primitive)
@@ -56,7 +50,8 @@ const char *wordOf(const MSH_Detail &detail, ELM_Offset primitive)
 
 std::string OBJText::write()
 {
-    held_ = {uvs_.take(detail_, "uv", 2, 3), normals_.take(detail_, "N", 3, 3)};
+    held_[0] = uvs_.take(detail_, "uv", 2, 3);
+    held_[1] = normals_.take(detail_, "N", 3, 3);
     writePoints();
     uvs_.write(text_, "vt");
     normals_.write(text_, "vn");
@@ -69,9 +64,7 @@ std::string OBJText::write()
             writePrimitive(primitive, word);
             continue;
         }
-        const size_t type = size_t(detail_.typeOf(primitive));
-        leftOut_.resize(std::max(leftOut_.size(), type + 1));
-        ++leftOut_[type];
+        leftovers_.leaveOut(primitive);
     }
     warnOfTheRest(names);
     return std::move(text_);
@@ -82,7 +75,8 @@ void OBJText::writePoints()
     const ELM_Attribute *colors = detail_.find(ELM_OWNER_POINT, "Cd");
     if (colors && !(colors->numericTuple() && colors->storageClass() == ELM_STORAGE_CLASS_FLOAT && colors->tupleSize() == 3))
         colors = nullptr;
-    held_.insert(held_.end(), {&detail_.positions(), colors});
+    held_[2] = &detail_.positions();
+    held_[3] = colors;
     for (int64_t point = 0; point < detail_.pointCount(); ++point)
     {
         text_ += 'v';
@@ -101,7 +95,7 @@ void OBJText::writePrimitive(ELM_Offset primitive, const char *word)
         if (detail_.vertexPoint(vertex) >= 0)
             writeCorner(vertex, *word == 'f');
         else
-            ++loose_;
+            leftovers_.leaveOutLooseVertex();
     text_ += '\n';
 }
 
@@ -122,58 +116,39 @@ void OBJText::writeCorner(ELM_Offset vertex, bool isFace)
         text_ += '/' + std::to_string(normal);
 }
 
+void OBJText::warnOfChange(const ELM_Attribute *attribute)
+{
+    if (!attribute)
+        return;
+    const std::string_view name = attribute->name().view();
+    if (attribute->owner() == ELM_OWNER_POINT && name != ELM_POSITION_NAME && name != "Cd")
+        leftovers_.warn(fmt::format("attribute \"{}\" of points becomes one of vertices", name));
+    if (attribute->storage() == ELM_STORAGE_REAL64)
+        leftovers_.warn(fmt::format("attribute \"{}\" has 64 bits, of which readers may keep 32", name));
+}
+
 void OBJText::warnOfTheRest(const OBJNames &names)
 {
-    constexpr const char *kOwners[] = {"vertices", "points", "primitives", "the detail"};
-    for (int owner = 0; owner < ELM_OWNERS; ++owner)
-        for (const ELM_Attribute &attribute : detail_.attributes(ELM_Owner(owner)))
-        {
-            // The matrices of primitives that are left out anyway.
-            if (std::ranges::find(held_, &attribute) != held_.end() || names.holds(attribute) ||
-                (attribute.scope() == ELM_SCOPE_PRIVATE && attribute.name().view() == ELM_TRANSFORM_NAME))
-                continue;
-            warn(fmt::format("attribute \"{}\" of {} is left out", attribute.name().c_str(), kOwners[owner]));
-        }
     for (const ELM_Attribute *attribute : held_)
-    {
-        if (!attribute)
-            continue;
-        const std::string_view name = attribute->name().view();
-        if (attribute->owner() == ELM_OWNER_POINT && name != ELM_POSITION_NAME && name != "Cd")
-            warn(fmt::format("attribute \"{}\" of points becomes one of vertices", name));
-        if (attribute->storage() == ELM_STORAGE_REAL64)
-            warn(fmt::format("attribute \"{}\" has 64 bits, of which readers may keep 32", name));
-    }
-    for (const ELM_Owner owner : {ELM_OWNER_VERTEX, ELM_OWNER_POINT})
-        for (int64_t i = 0; i < detail_.groups(owner).size(); ++i)
-            warn(fmt::format("group \"{}\" of {} is left out", detail_.groups(owner)[i].name().c_str(), kOwners[owner]));
+        leftovers_.hold(attribute);
+    for (const ELM_Attribute &attribute : detail_.attributes(ELM_OWNER_PRIMITIVE))
+        if (names.holds(attribute))
+            leftovers_.hold(&attribute);
+    leftovers_.warnOfAttributes();
+    for (const ELM_Attribute *attribute : held_)
+        warnOfChange(attribute);
+    leftovers_.warnOfGroups({ELM_OWNER_VERTEX, ELM_OWNER_POINT});
     for (const std::string &what : names.warnings())
-        warn(what);
-    for (size_t type = 0; type < leftOut_.size(); ++type)
-        if (leftOut_[type] > 0)
-        {
-            const ELM_PrimitiveDefinition *known = ELM_PrimitiveFactory::find(ELM_PrimitiveTypeId(type));
-            warn(fmt::format("{} left out: {}", counted(leftOut_[type], "primitive is", "primitives are"),
-                             known ? known->label.c_str() : "of no type"));
-        }
-    if (loose_ > 0)
-        warn(counted(loose_, "vertex without a point is", "vertices without a point are") + " left out");
+        leftovers_.warn(what);
+    leftovers_.warnOfElements();
 }
 }  // namespace
 
 bool writeOBJ(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages)
 {
-    try
-    {
-        if (!detail)
-            return messages.fail(name, {}, "there is nothing to write");
-        const MOD_ConstDetailHandle whole = compacted(detail);
+    return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
         bytes = OBJText(*whole.readLock(), name, messages).write();
         return true;
-    }
-    catch (const std::bad_alloc &)
-    {
-        return messages.fail(name, {}, "needs more memory than there is");
-    }
+    });
 }
 }  // namespace rq::io

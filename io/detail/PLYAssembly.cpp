@@ -181,8 +181,7 @@ bool PLYAssembly::writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owne
         const int property = attribute.properties[0], size = int(attribute.properties.size());
         if (e.properties[size_t(property)].isList())
         {
-            ELM_Attribute *column = edit.arrayAttribute(owner, attribute.name, attribute.storage);
-            if (!writeLists(*column, element, property, firstRow))
+            if (!writeLists(edit, element, attribute, owner, firstRow))
                 return false;
             continue;
         }
@@ -198,11 +197,25 @@ bool PLYAssembly::writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owne
     return targets.empty() || body_.readValues(element, targets);
 }
 
-bool PLYAssembly::writeLists(ELM_Attribute &column, size_t element, int property, int64_t firstRow)
+bool PLYAssembly::writeLists(MOD_Edit &edit, size_t element, const PLYAttribute &attribute, ELM_Owner owner,
+                             int64_t firstRow)
 {
-    PLYList list;
-    if (!body_.readList(element, property, column.storage(), list))
+    PLYList list, corners;
+    const int property = attribute.properties[0], indices = indicesOf(header_.elements[element]);
+    if (!body_.readList(element, property, attribute.storage, list))
         return false;
+    if (attribute.cornerSize > 0 && indices >= 0)
+    {
+        if (!body_.readList(element, indices, ELM_STORAGE_INT32, corners))
+            return false;
+        bool fits = true;
+        for (int64_t face = 0; fits && face < header_.elements[element].count; ++face)
+            fits = list.countOf(face) == int64_t(corners.countOf(face)) * attribute.cornerSize;
+        if (fits)
+            // Faces behind strips have vertices behind those of triangles.
+            return writeCorners(edit, attribute, list, 3 * firstRow), true;
+    }
+    ELM_Attribute &column = *edit.arrayAttribute(owner, attribute.name, attribute.storage);
     column.numericArrays()->visit([&]<class T>(ELM_ArrayTuple<T> &arrays) {
         std::span<const T> items = list.items<T>();
         std::vector<int32_t> places(size_t(header_.elements[element].count));
@@ -215,6 +228,17 @@ bool PLYAssembly::writeLists(ELM_Attribute &column, size_t element, int property
         arrays.writeIndices(firstRow, std::ssize(places), places.data());
     });
     return true;
+}
+
+// The vertices of an element's faces are one run.
+void PLYAssembly::writeCorners(MOD_Edit &edit, const PLYAttribute &attribute, const PLYList &list, int64_t firstVertex)
+{
+    ELM_Attribute &column =
+        *edit.attribute(ELM_OWNER_VERTEX, attribute.name, attribute.storage, attribute.cornerSize, attribute.type);
+    column.numericTuple()->visit([&]<class T>(ELM_PageArray<T> &pages) {
+        const std::span<const T> items = list.items<T>();
+        pages.write(firstVertex, std::ssize(items) / attribute.cornerSize, items.data());
+    });
 }
 
 void PLYAssembly::warnOfSmallFaces(size_t element, const PLYList &corners)

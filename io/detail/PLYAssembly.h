@@ -28,7 +28,8 @@ private:
     bool failAtIndex(size_t element, int property, const PLYList &list);
     bool adopt(MOD_Edit &edit, size_t element, ELM_Owner owner, const PLYAttribute &attribute);
     bool writeAttributes(MOD_Edit &edit, size_t element, ELM_Owner owner, int64_t firstRow);
-    bool writeLists(ELM_Attribute &column, size_t element, int property, int64_t firstRow);
+    bool writeLists(MOD_Edit &edit, size_t element, const PLYAttribute &attribute, ELM_Owner owner, int64_t firstRow);
+    void writeCorners(MOD_Edit &edit, const PLYAttribute &attribute, const PLYList &list, int64_t firstVertex);
     void warnOfSmallFaces(size_t element, const PLYList &corners);
     void warnOfTheRest();
 

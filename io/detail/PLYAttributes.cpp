@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include <io/detail/PLYValues.h>
+
 namespace rq::io
 {
 namespace
@@ -22,6 +24,36 @@ const Role kRoles[] = {
     {"uv", ELM_TYPE_TEXTURE, {"s", "t"}},
     {"uv", ELM_TYPE_TEXTURE, {"u", "v"}},
 };
+
+/// The components of an attribute that a note tells; nothing when they are not all there, single and of one type.
+std::vector<int> componentsOf(const PLYNote &note, const PLYElement &element)
+{
+    std::vector<int> found;
+    for (int c = 0; c < note.size; ++c)
+    {
+        const int p = element.find(note.size > 1 ? fmt::format("{}_{}", note.name, c) : std::string(note.name));
+        if (p < 0 || element.properties[size_t(p)].isList() ||
+            (c > 0 && element.properties[size_t(p)].type != element.properties[size_t(found[0])].type))
+            return {};
+        found.push_back(p);
+    }
+    return found;
+}
+
+void planNoted(const PLYElement &element, std::vector<PLYAttribute> &plan)
+{
+    for (const PLYNote &note : element.notes)
+    {
+        const int list = note.ofCorners ? element.find(note.name) : -1;
+        const bool isList = list >= 0 && element.properties[size_t(list)].isList();
+        const std::vector<int> properties = !note.ofCorners ? componentsOf(note, element)
+                                            : isList        ? std::vector<int>{list}
+                                                            : std::vector<int>();
+        if (!properties.empty())
+            plan.push_back({std::string(note.name), storageOf(element.properties[size_t(properties[0])].type), note.type,
+                            properties, false, note.ofCorners ? note.size : 0});
+    }
+}
 
 bool isColor(const Role &role) { return role.type == ELM_TYPE_COLOR || role.attribute == std::string_view("Alpha"); }
 
@@ -68,6 +100,7 @@ std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element, int corne
         const ELM_Storage storage = isColor(role) ? ELM_STORAGE_REAL32 : realStorageOf(element, properties);
         plan.push_back({role.attribute, storage, role.type, properties, isColor(role)});
     }
+    planNoted(element, plan);
     for (int p = 0; p < int(element.properties.size()); ++p)
     {
         const PLYProperty &property = element.properties[size_t(p)];
@@ -100,7 +133,7 @@ std::vector<PLYTarget> targetsOf(const PLYAttribute &attribute, const PLYElement
             ++last->components;
             continue;
         }
-        const size_t size = attribute.storage == ELM_STORAGE_REAL64 ? sizeof(double) : sizeof(float);
+        const size_t size = visitPLYConversion(type, attribute.storage, [](auto, auto to) { return sizeof(to); });
         const double largest = visitPLYType(type, [](auto value) {
             return std::is_integral_v<decltype(value)> ? double(std::numeric_limits<decltype(value)>::max()) : 1.0;
         });

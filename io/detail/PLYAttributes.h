@@ -12,6 +12,7 @@ struct PLYAttribute
     ELM_TypeInfo type = ELM_TYPE_NONE;
     std::vector<int> properties{};  ///< one per component, or a list
     bool color = false;             ///< whole numbers stand for fractions of their largest value
+    int cornerSize = 0;             ///< numbers of a list for each corner; 0: lists are the primitive's
 };
 
 /// What the properties of an element become, in their order, all but the one that tells the corners (-1 when none does):

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include <io/detail/RQGNames.h>
 #include <io/detail/Tally.h>
 
 namespace rq::io
@@ -21,6 +22,8 @@ constexpr TypeName kTypes[] = {
     {"int", PLYType::Int32},    {"int32", PLYType::Int32},    {"uint", PLYType::UInt32},   {"uint32", PLYType::UInt32},
     {"float", PLYType::Real32}, {"float32", PLYType::Real32}, {"double", PLYType::Real64}, {"float64", PLYType::Real64},
 };
+
+constexpr int64_t kMostComponents = 64;
 
 class PLYHeaderParser
 {
@@ -74,9 +77,31 @@ private:
             return element();
         if (keyword == "property")
             return property();
-        if (!keyword.empty() && keyword != "comment" && keyword != "obj_info")
+        if (keyword == "comment")
+            note();
+        else if (!keyword.empty() && keyword != "obj_info")
             unknown_.add(wordAt_);
         return true;
+    }
+
+    // Comments of others are left alone.
+    void note()
+    {
+        PLYNote added;
+        const std::string_view kind = word();
+        added.ofCorners = kind == "corners";
+        if (header_.elements.empty() || !(added.ofCorners || kind == "attribute"))
+            return;
+        int64_t size = 0;
+        scanner_.toWord();
+        const bool isNumber = scanner_.integer(size);
+        const auto type = std::ranges::find(kRQGTypeInfos, std::string(word()));
+        added.name = word();
+        if (!isNumber || size < 1 || size > kMostComponents || type == std::end(kRQGTypeInfos) || added.name.empty())
+            return;
+        added.size = int(size);
+        added.type = ELM_TypeInfo(type - std::begin(kRQGTypeInfos) - 1);
+        header_.elements.back().notes.push_back(added);
     }
 
     bool format()

@@ -64,11 +64,22 @@ struct PLYProperty
     bool isList() const { return countType != PLYType::None; }
 };
 
+/// A comment of our writer that tells what properties were: "attribute SIZE TYPE NAME" the components NAME_0, NAME_1 and so
+/// on of one attribute, "corners SIZE TYPE NAME" a list of SIZE numbers for each corner of a face.
+struct PLYNote
+{
+    std::string_view name;
+    int size = 0;
+    ELM_TypeInfo type = ELM_TYPE_NONE;
+    bool ofCorners = false;
+};
+
 struct PLYElement
 {
     std::string_view name;
     int64_t count = 0;
     std::vector<PLYProperty> properties{};
+    std::vector<PLYNote> notes{};
 
     /// The number of a property, -1 without one.
     int find(std::string_view property) const;
