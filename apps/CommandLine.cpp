@@ -1,10 +1,13 @@
 #include <apps/CommandLine.h>
 
+#include <apps/optionTexts.h>
+#include <io/Writer.h>
+
 namespace rq::app
 {
 namespace
 {
-constexpr const char *kFormats = "OBJ, PLY, STL, OFF or RQG; - is standard input";
+constexpr const char *kFormats = "OBJ, PLY, STL, OFF, glTF, GLB, XYZ, PTS or RQG; - is standard input";
 
 void addThreads(CLI::App &command, CommonOptions &common)
 {
@@ -61,9 +64,14 @@ CLI::App *addConvert(CLI::App &program, CommonOptions &common, ConvertOptions &o
     command->add_option("IN", options.input, std::string("File to read: ") + kFormats)->required()->type_name("");
     command
         ->add_option("OUT", options.output,
-                     "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj for polygons")
+                     "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj, .ply, .stl, .glb or "
+                     ".gltf; - is standard output")
         ->required()
         ->type_name("");
+    command->add_option("--to", options.format, "Write this kind of file, whatever its name; json is .rqg.json")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember(io::saveFormats()));
+    command->add_flag("--ascii", options.ascii, "Write the numbers of PLY files as text");
     addFaceOptions(*command, common);
     addThreads(*command, common);
     return command;
@@ -83,6 +91,10 @@ CommandLine::CommandLine()
 {
     program.set_version_flag("--version", "rq " RQ_VERSION);
     program.require_subcommand(0, 1);
+    program.add_option("--completion", shell, "Print a script that completes command lines in a shell")
+        ->type_name("SHELL")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kShells), std::end(kShells))));
+    program.add_flag("--man", manual, "Print the manual page");
     infoCommand = addInfo(program, common, info);
     convertCommand = addConvert(program, common, convert);
     renderCommand = addRender(program, common, render);

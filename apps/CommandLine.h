@@ -21,6 +21,8 @@ struct CommandLine
     InfoOptions info;
     ConvertOptions convert;
     RenderOptions render;
+    std::string shell;      ///< whose completion is asked for
+    bool manual = false;  ///< the man page is asked for
 
     CLI::App program{"Render-ready geometry from files", "rq"};
     const CLI::App *infoCommand = nullptr;

@@ -14,7 +14,8 @@ namespace
 {
 ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io::Messages &messages)
 {
-    if (!io::canSave(options.output, messages))
+    const io::SaveOptions form{options.format, options.ascii ? io::NumberForm::Text : io::NumberForm::Binary};
+    if (!io::canSave(options.output, messages, form))
         return ExitUsage;
     const TerminalProgress progress;
     MOD_DetailHandle detail;
@@ -26,7 +27,7 @@ ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io:
         std::fprintf(stderr, "rq: error: %s\n", error.c_str());
         return ExitFailure;
     }
-    return io::save(options.output, detail.read(), messages) ? ExitDone : ExitFailure;
+    return io::save(options.output, detail.read(), messages, form) ? ExitDone : ExitFailure;
 }
 }  // namespace
 

@@ -2,11 +2,20 @@
 #include <optional>
 
 #include <apps/CommandLine.h>
+#include <apps/optionTexts.h>
 #include <host/bas/Parallel.h>
 
 namespace
 {
 using namespace rq::app;
+
+ExitCode print(const std::string &text)
+{
+    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return ExitDone;
+    std::fputs("rq: error: standard output cannot be written\n", stderr);
+    return ExitFailure;
+}
 
 ExitCode run(const CommandLine &line)
 {
@@ -16,6 +25,10 @@ ExitCode run(const CommandLine &line)
         return runConvert(line.common, line.convert);
     if (line.renderCommand->parsed())
         return runRender(line.common, line.render);
+    if (line.manual)
+        return print(manPage(line.program));
+    if (!line.shell.empty())
+        return print(completion(line.program, line.shell));
     std::fputs("rq: error: a subcommand is required\nRun with --help for more information.\n", stderr);
     return ExitUsage;
 }

@@ -1,5 +1,6 @@
 #include <io/OBJReader.h>
 
+#include <algorithm>
 #include <new>
 
 #include <fmt/format.h>
@@ -13,6 +14,8 @@ namespace rq::io
 {
 namespace
 {
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 // UTF-16 begins with its byte order mark.
 bool isWideText(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
 
@@ -39,10 +42,19 @@ bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
 }
 }  // namespace
 
+bool isOBJ(std::string_view text)
+{
+    constexpr std::string_view kWords[] = {"v", "vt", "vn", "f", "l", "g", "o", "s", "usemtl", "mtllib"};
+    text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+    Scanner scanner(text);
+    while (!scanner.toWord() && !scanner.atEnd())
+        scanner.toNextLine();
+    return std::ranges::find(kWords, scanner.word()) != std::end(kWords);
+}
+
 bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
 {
     // Columns count from the first character.
-    constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
     text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     try
     {

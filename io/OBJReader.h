@@ -8,6 +8,9 @@
 
 namespace rq::io
 {
+/// True when the first line of a text begins with a word that every other format leaves to OBJ, such as "v" or "mtllib".
+RQ_API bool isOBJ(std::string_view text);
+
 /// Read the text of an OBJ file into a detail.  `name` is what messages call it; material files are looked for beside it.
 ///
 /// Shape    "v" gives points with "P" (real32, 3), and "Cd" (real32, 3) where a colour follows the coordinates; a point

@@ -4,16 +4,10 @@
 
 #include <host/fwd.h>
 #include <io/Message.h>
+#include <io/NumberForm.h>
 
 namespace rq::io
 {
-/// How numbers are written where a format has both ways.
-enum class NumberForm
-{
-    Binary,
-    Text
-};
-
 /// Write points and closed polygons of a detail as a PLY file.  `name` is what messages call it.
 ///
 /// Shape    what `readPLY` reads back: an element "vertex" for each point and a "face" for each closed polygon of any number

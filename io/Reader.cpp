@@ -3,11 +3,13 @@
 #include <memory>
 
 #include <io/FileText.h>
+#include <io/GLTFReader.h>
 #include <io/OBJReader.h>
 #include <io/OFFReader.h>
 #include <io/PLYReader.h>
 #include <io/RQGReader.h>
 #include <io/STLReader.h>
+#include <io/XYZReader.h>
 #include <io/detail/endings.h>
 
 namespace rq::io
@@ -21,7 +23,7 @@ struct Format
     const char *ending;
     bool (*read)(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages,
                  const Owner &owner);
-    bool (*recognize)(std::string_view text);  ///< null: nothing tells this format from another text
+    bool (*recognize)(std::string_view text);  ///< null: numbers alone may be anything
 };
 
 // Nothing of these files lies as the host keeps it.
@@ -31,12 +33,21 @@ bool copied(std::string_view text, const std::string &name, MOD_DetailHandle &de
     return read(text, name, detail, messages);
 }
 
+// In the order in which they are asked whether a file is theirs: those that look at one word of a text come last.
 const Format kFormats[] = {
-    {".obj", copied<readOBJ>, nullptr}, {".ply", readPLY, isPLY},      {".off", copied<readOFF>, isOFF},
-    {".stl", copied<readSTL>, isSTL},   {".rqg.json", readRQG, isRQG}, {".rqg", readRQG, isRQG},
+    {".ply", readPLY, isPLY},
+    {".rqg.json", readRQG, isRQG},
+    {".rqg", readRQG, isRQG},
+    {".glb", copied<readGLTF>, isGLTF},
+    {".gltf", copied<readGLTF>, isGLTF},
+    {".off", copied<readOFF>, isOFF},
+    {".stl", copied<readSTL>, isSTL},
+    {".obj", copied<readOBJ>, isOBJ},
+    {".xyz", copied<readXYZ>, nullptr},
+    {".pts", copied<readXYZ>, nullptr},
 };
 
-// What a file is follows from how it begins, and only then from its name; standard input has none.
+// What a file is follows from how it begins, and only then from its name.
 const Format *findFormat(std::string_view text, const std::string &path)
 {
     for (const Format &format : kFormats)
@@ -44,7 +55,8 @@ const Format *findFormat(std::string_view text, const std::string &path)
         if (format.recognize && format.recognize(text))
             return &format;
     }
-    return path == "-" ? &kFormats[0] : findEnding(path, kFormats);
+    // Without a name numbers are points, and comments alone, or nothing, as good as an OBJ file.
+    return findEnding(path != "-" ? path : isXYZ(text) ? ".xyz" : ".obj", kFormats);
 }
 }  // namespace
 

@@ -1,9 +1,15 @@
 #include <io/Writer.h>
 
-#include <fmt/format.h>
+#include <algorithm>
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <io/GLTFWriter.h>
 #include <io/OBJWriter.h>
+#include <io/PLYWriter.h>
 #include <io/RQGWriter.h>
+#include <io/STLWriter.h>
 #include <io/detail/OutputFile.h>
 #include <io/detail/endings.h>
 
@@ -11,34 +17,86 @@ namespace rq::io
 {
 namespace
 {
+using Write = bool (*)(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, std::string &bytes,
+                       Messages &messages);
+
+struct Format
+{
+    const char *name;
+    const char *ending;
+    Write write;
+};
+
 template <RQGForm form>
-bool writeForm(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages)
+bool asRQG(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes, Messages &messages)
 {
     return writeRQG(detail, form, name, bytes, messages);
 }
 
-struct Format
+// Formats that have one form only.
+template <auto write>
+bool inOneForm(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes,
+               Messages &messages)
 {
-    const char *ending;
-    decltype(&writeOBJ) write;
-};
-
-const Format kFormats[] = {
-    {".rqg.json", writeForm<RQGForm::Text>},
-    {".rqg", writeForm<RQGForm::Binary>},
-    {".obj", writeOBJ},
-};
-}  // namespace
-
-bool canSave(const std::string &path, Messages &messages)
-{
-    return findEnding(path, kFormats) || messages.fail(path, {}, expectEnding(kFormats));
+    return write(detail, name, bytes, messages);
 }
 
-bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages)
+template <NumberForm form>
+bool asGLTF(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes, Messages &messages)
 {
+    return writeGLTF(detail, form, name, bytes, messages);
+}
+
+const Format kFormats[] = {
+    {"json", ".rqg.json", asRQG<RQGForm::Text>},     {"rqg", ".rqg", asRQG<RQGForm::Binary>},
+    {"json", ".json", asRQG<RQGForm::Text>},         {"obj", ".obj", inOneForm<writeOBJ>},
+    {"ply", ".ply", writePLY},                       {"stl", ".stl", inOneForm<writeSTL>},
+    {"glb", ".glb", asGLTF<NumberForm::Binary>},     {"gltf", ".gltf", asGLTF<NumberForm::Text>},
+};
+
+bool isStandardOutput(const std::string &path) { return path == "-"; }
+
+const Format *findFormat(const std::string &path, const SaveOptions &options, Messages &messages)
+{
+    if (options.format.empty() && isStandardOutput(path))
+        return messages.fail("<stdout>", {}, fmt::format("expected the name of a format, one of {}, found none",
+                                                         fmt::join(saveFormats(), ", "))),
+               nullptr;
+    const Format *found = options.format.empty()
+                              ? findEnding(path, kFormats)
+                              : std::ranges::find(kFormats, options.format, [](const Format &f) { return std::string(f.name); });
+    if (!found)
+        messages.fail(path, {}, expectEnding(kFormats));
+    else if (found == std::end(kFormats))
+        messages.fail(path, {}, fmt::format("expected one of the formats {}, found \"{}\"", fmt::join(saveFormats(), ", "),
+                                            options.format));
+    return found == std::end(kFormats) ? nullptr : found;
+}
+}  // namespace
+
+const std::vector<std::string> &saveFormats()
+{
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> all;
+        for (const Format &format : kFormats)
+            if (std::ranges::find(all, format.name) == all.end())
+                all.push_back(format.name);
+        return all;
+    }();
+    return names;
+}
+
+bool canSave(const std::string &path, Messages &messages, const SaveOptions &options)
+{
+    return findFormat(path, options, messages);
+}
+
+bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages, const SaveOptions &options)
+{
+    const Format *format = findFormat(path, options, messages);
+    const std::string name = isStandardOutput(path) ? "<stdout>" : path;
     std::string bytes;
-    return canSave(path, messages) && findEnding(path, kFormats)->write(detail, path, bytes, messages) &&
-           writeFile(path, bytes, messages);
+    return format && format->write(detail, options.numbers, name, bytes, messages) &&
+           (isStandardOutput(path) ? writeStandardOutput(bytes, messages) : writeFile(path, bytes, messages));
 }
 }  // namespace rq::io

@@ -1,20 +1,33 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <host/fwd.h>
 #include <io/Message.h>
+#include <io/NumberForm.h>
 
 namespace rq::io
 {
-/// Write a detail to a file.
+struct SaveOptions
+{
+    std::string format;                         ///< one of `saveFormats`, empty for what the file's name says
+    NumberForm numbers = NumberForm::Binary;  ///< of PLY, the only format that has both under one name
+};
+
+/// The names of the formats that can be written: "json" and "rqg" for everything, "obj", "ply", "stl", "glb", "gltf".
+RQ_API const std::vector<std::string> &saveFormats();
+
+/// Write a detail to a file; "-" is standard output.
 ///
-/// Shape    what kind of file it becomes follows from the end of its name, in any case: ".rqg.json" and ".rqg" hold
-///          everything (see docs/files.md), ".obj" polygons and what OBJ files can say of them
+/// Shape    what kind of file it becomes follows from `options`, or else from the end of its name, in any case: ".rqg.json",
+///          ".json" and ".rqg" hold everything (see docs/files.md), ".obj", ".ply", ".stl", ".glb" and ".gltf" what such
+///          files can say of points, polygons and particles
 /// Failure  false with an error among the messages; a file that was there before is then as it was.  Warnings tell what the
 ///          file cannot hold
-RQ_API bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages);
+RQ_API bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages,
+                 const SaveOptions &options = {});
 
-/// False, with an error, when `save` does not know what kind of file a name stands for.
-RQ_API bool canSave(const std::string &path, Messages &messages);
+/// False, with an error, when `save` does not know what kind of file is meant.
+RQ_API bool canSave(const std::string &path, Messages &messages, const SaveOptions &options = {});
 }  // namespace rq::io

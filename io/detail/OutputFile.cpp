@@ -38,7 +38,17 @@ bool writeTo(const std::string &path, int flags, std::string_view bytes)
     errno = written ? errno : reason;
     return written && closed;
 }
+
+bool failToWrite(const std::string &name, Messages &messages)
+{
+    return messages.fail(name, {}, std::string("cannot be written: ") + std::strerror(errno));
+}
 }  // namespace
+
+bool writeStandardOutput(std::string_view bytes, Messages &messages)
+{
+    return writeAll(STDOUT_FILENO, bytes) || failToWrite("<stdout>", messages);
+}
 
 bool writeFile(const std::string &path, std::string_view bytes, Messages &messages)
 {
@@ -59,6 +69,6 @@ bool writeFile(const std::string &path, std::string_view bytes, Messages &messag
             ::unlink(part.c_str());
         errno = reason;
     }
-    return good || messages.fail(path, {}, std::string("cannot be written: ") + std::strerror(errno));
+    return good || failToWrite(path, messages);
 }
 }  // namespace rq::io

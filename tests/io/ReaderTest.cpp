@@ -6,11 +6,13 @@
 #include <random>
 
 #include <host/mod/DetailHandle.h>
+#include <io/GLTFReader.h>
 #include <io/OBJReader.h>
 #include <io/OFFReader.h>
 #include <io/PLYReader.h>
 #include <io/Reader.h>
 #include <io/STLReader.h>
+#include <io/XYZReader.h>
 
 using namespace rq::io;
 
@@ -21,6 +23,25 @@ std::string binarySTL()
     std::string text(84 + 3 * 50, '\0');
     text[80] = 3;
     return text;
+}
+
+// Its numbers are where mutants tell most: in the text, for the data are any numbers.
+std::string binaryGLTF()
+{
+    std::string json = R"({"asset":{"version":"2.0"},"nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},)"
+                       R"("indices":1,"mode":4}]}],"buffers":[{"byteLength":44}],"bufferViews":[{"buffer":0,"byteLength":36},)"
+                       R"({"buffer":0,"byteOffset":36,"byteLength":6}],"accessors":[{"bufferView":0,"componentType":5126,)"
+                       R"("count":3,"type":"VEC3","sparse":{"count":1,"indices":{"bufferView":1,"componentType":5123},)"
+                       R"("values":{"bufferView":0}}},{"bufferView":1,"componentType":5123,"count":3,"type":"SCALAR"}]})";
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    const std::string binary = std::string(36, '\0') + std::string("\0\0\1\0\2\0\0\0", 8);
+    std::string file("glTF\2\0\0\0", 8);
+    for (const uint32_t number : {uint32_t(28 + json.size() + binary.size()), uint32_t(json.size()), 0x4E4F534Au})
+        file.append(reinterpret_cast<const char *>(&number), 4);
+    file += json;
+    for (const uint32_t number : {uint32_t(binary.size()), 0x004E4942u})
+        file.append(reinterpret_cast<const char *>(&number), 4);
+    return file + binary;
 }
 
 std::string binaryPLY(const char *form)
@@ -50,6 +71,8 @@ const std::pair<decltype(&readOBJ), std::string> kWhole[] = {
     {readSTL,
      "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 nan 0\nendloop\nendfacet\nendsolid\n"},
     {readSTL, binarySTL()},
+    {readXYZ, "3\n0 0 0 7 255 1 2\n1 0 0 7 255 1 2\n1 0 nan 7 1 1 2 # short\n"},
+    {readGLTF, binaryGLTF()},
     {readOFF, "STCNOFF\n2 2 0\n0 0 0 0 0 1 1 0 0 0 0\n1 0 0 0 0 1 .5 .5 .5 1 1 0\n3 0 1 0 255 0 0\n2 1 0 # short\n"},
 };
 
@@ -98,7 +121,10 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
                                                           {"rq_e.OFF", "0 0"},
                                                           {"rq_f.Obj", "v 0 0 0"},
                                                           {"rq_g", "\n{ \"rqg\": 1}"},
-                                                          {"rq_h.rqg.JSON", "{\"points\": 0, \"rqg\": 1}"}};
+                                                          {"rq_h.rqg.JSON", "{\"points\": 0, \"rqg\": 1}"},
+                                                          {"rq_i.ply", "{\"asset\": {\"version\": \"2.0\"}}"},
+                                                          {"rq_j.stl", "# x\n\nv 0 0 0\n"},
+                                                          {"rq_k.XYZ", "0 0 0\n"}};
     for (const auto &[name, text] : cases)
     {
         const std::string path = testing::TempDir() + name;
@@ -113,7 +139,7 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
     EXPECT_FALSE(load("/nowhere/x.obj", detail, messages));
     EXPECT_FALSE(load("/dev/null", detail, messages));
     EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n"
-                                   "/dev/null: error: expected a file whose name ends with .obj, .ply, .off, .stl, "
-                                   ".rqg.json, .rqg\n");
+                                   "/dev/null: error: expected a file whose name ends with .ply, .rqg.json, .rqg, "
+                                   ".glb, .gltf, .off, .stl, .obj, .xyz, .pts\n");
 }
 }  // namespace
