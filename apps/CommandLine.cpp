@@ -85,6 +85,15 @@ CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &opt
     addCommonOptions(*command, common);
     return command;
 }
+
+CLI::App *addView(CLI::App &program, CommonOptions &common, ViewOptions &options)
+{
+    CLI::App *command = program.add_subcommand("view", "Show a file");
+    command->add_option("FILE", options.file, std::string("File to read: ") + kFormats)->required()->type_name("");
+    addViewOptions(*command, options);
+    addCommonOptions(*command, common);
+    return command;
+}
 }  // namespace
 
 CommandLine::CommandLine()
@@ -98,5 +107,6 @@ CommandLine::CommandLine()
     infoCommand = addInfo(program, common, info);
     convertCommand = addConvert(program, common, convert);
     renderCommand = addRender(program, common, render);
+    viewCommand = addView(program, common, view);
 }
 }  // namespace rq::app

@@ -5,6 +5,7 @@
 #include <apps/convert.h>
 #include <apps/info.h>
 #include <apps/offline/render.h>
+#include <apps/viewport/view.h>
 
 namespace rq::app
 {
@@ -21,6 +22,7 @@ struct CommandLine
     InfoOptions info;
     ConvertOptions convert;
     RenderOptions render;
+    ViewOptions view;
     std::string shell;      ///< whose completion is asked for
     bool manual = false;  ///< the man page is asked for
 
@@ -28,5 +30,6 @@ struct CommandLine
     const CLI::App *infoCommand = nullptr;
     const CLI::App *convertCommand = nullptr;
     const CLI::App *renderCommand = nullptr;
+    const CLI::App *viewCommand = nullptr;
 };
 }  // namespace rq::app

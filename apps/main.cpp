@@ -25,6 +25,8 @@ ExitCode run(const CommandLine &line)
         return runConvert(line.common, line.convert);
     if (line.renderCommand->parsed())
         return runRender(line.common, line.render);
+    if (line.viewCommand->parsed())
+        return runView(line.common, line.view);
     if (line.manual)
         return print(manPage(line.program));
     if (!line.shell.empty())

@@ -1,11 +1,49 @@
 #pragma once
 
-#include <apps/viewport/Scene.h>
+#include <memory>
+
+#include <apps/viewport/Form.h>
 
 namespace rq::viewport
 {
+/// Where copies of a shape stand in the scene.
+struct Placements
+{
+    std::vector<BAS_Mat4d> matrices;
+    RQ_AttributeListHandle attributes;  ///< one entry a copy, null without
+};
+
+/// A shape of a scene, with all its copies: what one call draws.
 struct Item
 {
-    RQ_PrimitiveHandle primitive;
+    std::shared_ptr<const Form> form;
+    RQ_PrimitiveHandle primitive;  ///< whose attributes colour it
+    Placements placements;
+    size_t shown = 0;  ///< entry of the shown primitives that it comes from
+    BAS_BoundingBox bounds;
+    RQ_DataArrayHandle matrices;  ///< the placements from the scene's middle, 16 floats each; of the same id when the same
 };
+
+/// What an attribute has one value per, when seen from an item.
+enum class Lookup
+{
+    None,
+    Corner,
+    Point,
+    Face,
+    Detail,
+    Copy
+};
+
+/// An attribute of an item.
+struct Found
+{
+    RQ_DataArrayHandle array;
+    Lookup lookup = Lookup::None;
+
+    explicit operator bool() const { return array != nullptr; }
+};
+
+/// Look for an attribute of an owner, or, when that is invalid, of any.  Attributes of copies count as uniform ones.
+Found findAttribute(const Item &item, const BAS_StringHolder &name, RQ_Owner owner = RQ_OWNER_INVALID);
 }  // namespace rq::viewport

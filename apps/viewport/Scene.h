@@ -42,6 +42,9 @@ public:
     const BAS_BoundingBox &bounds() const { return bounds_; }
     BAS_BoundingBox bounds(size_t shown) const;
 
+    /// Where single precision counts from: the middle of everything.
+    BAS_Vec3d middle() const;
+
     /// What could not be drawn, or not as it should be: sentences for a person.
     const std::vector<std::string> &complaints() const { return complaints_; }
 

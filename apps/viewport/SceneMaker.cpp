@@ -1,0 +1,219 @@
+#include <apps/viewport/SceneMaker.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include <apps/offline/subdivide.h>
+#include <rq/data/DANumeric.h>
+#include <rq/prim/RefineList.h>
+#include <rq/surface/PrimPointMesh.h>
+
+namespace rq::viewport
+{
+namespace
+{
+// Refinement that goes on for longer does not end.
+constexpr int kDeepest = 32;
+
+// More copies than this take longer to draw than anybody waits.
+constexpr int64_t kMostCopies = int64_t(1) << 24;
+
+// Pieces of a curve's span, as far as the picture can tell.
+constexpr double kPiecesPerSpan = 8.0;
+
+BAS_Mat4d matrixOf(const RQ_TransformHandle &transform)
+{
+    BAS_Mat4d matrix;
+    if (transform)
+        transform->getMatrix(matrix, 0);
+    return matrix;
+}
+
+RQ_DataArrayHandle indices(int64_t count, int64_t (*of)(int64_t, int64_t), int64_t inner)
+{
+    const BAS_IntrusivePtr<RQ_DANumeric<int32_t>> list(new RQ_DANumeric<int32_t>(count));
+    for (int64_t i = 0; i < count; ++i)
+        list->data()[i] = int32_t(of(i, inner));
+    return list;
+}
+
+// Attributes of `outer` copies of `inner` copies, counted through.
+RQ_AttributeListHandle multiplied(const RQ_AttributeListHandle &outer, int64_t outers, const RQ_AttributeListHandle &inner,
+                                  int64_t inners)
+{
+    RQ_AttributeListHandle all = inner;
+    if (inner && outers > 1)
+        all = inner->createIndirect(indices(outers * inners, [](int64_t i, int64_t n) { return i % n; }, inners));
+    if (!outer)
+        return all;
+    const RQ_AttributeListHandle around =
+        inners == 1 ? outer
+                    : outer->createIndirect(indices(outers * inners, [](int64_t i, int64_t n) { return i / n; }, inners));
+    return all ? all->mergeNewAttributes(around) : around;
+}
+}  // namespace
+
+SceneMaker::SceneMaker(Scene &scene, const Preparation &preparation, const RQ_RefineParms *parms, const Scene *previous)
+    : scene_(scene), preparation_(preparation), parms_(parms)
+{
+    if (previous)
+        for (const Item &item : previous->items())
+            if (item.form->key != 0)
+                known_.emplace(item.form->key, item.form);
+}
+
+void SceneMaker::add(size_t shown, const Shown &entry)
+{
+    shown_ = shown;
+    add(entry.primitive, {{entry.placement}, nullptr}, 0);
+}
+
+void SceneMaker::add(const RQ_PrimitiveHandle &primitive, const Placements &outer, int depth)
+{
+    if (!primitive)
+        return;
+    if (const auto *instance = dynamic_cast<const RQ_PrimInstance *>(primitive.get()))
+        return addInstances(*instance, outer, depth);
+    if (const auto *quadrics = dynamic_cast<const RQ_PrimQuadricMesh *>(primitive.get()))
+        return addQuadrics(*quadrics, outer);
+    if (const auto cage = boost::dynamic_pointer_cast<RQ_PrimSubdivisionMesh>(primitive))
+        return addSurface(cage, outer);
+    if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive))
+        return addMesh(mesh, outer);
+    if (const auto *curve = dynamic_cast<const RQ_PrimCurve *>(primitive.get()))
+        return addCurves(RQ_CurveMeshHandle(new RQ_PrimCurveMesh(*curve)), outer);
+    if (const auto curves = boost::dynamic_pointer_cast<RQ_PrimCurveMesh>(primitive))
+        return addCurves(curves, outer);
+    if (dynamic_cast<const RQ_PrimPointMesh *>(primitive.get()))
+        return addPoints(primitive, outer);
+    addRefined(*primitive, outer, depth);
+}
+
+void SceneMaker::addRefined(const RQ_Primitive &primitive, const Placements &outer, int depth)
+{
+    RQ_RefineList list;
+    if (depth == kDeepest || !list.refine(&primitive, parms_))
+        complain(fmt::format("{}: nothing of this kind can be drawn", primitive.className()));
+    for (int i = 0; i < list.entries(); ++i)
+        add(list.getPrimitive(i), outer, depth + 1);
+}
+
+bool SceneMaker::multiplied(const RQ_TransformArray &transforms, const RQ_TransformHandle &base,
+                            const RQ_AttributeListHandle &attributes, const Placements &outer, Placements &all)
+{
+    const int64_t inners = transforms.entries(), outers = int64_t(outer.matrices.size());
+    if (inners > kMostCopies / std::max<int64_t>(1, outers))
+    {
+        complain(fmt::format("{} copies in each of {} are more than can be drawn", inners, outers));
+        return false;
+    }
+    const BAS_Mat4d baseMatrix = matrixOf(base);
+    all.matrices.reserve(size_t(inners * outers));
+    for (const BAS_Mat4d &around : outer.matrices)
+        for (int64_t i = 0; i < inners; ++i)
+        {
+            BAS_Mat4d matrix;
+            transforms.getMatrix(matrix, i, 0);
+            all.matrices.push_back(matrix * baseMatrix * around);
+        }
+    all.attributes = viewport::multiplied(outer.attributes, outers, attributes, inners);
+    return !all.matrices.empty();
+}
+
+void SceneMaker::addInstances(const RQ_PrimInstance &instance, const Placements &outer, int depth)
+{
+    Placements all;
+    if (depth < kDeepest && instance.entries() > 0 &&
+        multiplied(*instance.getTransforms(), instance.getPrimitiveTransform(), instance.getInstanceAttributes(), outer, all))
+        add(instance.getGeometry(), all, depth + 1);
+}
+
+// All are one shape, drawn where each stands.
+void SceneMaker::addQuadrics(const RQ_PrimQuadricMesh &quadrics, const Placements &outer)
+{
+    Placements all;
+    const RQ_QuadricHandle shape = quadrics.makeQuadric(0);
+    if (!shape || !shape->init(quadrics.getDetailAttributes(), nullptr) ||
+        !multiplied(*quadrics.getTransforms(), quadrics.getBaseTransform(), quadrics.getVertexAttributes(), outer, all))
+        return;
+    if (const RQ_PolygonMeshHandle mesh = shape->refineToPolygonMesh(parms_))
+        addMesh(mesh, all);
+}
+
+void SceneMaker::addSurface(const RQ_SubdivisionMeshHandle &cage, const Placements &outer)
+{
+    const int level = preparation_.subdivisionLevel >= 0 ? preparation_.subdivisionLevel : offline::smoothLevel(*cage);
+    const FormHandle found = form(wholeKey(*cage, cage->getVertexList(), preparation_), [&](std::string &why) -> FormHandle {
+        std::vector<std::string> complaints;
+        const RQ_PolygonMeshHandle smooth = level > 0 ? offline::subdivide(*cage, level, complaints) : nullptr;
+        for (const std::string &complaint : complaints)
+            complain(complaint);
+        const FormHandle made = makeMeshForm(smooth ? *smooth : *cage, preparation_, 0, why);
+        if (!made)
+            return nullptr;
+        const auto own = std::make_shared<Form>(*made);
+        own->primitive = smooth;
+        own->key = wholeKey(*cage, cage->getVertexList(), preparation_);
+        return own;
+    });
+    addItem(found, cage, cage->getPrimitiveTransform(), outer);
+}
+
+void SceneMaker::addMesh(const RQ_PolygonMeshHandle &mesh, const Placements &outer)
+{
+    const uint64_t key = meshKey(*mesh, preparation_);
+    addItem(form(key, [&](std::string &why) { return makeMeshForm(*mesh, preparation_, key, why); }), mesh,
+            mesh->getPrimitiveTransform(), outer);
+}
+
+void SceneMaker::addCurves(const RQ_CurveMeshHandle &curves, const Placements &outer)
+{
+    const uint64_t key = wholeKey(*curves, curves->getCurveCountArray().rawOffsets(), preparation_);
+    const FormHandle found = form(key, [&](std::string &why) -> FormHandle {
+        const RQ_CurveMeshHandle linear =
+            curves->validate(&why) ? curves->refineToLinear(parms_, kPiecesPerSpan) : nullptr;
+        if (!linear)
+        {
+            why = why.empty() ? "curves that cannot be evaluated" : why;
+            return nullptr;
+        }
+        const FormHandle made = makeCurveForm(*linear, key, why);
+        if (!made || linear == curves)
+            return made;
+        const auto own = std::make_shared<Form>(*made);
+        own->primitive = linear;
+        return own;
+    });
+    addItem(found, curves, curves->getPrimitiveTransform(), outer);
+}
+
+void SceneMaker::addPoints(const RQ_PrimitiveHandle &points, const Placements &outer)
+{
+    const RQ_DataArrayHandle positions = points->getPointAttributes() ? points->getPointAttributes()->get("P") : nullptr;
+    const uint64_t key = positions && positions->getDataId() >= 0 ? uint64_t(positions->getDataId()) << 1 | 1 : 0;
+    addItem(form(key, [&](std::string &why) { return makePointForm(*points, key, why); }), points,
+            points->getPrimitiveTransform(), outer);
+}
+
+template <class Make> FormHandle SceneMaker::form(uint64_t key, Make &&make)
+{
+    if (const auto found = known_.find(key); found != known_.end())
+        return found->second;
+    std::string why;
+    const FormHandle made = make(why);
+    if (!made)
+        complain(why);
+    else if (key != 0)
+        known_.emplace(key, made);
+    return made;
+}
+
+void SceneMaker::complain(const std::string &what)
+{
+    std::vector<std::string> &complaints = scene_.complaints_;
+    if (std::find(complaints.begin(), complaints.end(), what) == complaints.end())
+        complaints.push_back(what);
+}
+}  // namespace rq::viewport

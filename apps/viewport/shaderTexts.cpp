@@ -1,0 +1,342 @@
+#include <apps/viewport/shaderTexts.h>
+
+namespace rq::viewport::shader
+{
+const char *const kCommon = R"(
+layout(binding = 0) uniform samplerBuffer positions;
+layout(binding = 1) uniform isamplerBuffer corners;
+layout(binding = 2) uniform isamplerBuffer cornerSources;
+layout(binding = 3) uniform isamplerBuffer faceSources;
+layout(binding = 4) uniform usamplerBuffer edges;
+layout(binding = 5) uniform samplerBuffer placements;
+layout(binding = 6) uniform samplerBuffer normals;
+layout(binding = 7) uniform samplerBuffer colours;
+layout(binding = 8) uniform samplerBuffer widths;
+
+uniform mat4 view;        // from the scene, moved to its middle
+uniform mat4 projection;
+uniform vec2 pixels;      // of the picture
+uniform int positionSize;
+uniform bvec3 has;        // corner sources, face sources, edges
+
+// Components a value, and which of an element's numbers finds it: see Lookup.
+uniform ivec2 normalForm, colourForm, widthForm;
+uniform float colourScale;
+
+uniform int colourMode;   // 0 plain, 1 as it is, 2 one component mapped, 3 magnitude mapped, 4 distinct values
+uniform int colourComponent;
+uniform vec2 colourRange;
+uniform vec3 colourStops[8];
+uniform int colourStopCount;
+uniform vec3 plainColour;
+
+struct Element { int corner, point, face; };
+
+Element elementOfCorner(int corner, int cornersPerElement)
+{
+    Element e;
+    int element = corner / cornersPerElement;
+    e.point = texelFetch(corners, corner).x;
+    e.corner = has.x ? texelFetch(cornerSources, corner).x : corner;
+    e.face = has.y ? texelFetch(faceSources, element).x : element;
+    return e;
+}
+
+int entryOf(int lookup, Element e, int copy)
+{
+    return lookup == 1 ? e.corner : lookup == 2 ? e.point : lookup == 3 ? e.face : lookup == 5 ? copy : 0;
+}
+
+vec3 tripleAt(samplerBuffer values, int size, int entry)
+{
+    int at = entry * size;
+    return vec3(texelFetch(values, at).x, texelFetch(values, at + 1).x, texelFetch(values, at + 2).x);
+}
+
+// What is interpolated and then coloured: three components, or one number.
+vec3 colourValue(Element e, int copy)
+{
+    if (colourMode == 0)
+        return vec3(0);
+    int at = entryOf(colourForm.y, e, copy) * colourForm.x;
+    if (colourMode == 1)
+        return vec3(texelFetch(colours, at).x, texelFetch(colours, at + 1).x, texelFetch(colours, at + 2).x) * colourScale;
+    if (colourMode != 3)
+        return vec3(texelFetch(colours, at + colourComponent).x * colourScale);
+    float sum = 0;
+    for (int c = 0; c < colourForm.x; ++c)
+    {
+        float value = texelFetch(colours, at + c).x * colourScale;
+        sum += value * value;
+    }
+    return vec3(sqrt(sum));
+}
+
+mat4 placement(int copy)
+{
+    return mat4(texelFetch(placements, 4 * copy), texelFetch(placements, 4 * copy + 1), texelFetch(placements, 4 * copy + 2),
+                texelFetch(placements, 4 * copy + 3));
+}
+
+// Normals follow the cofactors, which also serve a placement that flattens.
+vec3 placedNormal(vec3 n, mat3 m)
+{
+    vec3 c = n.x * cross(m[1], m[2]) + n.y * cross(m[2], m[0]) + n.z * cross(m[0], m[1]);
+    return dot(m[0], cross(m[1], m[2])) < 0 ? -c : c;
+}
+)";
+
+const char *const kMeshVertex = R"(
+out vec3 viewPosition;
+out vec3 viewNormal;
+out vec3 value;
+flat out float category;
+flat out int mirrored;
+#ifndef INDEXED
+out vec3 bary;
+flat out uint edgeBits;
+#endif
+
+void main()
+{
+#ifdef INDEXED
+    Element e = Element(0, gl_VertexID, 0);
+#else
+    Element e = elementOfCorner(gl_VertexID, 3);
+    bary = vec3(gl_VertexID % 3 == 0, gl_VertexID % 3 == 1, gl_VertexID % 3 == 2);
+    edgeBits = has.z ? texelFetch(edges, gl_VertexID / 3).x : 7u;
+#endif
+    mat4 toView = view * placement(gl_InstanceID);
+    viewPosition = (toView * vec4(tripleAt(positions, positionSize, e.point), 1)).xyz;
+    viewNormal = vec3(0);
+    if (normalForm.y != 0)
+        viewNormal = placedNormal(tripleAt(normals, normalForm.x, entryOf(normalForm.y, e, gl_InstanceID)), mat3(toView));
+    value = colourValue(e, gl_InstanceID);
+    category = value.x;
+    mirrored = determinant(mat3(toView)) < 0 ? 1 : 0;
+    gl_Position = projection * vec4(viewPosition, 1);
+}
+)";
+
+const char *const kSegmentVertex = R"(
+out vec3 viewPosition;
+out vec3 viewNormal;
+out vec3 value;
+flat out float category;
+uniform float pixelWidth;
+
+void main()
+{
+    const int kEnd[6] = int[6](0, 1, 0, 0, 1, 1);
+    const float kSide[6] = float[6](-1, -1, 1, 1, -1, 1);
+    int segment = gl_VertexID / 6, corner = gl_VertexID % 6;
+    mat4 toView = view * placement(gl_InstanceID);
+    Element ends[2] = Element[2](elementOfCorner(2 * segment, 2), elementOfCorner(2 * segment + 1, 2));
+    vec3 p[2];
+    vec4 clip[2];
+    for (int i = 0; i < 2; ++i)
+    {
+        p[i] = (toView * vec4(tripleAt(positions, positionSize, ends[i].point), 1)).xyz;
+        clip[i] = projection * vec4(p[i], 1);
+    }
+    // What lies behind the eye is drawn up to where it passes it.
+    const float kNearest = 1e-6;
+    for (int i = 0; i < 2; ++i)
+        if (clip[i].w < kNearest && clip[1 - i].w > kNearest)
+        {
+            float t = (kNearest - clip[i].w) / (clip[1 - i].w - clip[i].w);
+            clip[i] = mix(clip[i], clip[1 - i], t);
+            p[i] = mix(p[i], p[1 - i], t);
+        }
+    Element e = ends[kEnd[corner]];
+    vec4 at = clip[kEnd[corner]];
+    vec2 along = (clip[1].xy / clip[1].w - clip[0].xy / clip[0].w) * pixels;
+    vec2 across = length(along) > 0 ? normalize(vec2(-along.y, along.x)) : vec2(1, 0);
+    float halfWidth = 0.5 * pixelWidth;
+    if (widthForm.y != 0)
+    {
+        float scale = pow(abs(determinant(mat3(toView))), 1.0 / 3.0);
+        float width = texelFetch(widths, entryOf(widthForm.y, e, gl_InstanceID) * widthForm.x).x * scale;
+        halfWidth = max(0.5, 0.25 * width * projection[1][1] * pixels.y / at.w);
+    }
+    float side = kSide[corner];
+    at.xy += side * across * halfWidth * 2.0 / pixels * at.w;
+    viewPosition = p[kEnd[corner]];
+    viewNormal = halfWidth > 1.5 ? normalize(vec3(side * across, 0.6)) : vec3(0, 0, 1);
+    value = colourValue(e, gl_InstanceID);
+    category = value.x;
+    gl_Position = at;
+}
+)";
+
+const char *const kPointVertex = R"(
+out vec3 viewPosition;
+out vec3 value;
+flat out float category;
+flat out int isBall;
+uniform float pixelWidth;
+uniform float lift;  // towards the eye, by parts of the depth
+
+void main()
+{
+    Element e = Element(gl_VertexID, gl_VertexID, gl_VertexID);
+    mat4 toView = view * placement(gl_InstanceID);
+    viewPosition = (toView * vec4(tripleAt(positions, positionSize, gl_VertexID), 1)).xyz;
+    gl_Position = projection * vec4(viewPosition * (1.0 - lift), 1);
+    gl_PointSize = pixelWidth;
+    isBall = 0;
+    if (widthForm.y != 0)
+    {
+        float scale = pow(abs(determinant(mat3(toView))), 1.0 / 3.0);
+        float width = texelFetch(widths, entryOf(widthForm.y, e, gl_InstanceID) * widthForm.x).x * scale;
+        gl_PointSize = max(1.5, 0.5 * width * projection[1][1] * pixels.y / gl_Position.w);
+        isBall = gl_PointSize > 3.0 ? 1 : 0;
+    }
+    value = colourValue(e, gl_InstanceID);
+    category = value.x;
+}
+)";
+
+const char *const kNormalVertex = R"(
+uniform float normalLength;
+uniform int perElement;  // corners of what has a normal: 3 a triangle, 1 a corner, 0 a point
+
+void main()
+{
+    int at = gl_VertexID / 2;
+    mat4 toView = view * placement(gl_InstanceID);
+    vec3 p = vec3(0), n;
+    Element e = Element(at, at, at);
+    if (perElement == 0)
+        p = tripleAt(positions, positionSize, at);
+    else
+    {
+        vec3 c[3];
+        for (int i = 0; i < perElement; ++i)
+        {
+            e = elementOfCorner(perElement * at + i, 3);
+            c[i] = tripleAt(positions, positionSize, e.point);
+            p += c[i] / float(perElement);
+        }
+        n = cross(c[1] - c[0], c[2] - c[0]);
+    }
+    if (normalForm.y != 0)
+        n = tripleAt(normals, normalForm.x, entryOf(normalForm.y, e, gl_InstanceID));
+    n = placedNormal(n, mat3(toView));
+    vec3 viewPosition = (toView * vec4(p, 1)).xyz;
+    if (gl_VertexID % 2 == 1 && length(n) > 0)
+        viewPosition += normalize(n) * normalLength;
+    gl_Position = projection * vec4(viewPosition * 0.9995, 1);
+}
+)";
+
+const char *const kFragment = R"(
+in vec3 viewPosition;
+in vec3 value;
+flat in float category;
+#ifdef SPRITE
+flat in int isBall;
+#else
+in vec3 viewNormal;
+#endif
+#ifdef MESH
+flat in int mirrored;
+#ifndef INDEXED
+in vec3 bary;
+flat in uint edgeBits;
+#endif
+#endif
+uniform bvec4 show;  // faces, wires, tint of back faces, selected
+layout(location = 0) out vec4 result;
+
+vec3 decoded(vec3 c) { return pow(clamp(c, 0.0, 1.0), vec3(2.2)); }
+vec3 encoded(vec3 c) { return pow(clamp(c, 0.0, 1.0), vec3(1.0 / 2.2)); }
+
+// Hues that differ from those before, whatever the number.
+vec3 distinct(float number)
+{
+    if (!(number >= 0.0))
+        return plainColour;
+    float hue = fract(number * 0.618034 + 0.08) * 6.0;
+    vec3 c = clamp(vec3(abs(hue - 3.0) - 1.0, 2.0 - abs(hue - 2.0), 2.0 - abs(hue - 4.0)), 0.0, 1.0);
+    return mix(vec3(0.62), c, 0.62) * (mod(number, 3.0) == 1.0 ? 0.78 : 0.95);
+}
+
+vec3 baseColour()
+{
+    if (colourMode == 0)
+        return plainColour;
+    if (colourMode == 4)
+        return distinct(category);
+    if (any(isnan(value)) || any(isinf(value)))
+        return plainColour;
+    if (colourMode == 1)
+        return value;
+    float span = colourRange.y - colourRange.x;
+    float t = span > 0.0 ? clamp((value.x - colourRange.x) / span, 0.0, 1.0) : 0.5;
+    t *= float(colourStopCount - 1);
+    int first = min(int(t), colourStopCount - 2);
+    return mix(colourStops[first], colourStops[first + 1], t - float(first));
+}
+
+// A lamp above the eye's left shoulder, a weaker one at its right, and some light from everywhere.
+float light(vec3 n)
+{
+    return 0.13 + 0.68 * max(dot(n, normalize(vec3(-0.35, 0.55, 0.75))), 0.0) +
+           0.16 * max(dot(n, normalize(vec3(0.7, -0.15, 0.5))), 0.0) + 0.07 * (0.5 + 0.5 * n.y);
+}
+
+#if defined(MESH) && !defined(INDEXED)
+// How much of the pixel an edge of a face covers.
+float wire()
+{
+    vec3 away = bary / max(sqrt(dFdx(bary) * dFdx(bary) + dFdy(bary) * dFdy(bary)), vec3(1e-12));
+    float nearest = 1e9;
+    for (int i = 0; i < 3; ++i)
+        if ((edgeBits >> i & 1u) != 0u)
+            nearest = min(nearest, away[(i + 2) % 3]);
+    return 1.0 - smoothstep(0.4, 1.3, nearest);
+}
+#endif
+
+void main()
+{
+    vec3 colour = decoded(baseColour());
+#ifdef SPRITE
+    vec2 c = 2.0 * gl_PointCoord - 1.0;
+    if (dot(c, c) > 1.0)
+        discard;
+    vec3 n = isBall == 1 ? vec3(c.x, -c.y, sqrt(1.0 - dot(c, c))) : vec3(0, 0, 1);
+#else
+    vec3 facet = normalize(cross(dFdx(viewPosition), dFdy(viewPosition)));
+    vec3 n = dot(viewNormal, viewNormal) > 0.0 ? normalize(viewNormal) : facet;
+#endif
+#ifdef MESH
+    if (any(isnan(n)) || any(isinf(n)))
+        n = any(isnan(facet)) ? vec3(0, 0, 1) : facet;
+    if (dot(n, facet) < 0.0)
+        n = -n;
+    if (show.z && gl_FrontFacing == (mirrored == 1))
+        colour = mix(colour, vec3(0.06, 0.16, 0.42), 0.65);
+#endif
+    if (show.w)
+        colour = mix(colour, vec3(1.0, 0.42, 0.05), 0.45);
+    colour *= light(n);
+#if defined(MESH) && !defined(INDEXED)
+    if (show.y)
+    {
+        float covered = wire();
+        if (!show.x && covered < 0.35)
+            discard;
+        colour = show.x ? mix(colour, colour * 0.12, 0.85 * covered) : mix(vec3(0.55), colour, 0.5);
+    }
+#endif
+    result = vec4(encoded(colour), 1);
+}
+)";
+
+const char *const kPlainFragment = R"(
+layout(location = 0) out vec4 result;
+void main() { result = vec4(plainColour, 1); }
+)";
+}  // namespace rq::viewport::shader
