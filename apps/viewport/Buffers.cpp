@@ -89,7 +89,10 @@ Buffers::Source Buffers::readSource(const RQ_DataArray &array, Seen seen, RQ_Dat
         source.values = valuesOf<PLT_Half>(array, keep, source.copied);
     }
     else
+    {
+        source.format = seen == Seen::Rows ? GL_RGBA32F : GL_R32F;
         source.values = valuesOf<float>(array, keep, source.copied);
+    }
     return source;
 }
 

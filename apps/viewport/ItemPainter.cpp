@@ -103,7 +103,7 @@ bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, Bou
     shader.use();
     glBindVertexArray(vertices_);
     bindArray(UnitPositions, form.positions, Seen::Numbers, bound, error);
-    bindArray(UnitPlacements, item.matrices, Seen::Numbers, bound, error);
+    bindArray(UnitPlacements, item.matrices, Seen::Rows, bound, error);
     bound.corners = bindArray(UnitCorners, form.corners, Seen::Indices, bound, error);
     shader.set("view", frame.view);
     shader.set("projection", frame.projection);
