@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/hashBytes.h>
 #include <rq/data/DANumeric.h>
 
 namespace rq::viewport
@@ -21,11 +22,26 @@ template <class T> const void *valuesOf(const RQ_DataArray &array, RQ_DataArrayH
     return array.getArray<T>(keep);
 }
 
+// A text has the same number in every array; the empty one has none.
+float numberOf(const BAS_StringHolder &text)
+{
+    constexpr uint64_t kNumbers = 1021;
+    return text.view().empty() ? -1.0f : float(host::hashBytes(text.view()) % kNumbers);
+}
+
 RQ_DataArrayHandle textNumbers(const RQ_DataArray &array)
 {
+    BAS_Array<BAS_StringHolder> strings;
+    array.getStrings(strings);
+    std::vector<float> known;
+    for (const BAS_StringHolder &text : strings)
+        known.push_back(numberOf(text));
     const BAS_IntrusivePtr<RQ_DANumeric<float>> numbers(new RQ_DANumeric<float>(array.entries()));
-    host::parallelFor(array.entries(), kTextsPerTask,
-                      [&](int64_t i) { numbers->data()[i] = float(array.getStringIndex(i)); });
+    host::parallelFor(array.entries(), kTextsPerTask, [&](int64_t i) {
+        const int64_t index = array.getStringIndex(i);
+        const bool isKnown = index >= 0 && size_t(index) < known.size();
+        numbers->data()[i] = isKnown ? known[size_t(index)] : numberOf(array.getS(i));
+    });
     return numbers;
 }
 }  // namespace

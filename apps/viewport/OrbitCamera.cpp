@@ -13,7 +13,7 @@ constexpr double kRadians = std::numbers::pi / 180.0;
 // Half the angle over the height of the picture: long enough a lens to keep proportions.
 const double kHalfHeight = std::tan(15.0 * kRadians);
 
-// Part of the picture's smaller side that a framed ball fills.
+// Part of the picture that a framed box fills at most.
 constexpr double kFilled = 0.92;
 
 bool isFinite(const BAS_Vec3d &v) { return std::isfinite(v.x + v.y + v.z); }
@@ -54,10 +54,25 @@ void OrbitCamera::zoom(double factor)
 
 void OrbitCamera::frame(const BAS_BoundingBox &box, double aspect)
 {
-    const double radius = ballAround(box, target_);
-    const double half = std::atan(kHalfHeight * std::min(1.0, aspect));
-    distance_ = radius / (std::sin(half) * kFilled);
     setSceneBounds(box);
+    target_ = sceneCentre_;
+    // What the box covers when it is turned around the axis that points up: a drum, by some points of its rims.
+    BAS_Vec3d half = (BAS_Vec3d(box.maximum()) - BAS_Vec3d(box.minimum())) * 0.5;
+    if (box.isEmpty() || !(half.length() > 0.0) || !std::isfinite(half.length()))
+        half = BAS_Vec3d(sceneRadius_ / std::sqrt(3.0));
+    const double height = up_ == UpAxis::Y ? half.y : half.z;
+    const double across = std::hypot(half.x, up_ == UpAxis::Y ? half.z : half.y);
+    const double sine = std::sin(elevation_ * kRadians), cosine = std::cos(elevation_ * kRadians);
+    constexpr int kPoints = 64;
+    distance_ = 0.0;
+    for (int i = 0; i < 2 * kPoints; ++i)
+    {
+        const double turn = i * 2.0 * std::numbers::pi / kPoints, y = i < kPoints ? height : -height;
+        const double z = across * std::sin(turn), nearer = y * sine + z * cosine;
+        const double up = std::abs(y * cosine - z * sine) / (kHalfHeight * kFilled);
+        const double right = std::abs(across * std::cos(turn)) / (kHalfHeight * aspect * kFilled);
+        distance_ = std::max(distance_, nearer + std::max(up, right));
+    }
 }
 
 void OrbitCamera::setSceneBounds(const BAS_BoundingBox &box) { sceneRadius_ = ballAround(box, sceneCentre_); }

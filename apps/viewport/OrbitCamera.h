@@ -33,7 +33,7 @@ public:
     /// Come closer by a factor above 1, go back by one below.
     void zoom(double factor);
 
-    /// See all of a box from the present direction: the picture's smaller side shows the ball around it.
+    /// See all of a box from the present elevation, whatever the azimuth: an orbit keeps it in the picture.
     void frame(const BAS_BoundingBox &box, double aspect = 1.0);
 
     /// What near and far planes must enclose, without moving; `frame` on a part of a scene is followed by this.

@@ -159,8 +159,10 @@ void main()
         float width = texelFetch(widths, entryOf(widthForm.y, e, gl_InstanceID) * widthForm.x).x * scale;
         halfWidth = max(0.5, 0.25 * width * projection[1][1] * pixels.y / at.w);
     }
-    float side = kSide[corner];
-    at.xy += side * across * halfWidth * 2.0 / pixels * at.w;
+    // Wide pieces reach a little further than their ends, so that bends have no gaps.
+    float side = kSide[corner], ending = float(2 * kEnd[corner] - 1);
+    vec2 further = halfWidth > 1.5 ? vec2(across.y, -across.x) * 0.4 * ending : vec2(0);
+    at.xy += (side * across + further) * halfWidth * 2.0 / pixels * at.w;
     viewPosition = p[kEnd[corner]];
     viewNormal = halfWidth > 1.5 ? normalize(vec3(side * across, 0.6)) : vec3(0, 0, 1);
     value = colourValue(e, gl_InstanceID);

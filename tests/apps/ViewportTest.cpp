@@ -1,0 +1,338 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include <apps/viewport/GLContext.h>
+#include <apps/viewport/Target.h>
+#include <rq/data/DAText.h>
+#include <rq/prim/PrimInstance.h>
+#include <rq/surface/PrimCurveMesh.h>
+#include <rq/surface/PrimPointMesh.h>
+#include <rq/surface/PrimSphereMesh.h>
+#include <rq/surface/PrimSubdivisionMesh.h>
+#include <tests/rq/surface/Fixture.h>
+
+namespace
+{
+using namespace rq::viewport;
+using namespace tests;
+
+constexpr int kWidth = 96, kHeight = 64;
+
+/// A camera that looks at things between -1 and 1 in x and y from the front.
+OrbitCamera frontCamera()
+{
+    OrbitCamera camera;
+    camera.setAngles(0.0, 0.0);
+    camera.frame({BAS_Vec3f(-1.0f, -1.0f, -0.01f), BAS_Vec3f(1.0f, 1.0f, 0.01f)}, double(kWidth) / kHeight);
+    return camera;
+}
+
+/// Mean of a rectangle, in parts of the picture from its upper left corner; 0 to 255.
+BAS_Vec3d meanOf(const Picture &picture, double x0, double y0, double x1, double y1)
+{
+    BAS_Vec3d sum(0.0);
+    int count = 0;
+    for (int y = int(y0 * kHeight); y < int(y1 * kHeight); ++y)
+        for (int x = int(x0 * kWidth); x < int(x1 * kWidth); ++x, ++count)
+            for (int c = 0; c < 3; ++c)
+                sum[c] += picture.at(x, y)[c];
+    return sum / double(count);
+}
+
+/// The part of the picture that is not background.
+double coverage(const Picture &picture, const DrawStyle &style = {})
+{
+    int covered = 0;
+    for (int i = 0; i < kWidth * kHeight; ++i)
+    {
+        double difference = 0.0;
+        for (int c = 0; c < 3; ++c)
+            difference += std::abs(picture.pixels[size_t(3 * i + c)] - 255.0 * style.background[c]);
+        covered += difference > 24.0;
+    }
+    return double(covered) / (kWidth * kHeight);
+}
+
+class Viewport : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::string error;
+        context_ = GLContext::create(error);
+        if (!context_)
+            GTEST_SKIP() << error;
+        display_ = Display::create(error);
+        ASSERT_TRUE(display_) << error;
+        target_ = Target::create(kWidth, kHeight, error);
+        ASSERT_TRUE(target_) << error;
+    }
+
+    Picture draw(const std::vector<Shown> &shown, const DrawStyle &style = {}, const Preparation &preparation = {},
+                 const OrbitCamera &camera = frontCamera())
+    {
+        const SceneHandle scene = Scene::make(shown, preparation, nullptr, display_->scene().get());
+        display_->setScene(scene);
+        target_->bind();
+        std::string error;
+        EXPECT_TRUE(display_->draw(camera, style, kWidth, kHeight, &error)) << error;
+        return target_->read();
+    }
+    Picture draw(const RQ_PrimitiveHandle &primitive, const DrawStyle &style = {}, const Preparation &preparation = {})
+    {
+        return draw(std::vector<Shown>{{primitive, BAS_Mat4d()}}, style, preparation);
+    }
+    const DisplayStatistics &statistics() const { return display_->statistics(); }
+
+    std::unique_ptr<GLContext> context_;
+    std::unique_ptr<Display> display_;
+    std::unique_ptr<Target> target_;
+};
+
+/// Two squares side by side over [-1, 1] x [-1, 1], seen from their front.
+struct Squares
+{
+    RQ_DataArrayHandle points = positions({-1, -1, 0, 0, -1, 0, 1, -1, 0, -1, 1, 0, 0, 1, 0, 1, 1, 0});
+    RQ_DataArrayHandle counts = integers({4, 4}), corners = integers({0, 1, 4, 3, 1, 2, 5, 4});
+
+    RQ_PrimitiveHandle with(RQ_Owner owner, const char *name, const RQ_DataArrayHandle &array) const
+    {
+        RQ_AttributeListHandle lists[4];
+        lists[RQ_OWNER_POINT] = oneAttribute("P", points);
+        lists[owner] = lists[owner] ? lists[owner]->addAttribute(name, array, true) : oneAttribute(name, array);
+        return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(counts, corners, lists[RQ_OWNER_POINT], lists[RQ_OWNER_VERTEX],
+                                                         lists[RQ_OWNER_UNIFORM], lists[RQ_OWNER_DETAIL]));
+    }
+};
+
+RQ_DataArrayHandle colours(const std::vector<float> &values) { return makeArray(values, 3, RQ_TYPE_COLOR); }
+
+/// Whether a colour is mostly one channel.
+bool isMostly(const BAS_Vec3d &colour, int channel)
+{
+    return colour[channel] > 1.5 * colour[(channel + 1) % 3] && colour[channel] > 1.5 * colour[(channel + 2) % 3];
+}
+}  // namespace
+
+TEST(OrbitCamera, KeepsWhatItFramesInThePicture)
+{
+    const BAS_BoundingBox kBoxes[] = {{{-1, -1, -1}, {1, 1, 1}},
+                                      {{0, 0, 0}, {100, 1, 3}},
+                                      {{4e6f, 0, 0}, {4e6f + 8, 2, 2}},
+                                      {{-1e-12f, 0, 0}, {1e-12f, 1e-12f, 0}},
+                                      {{5, 5, 5}, {5, 5, 5}}};
+    for (const BAS_BoundingBox &box : kBoxes)
+        for (const double aspect : {0.3, 1.0, 2.5})
+            for (int view = 0; view < 16; ++view)
+            {
+                SCOPED_TRACE(testing::Message() << box.size().x << " wide, aspect " << aspect << ", view " << view);
+                OrbitCamera camera;
+                camera.setUpAxis(view % 2 ? UpAxis::Z : UpAxis::Y);
+                camera.setAngles(0.0, -90.0 + 12.0 * view);
+                camera.frame(box, aspect);
+                camera.orbit(25.0 * view, 0.0);
+                const BAS_Mat4d toClip = camera.view() * camera.projection(aspect);
+                for (int corner = 0; corner < 8; ++corner)
+                {
+                    BAS_Vec3d point, seen;
+                    for (int axis = 0; axis < 3; ++axis)
+                        point[axis] = (corner >> axis & 1 ? box.maximum() : box.minimum())[axis];
+                    toClip.multVecMatrix(point, seen);
+                    EXPECT_LT(std::max({std::abs(seen.x), std::abs(seen.y), std::abs(seen.z)}), 1.0);
+                }
+            }
+}
+
+TEST(OrbitCamera, MovesTheObjectAsTheMouseGoes)
+{
+    OrbitCamera camera = frontCamera();
+    const auto seen = [&] {
+        BAS_Vec3d point;
+        (camera.view() * camera.projection(1.0)).multVecMatrix(BAS_Vec3d(0.0), point);
+        return point;
+    };
+    camera.pan(0.25, -0.125);
+    EXPECT_NEAR(seen().x, 0.5, 1e-9) << "a quarter of the height to the right";
+    EXPECT_NEAR(seen().y, -0.25, 1e-9);
+    const double before = camera.distance();
+    camera.zoom(2.0);
+    EXPECT_NEAR(camera.distance(), before / 2.0, 1e-9);
+}
+
+TEST_F(Viewport, ColoursByAttributesOfEveryOwner)
+{
+    const Squares squares;
+    const struct
+    {
+        const char *what;
+        RQ_Owner owner;
+        RQ_DataArrayHandle values;
+        int left, right;  // the channel that is seen there
+    } kCases[] = {
+        {"points", RQ_OWNER_POINT, colours({1, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 0, 1}), 0, 2},
+        {"corners", RQ_OWNER_VERTEX, colours({0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0}), 1, 0},
+        {"faces", RQ_OWNER_UNIFORM, colours({0, 0, 1, 1, 0, 0}), 2, 0},
+        {"the whole", RQ_OWNER_DETAIL, colours({0, 1, 0}), 1, 1},
+        {"faces, in bytes", RQ_OWNER_UNIFORM, makeArray<uint8_t>({0, 255, 0, 0, 0, 255}, 3, RQ_TYPE_COLOR), 1, 2},
+        {"faces, in halfs", RQ_OWNER_UNIFORM, makeArray<PLT_Half>({PLT_Half(1.0f), {}, {}, {}, PLT_Half(1.0f), {}}, 3), 0, 1},
+    };
+    for (const auto &c : kCases)
+        for (const bool wire : {false, true})
+        {
+            SCOPED_TRACE(testing::Message() << c.what << (wire ? " with edges" : ""));
+            DrawStyle style;
+            style.wire = wire;
+            const Picture picture = draw(squares.with(c.owner, "Cd", c.values), style);
+            EXPECT_TRUE(isMostly(meanOf(picture, 0.25, 0.2, 0.4, 0.8), c.left));
+            EXPECT_TRUE(isMostly(meanOf(picture, 0.65, 0.2, 0.75, 0.8), c.right));
+        }
+}
+
+TEST_F(Viewport, MapsNumbersAndTellsTextsApart)
+{
+    const Squares squares;
+    DrawStyle style;
+    style.colour = {ColourBy::Attribute, "value"};
+    style.colour.map = ColourMap::Diverging;
+    Picture picture = draw(squares.with(RQ_OWNER_UNIFORM, "value", makeArray<double>({-3.0, 5.0}, 1)), style);
+    EXPECT_TRUE(isMostly(meanOf(picture, 0.25, 0.2, 0.4, 0.8), 2)) << "the least is blue";
+    EXPECT_TRUE(isMostly(meanOf(picture, 0.65, 0.2, 0.75, 0.8), 0)) << "the greatest is red";
+    EXPECT_TRUE(display_->legend().shown);
+    EXPECT_EQ(display_->legend().minimum, -3.0);
+    EXPECT_EQ(display_->legend().maximum, 5.0);
+
+    picture = draw(squares.with(RQ_OWNER_UNIFORM, "value", makeArray<float>({0, 0, 0, 3, 4, 0}, 3)), style);
+    EXPECT_EQ(display_->legend().maximum, 5.0) << "vectors count by their length";
+
+    const RQ_DataArrayHandle texts(new RQ_DAString(BAS_Array<BAS_StringHolder>{"brick", "glass"}));
+    picture = draw(squares.with(RQ_OWNER_UNIFORM, "value", texts), style);
+    const BAS_Vec3d apart = meanOf(picture, 0.25, 0.2, 0.4, 0.8) - meanOf(picture, 0.65, 0.2, 0.75, 0.8);
+    EXPECT_GT(apart.length(), 40.0);
+    EXPECT_FALSE(display_->legend().shown);
+}
+
+TEST_F(Viewport, ShowsEdgesOfFacesAndNotOfTheirTriangles)
+{
+    std::vector<float> ring;
+    std::vector<int> corners;
+    constexpr int kCorners = 12;
+    for (int i = 0; i < kCorners; ++i)
+    {
+        const float turn = float(i) * 2.0f * std::numbers::pi_v<float> / kCorners, radius = i % 2 ? 0.55f : 1.0f;
+        ring.insert(ring.end(), {radius * std::cos(turn), radius * std::sin(turn), 0.0f});
+        corners.push_back(i);
+    }
+    const RQ_PolygonMeshHandle star(
+        new RQ_PrimPolygonMesh(integers({kCorners}), integers(corners), oneAttribute("P", positions(ring))));
+    DrawStyle style;
+    style.faces = false;
+    style.wire = true;
+    const double faces = coverage(draw(star, style)), triangles = coverage(draw(star->convex(3), style));
+    EXPECT_GT(faces, 0.02);
+    EXPECT_GT(triangles, 1.3 * faces);
+    // A fifth of the star around its middle has no edge of the face; its cuts must go somewhere.
+    EXPECT_LT((meanOf(draw(star, style), 0.45, 0.4, 0.55, 0.6) - BAS_Vec3d(style.background) * 255.0).length(), 6.0);
+    style.faces = true;
+    style.wire = false;
+    const double area = 0.5 * kCorners * 0.55 * std::sin(std::numbers::pi / 6.0);  // of the star
+    const double whole = coverage(draw(Squares().with(RQ_OWNER_DETAIL, "none", integers({0}))));
+    EXPECT_NEAR(coverage(draw(star, style)) / whole, area / 4.0, 0.03) << "concave, and without holes";
+}
+
+TEST_F(Viewport, DrawsEveryKindOfPrimitive)
+{
+    const RQ_PrimitiveHandle square(Squares().with(RQ_OWNER_DETAIL, "none", integers({0})));
+    const BAS_IntrusivePtr<RQ_TransformArray> transforms(new RQ_TransformArray);
+    for (const float x : {-0.7f, 0.7f})
+    {
+        BAS_Mat4f matrix;
+        matrix.setScale(0.3f);
+        matrix[3][0] = x;
+        transforms->append(RQ_TransformHandle(new RQ_Transform(&matrix, 1)));
+    }
+    const RQ_AttributeListHandle sides = oneAttribute("Cd", colours({1, 0, 0, 0, 0, 1}));
+    const auto spheres = BAS_IntrusivePtr<RQ_PrimSphereMesh>(new RQ_PrimSphereMesh);
+    ASSERT_TRUE(spheres->init(sides, {}, transforms));
+    const RQ_AttributeListHandle ends = oneAttribute("P", positions({-0.7f, 0, 0, 0.7f, 0, 0}));
+    const RQ_AttributeListHandle wide = ends->addAttribute("width", makeArray<float>({0.6f, 0.6f}), false);
+    const RQ_PrimitiveHandle cage(RQ_PrimSubdivisionMesh::createWithStandardTags(
+        *boost::static_pointer_cast<RQ_PrimPolygonMesh>(Squares().with(RQ_OWNER_DETAIL, "none", integers({0})))));
+    const struct
+    {
+        const char *what;
+        RQ_PrimitiveHandle primitive;
+        double left, middle;  // the least that the tile's colour differs from the background; 0: not at all
+    } kCases[] = {
+        {"mesh", square, 60, 60},
+        {"instances", RQ_PrimitiveHandle(new RQ_PrimInstance(square, transforms, sides)), 40, 0},
+        {"spheres", spheres, 40, 0},
+        {"points", RQ_PrimitiveHandle(new RQ_PrimPointMesh(wide)), 60, 0},
+        {"curve", RQ_PrimitiveHandle(new RQ_PrimCurveMesh(RQ_BASIS_LINEAR, integers({2}), wide)), 60, 60},
+        {"subdivision surface", cage, 60, 60},
+    };
+    const BAS_Vec3d background = BAS_Vec3d(DrawStyle().background) * 255.0;
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        const Picture picture = draw(c.primitive);
+        const BAS_Vec3d left = meanOf(picture, 0.26, 0.46, 0.30, 0.54), middle = meanOf(picture, 0.48, 0.46, 0.52, 0.54);
+        EXPECT_GT((left - background).length(), c.left);
+        if (c.middle > 0)
+            EXPECT_GT((middle - background).length(), c.middle);
+        else
+            EXPECT_LT((middle - background).length(), 6.0);
+        EXPECT_LT((meanOf(picture, 0.0, 0.0, 0.1, 1.0) - background).length(), 6.0) << "nothing lies there";
+    }
+    EXPECT_TRUE(isMostly(meanOf(draw(kCases[1].primitive), 0.26, 0.46, 0.30, 0.54), 0)) << "copies have colours";
+    EXPECT_TRUE(isMostly(meanOf(draw(kCases[2].primitive), 0.7, 0.46, 0.74, 0.54), 2));
+}
+
+TEST_F(Viewport, TintsWhatIsSeenFromBehind)
+{
+    const RQ_PrimitiveHandle square(Squares().with(RQ_OWNER_DETAIL, "none", integers({0})));
+    OrbitCamera behind = frontCamera();
+    behind.orbit(180.0, 0.0);
+    BAS_Mat4d mirrored;
+    mirrored[0][0] = -1.0;
+    const auto blueness = [&](const BAS_Mat4d &placement, const OrbitCamera &camera) {
+        const BAS_Vec3d mean = meanOf(draw({{square, placement}}, {}, {}, camera), 0.4, 0.4, 0.6, 0.6);
+        return mean.z - mean.x;
+    };
+    EXPECT_LT(blueness(BAS_Mat4d(), frontCamera()), 0.0);
+    EXPECT_GT(blueness(BAS_Mat4d(), behind), 20.0);
+    EXPECT_LT(blueness(mirrored, frontCamera()), 0.0) << "a mirrored face keeps its front";
+}
+
+TEST_F(Viewport, UploadsOnlyWhatHasChanged)
+{
+    Squares squares;
+    const RQ_DataArrayHandle red = colours(std::vector<float>(18, 0.5f));
+    draw(squares.with(RQ_OWNER_POINT, "Cd", red));
+    const int64_t held = statistics().gpuBytes;
+    EXPECT_EQ(statistics().uploadedBytes, held);
+    EXPECT_EQ(statistics().copiedBytes, 0);
+
+    draw(squares.with(RQ_OWNER_POINT, "Cd", red));
+    EXPECT_EQ(statistics().uploadedBytes, 0) << "the same arrays in another mesh";
+
+    draw(squares.with(RQ_OWNER_POINT, "Cd", colours(std::vector<float>(18, 0.7f))));
+    EXPECT_EQ(statistics().uploadedBytes, 18 * 4) << "colours alone are new";
+    EXPECT_EQ(statistics().buffersRefreshed, 1);
+    EXPECT_EQ(statistics().gpuBytes, held) << "they take the place of the old ones";
+
+    draw(squares.with(RQ_OWNER_POINT, "Cd", makeArray(std::vector<double>(18, 0.5), 3)));
+    EXPECT_EQ(statistics().copiedBytes, 18 * 4) << "doubles have to be converted";
+}
+
+TEST_F(Viewport, TellsWhatCannotBeDrawn)
+{
+    const RQ_PrimitiveHandle lost(
+        new RQ_PrimPolygonMesh(integers({3}), integers({0, 1, 9}), oneAttribute("P", positions({0, 0, 0, 1, 0, 0}))));
+    const SceneHandle scene =
+        Scene::make({{lost, {}}, {RQ_PrimitiveHandle(new RQ_PrimPointMesh), {}}, {nullptr, {}}}, {}, nullptr);
+    EXPECT_EQ(scene->complaints().size(), 2u);
+    EXPECT_TRUE(scene->bounds().isEmpty());
+    EXPECT_LT(coverage(draw({{lost, {}}})), 0.001);
+}
