@@ -41,6 +41,8 @@ const BAS_Vec3f kNormalColour(0.35f, 0.85f, 0.90f);
 
 constexpr float kLineWidth = 1.6f;
 constexpr float kPointWidth = 4.0f;
+constexpr float kCrowdedWidth = 2.0f;
+constexpr int64_t kCrowd = 20000;
 
 // Marks of points lie on the surface: drawn this part of the depth nearer, they are not half hidden by it.
 constexpr float kLift = 1e-3f;
@@ -197,7 +199,8 @@ bool ItemPainter::drawPoints(const Item &item, const Frame &frame, std::string &
     Bound bound;
     if (!shader || !bind(item, frame, *shader, bound, error))
         return false;
-    shader->set("pixelWidth", kPointWidth);
+    const int64_t points = form.positions->entries();
+    shader->set("pixelWidth", form.kind == FormKind::Points && points > kCrowd ? kCrowdedWidth : kPointWidth);
     shader->set("lift", form.kind == FormKind::Points ? 0.0f : kLift);
     if (form.kind == FormKind::Points)
     {
@@ -208,7 +211,6 @@ bool ItemPainter::drawPoints(const Item &item, const Frame &frame, std::string &
     }
     else
         shader->set("plainColour", kPointColour);
-    const int64_t points = form.positions->entries();
     glDrawArraysInstanced(GL_POINTS, 0, GLsizei(points), copiesOf(item));
     statistics_.points += points * copiesOf(item);
     ++statistics_.draws;
