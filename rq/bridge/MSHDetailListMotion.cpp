@@ -1,11 +1,10 @@
 #include <algorithm>
 
 #include <host/bas/Diagnostics.h>
-#include <host/msh/Detail.h>
+#include <host/msh/sameTopology.h>
 #include <rq/bridge/MSHDetailList.h>
 #include <rq/bridge/detail/PointIds.h>
 #include <rq/bridge/detail/PointMotion.h>
-#include <rq/bridge/detail/sameTopology.h>
 
 namespace
 {
@@ -22,7 +21,7 @@ bool hasSameIds(const MOD_ConstDetailHandle &a, const MOD_ConstDetailHandle &b)
 
 bool isSampleOf(const MOD_ConstDetailHandle &first, const MOD_ConstDetailHandle &other)
 {
-    return first == other || (rq::hasSameTopology(*first.readLock(), *other.readLock()) && hasSameIds(first, other));
+    return first == other || (MSHhasSameTopology(*first.readLock(), *other.readLock()) && hasSameIds(first, other));
 }
 }  // namespace
 

@@ -41,6 +41,7 @@ public:
 
     /// Hand over the mesh of `refineToPolygonMesh`.  False when there is none.
     bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
+    const RQ_ViewportRefineOptions &viewportRefineOptions() const override;
 
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
     int getMotionSegments() const override;

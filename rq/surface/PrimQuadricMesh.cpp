@@ -6,6 +6,7 @@
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/prim/detail/enlargeInBlocks.h>
+#include <rq/surface/detail/levelOptions.h>
 #include <rq/surface/detail/lists.h>
 
 namespace
@@ -67,6 +68,8 @@ void RQ_PrimQuadricMesh::enlargeBounds(BAS_BoundingBox *boxes, int segments) con
         rq::enlargeInBlocks(boxes + segment, 1, getQuadricCount(), kBoxesPerTask, enlarge);
     }
 }
+
+const RQ_ViewportRefineOptions &RQ_PrimQuadricMesh::viewportRefineOptions() const { return rq::levelRefineOptions(); }
 
 bool RQ_PrimQuadricMesh::refine(RQ_Refine &sink, const RQ_RefineParms *) const
 {

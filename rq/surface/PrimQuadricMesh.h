@@ -35,6 +35,7 @@ public:
     /// Hand over the quadrics, one primitive each, in parallel and in no order where the sink allows threads.  False when
     /// there are none.
     bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
+    const RQ_ViewportRefineOptions &viewportRefineOptions() const override;
 
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;

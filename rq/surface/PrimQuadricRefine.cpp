@@ -6,6 +6,7 @@
 #include <rq/prim/RefineParms.h>
 #include <rq/surface/PrimQuadric.h>
 #include <rq/surface/detail/gridFaces.h>
+#include <rq/surface/detail/levelOptions.h>
 #include <rq/surface/detail/sweep.h>
 
 namespace
@@ -87,6 +88,8 @@ void RQ_PrimQuadric::extractRefineParms(const RQ_RefineParms *parms, int &nu, in
 }
 
 void RQ_PrimQuadric::adjustTesselationCounts(int &, int &) const {}
+
+const RQ_ViewportRefineOptions &RQ_PrimQuadric::viewportRefineOptions() const { return rq::levelRefineOptions(); }
 
 bool RQ_PrimQuadric::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const
 {

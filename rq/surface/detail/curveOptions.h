@@ -1,7 +1,7 @@
 #pragma once
 
-#include <rq/prim/ViewportRefineOptions.h>
 #include <rq/surface/Basis.h>
+#include <rq/surface/detail/levelOptions.h>
 
 namespace rq
 {
@@ -12,11 +12,6 @@ constexpr double kSegmentsPerSpan = 20.0;
 inline const RQ_ViewportRefineOptions &curveRefineOptions(RQ_Basis basis)
 {
     static const RQ_ViewportRefineOptions linear;
-    static const RQ_ViewportRefineOptions smooth = [] {
-        RQ_ViewportRefineOptions options;
-        options.setChangesWithLOD(true);
-        return options;
-    }();
-    return basis == RQ_BASIS_LINEAR ? linear : smooth;
+    return basis == RQ_BASIS_LINEAR ? linear : levelRefineOptions();
 }
 }  // namespace rq

@@ -5,6 +5,7 @@
 
 #include <rq/prim/CompactTransformArray.h>
 #include <rq/prim/RefineCollect.h>
+#include <rq/prim/ViewportRefineOptions.h>
 #include <rq/surface/PrimCircle.h>
 #include <rq/surface/PrimCircleMesh.h>
 #include <rq/surface/PrimHyperboloid.h>
@@ -340,6 +341,7 @@ TEST(QuadricMesh, IsItsQuadrics)
     {
         SCOPED_TRACE(mesh->className());
         RQ_RefineCollect sink;
+        EXPECT_TRUE(mesh->viewportRefineOptions().changesWithLOD());
         EXPECT_FALSE((mesh != tubes && mesh->refine(sink, nullptr)) || mesh->init({}, {}, {}));
         ASSERT_TRUE(mesh->init({}, {}, transforms));
         EXPECT_LE(mesh->getMemoryUsage(), kQuadrics * 96 * 105 / 100);

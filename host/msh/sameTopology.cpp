@@ -1,4 +1,4 @@
-#include <rq/bridge/detail/sameTopology.h>
+#include <host/msh/sameTopology.h>
 
 #include <algorithm>
 
@@ -50,7 +50,7 @@ bool hasSamePayloads(const MSH_Detail &a, const MSH_Detail &b)
 }
 }  // namespace
 
-bool rq::hasSameTopology(const MSH_Detail &a, const MSH_Detail &b)
+bool MSHhasSameTopology(const MSH_Detail &a, const MSH_Detail &b)
 {
     if (a.topologyId() == b.topologyId())
         return true;

@@ -1,0 +1,147 @@
+#include <apps/viewport/SceneLoader.h>
+
+#include <chrono>
+
+#include <apps/viewport/followFrame.h>
+#include <apps/viewport/levelOfDetail.h>
+#include <io/Reader.h>
+#include <rq/prim/PrimCollect.h>
+#include <rq/prim/RefineCollect.h>
+
+namespace rq::viewport
+{
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+void openCollections(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms &parms, Emitted place,
+                     std::vector<Emitted> &emitted)
+{
+    if (!primitive)
+        return;
+    if (!dynamic_cast<const RQ_PrimCollect *>(primitive.get()))
+    {
+        place.primitive = primitive;
+        emitted.push_back(place);
+        return;
+    }
+    RQ_RefineCollect children;
+    primitive->refine(children, &parms);
+    ++place.depth;
+    for (int64_t i = 0; i < children.entries(); ++i)
+        openCollections(children.getPrim(i), parms, place, emitted);
+}
+}  // namespace
+
+bool SceneLoader::readFile(const std::string &path, LoadedFile &file, std::string &error)
+{
+    MOD_DetailHandle detail;
+    io::Messages messages;
+    // A file that changes while it is read is seen again, with its new stamp.
+    file.path = path;
+    file.stamp = FileStamp::of(path);
+    tried_.emplace_back(path, file.stamp);
+    const bool isRead = io::load(path, detail, messages);
+    (isRead ? file.warnings : error) = cancelled_ ? "cancelled" : messages.toString();
+    file.detail = detail.read();
+    return isRead;
+}
+
+bool SceneLoader::loadFiles(const Order &order, LoadedFiles &loaded, std::string &error)
+{
+    tried_.clear();
+    for (size_t i = 0; i < order.files.size() && !cancelled_; ++i)
+    {
+        const std::string &path = order.files[i];
+        LoadedFile &file = loaded.emplace_back();
+        if (i < loaded_.size() && loaded_[i].path == path && !order.readsAgain && loaded_[i].stamp == FileStamp::of(path))
+        {
+            file = loaded_[i];
+            tried_.emplace_back(path, file.stamp);
+            continue;
+        }
+        if (!readFile(path, file, error))
+            return false;
+        if (i < loaded_.size())
+            file.detail = followFrame(loaded_[i].detail, file.detail);
+    }
+    return true;
+}
+
+// The primitives of the bridge depend on no level of detail: they stay while nothing else changes.
+bool SceneLoader::takesOver(const LoadedFiles &loaded, const RQ_RefineParms &parms) const
+{
+    if (!last_ || loaded.size() != last_->details.size() || !differInLevelOnly(last_->parms, parms))
+        return false;
+    for (size_t i = 0; i < loaded.size(); ++i)
+        if (!(loaded[i].detail == last_->details[i]))
+            return false;
+    return true;
+}
+
+void SceneLoader::refine(const LoadedFiles &loaded, SessionResult &result)
+{
+    if (takesOver(loaded, result.parms))
+    {
+        result.emitted = last_->emitted;
+        for (const Emitted &emitted : result.emitted)
+            result.primitivesRefined += changesWithLevel(*emitted.primitive);
+    }
+    else
+    {
+        for (size_t i = 0; i < loaded.size() && !cancelled_; ++i)
+            for (const RQ_PrimitiveHandle &primitive : cache_.refine(RQ_MSHDetail(loaded[i].detail), &result.parms))
+                openCollections(primitive, result.parms, {.primitive = {}, .file = int(i), .depth = 0}, result.emitted);
+        result.primitivesRefined = int64_t(result.emitted.size());
+    }
+    std::vector<Shown> shown;
+    for (const Emitted &emitted : result.emitted)
+        shown.push_back({emitted.primitive, BAS_Mat4d()});
+    if (!cancelled_)
+        result.scene = Scene::make(shown, result.preparation, &result.parms, last_ ? last_->scene.get() : nullptr);
+}
+
+ResultHandle SceneLoader::load(const Order &order, std::string &error)
+{
+    const auto result = std::make_shared<SessionResult>();
+    result->files = order.files;
+    result->frame = order.frame;
+    result->parms = order.parms;
+    result->preparation = order.preparation;
+
+    auto start = Clock::now();
+    LoadedFiles loaded;
+    const bool isLoaded = loadFiles(order, loaded, error);
+    result->loadSeconds = secondsSince(start);
+    if (!isLoaded)
+        return nullptr;
+
+    start = Clock::now();
+    refine(loaded, *result);
+    result->refineSeconds = secondsSince(start);
+    if (cancelled_ || !result->scene)
+    {
+        error = "cancelled";
+        return nullptr;
+    }
+    for (const LoadedFile &file : loaded)
+    {
+        result->details.push_back(file.detail);
+        result->warnings += file.warnings;
+    }
+    result->cacheWork = cache_.getWork();
+    result->cacheBytes = cache_.getMemoryUsage();
+    loaded_ = std::move(loaded);
+    return last_ = result;
+}
+
+bool SceneLoader::haveFilesChanged() const
+{
+    for (const auto &[path, stamp] : tried_)
+        if (const FileStamp now = FileStamp::of(path); now.exists() && !(now == stamp))
+            return true;
+    return false;
+}
+}  // namespace rq::viewport

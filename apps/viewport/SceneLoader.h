@@ -1,0 +1,57 @@
+#pragma once
+
+#include <atomic>
+
+#include <apps/viewport/FileStamp.h>
+#include <apps/viewport/SessionResult.h>
+
+namespace rq::viewport
+{
+/// Makes scenes of files, and keeps what the next scene can use: files that did not change are not read again, what was
+/// read is taken for the next state of what was there before, and refined through a cache.
+///
+/// Failure  null, with the reason, when a file cannot be read or the work was cancelled: then the next scene begins from
+///          where this one did
+/// Threads  one thread at a time
+class SceneLoader
+{
+public:
+    struct Order
+    {
+        std::vector<std::string> files;
+        int frame = 0;
+        RQ_RefineParms parms;
+        Preparation preparation;
+        bool readsAgain = false;  ///< files that did not change, too
+    };
+
+    /// `cancelled` is asked between files and between steps; a progress handler that answers the same ends steps early.
+    explicit SceneLoader(const std::atomic<bool> &cancelled) : cancelled_(cancelled) {}
+
+    ResultHandle load(const Order &order, std::string &error);
+
+    /// Whether a file was written since it was last read, successfully or not.
+    bool haveFilesChanged() const;
+
+private:
+    struct LoadedFile
+    {
+        std::string path;
+        FileStamp stamp;
+        MOD_ConstDetailHandle detail;
+        std::string warnings;
+    };
+    using LoadedFiles = std::vector<LoadedFile>;
+
+    bool loadFiles(const Order &order, LoadedFiles &loaded, std::string &error);
+    bool readFile(const std::string &path, LoadedFile &file, std::string &error);
+    void refine(const LoadedFiles &loaded, SessionResult &result);
+    bool takesOver(const LoadedFiles &loaded, const RQ_RefineParms &parms) const;
+
+    const std::atomic<bool> &cancelled_;
+    RQ_RefineCache cache_;
+    LoadedFiles loaded_;
+    std::vector<std::pair<std::string, FileStamp>> tried_;
+    ResultHandle last_;
+};
+}  // namespace rq::viewport
