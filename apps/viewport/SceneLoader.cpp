@@ -35,16 +35,14 @@ void openCollections(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms &
 }
 }  // namespace
 
-bool SceneLoader::readFile(const std::string &path, LoadedFile &file, std::string &error)
+bool SceneLoader::readFile(LoadedFile &file, std::string &error) const
 {
     MOD_DetailHandle detail;
     io::Messages messages;
-    // A file that changes while it is read is seen again, with its new stamp.
-    file.path = path;
-    file.stamp = FileStamp::of(path);
-    tried_.emplace_back(path, file.stamp);
-    const bool isRead = io::load(path, detail, messages);
-    (isRead ? file.warnings : error) = cancelled_ ? "cancelled" : messages.toString();
+    const bool isRead = io::load(file.path, detail, messages);
+    (isRead ? file.warnings : error) = messages.toString();
+    if (!isRead && cancelled_)
+        error = "cancelled";
     file.detail = detail.read();
     return isRead;
 }
@@ -55,17 +53,20 @@ bool SceneLoader::loadFiles(const Order &order, LoadedFiles &loaded, std::string
     for (size_t i = 0; i < order.files.size() && !cancelled_; ++i)
     {
         const std::string &path = order.files[i];
-        LoadedFile &file = loaded.emplace_back();
-        if (i < loaded_.size() && loaded_[i].path == path && !order.readsAgain && loaded_[i].stamp == FileStamp::of(path))
+        const FileStamp stamp = FileStamp::of(path);
+        tried_.emplace_back(path, stamp);
+        if (const LoadedFile *kept = order.readsAgain ? nullptr : shelf_.find(path, stamp))
         {
-            file = loaded_[i];
-            tried_.emplace_back(path, file.stamp);
+            loaded.push_back(*kept);
             continue;
         }
-        if (!readFile(path, file, error))
+        // A file that changes while it is read is seen again, with its new stamp.
+        LoadedFile &file = loaded.emplace_back(LoadedFile{path, stamp, {}, {}});
+        if (!readFile(file, error))
             return false;
         if (i < loaded_.size())
             file.detail = followFrame(loaded_[i].detail, file.detail);
+        shelf_.put(file);
     }
     return true;
 }

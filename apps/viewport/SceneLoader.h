@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include <apps/viewport/FileStamp.h>
+#include <apps/viewport/FileShelf.h>
 #include <apps/viewport/SessionResult.h>
 
 namespace rq::viewport
@@ -34,22 +34,16 @@ public:
     bool haveFilesChanged() const;
 
 private:
-    struct LoadedFile
-    {
-        std::string path;
-        FileStamp stamp;
-        MOD_ConstDetailHandle detail;
-        std::string warnings;
-    };
     using LoadedFiles = std::vector<LoadedFile>;
 
     bool loadFiles(const Order &order, LoadedFiles &loaded, std::string &error);
-    bool readFile(const std::string &path, LoadedFile &file, std::string &error);
+    bool readFile(LoadedFile &file, std::string &error) const;
     void refine(const LoadedFiles &loaded, SessionResult &result);
     bool takesOver(const LoadedFiles &loaded, const RQ_RefineParms &parms) const;
 
     const std::atomic<bool> &cancelled_;
     RQ_RefineCache cache_;
+    FileShelf shelf_;
     LoadedFiles loaded_;
     std::vector<std::pair<std::string, FileStamp>> tried_;
     ResultHandle last_;

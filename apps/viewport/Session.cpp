@@ -12,8 +12,8 @@ namespace
 constexpr std::chrono::milliseconds kWatchInterval(250);
 }  // namespace
 
-Session::Session(const RQ_RefineParms &parms, const Preparation &preparation)
-    : parms_(parms), preparation_(preparation), worker_([this] { work(); })
+Session::Session(const RQ_RefineParms &parms, const Preparation &preparation, std::function<void()> notify)
+    : parms_(parms), preparation_(preparation), notify_(std::move(notify)), worker_([this] { work(); })
 {}
 
 Session::~Session()
@@ -46,8 +46,12 @@ void Session::open(const std::vector<std::string> &paths)
         return;
     sources_ = std::move(sources);
     player_.reset(int(frames));
-    progress_.cancelled = true;
-    order(true);
+    {
+        const std::lock_guard lock(mutex_);
+        error_.clear();
+        progress_.cancelled = true;
+    }
+    order();
 }
 
 // A sequence that is shorter than others stays at its end.
@@ -157,6 +161,8 @@ void Session::work()
             error_ = error;
         if (result)
             result_ = std::move(result);
+        if (notify_)
+            notify_();
     }
 }
 }  // namespace rq::viewport

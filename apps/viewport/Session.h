@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <optional>
 
 #include <apps/viewport/Player.h>
@@ -28,7 +29,9 @@ namespace rq::viewport
 class Session
 {
 public:
-    explicit Session(const RQ_RefineParms &parms = {}, const Preparation &preparation = {});
+    /// `notify`, if any, is called by the worker whenever it has something new; it must not call the session.
+    explicit Session(const RQ_RefineParms &parms = {}, const Preparation &preparation = {},
+                     std::function<void()> notify = {});
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -80,6 +83,7 @@ private:
     Player player_;
     int orderedFrame_ = 0;
 
+    const std::function<void()> notify_;
     SessionProgress progress_;
     SceneLoader loader_{progress_.cancelled};  // the worker's
 
