@@ -88,8 +88,12 @@ CLI::App *addRender(CLI::App &program, CommonOptions &common, RenderOptions &opt
 
 CLI::App *addView(CLI::App &program, CommonOptions &common, ViewOptions &options)
 {
-    CLI::App *command = program.add_subcommand("view", "Show a file");
-    command->add_option("FILE", options.file, std::string("File to read: ") + kFormats)->required()->type_name("");
+    CLI::App *command = program.add_subcommand("view", "Show files in a window, or in a picture");
+    command
+        ->add_option("FILE", options.files,
+                     std::string("Files to show together: ") + kFormats +
+                         "; in a window, a run of # stands for the numbers of a sequence")
+        ->type_name("");
     addViewOptions(*command, options);
     addCommonOptions(*command, common);
     return command;

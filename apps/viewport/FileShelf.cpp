@@ -21,8 +21,8 @@ void FileShelf::put(const LoadedFile &file)
         bytes_ -= place->bytes;
         places_.erase(place);
     };
-    const auto old = std::find_if(places_.begin(), places_.end(),
-                                  [&](const Place &place) { return place.file.path == file.path; });
+    const auto old =
+        std::find_if(places_.begin(), places_.end(), [&](const Place &place) { return place.file.path == file.path; });
     if (old != places_.end())
         drop(old);
     places_.push_front({file, file.detail.readLock()->memoryUsage()});

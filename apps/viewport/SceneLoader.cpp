@@ -55,7 +55,8 @@ bool SceneLoader::loadFiles(const Order &order, LoadedFiles &loaded, std::string
         const std::string &path = order.files[i];
         const FileStamp stamp = FileStamp::of(path);
         tried_.emplace_back(path, stamp);
-        if (const LoadedFile *kept = order.readsAgain ? nullptr : shelf_.find(path, stamp))
+        // What is no file, such as standard input, can be read but once.
+        if (const LoadedFile *kept = order.readsAgain && stamp.exists() ? nullptr : shelf_.find(path, stamp))
         {
             loaded.push_back(*kept);
             continue;

@@ -10,8 +10,8 @@
 
 namespace rq::viewport
 {
-/// Keeps the scene of some files up to date on a thread of its own: loads and refines them, again when a file is written, an option
-/// changes or an animation plays, and hands over the newest result when it is asked.
+/// Keeps the scene of some files up to date on a thread of its own: loads and refines them, again when a file is written, an
+/// option changes or an animation plays, and hands over the newest result when it is asked.
 ///
 ///     Session session;
 ///     session.open({"frame.####.obj"});

@@ -34,7 +34,7 @@ struct SessionResult
     std::string warnings;  ///< what readers had to say, a line each
 
     double loadSeconds = 0.0;
-    double refineSeconds = 0.0;  ///< until the scene is ready to draw
+    double refineSeconds = 0.0;      ///< until the scene is ready to draw
     int64_t primitivesRefined = 0;   ///< of those emitted, how many were made or refined for this result
     RQ_RefineCache::Work cacheWork;  ///< what the cache had to make since the session began
     int64_t cacheBytes = 0;

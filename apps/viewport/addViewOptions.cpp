@@ -53,7 +53,7 @@ void addStyleOptions(CLI::App &command, ViewOptions &options)
 void addViewOptions(CLI::App &command, ViewOptions &options)
 {
     command.add_option("--screenshot", options.screenshot, "Draw into a PNG file, without a display")->type_name("PNG");
-    command.add_option("--size", options.size, "Size of the picture in pixels")->type_name("WxH")->capture_default_str();
+    command.add_option("--size", options.size, "Size of the picture, or of the window, in pixels")->type_name("WxH");
     command.add_flag("--statistics", options.statistics, "Tell what was drawn and uploaded");
     addStyleOptions(command, options);
     addLookOptions(command, options);

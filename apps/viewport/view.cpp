@@ -8,6 +8,7 @@
 #include <apps/TerminalProgress.h>
 #include <apps/viewport/GLContext.h>
 #include <apps/viewport/Target.h>
+#include <apps/viewport/window/runWindow.h>
 
 namespace rq::app
 {
@@ -21,12 +22,17 @@ ExitCode fail(ExitCode code, const std::string &message)
     return code;
 }
 
+std::optional<UpAxis> upOf(const ViewOptions &options)
+{
+    if (options.up == "auto")
+        return std::nullopt;
+    return options.up == "y" ? UpAxis::Y : UpAxis::Z;
+}
+
 OrbitCamera cameraFor(const Scene &scene, const ViewOptions &options, double aspect)
 {
     OrbitCamera camera;
-    camera.setUpAxis(options.up == "y"   ? UpAxis::Y
-                     : options.up == "z" ? UpAxis::Z
-                                         : likelyUpAxis(scene.bounds()));
+    camera.setUpAxis(upOf(options).value_or(likelyUpAxis(scene.bounds())));
     camera.setAngles(options.azimuth, options.elevation);
     camera.frame(scene.bounds(), aspect);
     camera.zoom(options.zoom);
@@ -35,16 +41,15 @@ OrbitCamera cameraFor(const Scene &scene, const ViewOptions &options, double asp
 
 void printStatistics(const DisplayStatistics &statistics)
 {
-    fmt::print(stderr, "{} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied\n",
+    fmt::print(stderr,
+               "{} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied\n",
                statistics.triangles, statistics.segments, statistics.points, statistics.draws, statistics.uploadedBytes,
                statistics.buffersRefreshed, statistics.copiedBytes);
 }
 
 // Without a display, in a picture's memory.
-ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const ViewOptions &options)
+ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const ViewOptions &options, int width, int height)
 {
-    int width = 0, height = 0;
-    readSize(options.size, width, height);
     std::string error;
     const std::unique_ptr<GLContext> context = GLContext::create(error);
     const std::unique_ptr<Display> display = context ? Display::create(error) : nullptr;
@@ -54,43 +59,66 @@ ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const 
     display->setScene(scene);
     target->bind();
     if (!display->draw(cameraFor(*scene, options, double(width) / height), style, width, height, &error))
-        fmt::print(stderr, "{}: warning: {}\n", options.file, error);
+        fmt::print(stderr, "{}: warning: {}\n", options.files.front(), error);
     Picture picture = target->read();
     drawLegend(picture, display->legend());
     if (options.statistics)
         printStatistics(display->statistics());
     return writePNG(options.screenshot, picture, error) ? ExitDone : fail(ExitFailure, options.screenshot + ": " + error);
 }
+
+/// What the files refine to, ready to draw.
+ExitCode makeScene(const CommonOptions &common, const std::vector<std::string> &files, const RQ_RefineParms &parms,
+                   const Preparation &preparation, SceneHandle &scene)
+{
+    std::vector<Shown> shown;
+    for (const std::string &file : files)
+    {
+        RefinedFile refined;
+        if (const ExitCode code = refineFile(file, common, parms, refined); code != ExitDone)
+            return code;
+        for (const RefinedPrimitive &entry : refined.primitives)
+            shown.push_back({entry.primitive, BAS_Mat4d()});
+    }
+    const TerminalProgress progress;
+    scene = Scene::make(shown, preparation, &parms);
+    if (!scene)
+        return fail(ExitFailure, "interrupted");
+    for (const std::string &complaint : scene->complaints())
+        fmt::print(stderr, "{}: warning: {}\n", files.front(), complaint);
+    return scene->bounds().isEmpty() ? fail(ExitFailure, files.front() + ": there is nothing to draw") : ExitDone;
+}
+
+ExitCode openWindow(WindowOptions &window, const ViewOptions &options)
+{
+    window.files = options.files;
+    window.camera.setAngles(options.azimuth, options.elevation);
+    window.up = upOf(options);
+    window.zoom = options.zoom;
+    const WindowOutcome outcome = runWindow(window);
+    if (!outcome.error.empty())
+        return fail(ExitFailure, outcome.error + "; --screenshot PNG needs no window");
+    std::fputs(outcome.complaint.c_str(), stderr);
+    return outcome.complaint.empty() ? ExitDone : ExitBadInput;
+}
 }  // namespace
 
 ExitCode runView(const CommonOptions &common, const ViewOptions &options)
 {
-    RQ_RefineParms parms;
+    const bool inWindow = options.screenshot.empty();
+    const std::string size = !options.size.empty() ? options.size : inWindow ? "1280x800" : "960x540";
+    WindowOptions window;
     std::string error;
-    DrawStyle style;
-    Preparation preparation;
-    if (!readParms(common, parms, error) || !readStyle(options, style, preparation, error))
+    if (!readParms(common, window.parms, error) || !readStyle(options, window.style, window.preparation, error))
         return fail(ExitUsage, error);
-    int width = 0, height = 0;
-    if (!readSize(options.size, width, height))
-        return fail(ExitUsage, fmt::format("--size {}: expected WIDTHxHEIGHT", options.size));
-    if (options.screenshot.empty())
-        return fail(ExitUsage, "there are no windows yet: give --screenshot PNG");
-
-    RefinedFile refined;
-    if (const ExitCode code = refineFile(options.file, common, parms, refined); code != ExitDone)
-        return code;
-    const TerminalProgress progress;
-    std::vector<Shown> shown;
-    for (const RefinedPrimitive &entry : refined.primitives)
-        shown.push_back({entry.primitive, BAS_Mat4d()});
-    const SceneHandle scene = Scene::make(shown, preparation, &parms);
-    if (!scene)
-        return fail(ExitFailure, "interrupted");
-    for (const std::string &complaint : scene->complaints())
-        fmt::print(stderr, "{}: warning: {}\n", refined.file, complaint);
-    if (scene->bounds().isEmpty())
-        return fail(ExitFailure, refined.file + ": there is nothing to draw");
-    return takeScreenshot(scene, style, options);
+    if (!readSize(size, window.width, window.height))
+        return fail(ExitUsage, fmt::format("--size {}: expected WIDTHxHEIGHT", size));
+    if (inWindow)
+        return openWindow(window, options);
+    if (options.files.empty())
+        return fail(ExitUsage, "FILE is required with --screenshot");
+    SceneHandle scene;
+    const ExitCode code = makeScene(common, options.files, window.parms, window.preparation, scene);
+    return code == ExitDone ? takeScreenshot(scene, window.style, options, window.width, window.height) : code;
 }
 }  // namespace rq::app

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <apps/CommonOptions.h>
 #include <apps/ExitCode.h>
@@ -15,13 +16,13 @@ namespace rq::app
 {
 struct ViewOptions
 {
-    std::string file;
-    std::string screenshot;  ///< PNG file; a window is opened when it is empty
-    std::string size = "960x540";
-    std::string up = "auto";       ///< "auto", "y" or "z"
-    std::string shading = "auto";  ///< "auto", "smooth", "cusp" or "flat"
-    double cuspAngle = 60.0;       ///< degrees
-    std::string colour;            ///< attribute, as [OWNER:]NAME[.COMPONENT]; empty for the own colours
+    std::vector<std::string> files;  ///< shown together; in a window, also sequences
+    std::string screenshot;          ///< PNG file; a window is opened when it is empty
+    std::string size;                ///< empty for one that suits a picture or a window
+    std::string up = "auto";         ///< "auto", "y" or "z"
+    std::string shading = "auto";    ///< "auto", "smooth", "cusp" or "flat"
+    double cuspAngle = 60.0;         ///< degrees
+    std::string colour;              ///< attribute, as [OWNER:]NAME[.COMPONENT]; empty for the own colours
     std::string map = "spectrum";
     std::vector<double> range;  ///< least and greatest value of the map; empty for those of the attribute
     double azimuth = 33.0;      ///< degrees
@@ -38,7 +39,7 @@ struct ViewOptions
 /// The options of `rq view` beyond those of every command, into `options`.
 void addViewOptions(CLI::App &command, ViewOptions &options);
 
-/// Show a file: in a picture where one is asked for, else in a window.
+/// Show files: in a picture where one is asked for, else in a window.
 ExitCode runView(const CommonOptions &common, const ViewOptions &options);
 
 /// What the options say of style and preparation.  False with the reason in `error`.

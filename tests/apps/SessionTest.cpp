@@ -73,8 +73,8 @@ private:
 
 TEST_F(SessionTest, FindsTheFilesOfASequence)
 {
-    for (const char *name : {"f.0002.obj", "f.0010.obj", "f.0001.obj", "f.10000.obj", "f.00011.obj", "f.12.obj", "f.000a.obj",
-                             "f.0003.ply", "g.0001.obj"})
+    for (const char *name : {"f.0002.obj", "f.0010.obj", "f.0001.obj", "f.10000.obj", "f.00011.obj", "f.12.obj",
+                             "f.000a.obj", "f.0003.ply", "g.0001.obj"})
         write(name, "");
     const auto namesOf = [this](const char *pattern) {
         std::string names;

@@ -38,7 +38,10 @@ void end(pid_t process)
     waitpid(process, nullptr, 0);
 }
 
-bool isInstalled(const std::string &program) { return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0; }
+bool isInstalled(const std::string &program)
+{
+    return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
+}
 
 // What a server that is about to start writes as its number; empty when it does not start.
 std::string readLine(int descriptor)
@@ -129,8 +132,9 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(int width, int height)
         return nullptr;
     std::unique_ptr<VirtualDisplay> display(new VirtualDisplay);
     const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-    display->server_->process = spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
-                                      [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
+    display->server_->process =
+        spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
+              [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
     close(ends[1]);
     display->name_ = ":" + readLine(ends[0]);
     close(ends[0]);
@@ -157,8 +161,8 @@ WindowPicture VirtualDisplay::picture() const
     const Window window = server_->window();
     if (window == None || !XGetWindowAttributes(server_->connection, window, &attributes))
         return picture;
-    XImage *image =
-        XGetImage(server_->connection, window, 0, 0, unsigned(attributes.width), unsigned(attributes.height), AllPlanes, ZPixmap);
+    XImage *image = XGetImage(server_->connection, window, 0, 0, unsigned(attributes.width), unsigned(attributes.height),
+                              AllPlanes, ZPixmap);
     if (!image)
         return picture;
     picture.width = attributes.width;

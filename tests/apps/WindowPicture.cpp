@@ -51,8 +51,8 @@ double WindowPicture::difference(const WindowPicture &other, const Area &area) c
     for (int row = 0; row < kTiles; ++row)
         for (int column = 0; column < kTiles; ++column)
         {
-            const Area tile{area.x + area.width * column / kTiles, area.y + area.height * row / kTiles,
-                            area.width / kTiles, area.height / kTiles};
+            const Area tile{area.x + area.width * column / kTiles, area.y + area.height * row / kTiles, area.width / kTiles,
+                            area.height / kTiles};
             most = std::max(most, distance(mean(tile), other.mean(tile)));
         }
     return most;

@@ -30,8 +30,7 @@ protected:
         std::string text;
         for (int corner = 0; corner < 8; ++corner)
             text += fmt::format("v {} {} {}\n", corner & 1, corner & 2 ? height : 0.0, corner >> 2);
-        std::ofstream(folder_ + name) << text
-                                      << "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n";
+        std::ofstream(folder_ + name) << text << "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n";
     }
 
     void open(const std::vector<std::string> &files)
@@ -177,8 +176,7 @@ TEST_F(WindowTest, PlaysASequence)
 TEST(ViewportKeys, AreThoseOfTheManual)
 {
     const std::string manual = contentOf(RQ_DOCS "/viewport.md");
-    EXPECT_NE(manual.find(rq::viewport::keysAsMarkdown()), std::string::npos)
-        << "docs/viewport.md is to have\n"
-        << rq::viewport::keysAsMarkdown();
+    EXPECT_NE(manual.find(rq::viewport::keysAsMarkdown()), std::string::npos) << "docs/viewport.md is to have\n"
+                                                                              << rq::viewport::keysAsMarkdown();
 }
 }  // namespace

@@ -16,6 +16,30 @@ constexpr double kZoomPerStep = 1.15;
 
 // Of the time of a picture, so that the figure can be read.
 constexpr double kSmoothing = 0.2;
+
+/// What a command turns on and off; null when it does something else.
+bool *flagOf(Viewer &viewer, Command command)
+{
+    switch (command)
+    {
+    case Command::ToggleWire:
+        return &viewer.style.wire;
+    case Command::TogglePoints:
+        return &viewer.style.points;
+    case Command::ToggleNormals:
+        return &viewer.style.normals;
+    case Command::ToggleFaces:
+        return &viewer.style.faces;
+    case Command::ToggleBackFaces:
+        return &viewer.style.backFaceTint;
+    case Command::ToggleSidebar:
+        return &viewer.showsSidebar;
+    case Command::ToggleHelp:
+        return &viewer.showsHelp;
+    default:
+        return nullptr;
+    }
+}
 }  // namespace
 
 Viewer::Viewer(std::unique_ptr<Display> display, const WindowOptions &options, std::function<void()> notify)
@@ -97,8 +121,8 @@ void Viewer::nextShading()
 void Viewer::nextColour()
 {
     ColourSource &colour = style.colour;
-    const auto hasMaterial = std::any_of(choices_.begin(), choices_.end(),
-                                         [](const AttributeRow &row) { return row.name == "material"; });
+    const auto hasMaterial =
+        std::any_of(choices_.begin(), choices_.end(), [](const AttributeRow &row) { return row.name == "material"; });
     switch (colour.by)
     {
     case ColourBy::Own:
@@ -141,33 +165,53 @@ void Viewer::stop()
 void Viewer::run(Command command)
 {
     constexpr double kFiner = 1.25;
+    if (bool *flag = flagOf(*this, command))
+    {
+        *flag = !*flag;
+        return;
+    }
     switch (command)
     {
-    case Command::FrameSelected: return frame(true);
-    case Command::FrameAll: return frame(false);
-    case Command::ViewFront: return camera_.setAngles(0.0, 0.0);
-    case Command::ViewRight: return camera_.setAngles(90.0, 0.0);
-    case Command::ViewTop: return camera_.setAngles(0.0, 90.0);
-    case Command::ToggleWire: style.wire = !style.wire; return;
-    case Command::TogglePoints: style.points = !style.points; return;
-    case Command::ToggleNormals: style.normals = !style.normals; return;
-    case Command::ToggleFaces: style.faces = !style.faces; return;
-    case Command::NextShading: return nextShading();
-    case Command::ToggleBackFaces: style.backFaceTint = !style.backFaceTint; return;
-    case Command::NextColour: return nextColour();
-    case Command::SelectPrevious: return select(std::max(0, style.selected - 1));
-    case Command::SelectNext: return select(style.selected + 1);
-    case Command::SelectNothing: return stop();
-    case Command::TogglePlaying: return session_.player().togglePlaying();
-    case Command::PreviousFrame: return session_.player().step(-1);
-    case Command::NextFrame: return session_.player().step(1);
-    case Command::Finer: return scaleLevel(kFiner);
-    case Command::Coarser: return scaleLevel(1.0 / kFiner);
-    case Command::Reload: return session_.reload();
-    case Command::Screenshot: wantsPicture = true; return;
-    case Command::ToggleSidebar: showsSidebar = !showsSidebar; return;
-    case Command::ToggleHelp: showsHelp = !showsHelp; return;
-    case Command::Quit: quits = true; return;
+    case Command::FrameSelected:
+        return frame(true);
+    case Command::FrameAll:
+        return frame(false);
+    case Command::ViewFront:
+        return camera_.setAngles(0.0, 0.0);
+    case Command::ViewRight:
+        return camera_.setAngles(90.0, 0.0);
+    case Command::ViewTop:
+        return camera_.setAngles(0.0, 90.0);
+    case Command::NextShading:
+        return nextShading();
+    case Command::NextColour:
+        return nextColour();
+    case Command::SelectPrevious:
+        return select(std::max(0, style.selected - 1));
+    case Command::SelectNext:
+        return select(style.selected + 1);
+    case Command::SelectNothing:
+        return stop();
+    case Command::TogglePlaying:
+        return session_.player().togglePlaying();
+    case Command::PreviousFrame:
+        return session_.player().step(-1);
+    case Command::NextFrame:
+        return session_.player().step(1);
+    case Command::Finer:
+        return scaleLevel(kFiner);
+    case Command::Coarser:
+        return scaleLevel(1.0 / kFiner);
+    case Command::Reload:
+        return session_.reload();
+    case Command::Screenshot:
+        wantsPicture = true;
+        return;
+    case Command::Quit:
+        quits = true;
+        return;
+    default:
+        return;
     }
 }
 

@@ -29,7 +29,6 @@ void requestContext()
     glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, kGLMajor);
     glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, kGLMinor);
     glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_CORE_PROFILE);
-    glfwWindowHint(GLFW_OPENGL_FORWARD_COMPAT, GLFW_TRUE);
     glfwWindowHint(GLFW_DEPTH_BITS, 24);
     glfwWindowHint(GLFW_SAMPLES, 4);
 }

@@ -88,9 +88,9 @@ std::string firstValues(const RQ_DataArray &array, int64_t entries)
     std::string text;
     const int64_t shown = std::min(entries, array.entries());
     for (int64_t entry = 0; entry < shown; ++entry)
-        text += fmt::format("{}{}:{}", entry ? "\n" : "", entry, entryText(array, entry));
+        text += fmt::format("{}{}:{}", text.empty() ? "" : "\n", entry, entryText(array, entry));
     if (shown < array.entries())
-        text += fmt::format("\n{} more", array.entries() - shown);
+        text += fmt::format("{}{} more", text.empty() ? "" : "\n", array.entries() - shown);
     return text;
 }
 

@@ -26,9 +26,8 @@ void showRamp(ColourMap map, const ImVec2 &size)
     for (size_t i = 0; i + 1 < stops.size(); ++i)
     {
         const ImU32 left = screenColour(stops[i]), right = screenColour(stops[i + 1]);
-        ImGui::GetWindowDrawList()->AddRectFilledMultiColor({from.x + step * float(i), from.y},
-                                                            {from.x + step * float(i + 1), from.y + size.y}, left, right,
-                                                            right, left);
+        ImGui::GetWindowDrawList()->AddRectFilledMultiColor(
+            {from.x + step * float(i), from.y}, {from.x + step * float(i + 1), from.y + size.y}, left, right, right, left);
     }
     ImGui::Dummy(size);
 }

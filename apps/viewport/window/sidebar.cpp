@@ -5,11 +5,17 @@
 
 namespace rq::viewport
 {
+namespace
+{
+constexpr ImGuiWindowFlags kFlags = ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoMove |
+                                    ImGuiWindowFlags_NoBringToFrontOnFocus;
+}  // namespace
+
 void showSidebar(Viewer &viewer, const ImVec2 &place, const ImVec2 &size)
 {
     ImGui::SetNextWindowPos(place);
     ImGui::SetNextWindowSize(size);
-    ImGui::Begin("sidebar", nullptr, ImGuiWindowFlags_NoDecoration & ~ImGuiWindowFlags_NoScrollbar);
+    ImGui::Begin("sidebar", nullptr, kFlags);
     const auto section = [](const char *name, bool isOpen) {
         return ImGui::CollapsingHeader(name, isOpen ? ImGuiTreeNodeFlags_DefaultOpen : 0);
     };

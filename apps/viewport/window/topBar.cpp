@@ -46,7 +46,8 @@ void showPlayer(Viewer &viewer)
 
 void showProgress(Viewer &viewer, const Session::Status &status)
 {
-    const std::string text = fmt::format("{} {:.0f} %", status.step.label, std::clamp(status.step.fraction, 0.0, 1.0) * 100.0);
+    const std::string text =
+        fmt::format("{} {:.0f} %", status.step.label, std::clamp(status.step.fraction, 0.0, 1.0) * 100.0);
     ImGui::ProgressBar(float(status.step.fraction), {260.0f, 0.0f}, text.c_str());
     ImGui::SameLine();
     if (ImGui::Button("Cancel"))
@@ -58,7 +59,8 @@ void showTopBar(Viewer &viewer, const ImVec2 &place, const ImVec2 &size)
 {
     ImGui::SetNextWindowPos(place);
     ImGui::SetNextWindowSize(size);
-    ImGui::Begin("top", nullptr, ImGuiWindowFlags_NoDecoration);
+    ImGui::Begin("top", nullptr,
+                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoBringToFrontOnFocus);
     button(viewer, "Frame", Command::FrameSelected);
     button(viewer, "Picture", Command::Screenshot);
     button(viewer, "Panels", Command::ToggleSidebar);

@@ -50,8 +50,9 @@ void showPrimitive(Viewer &viewer, const Emitted &emitted, int index)
     if (indent > 0.0f)
         ImGui::Indent(indent);
     constexpr ImGuiTreeNodeFlags kFlags = ImGuiTreeNodeFlags_OpenOnArrow | ImGuiTreeNodeFlags_SpanAvailWidth;
-    const bool isOpen = ImGui::TreeNodeEx("primitive", kFlags | (index == viewer.style.selected ? ImGuiTreeNodeFlags_Selected : 0),
-                                          "%d  %s", index, RQprimitiveType(primitive.getPrimitiveType()));
+    const bool isOpen =
+        ImGui::TreeNodeEx("primitive", kFlags | (index == viewer.style.selected ? ImGuiTreeNodeFlags_Selected : 0), "%d  %s",
+                          index, RQprimitiveType(primitive.getPrimitiveType()));
     if (ImGui::IsItemClicked() && !ImGui::IsItemToggledOpen())
         viewer.select(index);
     ImGui::SameLine();
