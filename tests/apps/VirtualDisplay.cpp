@@ -1,43 +1,17 @@
 #include <tests/apps/VirtualDisplay.h>
 
-#include <chrono>
-#include <csignal>
 #include <cstdlib>
-#include <thread>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tests
 {
 namespace
 {
-pid_t spawn(const std::vector<std::string> &words, const std::function<void()> &prepare)
-{
-    const pid_t process = fork();
-    if (process != 0)
-        return process;
-    prepare();
-    std::vector<char *> arguments;
-    for (const std::string &word : words)
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    arguments.push_back(nullptr);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-}
-
-void end(pid_t process)
-{
-    if (process <= 0)
-        return;
-    kill(process, SIGKILL);
-    waitpid(process, nullptr, 0);
-}
-
 bool isInstalled(const std::string &program)
 {
     return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
@@ -55,14 +29,13 @@ std::string readLine(int descriptor)
 
 struct VirtualDisplay::Server
 {
-    pid_t process = -1;
+    std::unique_ptr<RunningProgram> program;
     ::Display *connection = nullptr;
 
     ~Server()
     {
         if (connection)
             XCloseDisplay(connection);
-        end(process);
     }
 
     // The window on top that is shown and has a name.
@@ -132,9 +105,9 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(int width, int height)
         return nullptr;
     std::unique_ptr<VirtualDisplay> display(new VirtualDisplay);
     const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-    display->server_->process =
-        spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
-              [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
+    display->server_->program = std::make_unique<RunningProgram>(
+        std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
+        [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
     close(ends[1]);
     display->name_ = ":" + readLine(ends[0]);
     close(ends[0]);
@@ -222,39 +195,5 @@ bool VirtualDisplay::drop(const std::string &path) const
     });
     XDestroyWindow(connection, source);
     return finished;
-}
-
-RunningProgram::RunningProgram(const std::vector<std::string> &words, const std::string &folder, const std::string &display)
-    : process_(spawn(words, [&] {
-          setenv("DISPLAY", display.c_str(), 1);
-          setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
-          if (chdir(folder.c_str()) != 0)
-              _exit(126);
-      }))
-{}
-
-RunningProgram::~RunningProgram() { end(process_); }
-
-bool RunningProgram::isRunning()
-{
-    int status = 0;
-    if (process_ > 0 && waitpid(process_, &status, WNOHANG) == process_)
-    {
-        exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        process_ = -1;
-    }
-    return process_ > 0;
-}
-
-bool waitUntil(const std::function<bool()> &condition, double seconds)
-{
-    using Clock = std::chrono::steady_clock;
-    for (const auto end = Clock::now() + std::chrono::duration<double>(seconds); Clock::now() < end;)
-    {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return false;
 }
 }  // namespace tests

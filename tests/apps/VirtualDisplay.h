@@ -1,11 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
+#include <tests/apps/RunningProgram.h>
 
 namespace tests
 {
@@ -66,24 +65,4 @@ private:
     std::unique_ptr<Server> server_;
     std::string name_;
 };
-
-/// A program that runs beside the test, in a folder; it ends with the object.
-class RunningProgram
-{
-public:
-    RunningProgram(const std::vector<std::string> &words, const std::string &folder, const std::string &display);
-    ~RunningProgram();
-    RunningProgram(const RunningProgram &) = delete;
-    RunningProgram &operator=(const RunningProgram &) = delete;
-
-    bool isRunning();
-    int exitCode() const { return exitCode_; }  ///< once it runs no more
-
-private:
-    pid_t process_ = -1;
-    int exitCode_ = -1;
-};
-
-/// Ask again and again until the answer is yes; false when it never is.
-bool waitUntil(const std::function<bool()> &condition, double seconds = 40.0);
 }  // namespace tests

@@ -37,7 +37,12 @@ protected:
     {
         std::vector<std::string> words = {RQ_PROGRAM, "view", "--size", fmt::format("{}x{}", kWidth, kHeight)};
         words.insert(words.end(), files.begin(), files.end());
-        program_ = std::make_unique<RunningProgram>(words, folder_, display_->name());
+        program_ = std::make_unique<RunningProgram>(words, [this] {
+            setenv("DISPLAY", display_->name().c_str(), 1);
+            setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
+            if (chdir(folder_.c_str()) != 0)
+                _exit(126);
+        });
     }
 
     /// The rectangle that shows the scene.

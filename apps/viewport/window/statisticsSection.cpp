@@ -61,8 +61,8 @@ void showResult(const SessionResult &result)
     row("Load", fmt::format("{:.1f} ms", result.loadSeconds * 1e3));
     row("Refine", fmt::format("{:.1f} ms", result.refineSeconds * 1e3));
     row("Cache holds", bytes(result.cacheBytes));
-    row("Cache made", fmt::format("{} walks, {} cuts, {} normals, {} surfaces", work.walks, work.convexings, work.normals,
-                                  work.subdivisions));
+    row("Cache made", fmt::format("walks {}, cuts {}", work.walks, work.convexings));
+    row("", fmt::format("normals {}, surfaces {}", work.normals, work.subdivisions));
 }
 
 void showDisplay(const Viewer &viewer)
