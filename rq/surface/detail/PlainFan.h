@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <bit>
 #include <cstdint>
 
 namespace rq
@@ -46,41 +46,36 @@ private:
         return others == 0;
     }
 
-    /// Find the corners before and after each.  False when an edge has more than two faces.
+    /// Find the corner behind each.  False when an edge has more than two faces.
     bool link()
     {
-        std::fill_n(after_, count_, int8_t(-1));
-        std::fill_n(before_, count_, int8_t(-1));
-        int links = 0;
+        uint32_t shared = 0;
+        behind_ = 0;
         for (int i = 0; i < count_; ++i)
+        {
+            uint32_t matches = 0;
             for (int j = 0; j < count_; ++j)
-                if (next_[j] == previous_[i])
-                {
-                    ++links;
-                    after_[i] = int8_t(j);
-                    before_[j] = int8_t(i);
-                }
-        int ends = 0;
-        for (int i = 0; i < count_; ++i)
-            ends += (after_[i] >= 0) + (before_[i] >= 0);
-        return ends == 2 * links;
+                matches |= uint32_t(next_[j] == previous_[i]) << j;
+            shared |= (matches & (matches - 1)) | (matches & behind_);
+            behind_ |= matches;
+            after_[i] = uint8_t(std::countr_zero(matches));
+        }
+        return shared == 0;
     }
 
-    /// How many corners the way past the first one has.
+    /// How many corners the way has that begins at one that is behind no other or, if there is none, at the first.
     int length() const
     {
-        int length = 1, i = after_[0];
-        for (; i > 0; i = after_[i])
-            ++length;
-        if (i == 0)
-            return length;
-        for (i = before_[0]; i > 0; i = before_[i])
+        const int open = std::countr_one(behind_), first = open < count_ ? open : 0;
+        int length = 1;
+        for (int i = after_[first]; i < count_ && i != first; i = after_[i])
             ++length;
         return length;
     }
 
     int count_ = 0, diagonals_ = 0;
     Index next_[kMost], previous_[kMost], diagonal_[kMost];
-    int8_t after_[kMost], before_[kMost];
+    uint8_t after_[kMost];  // beyond the last corner for one that has none behind
+    uint32_t behind_ = 0;   // the corners that are behind others, one bit each
 };
 }  // namespace rq
