@@ -78,6 +78,8 @@ TEST(Tangents, FollowTheTexture)
 
 TEST(Tangents, AreThoseOfTheMethodWrittenPlainly)
 {
+    for (int seed = 0; seed < 1000; ++seed)
+        EXPECT_EQ(countDifferences(ringsMesh(seed)), 0) << "seed " << seed;
     for (const bool hasQuads : {false, true})
     {
         for (const bool isUgly : {false, true})
@@ -97,6 +99,7 @@ TEST(Tangents, DoNotDependOnThreadsStoragesAndSplitPoints)
     {
         const BAS_Threads::Limit limit(workers);
         EXPECT_EQ(MadeTangents(mesh.make()), expected) << workers;
+        EXPECT_EQ(MadeTangents(mesh.make<int64_t>()), expected) << workers;
     }
 
     TexturedMesh split = mesh;

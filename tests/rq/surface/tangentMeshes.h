@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 
 #include <bench/plainTangents.h>
@@ -23,10 +25,12 @@ struct TexturedMesh
         }
     }
 
-    RQ_PolygonMeshHandle make() const
+    /// The mesh, with a vertex list of integers of type `Index`.
+    template <class Index = int> RQ_PolygonMeshHandle make() const
     {
         const RQ_AttributeListHandle vertex = oneAttribute("uv", makeArray(texture, 2));
-        return new RQ_PrimPolygonMesh(integers(counts), integers(indices), oneAttribute("P", positions(points)),
+        return new RQ_PrimPolygonMesh(integers(counts), makeArray(std::vector<Index>(indices.begin(), indices.end())),
+                                      oneAttribute("P", positions(points)),
                                       vertex->addAttribute("N", makeArray(normals, 3), false));
     }
 
@@ -63,6 +67,42 @@ inline TexturedMesh latticeMesh(int seed, bool hasQuads, int faces = 40)
     for (const int point : mesh.indices)
         for (int axis = 0; axis < 2; ++axis)
             mesh.texture.push_back(below(8) ? mesh.points[3 * size_t(point) + size_t(axis)] : float(below(3)));
+    return mesh;
+}
+
+/// Two rings of triangles and quads around one point, with gaps, edges of many faces and faces in any order: the ways that
+/// lead around a vertex.  Each face has a texture of its own direction.
+inline TexturedMesh ringsMesh(int seed)
+{
+    std::mt19937 random{unsigned(seed)};
+    const auto below = [&](int end) { return int(random() % unsigned(end)); };
+    constexpr int kSteps = 4, kRing = 2 * kSteps;  // every other point of a ring lies outside, for quads
+    TexturedMesh mesh;
+    mesh.points = {0, 0, 0};
+    for (int i = 0; i < 2 * kRing; ++i)
+    {
+        const double angle = 2.0 * M_PI * (i % kRing) / kRing, radius = i % 2 ? 1.5 : 1.0;
+        mesh.points.insert(mesh.points.end(), {float(radius * std::cos(angle)), float(radius * std::sin(angle)), 0.0f});
+    }
+    std::vector<std::vector<int>> faces;
+    for (int i = 0; i < 2 * kRing; i += 2)
+        for (int copies = below(8) ? (below(10) ? 1 : 2) : 0; copies > 0; --copies)
+        {
+            const int ring = 1 + i / kRing * kRing, first = i % kRing, last = below(12) ? first + 2 : first + 4;
+            faces.push_back({0, ring + first, ring + first + 1, ring + last % kRing});
+            if (below(2))
+                faces.back().erase(faces.back().begin() + 2);
+            std::rotate(faces.back().begin(), faces.back().begin() + below(3), faces.back().end());
+        }
+    std::shuffle(faces.begin(), faces.end(), random);
+    for (const std::vector<int> &face : faces)
+        mesh.addFace(face, {0, 0, 1});
+    std::vector<float> shifts;
+    for (size_t i = 0; i < mesh.points.size(); ++i)
+        shifts.push_back(0.02f * float(below(10)));
+    for (const int point : mesh.indices)
+        for (size_t at = 3 * size_t(point); at < 3 * size_t(point) + 2; ++at)
+            mesh.texture.push_back(mesh.points[at] + shifts[at]);
     return mesh;
 }
 
