@@ -23,6 +23,9 @@ struct Work
     /// In place of the job's, where they are known only with the input.
     double items = 0.0;
     double bytes = 0.0;
+
+    /// In place of `run`: how many seconds the job takes a program that times itself.
+    std::function<double()> time = nullptr;
 };
 
 /// One measured job.  Rows of equal `job`, `mesh` and `threads` are set side by side in the report.

@@ -72,6 +72,12 @@ Row measure(const Job &job, Mode mode)
     row.items = work.items > 0 ? work.items : job.items;
     row.bytes = work.bytes > 0 ? work.bytes : job.bytes;
     row.error = work.check ? work.check() : 0.0;
+    if (work.time)
+    {
+        row.seconds = work.time();
+        row.copies = row.seconds / copyTime(row.bytes, CLOCK_MONOTONIC);
+        return row;
+    }
     const clockid_t clock = job.threads == 1 ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC;
     std::vector<double> seconds, copies;
     for (int turn = 0; turn < kRepetitions; ++turn)

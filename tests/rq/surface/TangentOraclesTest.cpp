@@ -1,58 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include <bench/Oracle.h>
 #include <tests/rq/surface/tangentMeshes.h>
 
 using namespace tests;
-namespace fs = std::filesystem;
 
 // What others compute on the same meshes.  `scripts/setup --oracles` installs them.
 
 namespace
 {
-fs::path oracleFolder()
-{
-    const char *cache = std::getenv("XDG_CACHE_HOME"), *home = std::getenv("HOME");
-    return fs::path(cache ? cache : std::string(home ? home : "") + "/.cache") / "librq" / "oracles";
-}
-
-/// Runs a program that reads a file and writes floats to another; none when it fails.
-class Oracle
-{
-public:
-    explicit Oracle(const std::string &command) : command_(command) {}
-
-    template <class T> void write(const std::vector<T> &values)
-    {
-        input_.append(reinterpret_cast<const char *>(values.data()), values.size() * sizeof(T));
-    }
-
-    std::vector<float> run() const
-    {
-        const std::string stem = (fs::temp_directory_path() / ("rq-oracle-" + std::to_string(getpid()))).string();
-        std::ofstream(stem + ".in", std::ios::binary) << input_;
-        std::vector<float> values;
-        if (std::system((command_ + " " + stem + ".in " + stem + ".out >/dev/null 2>&1").c_str()) == 0)
-        {
-            values.resize(fs::file_size(stem + ".out") / sizeof(float));
-            std::ifstream(stem + ".out", std::ios::binary)
-                .read(reinterpret_cast<char *>(values.data()), std::streamsize(values.size() * sizeof(float)));
-        }
-        fs::remove(stem + ".in");
-        fs::remove(stem + ".out");
-        return values;
-    }
-
-private:
-    std::string command_, input_;
-};
-
 struct Difference
 {
     double worst = 0.0;
@@ -96,8 +54,8 @@ void addLoneTriangle(TexturedMesh &mesh)
 
 TEST(TangentOracles, PackageOfTheReference)
 {
-    const fs::path package = oracleFolder() / "node_modules" / "mikktspace";
-    if (!fs::exists(package) || std::system("node --version >/dev/null 2>&1") != 0)
+    const std::filesystem::path package = bench::oracleFolder() / "node_modules" / "mikktspace";
+    if (!std::filesystem::exists(package) || !bench::hasProgram("node"))
         GTEST_SKIP() << "node and the package mikktspace are not there (scripts/setup --oracles)";
     std::vector<TexturedMesh> meshes{shellMesh(40, false, false), shellMesh(40, false, true)};
     for (int seed = 0; seed < 6; ++seed)
@@ -108,7 +66,7 @@ TEST(TangentOracles, PackageOfTheReference)
     for (size_t i = 0; i < meshes.size(); ++i)
     {
         SCOPED_TRACE(i);
-        Oracle oracle("node " RQ_ORACLES "/npmTangents.js " + package.string());
+        bench::Oracle oracle("node " RQ_ORACLES "/npmTangents.js " + package.string());
         oracle.write(meshes[i].corners());
         const std::vector<float> theirs = oracle.run();
         ASSERT_EQ(theirs.size(), 4 * meshes[i].indices.size());
@@ -120,14 +78,14 @@ TEST(TangentOracles, PackageOfTheReference)
 
 TEST(TangentOracles, Blender)
 {
-    if (std::system("blender --version >/dev/null 2>&1") != 0)
+    if (!bench::hasProgram("blender"))
         GTEST_SKIP() << "blender is not there (scripts/setup --oracles)";
     for (const bool isUgly : {false, true})
         for (const bool hasQuads : {false, true})
         {
             SCOPED_TRACE(fmt::format("ugly {}, quads {}", isUgly, hasQuads));
             TexturedMesh mesh = shellMesh(40, hasQuads, isUgly);
-            Oracle oracle("blender -b --factory-startup --python " RQ_ORACLES "/blenderTangents.py --");
+            bench::Oracle oracle("blender -b --factory-startup --python " RQ_ORACLES "/blenderTangents.py --");
             oracle.write(std::vector<int>{int(mesh.points.size() / 3), int(mesh.counts.size()), int(mesh.indices.size())});
             oracle.write(mesh.points);
             oracle.write(mesh.counts);
