@@ -3,6 +3,7 @@
 #include <host/bas/Parallel.h>
 #include <rq/subd/detail/TupleSum.h>
 #include <rq/subd/detail/levelMasks.h>
+#include <rq/subd/detail/stepPoints.h>
 
 namespace
 {
@@ -25,24 +26,28 @@ public:
                      (level > 0 || scheme_.GetOptions().GetTriangleSubdivision() == Sdc::Options::TRI_SUB_CATMARK))
     {}
 
-    void run() const
+    void run(const StepPoints *only) const
     {
         if (!kTriangles)
-            host::parallelFor(level_.GetNumFaces(), kItemsPerTask, [this](int64_t face) { makeFacePoint(int(face)); });
-        host::parallelForRange(level_.GetNumEdges(), kItemsPerTask, [this](int64_t begin, int64_t end) {
-            Mask<T> mask;
-            for (int64_t edge = begin; edge < end; ++edge)
-                makeEdgePoint(int(edge), mask);
-        });
-        host::parallelForRange(level_.GetNumVertices(), kItemsPerTask, [this](int64_t begin, int64_t end) {
-            Mask<T> mask;
-            for (int64_t vertex = begin; vertex < end; ++vertex)
-                makeVertexPoint(int(vertex), mask);
-        });
+            forEach(level_.GetNumFaces(), only ? &only->faces : nullptr,
+                    [this](int face, Mask<T> &) { makeFacePoint(face); });
+        forEach(level_.GetNumEdges(), only ? &only->edges : nullptr,
+                [this](int edge, Mask<T> &mask) { makeEdgePoint(edge, mask); });
+        forEach(level_.GetNumVertices(), only ? &only->points : nullptr,
+                [this](int vertex, Mask<T> &mask) { makeVertexPoint(vertex, mask); });
     }
 
 private:
     using Sum = TupleSum<T, N>;
+
+    template <class Make> static void forEach(int64_t count, const std::vector<int32_t> *only, Make &&make)
+    {
+        host::parallelForRange(only ? int64_t(only->size()) : count, kItemsPerTask, [&](int64_t begin, int64_t end) {
+            Mask<T> mask;
+            for (int64_t i = begin; i < end; ++i)
+                make(only ? (*only)[size_t(i)] : int(i), mask);
+        });
+    }
 
     const T *at(int vertex) const { return from_ + vertex * stride_; }
     const T *facePoint(int face) const { return to_ + (firstFace_ + face) * stride_; }
@@ -136,35 +141,38 @@ private:
 };
 
 template <Sdc::SchemeType kScheme, class T>
-void runSteps(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to)
+void runSteps(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to, const StepPoints *only)
 {
     int64_t first = 0;
     for (; first + 3 <= tuple; first += 3)
-        Step<kScheme, T, 3>(refiner, level, from + first, tuple, to + first).run();
+        Step<kScheme, T, 3>(refiner, level, from + first, tuple, to + first).run(only);
     for (; first < tuple; ++first)
-        Step<kScheme, T, 1>(refiner, level, from + first, tuple, to + first).run();
+        Step<kScheme, T, 1>(refiner, level, from + first, tuple, to + first).run(only);
 }
 
-template <class T> void interpolate(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to)
+template <class T>
+void interpolate(const Refiner &refiner, int level, const T *from, int64_t tuple, T *to, const StepPoints *only)
 {
     switch (refiner.far->GetSchemeType())
     {
     case Sdc::SCHEME_CATMARK:
-        return runSteps<Sdc::SCHEME_CATMARK>(refiner, level, from, tuple, to);
+        return runSteps<Sdc::SCHEME_CATMARK>(refiner, level, from, tuple, to, only);
     case Sdc::SCHEME_LOOP:
-        return runSteps<Sdc::SCHEME_LOOP>(refiner, level, from, tuple, to);
+        return runSteps<Sdc::SCHEME_LOOP>(refiner, level, from, tuple, to, only);
     case Sdc::SCHEME_BILINEAR:
-        return runSteps<Sdc::SCHEME_BILINEAR>(refiner, level, from, tuple, to);
+        return runSteps<Sdc::SCHEME_BILINEAR>(refiner, level, from, tuple, to, only);
     }
 }
 }  // namespace
 
-void rq::interpolateLevel(const Refiner &refiner, int level, const float *from, int64_t tuple, float *to)
+void rq::interpolateLevel(const Refiner &refiner, int level, const float *from, int64_t tuple, float *to,
+                          const StepPoints *only)
 {
-    interpolate(refiner, level, from, tuple, to);
+    interpolate(refiner, level, from, tuple, to, only);
 }
 
-void rq::interpolateLevel(const Refiner &refiner, int level, const double *from, int64_t tuple, double *to)
+void rq::interpolateLevel(const Refiner &refiner, int level, const double *from, int64_t tuple, double *to,
+                          const StepPoints *only)
 {
-    interpolate(refiner, level, from, tuple, to);
+    interpolate(refiner, level, from, tuple, to, only);
 }

@@ -15,23 +15,6 @@ namespace
 template <class T> using Block = std::vector<T, BAS_BlockAllocator<T>>;
 template <class T> using Numbers = BAS_IntrusivePtr<RQ_DANumeric<T>>;
 
-/// Walk down the levels; only the values of two are in memory at a time.
-template <class T> RQ_DataArrayHandle interpolate(const rq::Refiner &refiner, int level, const RQ_DataArray &array)
-{
-    const int64_t tuple = array.getTupleSize();
-    const rq::Values<T> cage(array);
-    const T *from = cage.data();
-    Numbers<T> values;
-    for (int step = 0; step < level; ++step)
-    {
-        const Numbers<T> next(new RQ_DANumeric<T>(rq::sizeOfChild(refiner, step).points, tuple, array.getTypeInfo()));
-        rq::interpolateLevel(refiner, step, from, tuple, next->data());
-        values = next;
-        from = values->data();
-    }
-    return values;
-}
-
 /// Values with seams, one for each of the channel's.
 template <class T>
 RQ_DataArrayHandle faceVarying(const rq::Refiner &refiner, const rq::CageChannel &channel, int number,
@@ -58,19 +41,51 @@ RQ_DataArrayHandle inStorageOf(const RQ_DataArray &source, const RQ_DataArrayHan
 }  // namespace
 
 rq::UniformLevels::UniformLevels(const Cage &cage, const Refiner &base, int level)
-    : cage_(cage), level_(level), refiner_(copyRefiner(base)), channels_(cage.channels.size())
+    : cage_(cage), level_(level), refiner_(copyRefiner(base)), base_(std::max(0, level - RegularPatches::kMostSteps)),
+      channels_(cage.channels.size())
 {
     refineUniformly(*refiner_, level - 1, !cage.channels.empty());
     size_ = sizeOfChild(*refiner_, level - 1);
     const Numbers<int32_t> list(new RQ_DANumeric<int32_t>(size_.faces * corners()));
     childPoints(*refiner_, level - 1, list->data());
     vertexList_ = list;
+    if (cage.scheme != RQ_SCHEME_CATMULL_CLARK)
+        return;
+    patches_ = RegularPatches(*refiner_, base_, level, list->data(), size_);
+    if (!patches_.isEmpty())
+        others_ = selectPoints(*refiner_, base_, level, patches_.missingPoints());
+}
+
+/// Walk down the levels; only the values of two are in memory at a time, and those of the last beside them.
+template <class T> RQ_DataArrayHandle rq::UniformLevels::interpolate(const RQ_DataArray &array) const
+{
+    const int64_t tuple = array.getTupleSize();
+    const Values<T> cage(array);
+    const T *from = cage.data();
+    Numbers<T> values;
+    const auto allocate = [&](int step) {
+        return Numbers<T>(new RQ_DANumeric<T>(sizeOfChild(*refiner_, step).points, tuple, array.getTypeInfo()));
+    };
+    const auto take = [&](int step, const Numbers<T> &next, const StepPoints *only) {
+        interpolateLevel(*refiner_, step, from, tuple, next->data(), only);
+        values = next;
+        from = next->data();
+    };
+    for (int step = 0; step < (patches_.isEmpty() ? level_ : base_); ++step)
+        take(step, allocate(step), nullptr);
+    if (patches_.isEmpty())
+        return values;
+    const Numbers<T> last = allocate(level_ - 1);
+    patches_.interpolate(from, tuple, last->data());
+    for (int step = base_; step < level_ && !others_.back().isEmpty(); ++step)
+        take(step, step == level_ - 1 ? last : allocate(step), &others_[size_t(step - base_)]);
+    return last;
 }
 
 RQ_DataArrayHandle rq::UniformLevels::interpolatePoints(const RQ_DataArray &array) const
 {
-    return inStorageOf(array, array.getStorage() == RQ_STORAGE_REAL64 ? interpolate<double>(*refiner_, level_, array)
-                                                                      : interpolate<float>(*refiner_, level_, array));
+    return inStorageOf(array,
+                       array.getStorage() == RQ_STORAGE_REAL64 ? interpolate<double>(array) : interpolate<float>(array));
 }
 
 RQ_DataArrayHandle rq::UniformLevels::interpolateCorners(const BAS_StringHolder &name, const RQ_DataArray &array) const
@@ -121,7 +136,9 @@ RQ_DataArrayHandle rq::UniformLevels::makeSourcePoints() const
 
 int64_t rq::UniformLevels::getMemoryUsage() const
 {
-    int64_t bytes = int64_t(sizeof(*this)) + vertexList_->getMemoryUsage() + memoryOf(*refiner_);
+    int64_t bytes = int64_t(sizeof(*this)) + vertexList_->getMemoryUsage() + memoryOf(*refiner_) + patches_.getMemoryUsage();
+    for (const StepPoints &step : others_)
+        bytes += step.getMemoryUsage();
     for (const Lazy *lazy : {&faces_, &points_, &corners_})
         bytes += lazy->getMemoryUsage();
     for (const Lazy &channel : channels_)

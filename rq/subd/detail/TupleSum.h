@@ -27,6 +27,24 @@ public:
     void add(const TupleSum &other, T weight) { add(other.values_, weight); }
     void store(T *tuple) const { std::copy(values_, values_ + N, tuple); }
 
+    static TupleSum of(const T *tuple)
+    {
+        TupleSum sum;
+        std::copy(tuple, tuple + N, sum.values_);
+        return sum;
+    }
+    friend TupleSum operator+(TupleSum a, const TupleSum &b)
+    {
+        a.add(b.values_);
+        return a;
+    }
+    friend TupleSum operator*(TupleSum a, float weight)
+    {
+        for (T &value : a.values_)
+            value *= T(weight);
+        return a;
+    }
+
 private:
     T values_[N] = {};
 };
@@ -36,6 +54,8 @@ private:
 template <> class TupleSum<float, 3>
 {
 public:
+    TupleSum() = default;
+
     void add(const float *tuple) { values_ = _mm_add_ps(values_, load(tuple)); }
     void add(const float *tuple, float weight)
     {
@@ -52,7 +72,16 @@ public:
         _mm_store_ss(tuple + 2, _mm_movehl_ps(values_, values_));
     }
 
+    static TupleSum of(const float *tuple) { return TupleSum(load(tuple)); }
+    friend TupleSum operator+(const TupleSum &a, const TupleSum &b) { return TupleSum(_mm_add_ps(a.values_, b.values_)); }
+    friend TupleSum operator*(const TupleSum &a, float weight)
+    {
+        return TupleSum(_mm_mul_ps(a.values_, _mm_set1_ps(weight)));
+    }
+
 private:
+    explicit TupleSum(__m128 values) : values_(values) {}
+
     static __m128 load(const float *tuple)
     {
         int64_t xy;

@@ -4,13 +4,15 @@
 #include <rq/subd/detail/cage.h>
 #include <rq/subd/detail/levelValues.h>
 #include <rq/subd/detail/refiner.h>
+#include <rq/subd/detail/regularPatches.h>
+#include <rq/subd/detail/stepPoints.h>
 
 namespace rq
 {
 /// A cage subdivided some times: its topology, and how values follow it.
 ///
 /// Only levels above the last are kept as topology: the points of the last follow from the one before, its faces are a
-/// vertex list.
+/// vertex list.  Where faces are regular the last steps are taken at once, and only what is left goes through the levels.
 class UniformLevels : public BAS_IntrusiveRefCounter<UniformLevels>
 {
 public:
@@ -65,6 +67,7 @@ private:
         host::Published<Holder> place_;
     };
 
+    template <class T> RQ_DataArrayHandle interpolate(const RQ_DataArray &array) const;
     RQ_DataArrayHandle makeSourceFaces() const;
     RQ_DataArrayHandle makeSourcePoints() const;
 
@@ -73,6 +76,9 @@ private:
     RefinerHandle refiner_;
     LevelSize size_;
     RQ_DataArrayHandle vertexList_;
+    int base_;  // the level that patches begin from
+    RegularPatches patches_;
+    std::vector<StepPoints> others_;  // from there on, beside patches
     Lazy faces_, points_, corners_;
     std::vector<Lazy> channels_;
 };

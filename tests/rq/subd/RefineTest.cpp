@@ -64,14 +64,21 @@ std::vector<double> pointsOf(const RQ_PrimPolygonMesh &mesh)
     return valuesOf(mesh.getShared() ? mesh.getShared()->get("P") : nullptr);
 }
 
-MeshShape tent()
+// A grid of quads, each of which begins at another corner than its neighbours.
+MeshShape tent(int cells = 3)
 {
     MeshShape shape;
-    for (int i = 0; i < 16; ++i)
-        shape.addPoint(float(i % 4), float(i / 4), i % 4 == 1 ? 1.0f : 0.3f * float(i % 3));
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 3; ++x)
-            shape.addFace({4 * y + x, 4 * y + x + 1, 4 * y + x + 5, 4 * y + x + 4});
+    const int side = cells + 1;
+    for (int i = 0; i < side * side; ++i)
+        shape.addPoint(float(i % side), float(i / side), i % side == 1 ? 1.0f : 0.3f * float(i % 3));
+    for (int y = 0; y < cells; ++y)
+        for (int x = 0; x < cells; ++x)
+        {
+            const int first = side * y + x;
+            std::vector<int> face{first, first + 1, first + side + 1, first + side};
+            std::rotate(face.begin(), face.begin() + (x + 2 * y) % 4, face.end());
+            shape.addFace(face);
+        }
     return shape;
 }
 
@@ -110,7 +117,12 @@ TEST(SubdRefine, AgreesWithTheSlowRefiner)
         const char *what;
         MeshShape shape;
         Sharp creases, corners;
+        int level = 3;
     } cases[] = {
+        {"mostly regular, one step", tent(12), {{84, 85, 85, 86}, {2.5f, 1}}, {{134}, {1.5f}}, 1},
+        {"mostly regular, two steps", tent(12), {{84, 85, 85, 86}, {2.5f, 1}}, {{134}, {1.5f}}, 2},
+        {"mostly regular, three steps", tent(12), {{84, 85, 85, 86}, {2.5f, 1}}, {{134}, {1.5f}}, 3},
+        {"mostly regular, four steps", tent(12), {{84, 85, 85, 86}, {2.5f, 1}}, {{134}, {1.5f}}, 4},
         {"cube", cubeShape(), {}, {}},
         {"open, its corners kept", tent(), {}, {}},
         {"triangles", prism(3), {}, {}},
@@ -125,9 +137,14 @@ TEST(SubdRefine, AgreesWithTheSlowRefiner)
     for (const auto &c : cases)
     {
         SCOPED_TRACE(c.what);
-        const RQ_PolygonMeshHandle mesh = refined(*makeCage(c.shape, c.creases, c.corners), 3);
+        const RQ_SubdivisionMeshHandle cage = makeCage(c.shape, c.creases, c.corners);
+        const RQ_SubdTopologyHandle topology = RQ_SubdTopology::create(*cage);
+        ASSERT_TRUE(topology);
+        const RQ_PolygonMeshHandle mesh = topology->refine(*cage, c.level);
         ASSERT_TRUE(mesh && mesh->validate());
-        const SlowMesh slow = slowMesh(c.shape, c.creases, c.corners).refined().refined().refined();
+        SlowMesh slow = slowMesh(c.shape, c.creases, c.corners);
+        for (int step = 0; step < c.level; ++step)
+            slow = slow.refined();
         ASSERT_EQ(mesh->getFaceCount(), int64_t(slow.faces.size()));
         EXPECT_EQ(mesh->getPointCount(), int64_t(slow.points.size()));
         double worst = 0;
@@ -137,6 +154,22 @@ TEST(SubdRefine, AgreesWithTheSlowRefiner)
                                          slow.points[size_t(slow.faces[face][i])])
                                             .length());
         EXPECT_LT(worst, 1e-5);
+
+        // Four components of doubles, on the same topology, and on one thread.
+        const BAS_Threads::Limit one(1);
+        const BAS_IntrusivePtr<RQ_DANumeric<double>> rows(new RQ_DANumeric<double>(c.shape.pointCount(), 4));
+        for (int point = 0; point < c.shape.pointCount(); ++point)
+            for (int i = 0; i < 4; ++i)
+                rows->set(point, cage->getShared()->get("P")->getF64(point, i % 3), i);
+        const RQ_SubdivisionMeshHandle wideCage(new RQ_PrimSubdivisionMesh(
+            *cage, cage->getShared()->addAttribute("rows", rows, false), nullptr, nullptr, nullptr));
+        const RQ_PolygonMeshHandle wide = topology->refine(*wideCage, c.level);
+        ASSERT_TRUE(wide);
+        EXPECT_EQ(pointsOf(*wide), pointsOf(*mesh));
+        for (int64_t point = 0; point < mesh->getPointCount(); ++point)
+            for (int i = 0; i < 4; ++i)
+                ASSERT_NEAR(wide->getShared()->get("rows")->getF64(point, i),
+                            mesh->getShared()->get("P")->getF64(point, i % 3), 1e-5);
     }
 }
 
