@@ -26,6 +26,16 @@ struct FacePart
         : faces(faces_), corners(corners_), least(least_), most(most_)
     {}
 
+    /// All of a primitive, in parallel when it is large.
+    static FacePart of(const ManyFaces &many)
+    {
+        if (const int64_t count = many.count(); count <= kFaces)
+            return FacePart(many, 0, count);
+        return host::parallelReduce(
+            many.count(), kFaces, FacePart(), [&many](int64_t begin, int64_t end) { return FacePart(many, begin, end); },
+            [](FacePart &into, const FacePart &from) { into.add(from); });
+    }
+
     void add(const FacePart &following)
     {
         if (following.faces == 0)
@@ -54,10 +64,7 @@ struct FaceTally
     /// Answers whether there are any.
     bool add(const ManyFaces &many)
     {
-        const FacePart all = host::parallelReduce(
-            many.count(), FacePart::kFaces, FacePart(),
-            [&many](int64_t begin, int64_t end) { return FacePart(many, begin, end); },
-            [](FacePart &into, const FacePart &from) { into.add(from); });
+        const FacePart all = FacePart::of(many);
         if (all.faces == 0)
             return false;
         noteCounts(all.least, all.most);
