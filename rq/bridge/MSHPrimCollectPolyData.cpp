@@ -66,16 +66,13 @@ bool RQ_MSHPrimCollectPolyData::coversDetail(const MSH_Detail &detail) const
 RQ_AttributeListHandle RQ_MSHPrimCollectPolyData::addNormals(const RQ_MSHDetailList &details,
                                                              const RQ_AttributeListHandle &vertex) const
 {
-    std::vector<RQ_DataArrayHandle> normals(static_cast<size_t>(details.getSegments()));
-    for (int segment = 0; segment < details.getSegments(); ++segment)
-    {
-        RQ_DataArrayHandle &made = normals[size_t(segment)];
-        if (segment > 0 && details.getHandle(segment) == details.getHandle())
-            made = normals[0];
-        else
-            made = new RQ_MSHAutoNormalArray(details.getHandle(segment), ELM_OWNER_VERTEX, gathered_.closed.vertices(),
-                                             ELM_OWNER_VERTEX, cuspAngle_);
-    }
+    const BAS_IntrusivePtr<RQ_MSHAutoNormalArray> first(new RQ_MSHAutoNormalArray(
+        details.getHandle(), ELM_OWNER_VERTEX, gathered_.closed.vertices(), ELM_OWNER_VERTEX, cuspAngle_));
+    std::vector<RQ_DataArrayHandle> normals{first};
+    for (int segment = 1; segment < details.getSegments(); ++segment)
+        // What the first one found out about the faces serves the others.
+        normals.push_back(first->isBoundTo(details.getHandle(segment)) ? normals[0]
+                                                                       : first->boundTo(details.getHandle(segment)));
     const RQ_AttributeListHandle base = vertex ? vertex : RQ_AttributeListHandle(new RQ_AttributeList(new RQ_AttributeMap));
     return base->addAttribute("N", normals.data(), details.getSegments(), true);
 }

@@ -61,7 +61,8 @@ public:
     /// The mesh in convex pieces, see `RQ_PrimPolygonMesh::convex`.
     RQ_PolygonMeshHandle convex(const RQ_PrimPolygonMesh &mesh, int maxVertices = 4, bool triangulate = false);
 
-    /// Vertex normals by cusp angle, 3 x real32 a face-vertex, see `RQ_PrimPolygonMesh::createVertexNormals`.
+    /// Vertex normals by cusp angle, 3 x real32 a face-vertex, see `RQ_PrimPolygonMesh::createVertexNormals`.  Kept are
+    /// those of the latest positions, one array for each segment of the mesh.
     RQ_DataArrayHandle vertexNormals(const RQ_PrimPolygonMesh &mesh, int segment, double cuspAngle);
 
     /// The topology of a subdivision mesh, see `RQ_SubdTopology::create`.
