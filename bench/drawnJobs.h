@@ -19,9 +19,9 @@ class DrawnReference
 public:
     explicit DrawnReference(const QuadMesh &quads) : quads_(quads) {}
 
-    /// How far the number of triangles is from two a quad, or the mean cosine of normals with the plain ones from 1, whichever
-    /// is worse.  Programs weigh faces in different ways, which is some thousandths.  `positionOf(i)` and `normalOf(i)`
-    /// give the three floats of corner i.
+    /// How far the number of triangles is from two a quad, or the mean cosine of normals with the plain ones from 1,
+    /// whichever is worse.  Programs weigh faces in different ways, which is some thousandths.  `positionOf(i)` and
+    /// `normalOf(i)` give the three floats of corner i.
     template <class PositionOf, class NormalOf>
     double error(int64_t triangles, PositionOf &&positionOf, NormalOf &&normalOf) const
     {
@@ -85,14 +85,15 @@ private:
         };
         // The diagonals' product is the sum of Newell.
         const Vector a = at(0), b = at(1), c = at(2), d = at(3);
-        return unit(across({0.0, 0.0, 0.0}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]}, {d[0] - b[0], d[1] - b[1], d[2] - b[2]}));
+        return unit(
+            across({0.0, 0.0, 0.0}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]}, {d[0] - b[0], d[1] - b[1], d[2] - b[2]}));
     }
 
     const QuadMesh &quads_;
 };
 
-/// What is done from a mesh of quads, as its owner keeps it, to the buffers that a viewport uploads: positions and triangles,
-/// and normals by cusp angle.
+/// What is done from a mesh of quads, as its owner keeps it, to the buffers that a viewport uploads: positions and
+/// triangles, and normals by cusp angle.
 constexpr const char *kTrianglesJob = "detail_to_triangles", *kNormalsJob = "detail_to_normals";
 
 /// Enter a row of one of the two.  Read: positions and vertex list.  Written: three corners a triangle, with normals.
@@ -100,7 +101,7 @@ inline void addDrawn(const char *job, const char *who, int cells, int threads, s
 {
     const double faces = double(cells) * cells, points = (cells + 1.0) * (cells + 1.0);
     const double corner = job == kNormalsJob ? 16.0 : 4.0;
-    add({job, cells == 1000 ? "quads1M" : "quads4M", who, threads, faces, points * 12.0 + faces * (16.0 + 6.0 * corner), true,
-         std::move(prepare)});
+    add({job, cells == 1000 ? "quads1M" : "quads4M", who, threads, faces, points * 12.0 + faces * (16.0 + 6.0 * corner),
+         true, std::move(prepare)});
 }
 }  // namespace bench

@@ -42,9 +42,8 @@ Drawn draw(const MOD_ConstDetailHandle &detail, Normals which)
     if (which == Normals::NONE)
         return drawn;
     const RQ_DataArrayHandle normals =
-        which == Normals::ADDED
-            ? drawn.triangles->getVertex()->get("N")
-            : drawn.triangles->createVertexNormals(0, "P", bench::kDrawnCusp, true, RQ_STORAGE_REAL32);
+        which == Normals::ADDED ? drawn.triangles->getVertex()->get("N")
+                                : drawn.triangles->createVertexNormals(0, "P", bench::kDrawnCusp, true, RQ_STORAGE_REAL32);
     drawn.normals = normals->getArray<float>(drawn.normalBuffer);
     return drawn;
 }
