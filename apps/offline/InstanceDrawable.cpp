@@ -116,8 +116,8 @@ BAS_BoundingBox InstanceDrawable::bounds(int64_t instance, int step) const
 {
     const BAS_BoundingBox inner = group_->bounds();
     BAS_BoundingBox box;
-    if (inner.isEmpty())
-        return box;
+    if (const double volume = std::abs(at(instance, step).volume()); inner.isEmpty() || !(volume > 0.0))
+        return box;  // what is flattened has no way back
     const BAS_Vec3f ends[2] = {inner.minimum(), inner.maximum()};
     for (int i = 0; i < 8; ++i)
         box.enlarge(at(instance, step).point(BAS_Vec3f(ends[i & 1].x, ends[i >> 1 & 1].y, ends[i >> 2].z)));

@@ -22,10 +22,14 @@ std::unique_ptr<Film> render(const Scene &scene, const Camera &camera, const Set
     host::parallelFor(across * down, 1, [&](int64_t tile) {
         const int left = int(tile % across) * kTile, top = int(tile / across) * kTile;
         const int bottom = std::min(top + kTile, settings.height), right = std::min(left + kTile, settings.width);
-        for (int y = top; y < bottom && !progress.isInterrupted(); ++y)
+        for (int y = top; y < bottom; ++y)
+        {
+            if (progress.interrupted(double(finished.load(std::memory_order_relaxed)) / double(across * down)))
+                return;
             for (int x = left; x < right; ++x)
                 film->at(x, y) = tracer.pixel(x, y);
-        progress.interrupted(double(++finished) / double(across * down));
+        }
+        ++finished;
     });
     if (progress.isInterrupted())
         film.reset();

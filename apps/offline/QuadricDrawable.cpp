@@ -52,7 +52,8 @@ Line rayOf(const RTCRay &ray)
 
 void boundsOf(const RTCBoundsFunctionArguments *call)
 {
-    const BAS_BoundingBox box = static_cast<const QuadricDrawable *>(call->geometryUserPtr)->bounds(call->primID);
+    const BAS_BoundingBox box =
+        static_cast<const QuadricDrawable *>(call->geometryUserPtr)->bounds(call->primID, int(call->timeStep));
     const BAS_Vec3f low = box.minimum(), high = box.maximum();
     *call->bounds_o = {low.x, low.y, low.z, 0.0f, high.x, high.y, high.z, 0.0f};
 }
@@ -62,7 +63,7 @@ void intersect(const RTCIntersectFunctionNArguments *call)
     auto &[ray, hit] = *reinterpret_cast<RTCRayHit *>(call->rayhit);
     Crossing first;
     if (!call->valid[0] || !static_cast<const QuadricDrawable *>(call->geometryUserPtr)
-                                ->cross(call->primID, rayOf(ray), ray.tnear, ray.tfar, first))
+                                ->cross(call->primID, rayOf(ray), ray.time, ray.tnear, ray.tfar, first))
         return;
     const BAS_Vec3f normal(first.normal.normalized());
     ray.tfar = float(first.distance);
@@ -74,18 +75,21 @@ void occlude(const RTCOccludedFunctionNArguments *call)
     RTCRay &ray = *reinterpret_cast<RTCRay *>(call->ray);
     Crossing first;
     if (call->valid[0] && static_cast<const QuadricDrawable *>(call->geometryUserPtr)
-                              ->cross(call->primID, rayOf(ray), ray.tnear, ray.tfar, first))
+                              ->cross(call->primID, rayOf(ray), ray.time, ray.tnear, ray.tfar, first))
         ray.tfar = -std::numeric_limits<float>::infinity();
 }
 }  // namespace
 
 QuadricDrawable::QuadricDrawable(const BAS_IntrusivePtr<RQ_PrimQuadricMesh> &mesh, const Placing &placing)
-    : Drawable(mesh, placing), shape_(shapeOf(*mesh)), quadrics_(size_t(mesh->getQuadricCount()))
+    : Drawable(mesh, placing), shape_(shapeOf(*mesh)), count_(mesh->getQuadricCount()),
+      steps_(std::max(int(matrices().size()), mesh->getTransforms()->getMotionSegments())),
+      quadrics_(size_t(count_) * size_t(steps_))
 {
-    host::parallelFor(mesh->getQuadricCount(), kQuadricsPerTask, [&](int64_t i) {
+    host::parallelFor(count_ * steps_, kQuadricsPerTask, [&](int64_t i) {
         BAS_Mat4d own;
-        mesh->getTransforms()->getMatrix(own, i, 0);
-        quadrics_[size_t(i)] = placed(own * matrices()[0]);
+        const size_t step = size_t(i % steps_);
+        mesh->getTransforms()->getMatrix(own, i / steps_, int(step));
+        quadrics_[size_t(i)] = placed(own * matrices()[std::min(step, matrices().size() - 1)]);
     });
 }
 
@@ -115,7 +119,8 @@ QuadricDrawable::Quadric QuadricDrawable::placed(BAS_Mat4d matrix) const
 RTCGeometryTy *QuadricDrawable::makeGeometry(RTCDeviceTy *device) const
 {
     const RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER);
-    rtcSetGeometryUserPrimitiveCount(geometry, unsigned(quadrics_.size()));
+    rtcSetGeometryUserPrimitiveCount(geometry, unsigned(count_));
+    rtcSetGeometryTimeStepCount(geometry, unsigned(steps_));
     rtcSetGeometryUserData(geometry, const_cast<QuadricDrawable *>(this));
     rtcSetGeometryBoundsFunction(geometry, boundsOf, nullptr);
     rtcSetGeometryIntersectFunction(geometry, intersect);
@@ -123,10 +128,28 @@ RTCGeometryTy *QuadricDrawable::makeGeometry(RTCDeviceTy *device) const
     return geometry;
 }
 
-BAS_BoundingBox QuadricDrawable::bounds(int64_t index) const
+// Its matrix is mixed, and its way back made of that.
+QuadricDrawable::Quadric QuadricDrawable::atTime(int64_t index, float time) const
+{
+    const Moment moment(time, steps_);
+    const Quadric &before = at(index, moment.step);
+    if (!(moment.part > 0.0f))
+        return before;
+    const Quadric &behind = at(index, moment.step + 1);
+    BAS_Mat4d matrix;
+    for (int i = 0; i < 4; ++i)
+    {
+        const BAS_Vec3f &from = before.out[size_t(i)];
+        const BAS_Vec3f row = from + (behind.out[size_t(i)] - from) * moment.part;
+        std::copy_n(row.getValue(), 3, matrix[i]);
+    }
+    return placed(matrix);
+}
+
+BAS_BoundingBox QuadricDrawable::bounds(int64_t index, int step) const
 {
     BAS_BoundingBox box;
-    const Quadric &quadric = quadrics_[size_t(index)];
+    const Quadric &quadric = at(index, step);
     if (quadric.flat)
         return box;
     const Rows &rows = quadric.out;
@@ -145,9 +168,9 @@ BAS_BoundingBox QuadricDrawable::bounds(int64_t index) const
     return box;
 }
 
-bool QuadricDrawable::cross(int64_t index, const Line &ray, double least, double most, Crossing &first) const
+bool QuadricDrawable::cross(int64_t index, const Line &ray, float time, double least, double most, Crossing &first) const
 {
-    const Rows &in = quadrics_[size_t(index)].in;
+    const Rows in = steps_ == 1 ? at(index, 0).in : atTime(index, time).in;
     if (!shape_.cross({turned(in, ray.origin) + BAS_Vec3d(in[3]), turned(in, ray.direction)}, least, most, first))
         return false;
     // Normals go the way of planes: by the transposed way back.
@@ -165,7 +188,7 @@ void QuadricDrawable::addTo(Outline &outline) const
     const int64_t stride = Outline::stride(count * kCorners * int64_t(rings.size()));
     for (int64_t i = 0; i < count; ++i)
     {
-        const BAS_BoundingBox box = bounds(i);
+        const BAS_BoundingBox box = bounds(i / steps_, int(i % steps_));
         if (box.isEmpty())
             continue;
         outline.add(box.minimum(), 0.0f, false);

@@ -18,11 +18,11 @@ public:
     RTCGeometryTy *makeGeometry(RTCDeviceTy *device) const override;
     void addTo(Outline &outline) const override;
 
-    /// What a quadric covers of the scene; empty when it is flattened to nothing.
-    BAS_BoundingBox bounds(int64_t quadric) const;
+    /// What a quadric covers of the scene at a step of its motion; empty when it is flattened to nothing.
+    BAS_BoundingBox bounds(int64_t quadric, int step) const;
 
     /// Where a ray meets a quadric first.  The normal is the scene's, of any length.
-    bool cross(int64_t quadric, const Line &ray, double least, double most, Crossing &first) const;
+    bool cross(int64_t quadric, const Line &ray, float time, double least, double most, Crossing &first) const;
 
 protected:
     Place locate(int64_t quadric, float u, float v, Hit &hit) const override;
@@ -37,8 +37,12 @@ private:
     };
 
     Quadric placed(BAS_Mat4d matrix) const;
+    const Quadric &at(int64_t quadric, int step) const { return quadrics_[size_t(quadric) * size_t(steps_) + size_t(step)]; }
+    Quadric atTime(int64_t quadric, float time) const;
 
     UnitShape shape_;
-    std::vector<Quadric> quadrics_;
+    int64_t count_;
+    int steps_;
+    std::vector<Quadric> quadrics_;  // at all steps of the first one's motion, then of the next
 };
 }  // namespace rq::offline

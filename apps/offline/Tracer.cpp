@@ -97,7 +97,7 @@ Pixel Tracer::pixel(int x, int y) const
     const Samples samples(uint64_t(y) << 32 | uint64_t(x));
     Pixel sum;
     double seen = 0.0, squares = 0.0, depth = 0.0;
-    int look = kFirstLook;
+    int look = kFirstLook, met = 0;
     while (sum.samples < settings_.samples)
     {
         const Pixel one = sample(x, y, samples, uint32_t(sum.samples++));
@@ -105,8 +105,11 @@ Pixel Tracer::pixel(int x, int y) const
         sum.albedo += one.albedo;
         sum.normal += one.normal;
         sum.coverage += one.coverage;
-        sum.depth += std::isfinite(one.depth) ? 1.0f : 0.0f;
-        depth += std::isfinite(one.depth) ? double(one.depth) : 0.0;
+        if (std::isfinite(one.depth))
+        {
+            depth += double(one.depth);
+            ++met;
+        }
         const double value = double(encodeSRGB(std::clamp(brightness(one.beauty), 0.0f, 1.0f)));
         seen += value;
         squares += value * value;
@@ -119,7 +122,7 @@ Pixel Tracer::pixel(int x, int y) const
     sum.albedo *= part;
     sum.normal *= part;
     sum.coverage *= part;
-    sum.depth = sum.depth > 0.0f ? float(depth / double(sum.depth)) : std::numeric_limits<float>::infinity();
+    sum.depth = met > 0 ? float(depth / met) : std::numeric_limits<float>::infinity();
     return sum;
 }
 

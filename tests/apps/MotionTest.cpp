@@ -5,6 +5,7 @@
 #include <rq/prim/CompactTransformArray.h>
 #include <rq/prim/PrimInstance.h>
 #include <rq/prim/RefineList.h>
+#include <rq/surface/PrimSphereMesh.h>
 #include <tests/apps/Globe.h>
 
 using namespace tests;
@@ -122,9 +123,12 @@ TEST(Motion, BlursWhatMovesAndNothingElse)
     const RQ_AttributeListHandle points =
         RQ_AttributeListHandle(new RQ_AttributeList(nullptr, 2))->addAttribute("P", ends, 2, true);
     const BAS_Mat4d way[] = {BAS_Mat4d(), BAS_Mat4d().setTranslation(BAS_Vec3d(8, 0, 0))};
+    const BAS_IntrusivePtr<RQ_PrimSphereMesh> ball(new RQ_PrimSphereMesh);
+    ASSERT_TRUE(ball->init({}, {}, RQ_TransformArrayHandle(new RQ_CompactTransformArray(way, 1, 2))));
     const std::pair<const char *, RQ_PrimitiveHandle> cases[] = {
         {"points", RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(integers(globe.counts), integers(globe.corners), points))},
         {"a transform", globe.mesh()->copyTransformed(RQ_TransformHandle(new RQ_Transform(way, 2)))},
+        {"a sphere", ball},
         {"an instance", instances(globe.mesh(), {way[0], way[1]}, 2)},
     };
     for (const auto &[what, primitive] : cases)

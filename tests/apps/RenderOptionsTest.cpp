@@ -78,7 +78,28 @@ TEST_F(Program, RendersScenesWithCamerasMaterialsAndInstances)
     EXPECT_GT(picture.red(6, 4, 9, 6), 0.6);
     EXPECT_EQ(picture.red(0, 0, 10, 3), 0.0);
     EXPECT_LT(picture.red(4, 4, 6, 6), 0.5) << "there is a gap between them";
-    EXPECT_EQ(Outcome("render @scene.rqg.json -o @scene.png --size 8x8 --eye 0,-12,0 --next @scene.rqg.json").code, 0);
+
+    // Instances, adaptive samples and motion in every layer.
+    for (const char *threads : {"1", "2"})
+        EXPECT_EQ(Outcome(std::string("render @scene.rqg.json -o @") + threads +
+                          ".exr --size 40x30 --adaptive 0.02 --next " + "@scene.rqg.json --threads " + threads)
+                      .code,
+                  0);
+    EXPECT_TRUE(contentOf(testFolder() + "1.exr") == contentOf(testFolder() + "2.exr"));
+}
+
+TEST_F(Program, RendersTheScenesOfTheGallery)
+{
+    int scenes = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(RQ_SCENES))
+    {
+        SCOPED_TRACE(entry.path());
+        const Outcome run("render '" + entry.path().string() + "' -o @scene.png --size 16x9 --samples 1 --shade wire");
+        EXPECT_EQ(run.code, 0);
+        EXPECT_EQ(run.error, "") << "nothing is left out";
+        ++scenes;
+    }
+    EXPECT_GE(scenes, 8);
 }
 
 TEST_F(Program, LeavesNoHalfPictureWhenInterrupted)
