@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <map>
+#include <string>
 #include <vector>
 
 #include <host/mod/PrimPacked.h>
@@ -29,6 +30,8 @@ struct Gathered final : RQ_MSHPrimCollectData
     std::vector<Placements> all;
     std::map<const MSH_Detail *, size_t> places;
     int segments = 1;
+    int64_t lost = 0;
+    std::string why;  // of the last that is lost
 };
 
 class Collector final : public RQ_MSHPrimCollect
@@ -44,11 +47,10 @@ public:
     {
         auto &gathered = static_cast<Gathered &>(*data);
         const MOD_PrimPacked packed(*primitives[0]);
-        std::string why = "it is no packed geometry";
-        const MOD_ConstDetailHandle detail = packed.isValid() ? packed.unpack(why) : MOD_ConstDetailHandle();
+        const MOD_ConstDetailHandle detail = packed.isValid() ? packed.unpack(gathered.why) : MOD_ConstDetailHandle();
         if (!detail)
         {
-            std::fprintf(stderr, "rq: warning: a packed primitive is not drawn: %s\n", why.c_str());
+            ++gathered.lost;
             return nullptr;
         }
         const auto [place, isNew] = gathered.places.try_emplace(detail.readLock(), gathered.all.size());
@@ -65,6 +67,9 @@ public:
     RQ_PrimitiveHandle endCollecting(const RQ_MSHDetailListHandle &details, RQ_MSHPrimCollectData *data) const override
     {
         const auto &gathered = static_cast<const Gathered &>(*data);
+        if (gathered.lost > 0)
+            std::fprintf(stderr, "rq: warning: %lld packed primitives are not drawn: %s\n",
+                         static_cast<long long>(gathered.lost), gathered.why.c_str());
         const BAS_IntrusivePtr<RQ_PrimCollect> collection(new RQ_PrimCollect);
         for (const Placements &placements : gathered.all)
         {
