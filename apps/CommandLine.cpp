@@ -7,7 +7,7 @@ namespace rq::app
 {
 namespace
 {
-constexpr const char *kFormats = "OBJ, PLY, STL, OFF, glTF, GLB, XYZ, PTS or RQG; - is standard input";
+constexpr const char *kFormats = "OBJ, PLY, STL, OFF, glTF, GLB, XYZ, PTS, SWC or RQG; - is standard input";
 
 void addThreads(CLI::App &command, CommonOptions &common)
 {
@@ -63,9 +63,10 @@ CLI::App *addConvert(CLI::App &program, CommonOptions &common, ConvertOptions &o
     CLI::App *command = program.add_subcommand("convert", "Write what a file holds to a file of another kind");
     command->add_option("IN", options.input, std::string("File to read: ") + kFormats)->required()->type_name("");
     command
-        ->add_option("OUT", options.output,
-                     "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj, .ply, .stl, .glb or "
-                     ".gltf; - is standard output")
+        ->add_option(
+            "OUT", options.output,
+            "File to write, told by the end of its name: .rqg.json or .rqg for everything, .obj, .ply, .stl, .glb or "
+            ".gltf; - is standard output")
         ->required()
         ->type_name("");
     command->add_option("--to", options.format, "Write this kind of file, whatever its name; json is .rqg.json")

@@ -23,7 +23,7 @@ struct CommandLine
     ConvertOptions convert;
     RenderOptions render;
     ViewOptions view;
-    std::string shell;      ///< whose completion is asked for
+    std::string shell;    ///< whose completion is asked for
     bool manual = false;  ///< the man page is asked for
 
     CLI::App program{"Render-ready geometry from files", "rq"};

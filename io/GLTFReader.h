@@ -21,7 +21,8 @@ RQ_API bool isGLTF(std::string_view text);
 ///          rest of its name: real32, or int32 for whole numbers that are no fractions.  Where some points lack what others
 ///          have, colours are white and all else 0.  Primitives have the name of their node, or mesh, in "object", that of
 ///          their material in "material" and its base colour in "Cd" unless all are white
-/// Failure  false with an error when the file is malformed, a number refers to nothing or data lie outside their buffers;
+/// Failure  false with an error when the file is malformed, a number refers to nothing or data lie outside their buffers
+///          or are compressed;
 ///          the detail is untouched then.  Warned of, once each: morph targets, skins and unknown attributes, which are
 ///          passed over, and required extensions
 RQ_API bool readGLTF(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages);

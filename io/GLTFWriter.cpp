@@ -32,7 +32,7 @@ public:
     std::string write()
     {
         parts_ = partsOf(handle_, objects_, materials_, leftovers_);
-        GLTFAttributes attributes(detail_, materials_.otherColors(), leftovers_);
+        GLTFAttributes attributes(detail_, !parts_.empty(), materials_.otherColors(), leftovers_);
         writeBuffer(attributes);
         leftovers_.warnOfAttributes();
         leftovers_.warnOfGroups({ELM_OWNER_VERTEX, ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE});
@@ -62,10 +62,9 @@ private:
         std::vector<int32_t> used;
         for (const GLTFPart &part : parts_)
             used.insert(used.end(), part.vertices.begin(), part.vertices.end());
-        // Corners without a primitive are nowhere.
-        const GLTFVertices vertices(
-            detail_, used.empty() ? std::vector<const ELM_Attribute *>() : attributes.ofCorners(), used);
-        std::vector<bool> isUsed(size_t(detail_.pointCount()), used.empty() || attributes.ofCorners().empty());
+        const std::vector<const ELM_Attribute *> ofCorners = attributes.ofCorners();
+        const GLTFVertices vertices(detail_, ofCorners, used);
+        std::vector<bool> isUsed(size_t(detail_.pointCount()), ofCorners.empty());
         for (const int32_t vertex : used)
             isUsed[size_t(detail_.vertexPoint(vertex))] = true;
         if (const int64_t unused = std::count(isUsed.begin(), isUsed.end(), false); unused > 0)
@@ -76,9 +75,8 @@ private:
         buffer_.beginView(GLTFBuffer::Use::Index);
         for (const GLTFPart &part : parts_)
         {
-            indices_.push_back(buffer_.add({.begin = buffer_.bytes.size(),
-                                            .count = std::ssize(part.vertices),
-                                            .type = GLTFType::UInt32}));
+            indices_.push_back(
+                buffer_.add({.begin = buffer_.bytes.size(), .count = std::ssize(part.vertices), .type = GLTFType::UInt32}));
             for (const int32_t vertex : part.vertices)
                 appendBytes(buffer_.bytes, vertices.number(vertex));
         }

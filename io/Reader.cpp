@@ -9,6 +9,7 @@
 #include <io/PLYReader.h>
 #include <io/RQGReader.h>
 #include <io/STLReader.h>
+#include <io/SWCReader.h>
 #include <io/XYZReader.h>
 #include <io/detail/endings.h>
 
@@ -35,16 +36,10 @@ bool copied(std::string_view text, const std::string &name, MOD_DetailHandle &de
 
 // In the order in which they are asked whether a file is theirs: those that look at one word of a text come last.
 const Format kFormats[] = {
-    {".ply", readPLY, isPLY},
-    {".rqg.json", readRQG, isRQG},
-    {".rqg", readRQG, isRQG},
-    {".glb", copied<readGLTF>, isGLTF},
-    {".gltf", copied<readGLTF>, isGLTF},
-    {".off", copied<readOFF>, isOFF},
-    {".stl", copied<readSTL>, isSTL},
-    {".obj", copied<readOBJ>, isOBJ},
-    {".xyz", copied<readXYZ>, nullptr},
-    {".pts", copied<readXYZ>, nullptr},
+    {".ply", readPLY, isPLY},           {".rqg.json", readRQG, isRQG},       {".rqg", readRQG, isRQG},
+    {".glb", copied<readGLTF>, isGLTF}, {".gltf", copied<readGLTF>, isGLTF}, {".off", copied<readOFF>, isOFF},
+    {".stl", copied<readSTL>, isSTL},   {".obj", copied<readOBJ>, isOBJ},    {".xyz", copied<readXYZ>, nullptr},
+    {".pts", copied<readXYZ>, nullptr}, {".swc", copied<readSWC>, nullptr},
 };
 
 // What a file is follows from how it begins, and only then from its name.

@@ -9,9 +9,9 @@ namespace rq::io
 {
 /// Read a file of geometry into a detail.
 ///
-/// Shape    what kind of file it is follows from how it begins: PLY, RQG, glTF, OFF, STL or OBJ, and where
-///          that says nothing from the end of its name: ".ply", ".rqg.json", ".rqg", ".glb", ".gltf", ".off", ".stl", ".obj",
-///          ".xyz" or ".pts" in any case; standard input, named "-", is XYZ when it begins with numbers, and else OBJ.  What a
+/// Shape    what kind of file it is follows from how it begins: PLY, RQG, glTF, OFF, STL or OBJ, and where that says nothing
+///          from the end of its name in any case: ".ply", ".rqg.json", ".rqg", ".glb", ".gltf", ".off", ".stl", ".obj",
+///          ".xyz", ".pts" or ".swc".  Standard input, named "-", is XYZ when it begins with numbers, and else OBJ.  What a
 ///          file holds replaces what the detail held
 /// Failure  false, with an error among the messages, and the detail untouched.  Warnings tell what was passed over or mended
 /// Ownership  the detail has its own memory, unless `inPlace`: then columns that lie in the file as the host keeps them are

@@ -42,8 +42,8 @@ public:
         for (size_t first = 0; first < triangles.size(); first += 3)
             writeFacet(bytes, triangles.data() + first, owners.value(triangles[first]));
         if (cutWords_ > 0)
-            leftovers_.warn(fmt::format("{} of attribute \"attribute\" cut to 16 bits",
-                                        counted(cutWords_, "value is", "values are")));
+            leftovers_.warn(
+                fmt::format("{} of attribute \"attribute\" cut to 16 bits", counted(cutWords_, "value is", "values are")));
         return bytes;
     }
 

@@ -48,10 +48,14 @@ bool asGLTF(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &
 }
 
 const Format kFormats[] = {
-    {"json", ".rqg.json", asRQG<RQGForm::Text>},     {"rqg", ".rqg", asRQG<RQGForm::Binary>},
-    {"json", ".json", asRQG<RQGForm::Text>},         {"obj", ".obj", inOneForm<writeOBJ>},
-    {"ply", ".ply", writePLY},                       {"stl", ".stl", inOneForm<writeSTL>},
-    {"glb", ".glb", asGLTF<NumberForm::Binary>},     {"gltf", ".gltf", asGLTF<NumberForm::Text>},
+    {"json", ".rqg.json", asRQG<RQGForm::Text>},
+    {"rqg", ".rqg", asRQG<RQGForm::Binary>},
+    {"json", ".json", asRQG<RQGForm::Text>},
+    {"obj", ".obj", inOneForm<writeOBJ>},
+    {"ply", ".ply", writePLY},
+    {"stl", ".stl", inOneForm<writeSTL>},
+    {"glb", ".glb", asGLTF<NumberForm::Binary>},
+    {"gltf", ".gltf", asGLTF<NumberForm::Text>},
 };
 
 bool isStandardOutput(const std::string &path) { return path == "-"; }
@@ -59,17 +63,19 @@ bool isStandardOutput(const std::string &path) { return path == "-"; }
 const Format *findFormat(const std::string &path, const SaveOptions &options, Messages &messages)
 {
     if (options.format.empty() && isStandardOutput(path))
-        return messages.fail("<stdout>", {}, fmt::format("expected the name of a format, one of {}, found none",
-                                                         fmt::join(saveFormats(), ", "))),
+        return messages.fail(
+                   "<stdout>", {},
+                   fmt::format("expected the name of a format, one of {}, found none", fmt::join(saveFormats(), ", "))),
                nullptr;
-    const Format *found = options.format.empty()
-                              ? findEnding(path, kFormats)
-                              : std::ranges::find(kFormats, options.format, [](const Format &f) { return std::string(f.name); });
+    const Format *found = options.format.empty() ? findEnding(path, kFormats)
+                                                 : std::ranges::find(kFormats, options.format,
+                                                                     [](const Format &f) { return std::string(f.name); });
     if (!found)
         messages.fail(path, {}, expectEnding(kFormats));
     else if (found == std::end(kFormats))
-        messages.fail(path, {}, fmt::format("expected one of the formats {}, found \"{}\"", fmt::join(saveFormats(), ", "),
-                                            options.format));
+        messages.fail(
+            path, {},
+            fmt::format("expected one of the formats {}, found \"{}\"", fmt::join(saveFormats(), ", "), options.format));
     return found == std::end(kFormats) ? nullptr : found;
 }
 }  // namespace

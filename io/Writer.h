@@ -11,7 +11,7 @@ namespace rq::io
 {
 struct SaveOptions
 {
-    std::string format;                         ///< one of `saveFormats`, empty for what the file's name says
+    std::string format;                       ///< one of `saveFormats`, empty for what the file's name says
     NumberForm numbers = NumberForm::Binary;  ///< of PLY, the only format that has both under one name
 };
 

@@ -97,7 +97,8 @@ private:
         if (count_ > INT32_MAX)
             return source_.fail(lines_.find(0), fmt::format("expected at most {} points, found {}", INT32_MAX, count_));
         if (count_ > 0)
-            layout_ = layoutFor(numbersOfLine(Scanner({lines_.find(first_), size_t(source_.end() - lines_.find(first_))})) - 3);
+            layout_ =
+                layoutFor(numbersOfLine(Scanner({lines_.find(first_), size_t(source_.end() - lines_.find(first_))})) - 3);
         return true;
     }
 

@@ -123,7 +123,8 @@ bool GLTFAccessor::openSparse(const tinygltf::Model &model, const tinygltf::Acce
     Bytes rows, values;
     if (!isKnown(sparseRowType_) || sparseRowType_ == TINYGLTF_COMPONENT_TYPE_FLOAT)
         return error = fmt::format("expected a type of whole numbers for sparse rows, found {}", sparseRowType_), false;
-    if (!findView(model, sparse.indices.bufferView, rows, error) || !findView(model, sparse.values.bufferView, values, error))
+    if (!findView(model, sparse.indices.bufferView, rows, error) ||
+        !findView(model, sparse.values.bufferView, values, error))
         return false;
     const int64_t indexBytes = sizeOf(sparseRowType_);
     if (sparse.count < 0 || sparse.indices.byteOffset < 0 || sparse.values.byteOffset < 0 ||

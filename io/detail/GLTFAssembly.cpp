@@ -9,6 +9,10 @@ namespace rq::io
 {
 bool GLTFAssembly::build(const std::vector<GLTFPlacedMesh> &placed, MOD_DetailHandle &detail)
 {
+    for (const std::string &extension : model_.extensionsRequired)
+        if (extension.ends_with("_compression"))
+            return source_.messages.fail(source_.name, {},
+                                         fmt::format("expected data as they are, found extension \"{}\"", extension));
     for (const GLTFPlacedMesh &mesh : placed)
         if (!takeMesh(mesh))
             return false;
@@ -51,7 +55,7 @@ bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::P
     if (primitive.material >= int(model_.materials.size()))
         return error_ = fmt::format("expected one of {} materials, found {}", model_.materials.size(), primitive.material),
                fail();
-    if (primitive.mode > TINYGLTF_MODE_TRIANGLE_FAN)
+    if (primitive.mode < 0 || primitive.mode > TINYGLTF_MODE_TRIANGLE_FAN)
         return error_ = fmt::format("expected a mode from 0 to 6, found {}", primitive.mode), fail();
 
     Part part{.topology = {}, .name = &placed.name, .material = primitive.material};
@@ -184,10 +188,10 @@ void GLTFAssembly::warnOfTheRest() const
         warn(fmt::format("expected attribute \"POSITION\", found none; {} passed over",
                          counted(withoutPoints_, "primitive is", "primitives are")));
     if (left_ > 0)
-        warn(fmt::format("expected whole lines and triangles, found {} too many",
-                         counted(left_, "vertex", "vertices")));
+        warn(fmt::format("expected whole lines and triangles, found {} too many", counted(left_, "vertex", "vertices")));
     for (const std::string &extension : model_.extensionsRequired)
-        warn(fmt::format("required extension \"{}\" is not known; what it says is passed over", extension));
+        if (extension != "KHR_mesh_quantization")
+            warn(fmt::format("required extension \"{}\" is not known; what it says is passed over", extension));
     if (points_ == 0)
         warn("expected meshes, found none");
 }

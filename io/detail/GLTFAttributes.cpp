@@ -41,14 +41,16 @@ bool unitVector(float *v)
 }
 }  // namespace
 
-GLTFAttributes::GLTFAttributes(const MSH_Detail &detail, const ELM_Attribute *primitiveColors, Leftovers &leftovers)
+GLTFAttributes::GLTFAttributes(const MSH_Detail &detail, bool hasCorners, const ELM_Attribute *primitiveColors,
+                               Leftovers &leftovers)
     : detail_(detail), leftovers_(leftovers)
 {
     for (const ELM_Owner owner : {ELM_OWNER_VERTEX, ELM_OWNER_POINT})
         for (const ELM_Attribute &attribute : detail.attributes(owner))
-            if (attribute.scope() == ELM_SCOPE_PUBLIC && attribute.numericTuple())
+            if ((hasCorners || owner == ELM_OWNER_POINT) && attribute.scope() == ELM_SCOPE_PUBLIC &&
+                attribute.numericTuple())
                 plan(attribute);
-    if (primitiveColors && !isPlanned("COLOR_0"))
+    if (hasCorners && primitiveColors && !isPlanned("COLOR_0"))
         plan(*primitiveColors);
 }
 
@@ -214,8 +216,8 @@ void GLTFAttributes::writeIntegers(Planned &planned, GLTFType type, const GLTFVe
 void GLTFAttributes::warnOfMended(const Planned &planned)
 {
     const char *name = planned.attribute->name().c_str();
-    constexpr const char *kAllowed[] = {"finite numbers", "directions", "directions", "finite numbers",
-                                        "numbers from 0 to 1", "finite numbers"};
+    constexpr const char *kAllowed[] = {"finite numbers", "directions",          "directions",
+                                        "finite numbers", "numbers from 0 to 1", "finite numbers"};
     if (mended_ > 0)
         leftovers_.warn(fmt::format("attribute \"{}\" must have {}: {} changed", name, kAllowed[int(planned.role)],
                                     counted(mended_, "row is", "rows are")));

@@ -14,9 +14,9 @@ namespace rq::io
 class GLTFAttributes
 {
 public:
-    /// Choose them, and note them as held.  `primitiveColors` are those of primitives that corners are to have; null
-    /// without any.
-    GLTFAttributes(const MSH_Detail &detail, const ELM_Attribute *primitiveColors, Leftovers &leftovers);
+    /// Choose them, and note them as held: those of points, and with `hasCorners` those of vertices and `primitiveColors`,
+    /// which may be null.
+    GLTFAttributes(const MSH_Detail &detail, bool hasCorners, const ELM_Attribute *primitiveColors, Leftovers &leftovers);
 
     /// Those that not all corners of a point have in common.
     std::vector<const ELM_Attribute *> ofCorners() const;

@@ -34,8 +34,8 @@ uint32_t numberAt(std::string_view bytes, size_t at)
 bool takeChunk(const Source &source, std::string_view &rest, uint32_t &kind, std::string_view &chunk)
 {
     if (rest.size() < kChunkHeaderBytes)
-        return source.fail(rest.data(), fmt::format("expected the {} bytes of a chunk's header, found {}",
-                                                    kChunkHeaderBytes, rest.size()));
+        return source.fail(
+            rest.data(), fmt::format("expected the {} bytes of a chunk's header, found {}", kChunkHeaderBytes, rest.size()));
     const uint32_t length = numberAt(rest, 0);
     kind = numberAt(rest, 4);
     if (length > rest.size() - kChunkHeaderBytes)
@@ -50,8 +50,7 @@ bool findChunks(const Source &source, GLBChunks &chunks)
 {
     const std::string_view text = source.text;
     if (text.size() < kHeaderBytes)
-        return source.fail(text.data(),
-                           fmt::format("expected a header of {} bytes, found {}", kHeaderBytes, text.size()));
+        return source.fail(text.data(), fmt::format("expected a header of {} bytes, found {}", kHeaderBytes, text.size()));
     if (numberAt(text, 4) != kVersion)
         return source.fail(text.data() + 4, fmt::format("expected version 2, found {}", numberAt(text, 4)));
     const uint32_t length = numberAt(text, 8);
@@ -133,7 +132,10 @@ std::string oneLine(std::string text)
         text.pop_back();
     for (char &c : text)
         c = c == '\n' ? ';' : uint8_t(c) < 0x20 ? ' ' : c;
-    return text.empty() ? "found what is no glTF" : text;
+    constexpr std::string_view kMissing = "File not found : ";
+    if (text.starts_with(kMissing))
+        return fmt::format("expected a file \"{}\" of a buffer beside this one, found none", text.substr(kMissing.size()));
+    return text.empty() ? "expected glTF, found something else" : "expected glTF: " + text;
 }
 }  // namespace
 
@@ -144,6 +146,9 @@ bool parseGLTF(const Source &source, tinygltf::Model &model)
         return false;
     if (source.text.size() > std::numeric_limits<uint32_t>::max())
         return source.fail(source.text.data(), "expected less than 4 GiB, found more");
+    const size_t first = chunks.json.find_first_not_of(" \t\r\n");
+    if (first == chunks.json.npos || chunks.json[first] != '{')
+        return source.failAtWord(chunks.json.data() + std::min(first, chunks.json.size()), "\"glTF\" or a map in JSON");
     if (!checkJSON(source, chunks.json))
         return false;
 
@@ -156,12 +161,11 @@ bool parseGLTF(const Source &source, tinygltf::Model &model)
     bool good = false;
     try
     {
-        good = source.binary
-                   ? parser.LoadBinaryFromMemory(&model, &error, &warning,
-                                                 reinterpret_cast<const unsigned char *>(source.text.data()),
-                                                 numberAt(source.text, 8), base)
-                   : parser.LoadASCIIFromString(&model, &error, &warning, source.text.data(),
-                                                uint32_t(source.text.size()), base);
+        good = source.binary ? parser.LoadBinaryFromMemory(&model, &error, &warning,
+                                                           reinterpret_cast<const unsigned char *>(source.text.data()),
+                                                           numberAt(source.text, 8), base)
+                             : parser.LoadASCIIFromString(&model, &error, &warning, source.text.data(),
+                                                          uint32_t(source.text.size()), base);
     }
     catch (const std::bad_alloc &)
     {
@@ -171,6 +175,6 @@ bool parseGLTF(const Source &source, tinygltf::Model &model)
     {
         error = thrown.what();
     }
-    return good || source.messages.fail(source.name, {}, "expected glTF: " + oneLine(error));
+    return good || source.messages.fail(source.name, {}, oneLine(error));
 }
 }  // namespace rq::io

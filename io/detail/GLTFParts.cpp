@@ -18,7 +18,8 @@ constexpr int kPoints = 0, kLines = 1, kLineStrip = 3, kTriangles = 4;
 class GLTFSorter
 {
 public:
-    GLTFSorter(const MSH_Detail &detail, const ELM_StringTuple *objects, const GLTFMaterials &materials, Leftovers &leftovers)
+    GLTFSorter(const MSH_Detail &detail, const ELM_StringTuple *objects, const GLTFMaterials &materials,
+               Leftovers &leftovers)
         : detail_(detail), objects_(objects), materials_(materials), leftovers_(leftovers)
     {}
 

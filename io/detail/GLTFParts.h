@@ -9,9 +9,9 @@ namespace rq::io
 /// Primitives of the host that become one of glTF.
 struct GLTFPart
 {
-    int object = -1;    ///< which text of "object"
-    int material = -1;  ///< which material
-    int mode = 0;       ///< of glTF
+    int object = -1;                  ///< which text of "object"
+    int material = -1;                ///< which material
+    int mode = 0;                     ///< of glTF
     std::vector<int32_t> vertices{};  ///< of the host, joined as the mode says
 };
 

@@ -28,21 +28,31 @@ class GLTFWalk
 {
 public:
     GLTFWalk(const Source &source, const tinygltf::Model &model, std::vector<GLTFPlacedMesh> &placed)
-        : source_(source), model_(model), placed_(placed), seen_(model.nodes.size())
+        : source_(source), model_(model), placed_(placed), isAbove_(model.nodes.size())
     {}
 
     bool walk(const std::vector<int> &roots)
     {
         push(roots, BAS_Mat4d());
-        while (!stack_.empty())
+        for (int64_t visits = 0; !stack_.empty();)
         {
             const auto [number, above] = stack_.back();
-            stack_.pop_back();
-            if (number < 0 || size_t(number) >= seen_.size())
-                return fail(fmt::format("expected one of {} nodes, found {}", seen_.size(), number));
-            if (seen_[size_t(number)])
-                return fail(fmt::format("expected every node once, found node {} again", number));
-            seen_[size_t(number)] = true;
+            if (number < 0 || size_t(number) >= isAbove_.size())
+                return fail(fmt::format("expected one of {} nodes, found {}", isAbove_.size(), number));
+            // A node stays below its children, and is seen again when they are done.
+            if (!path_.empty() && path_.back() == stack_.size())
+            {
+                isAbove_[size_t(number)] = false;
+                path_.pop_back();
+                stack_.pop_back();
+                continue;
+            }
+            if (isAbove_[size_t(number)])
+                return fail(fmt::format("expected no node under itself, found node {}", number));
+            if (++visits > kMostPlaced)
+                return fail(fmt::format("expected at most {} nodes, counting those under several, found more", kMostPlaced));
+            isAbove_[size_t(number)] = true;
+            path_.push_back(stack_.size());
             const tinygltf::Node &node = model_.nodes[size_t(number)];
             const BAS_Mat4d matrix = matrixOf(node) * above;
             if (node.mesh >= 0 && !place(node, matrix))
@@ -53,6 +63,9 @@ public:
     }
 
 private:
+    // Few numbers can tell of nodes without end.
+    static constexpr int64_t kMostPlaced = 1 << 20;
+
     void push(const std::vector<int> &nodes, const BAS_Mat4d &above)
     {
         for (auto node = nodes.rbegin(); node != nodes.rend(); ++node)
@@ -73,8 +86,9 @@ private:
     const Source &source_;
     const tinygltf::Model &model_;
     std::vector<GLTFPlacedMesh> &placed_;
-    std::vector<bool> seen_;
+    std::vector<bool> isAbove_;  // the node that is looked at, or itself
     std::vector<std::pair<int, BAS_Mat4d>> stack_;
+    std::vector<size_t> path_;  // heights of the stack at the nodes above
 };
 
 // Without a scene: the nodes that lie under no other.

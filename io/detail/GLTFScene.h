@@ -16,6 +16,7 @@ struct GLTFPlacedMesh
 };
 
 /// The meshes of the scene that is shown, node after node, each before its children.  Without nodes every mesh as it is.
-/// False after an error: a number that refers to nothing, or a node that lies under two others.
+/// A node under several others is there several times.  False after an error: a number that refers to nothing, or a node
+/// that lies under itself.
 bool placedMeshes(const Source &source, const tinygltf::Model &model, std::vector<GLTFPlacedMesh> &placed);
 }  // namespace rq::io

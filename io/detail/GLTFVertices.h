@@ -29,8 +29,8 @@ public:
 
 private:
     const MSH_Detail &detail_;
-    std::vector<int32_t> numbers_;    // of each vertex of the host, -1 for one that is not used
-    std::vector<int32_t> points_;     // of each vertex of glTF; empty when they are the points
-    std::vector<int32_t> vertices_;   // the first of those that became it
+    std::vector<int32_t> numbers_;   // of each vertex of the host, -1 for one that is not used
+    std::vector<int32_t> points_;    // of each vertex of glTF; empty when they are the points
+    std::vector<int32_t> vertices_;  // the first of those that became it
 };
 }  // namespace rq::io

@@ -29,8 +29,7 @@ void Leftovers::warnOfAttributes()
         for (const ELM_Attribute &attribute : detail_.attributes(ELM_Owner(owner)))
         {
             // The matrices of primitives that are left out anyway.
-            const bool isMatrix =
-                attribute.scope() == ELM_SCOPE_PRIVATE && attribute.name().view() == ELM_TRANSFORM_NAME;
+            const bool isMatrix = attribute.scope() == ELM_SCOPE_PRIVATE && attribute.name().view() == ELM_TRANSFORM_NAME;
             if (!holds(attribute) && !isMatrix)
                 warn(fmt::format("attribute \"{}\" of {} is left out", attribute.name().c_str(), nameOf(ELM_Owner(owner))));
         }

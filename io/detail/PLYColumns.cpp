@@ -20,8 +20,10 @@ struct Role
 };
 
 const Role kRoles[] = {
-    {ELM_POSITION_NAME, ELM_TYPE_POINT, {"x", "y", "z"}},   {"N", ELM_TYPE_NORMAL, {"nx", "ny", "nz"}},
-    {"Cd", ELM_TYPE_COLOR, {"red", "green", "blue"}},       {"Alpha", ELM_TYPE_NONE, {"alpha"}},
+    {ELM_POSITION_NAME, ELM_TYPE_POINT, {"x", "y", "z"}},
+    {"N", ELM_TYPE_NORMAL, {"nx", "ny", "nz"}},
+    {"Cd", ELM_TYPE_COLOR, {"red", "green", "blue"}},
+    {"Alpha", ELM_TYPE_NONE, {"alpha"}},
     {"uv", ELM_TYPE_TEXTURE, {"s", "t"}},
 };
 
@@ -111,8 +113,7 @@ bool PLYColumns::isFree(const std::vector<std::string> &properties) const
 
 bool PLYColumns::takeRole(const ELM_Attribute &attribute)
 {
-    const auto role = std::ranges::find_if(
-        kRoles, [&](const Role &r) { return attribute.name().view() == r.attribute && attribute.typeInfo() == r.type; });
+    const auto role = std::ranges::find_if(kRoles, [&](const Role &r) { return attribute.name().view() == r.attribute; });
     const bool isReal = attribute.storageClass() == ELM_STORAGE_CLASS_FLOAT;
     if (role == std::end(kRoles) || !isReal || attribute.tupleSize() != int(role->properties.size()) ||
         !isFree(role->properties))

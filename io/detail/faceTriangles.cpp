@@ -1,5 +1,6 @@
 #include <io/detail/faceTriangles.h>
 
+#include <algorithm>
 #include <numeric>
 
 #include <host/mod/Edit.h>
@@ -44,6 +45,8 @@ std::vector<int32_t> faceTriangles(const MOD_ConstDetailHandle &detail)
     RQ_RefineList list;
     list.refine(RQ_MSHDetail::makeDetail(source, faces).get(), &all);
 
+    const MSH_Detail &d = *source.readLock();
+    const auto isLoose = [&](int32_t vertex) { return d.vertexPoint(vertex) < 0; };
     std::vector<int32_t> corners;
     for (int i = 0; i < list.entries(); ++i)
         if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(list.getPrimitive(i)))
@@ -54,8 +57,9 @@ std::vector<int32_t> faceTriangles(const MOD_ConstDetailHandle &detail)
             const Values<int32_t> vertices(*pieces.getVertex()->get(kSource));
             int64_t first = 0;
             for (int64_t face = 0; face < counts.entries(); first += counts[face++])
-                if (counts[face] == 3)
-                    corners.insert(corners.end(), vertices.begin() + first, vertices.begin() + first + 3);
+                if (const int32_t *piece = vertices.begin() + first;
+                    counts[face] == 3 && std::none_of(piece, piece + 3, isLoose))
+                    corners.insert(corners.end(), piece, piece + 3);
         }
     return corners;
 }

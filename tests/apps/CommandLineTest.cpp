@@ -50,7 +50,9 @@ TEST_F(Program, ManualAndCompletionHaveEveryOptionOfTheHelp)
     {
         for (const std::string &text : {manual, bash, zsh})
             EXPECT_TRUE(hasWord(replaced(text, "\\fB", " "), word)) << word;
-        const std::string inFish = word.starts_with("--") ? "-l " + word.substr(2) : word[0] == '-' ? "-s " + word.substr(1) : word;
+        const std::string inFish = word.starts_with("--") ? "-l " + word.substr(2)
+                                   : word[0] == '-'       ? "-s " + word.substr(1)
+                                                          : word;
         EXPECT_TRUE(hasWord(fish, inFish)) << inFish;
     }
 }
@@ -58,8 +60,8 @@ TEST_F(Program, ManualAndCompletionHaveEveryOptionOfTheHelp)
 TEST_F(Program, CompletesInAShell)
 {
     const std::pair<const char *, const char *> cases[] = {
-        {"rq con", "convert"},          {"rq convert --asc", "--ascii"}, {"rq convert a b --to gl", "glb gltf"},
-        {"rq render --up a", "auto"},   {"rq info -p cuspa", "cuspangle="}, {"rq --completion f", "fish"}};
+        {"rq con", "convert"},        {"rq convert --asc", "--ascii"},    {"rq convert a b --to gl", "glb gltf"},
+        {"rq render --up a", "auto"}, {"rq info -p cuspa", "cuspangle="}, {"rq --completion f", "fish"}};
     std::ofstream(testFolder() + "complete") << Outcome("--completion bash").out
                                              << "COMP_WORDS=($1); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _rq\n"
                                                 "echo \"${COMPREPLY[*]}\"\n";

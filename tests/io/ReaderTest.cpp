@@ -28,11 +28,12 @@ std::string binarySTL()
 // Its numbers are where mutants tell most: in the text, for the data are any numbers.
 std::string binaryGLTF()
 {
-    std::string json = R"({"asset":{"version":"2.0"},"nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},)"
-                       R"("indices":1,"mode":4}]}],"buffers":[{"byteLength":44}],"bufferViews":[{"buffer":0,"byteLength":36},)"
-                       R"({"buffer":0,"byteOffset":36,"byteLength":6}],"accessors":[{"bufferView":0,"componentType":5126,)"
-                       R"("count":3,"type":"VEC3","sparse":{"count":1,"indices":{"bufferView":1,"componentType":5123},)"
-                       R"("values":{"bufferView":0}}},{"bufferView":1,"componentType":5123,"count":3,"type":"SCALAR"}]})";
+    std::string json =
+        R"({"asset":{"version":"2.0"},"nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},)"
+        R"("indices":1,"mode":4}]}],"buffers":[{"byteLength":44}],"bufferViews":[{"buffer":0,"byteLength":36},)"
+        R"({"buffer":0,"byteOffset":36,"byteLength":6}],"accessors":[{"bufferView":0,"componentType":5126,)"
+        R"("count":3,"type":"VEC3","sparse":{"count":1,"indices":{"bufferView":1,"componentType":5123},)"
+        R"("values":{"bufferView":0}}},{"bufferView":1,"componentType":5123,"count":3,"type":"SCALAR"}]})";
     json.resize((json.size() + 3) / 4 * 4, ' ');
     const std::string binary = std::string(36, '\0') + std::string("\0\0\1\0\2\0\0\0", 8);
     std::string file("glTF\2\0\0\0", 8);
@@ -140,6 +141,6 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
     EXPECT_FALSE(load("/dev/null", detail, messages));
     EXPECT_EQ(messages.toString(), "/nowhere/x.obj: error: cannot be read: No such file or directory\n"
                                    "/dev/null: error: expected a file whose name ends with .ply, .rqg.json, .rqg, "
-                                   ".glb, .gltf, .off, .stl, .obj, .xyz, .pts\n");
+                                   ".glb, .gltf, .off, .stl, .obj, .xyz, .pts, .swc\n");
 }
 }  // namespace

@@ -122,7 +122,8 @@ const LossCase kLossCases[] = {
      },
      readGLTF,
      "f 0 1 2,f 0 2 3,f 0 1 4,f 5 6,\n"
-     "point P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1; 0 0 0; 0 0 1;\npoint uv real32: 0 0; 1 0; 1 1; 0 1; 0.5 0.25; 0 0; 0 0;\n"
+     "point P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1; 0 0 0; 0 0 1;\npoint uv real32: 0 0; 1 0; 1 1; 0 1; 0.5 0.25; 0 0; "
+     "0 0;\n"
      "face material\nface Cd real32: 1 0 0; 1 0 0; 0 1 0; 1 0 0;",
      "x: warning: 1 face is cut into triangles\n"
      "x: warning: 1 point that nothing uses is left out\n"
@@ -151,13 +152,15 @@ TEST(Writers, NameWhatTheyLeaveOut)
 // What glTF can hold as it is, comes back the same, from either form.
 TEST(GLTFWriter, WritesWhatTheReaderReads)
 {
-    const std::string points = R"({"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0.1]})";
-    const std::string cases[] = {
-        R"("attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": []}]})",
-        R"("primitives": [{"type": "particles", "points": [0, 3, 1]}], "attributes": {"point": [)" + points + "]}",
-        R"("primitives": [{"type": "polygon", "corners": [3, 3], "points": [0, 1, 2, 2, 1, 3]},
+    const std::string points =
+        R"({"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0.1]})";
+    const std::string cases[] = {R"("attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": []}]})",
+                                 R"("primitives": [{"type": "particles", "points": [0, 3, 1]}], "attributes": {"point": [)" +
+                                     points + "]}",
+                                 R"("primitives": [{"type": "polygon", "corners": [3, 3], "points": [0, 1, 2, 2, 1, 3]},
              {"type": "polygon", "closed": false, "corners": [2, 2, 4], "points": [0, 1, 2, 3, 0, 1, 2, 0]}],
-           "attributes": {"point": [)" + points + R"(,
+           "attributes": {"point": [)" +
+                                     points + R"(,
                {"name": "N", "storage": "real32", "size": 3, "type": "normal", "value": [0, 0, 1]},
                {"name": "tangent", "storage": "real32", "size": 4, "value": [1, 0, 0, -1]},
                {"name": "uv", "storage": "real32", "size": 2, "type": "texture", "values": [0, 0, 1, 0, 0.5, 0.75, 1, 1]},
@@ -191,9 +194,10 @@ TEST(GLTFWriter, WritesWhatTheReaderReads)
                                 (found && (attribute.name().view() == "heat" || tests::areSame(attribute, *found))))
                         << attribute.name().c_str();
                 }
-            EXPECT_EQ(warnings.toString(), a.find(ELM_OWNER_POINT, "heat")
-                                               ? "x: warning: attribute \"heat\" must have finite numbers: 1 row is changed\n"
-                                               : "");
+            EXPECT_EQ(warnings.toString(),
+                      a.find(ELM_OWNER_POINT, "heat")
+                          ? "x: warning: attribute \"heat\" must have finite numbers: 1 row is changed\n"
+                          : "");
             ASSERT_TRUE(writeGLTF(second.read(), form, "x", again, warnings));
             ASSERT_TRUE(readGLTF(again, "x", third, messages)) << messages.toString();
             EXPECT_EQ(difference(b, *third.read().readLock()), "");
