@@ -49,6 +49,7 @@ inline int32_t sidesOf(const BAS_Vec3f &v)
 
 // Rows never overlap, which the compiler must know to take several values at a time.
 
+/// Whether no normal needs be made one of unit length.
 HOST_CLONES bool areUnit(const Corner *__restrict corner, int64_t count)
 {
     int32_t others = 0;

@@ -76,12 +76,14 @@ public:
 
     BAS_Vec3f position(int64_t point) const { return {flat_[3 * point], flat_[3 * point + 1], flat_[3 * point + 2]}; }
 
+    /// The unit normal of a corner.
     BAS_Vec3f normal(int64_t corner, int64_t point) const
     {
         const float *n = normals_(corner, point);
         return unitNormal({n[0], n[1], n[2]});
     }
 
+    /// Where a corner's values lie; the normal as it is given.
     TangentCorner corner(int64_t corner, int64_t point) const
     {
         return {flat_ + 3 * point, normals_(corner, point), texture_(corner, point)};
