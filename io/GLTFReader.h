@@ -15,12 +15,12 @@ RQ_API bool isGLTF(std::string_view text);
 /// their own are looked for beside it.
 ///
 /// Shape    every node of the scene that has a mesh gives a copy of it, placed by the matrices of the node and those above.
-///          Primitives that use the same attributes share points.  Triangles, strips and fans give closed polygons, lines
-///          and their strips and loops open ones, points particle primitives.  Attributes are those of points: "P", "N",
-///          "tangent" (4), "uv", "uv2" and so on (2, with v upward), "Cd" (3) with "Alpha", and what begins with "_" by the
-///          rest of its name: real32, or int32 for whole numbers that are no fractions.  Where some points lack what others
-///          have, colours are white and all else 0.  Primitives have the name of their node, or mesh, in "object", that of
-///          their material in "material" and its base colour in "Cd" unless all are white
+///          Primitives that use the same attributes in the same place share points.  Triangles, strips and fans give closed
+///          polygons, lines and their strips and loops open ones, points particle primitives.  Attributes are those of
+///          points: "P", "N", "tangent" (4), "uv", "uv2" and so on (2, with v upward), "Cd" (3) with "Alpha", and what
+///          begins with "_" by the rest of its name: real32, or int32 for whole numbers that are no fractions.  Where some
+///          points lack what others have, colours are white and all else 0.  Primitives have the name of their node, or
+///          mesh, in "object", that of their material in "material" and its base colour in "Cd" unless all are white
 /// Failure  false with an error when the file is malformed, a number refers to nothing or data lie outside their buffers
 ///          or are compressed;
 ///          the detail is untouched then.  Warned of, once each: morph targets, skins and unknown attributes, which are

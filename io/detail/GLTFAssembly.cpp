@@ -30,17 +30,16 @@ bool GLTFAssembly::build(const std::vector<GLTFPlacedMesh> &placed, MOD_DetailHa
 
 bool GLTFAssembly::takeMesh(const GLTFPlacedMesh &placed)
 {
-    const size_t firstSet = sets_.size();
     for (size_t i = 0; i < placed.mesh->primitives.size(); ++i)
     {
         where_ = fmt::format("mesh {}, primitive {}: ", placed.mesh - model_.meshes.data(), i);
-        if (!takePrimitive(placed, placed.mesh->primitives[i], firstSet))
+        if (!takePrimitive(placed, placed.mesh->primitives[i]))
             return false;
     }
     return true;
 }
 
-bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive, size_t firstSet)
+bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive)
 {
     morphed_ += !primitive.targets.empty();
     if (!primitive.attributes.contains("POSITION"))
@@ -48,7 +47,7 @@ bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::P
         ++withoutPoints_;
         return true;
     }
-    const GLTFPoints *points = findPoints(placed, primitive, firstSet);
+    const GLTFPoints *points = findPoints(placed, primitive);
     std::vector<uint32_t> vertices;
     if (!points || !readVertices(primitive, points->count, vertices))
         return fail();
@@ -65,13 +64,13 @@ bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::P
     return true;
 }
 
-// Primitives of one placed mesh with the same attributes have the same points.
-const GLTFPoints *GLTFAssembly::findPoints(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive,
-                                           size_t firstSet)
+// Primitives with the same attributes in the same place have the same points, also those of several meshes.
+const GLTFPoints *GLTFAssembly::findPoints(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive)
 {
-    for (size_t i = firstSet; i < sets_.size(); ++i)
-        if (*sets_[i].attributes == primitive.attributes)
-            return &sets_[i];
+    std::vector<const GLTFPoints *> &known = known_[primitive.attributes.at("POSITION")];
+    for (const GLTFPoints *points : known)
+        if (*points->matrix == placed.matrix && *points->attributes == primitive.attributes)
+            return points;
     GLTFAccessor positions;
     if (!positions.open(model_, primitive.attributes.at("POSITION"), error_))
         return nullptr;
@@ -79,6 +78,7 @@ const GLTFPoints *GLTFAssembly::findPoints(const GLTFPlacedMesh &placed, const t
         return error_ = fmt::format("expected at most {} points, found more", INT32_MAX), nullptr;
     sets_.push_back({&primitive.attributes, &placed.matrix, points_, positions.count()});
     points_ += positions.count();
+    known.push_back(&sets_.back());
     return columns_.take(model_, sets_.back(), error_) ? &sets_.back() : nullptr;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <unordered_map>
 
 #include <host/mod/Edit.h>
 #include <io/detail/GLTFColumns.h>
@@ -32,8 +33,8 @@ private:
     };
 
     bool takeMesh(const GLTFPlacedMesh &placed);
-    bool takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive, size_t firstSet);
-    const GLTFPoints *findPoints(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive, size_t firstSet);
+    bool takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive);
+    const GLTFPoints *findPoints(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive);
     bool readVertices(const tinygltf::Primitive &primitive, int64_t points, std::vector<uint32_t> &vertices);
     bool appendParts(MOD_Edit &edit) const;
     void writeNames(MOD_Edit &edit) const;
@@ -45,6 +46,7 @@ private:
     const Source &source_;
     const tinygltf::Model &model_;
     std::deque<GLTFPoints> sets_;
+    std::unordered_map<int, std::vector<const GLTFPoints *>> known_;  // sets by the accessor of their positions
     GLTFColumns columns_;
     std::vector<Part> parts_;
     int64_t points_ = 0;

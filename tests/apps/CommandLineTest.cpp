@@ -11,7 +11,7 @@ namespace
 std::set<std::string> wordsOfHelp(const std::string &help)
 {
     std::set<std::string> words;
-    const std::regex word(R"(\n  ((?:-{1,2}[\w-]+,?)+|[a-z]+)[ \n])");
+    const std::regex word(R"(\n  ((?:-{1,2}[\w-]+,?)+|[a-z]+)(?:\{\w+\})?[ \n])");
     for (auto match = std::sregex_iterator(help.begin(), help.end(), word); match != std::sregex_iterator(); ++match)
     {
         std::string names = (*match)[1];

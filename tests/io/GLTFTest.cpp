@@ -31,13 +31,13 @@ struct ReadCase
 };
 
 const ReadCase kReadCases[] = {
-    {"nothing", file("\"scene\": 0"), "x: warning: expected meshes, found none\n"},
+    {"nothing", file("\"scene\": 0"), "x: warning: expected meshes, found none\n\npoint P real32:"},
     {"a mesh without a node", file(kBuffers + kAccessors + kMesh), "f 0 1 2,\npoint P real32: 0 0 0; 1 0 0; 0 1 0;"},
     {"nodes place copies, mirrors turn faces, scale and then turn and then move",
      file(kBuffers + kAccessors + kMesh + R"(, "nodes": [{"children": [1, 2], "translation": [0, 0, 1]},
-        {"mesh": 0, "scale": [2, 1, 1], "rotation": [0, 0, 0.70710678, 0.70710678]}, {"mesh": 0, "scale": [-1, 1, 1]},
+        {"mesh": 0, "scale": [2, 1, 1], "rotation": [0, 0, 1, 0]}, {"mesh": 0, "scale": [-1, 1, 1]},
         {"mesh": 0}], "scenes": [{"nodes": [0]}])"),
-     "f 0 1 2,f 3 5 4,\npoint P real32: 0 0 1; 0 2 1; -1 0 1; 0 0 1; -1 0 1; 0 1 1;"},
+     "f 0 1 2,f 3 5 4,\npoint P real32: 0 0 1; -2 0 1; 0 -1 1; 0 0 1; -1 0 1; 0 1 1;"},
     {"sparse values over zeros, fractions, integers and matrices of materials",
      file(kBuffers + R"("accessors": [{"componentType": 5126, "count": 3, "type": "VEC3", "sparse": {"count": 1,
           "indices": {"bufferView": 1, "byteOffset": 2, "componentType": 5123}, "values": {"bufferView": 2}}},
@@ -52,7 +52,7 @@ const ReadCase kReadCases[] = {
      "x: warning: expected attribute \"POSITION\", found none; 1 primitive is passed over\n"
      "f 0 1 2,f 0 1 2 0,\npoint P real32: 0 0 0; 5 5 5; 0 0 0;\npoint F real32: 0; 0; 0.00392157;\npoint I int32: 0; 1; 2;"
      "\nface object\nface material\nface Cd real32: 1 1 1; 1 0.5 0;"},
-    {"no JSON", R"({"asset": {"version" "2.0"}})", "x:1:22: error: expected a colon behind a name, found what is none\n"},
+    {"no JSON", R"({"asset": {"version" "2.0"}})", "x:1:22: error: a colon is missing\n"},
     {"no version", R"({"asset": {}})",
      "x: error: expected glTF: \"asset\" object not found in .gltf or not an object type\n"},
     {"a buffer without its file", file(R"("buffers": [{"byteLength": 56, "uri": "nowhere.bin"}])"),
@@ -76,7 +76,7 @@ const ReadCase kReadCases[] = {
     {"a node that is its own child", file(R"("nodes": [{"children": [0]}], "scenes": [{"nodes": [0]}])"),
      "x: error: expected no node under itself, found node 0\n"},
     {"too many brackets", file("\"extras\": " + std::string(200, '[') + std::string(200, ']')),
-     "x:1:166: error: expected at most 128 levels of brackets, found more\n"},
+     "x:1:168: error: expected at most 128 levels of brackets, found more\n"},
     {"the header of a GLB alone", std::string("glTF\2\0\0\0\x0c\0\0\0", 12),
      "x:@12: error: expected the 8 bytes of a chunk's header, found 0\n"},
     {"a chunk that is too long", std::string("glTF\2\0\0\0\x18\0\0\0\x08\0\0\0JSON{}  ", 24),
@@ -90,9 +90,9 @@ TEST(GLTFReader, ReadsScenesAndTellsWhatIsWrong)
         SCOPED_TRACE(c.what);
         MOD_DetailHandle detail;
         Messages messages;
-        EXPECT_EQ(readGLTF(c.text, "x", detail, messages), messages.errors() == 0);
-        EXPECT_EQ(messages.toString() + tests::dump(*detail.read().readLock()).substr(messages.errors() ? 14 : 0),
-                  c.expected);
+        const bool good = readGLTF(c.text, "x", detail, messages);
+        EXPECT_EQ(good, messages.errors() == 0);
+        EXPECT_EQ(messages.toString() + (good ? tests::dump(*detail.read().readLock()) : ""), c.expected);
     }
 }
 
@@ -109,7 +109,7 @@ const ModelCase kModels[] = {
     {"SimpleSparseAccessor.gltf", 14, 12, 36, "P"},
     {"Triangle.gltf", 3, 1, 3, "P"},
     {"Lantern.gltf", 4145, 5394, 16182, "P N tangent uv"},
-    {"CubeScaledInstances.gltf", 96, 48, 144, "P N tangent uv"},
+    {"CubeScaledInstances.gltf", 96, 48, 144, "P N uv"},
 };
 
 TEST(GLTFReader, ReadsModels)

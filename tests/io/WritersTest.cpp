@@ -91,7 +91,7 @@ struct LossCase
 
 const LossCase kLossCases[] = {
     {"STL", writeSTL, readSTL,
-     "f 0 1 2,f 0 2 3,f 0 1 4,\npoint P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1;\nface N real32: 0 0 1; 0 0 1; 0 -1 0;",
+     "f 0 1 2,f 2 3 0,f 0 1 4,\npoint P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1;\nface N real32: 0 0 1; 0 0 1; 0 -1 0;",
      "x: warning: attribute \"uv\" of vertices is left out\n"
      "x: warning: attribute \"name\" of points is left out\n"
      "x: warning: attribute \"material\" of primitives is left out\n"
@@ -121,9 +121,8 @@ const LossCase kLossCases[] = {
          return writeGLTF(detail, NumberForm::Binary, name, bytes, messages);
      },
      readGLTF,
-     "f 0 1 2,f 0 2 3,f 0 1 4,f 5 6,\n"
-     "point P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1; 0 0 0; 0 0 1;\npoint uv real32: 0 0; 1 0; 1 1; 0 1; 0.5 0.25; 0 0; "
-     "0 0;\n"
+     "f 0 1 2,f 2 3 0,f 0 1 4,f 0 5,\n"
+     "point P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1; 0 0 1;\npoint uv real32: 0 0; 1 0; 1 1; 0 1; 0.5 0.25; 0 0;\n"
      "face material\nface Cd real32: 1 0 0; 1 0 0; 0 1 0; 1 0 0;",
      "x: warning: 1 face is cut into triangles\n"
      "x: warning: 1 point that nothing uses is left out\n"
