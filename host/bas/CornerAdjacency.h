@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace host
 ///
 /// Shape  point p is used by corners[starts[p]] .. corners[starts[p + 1] - 1]; `Index` holds the number of corners
 /// Cost   one counting sort: two passes over the vertex list, in parallel; the order never depends on the threads.  While it
-///        is built, every worker keeps a count of its own for each point.
+///        is built, every worker but one keeps a count of its own for each point.
 template <class Index> class CornerAdjacency
 {
 public:
@@ -41,6 +42,15 @@ public:
         while (topology.end(face) <= corner)
             ++face;
         return face;
+    }
+
+    /// Call `visit(faceOf)` with the quickest way from a corner to its face.
+    template <class Topology, class Visit> void visitFaces(const Topology &topology, Visit &&visit) const
+    {
+        if (faceOfBlock_.empty() && std::has_single_bit(faceSize_))
+            visit([shift = std::countr_zero(faceSize_)](int64_t corner) { return corner >> shift; });
+        else
+            visit([this, &topology](int64_t corner) { return faceOf(topology, corner); });
     }
 
     int64_t memoryUsage() const
@@ -71,30 +81,34 @@ private:
         const int64_t count = int64_t(corners_.size());
         const int64_t available = BAS_Threads::enabled() ? std::min<int64_t>(BAS_Threads::processors(), kMostWorkers) : 1;
         const int64_t workers = std::clamp<int64_t>(count / kCornersPerWorker, 1, available);
-        std::vector<Row> cursors(size_t(workers), Row(starts_.size()));
+        // The last worker leaves behind where the corners of each point end, which is where those of the next one start.
+        const size_t points = starts_.size() - 1;
+        std::vector<Row> rows(size_t(workers - 1), Row(points));
+        std::vector<Index *> cursors;
+        for (Row &row : rows)
+            cursors.push_back(row.data());
+        cursors.push_back(starts_.data() + 1);
         const auto eachCorner = [&](auto &&visit) {
             parallelFor(workers, 1, [&](int64_t worker) {
-                Index *cursor = cursors[size_t(worker)].data();
+                Index *cursor = cursors[size_t(worker)];
                 for (int64_t corner = worker * count / workers; corner < (worker + 1) * count / workers; ++corner)
                     visit(cursor[topology.point(corner)], corner);
             });
         };
-        for (Row &cursor : cursors)
-            std::fill(cursor.begin(), cursor.end(), Index(0));
+        for (Index *cursor : cursors)
+            std::fill_n(cursor, points, Index(0));
         eachCorner([](Index &cursor, int64_t) { ++cursor; });
 
         // The corners of one point lie side by side, those of the first worker first.
         Index sum = 0;
-        for (size_t point = 0; point < starts_.size(); ++point)
-        {
-            starts_[point] = sum;
-            for (Row &cursor : cursors)
+        for (size_t point = 0; point < points; ++point)
+            for (Index *cursor : cursors)
             {
                 const Index own = cursor[point];
                 cursor[point] = sum;
                 sum += own;
             }
-        }
+        starts_[0] = 0;
         eachCorner([this](Index &cursor, int64_t corner) { corners_[size_t(cursor++)] = Index(corner); });
     }
 
@@ -103,6 +117,7 @@ private:
         const int64_t faces = topology.faces();
         const int64_t count = int64_t(corners_.size());
         const int64_t size = faces > 0 ? topology.end(0) - topology.begin(0) : 1;
+        faceSize_ = uint64_t(size);
         inverse_ = size > 1 ? ~uint64_t(0) / uint64_t(size) + 1 : 0;
         int64_t face = 0;
         while (face < faces && topology.begin(face) == face * size)
@@ -121,7 +136,8 @@ private:
 
     Row starts_;
     Row corners_;
-    Row faceOfBlock_;       // of every 16th corner; empty when all faces have the same number of corners
-    uint64_t inverse_ = 0;  // when they have: of that number, as a fraction of 2^64, rounded up; 0 stands for 1
+    Row faceOfBlock_;        // of every 16th corner; empty when all faces have the same number of corners
+    uint64_t faceSize_ = 1;  // when they have: that number
+    uint64_t inverse_ = 0;   // of that number, as a fraction of 2^64, rounded up; 0 stands for 1
 };
 }  // namespace host

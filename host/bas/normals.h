@@ -3,9 +3,9 @@
 #include <array>
 #include <cstring>
 #include <limits>
-#include <numbers>
 
 #include <host/bas/CornerAdjacency.h>
+#include <host/bas/CornerFan.h>
 #include <host/bas/FaceBlock.h>
 #include <host/bas/PointWindows.h>
 
@@ -40,10 +40,11 @@ public:
         const PointWindows windows(points_, topology_, Block::kFaces);
         if (windows.hasLocality())
             return sumWindows(windows, normalize, write);
+        const auto adjacency = adjacencyOf_();
         Row<Real> weights(size_t(isWeighted() ? topology_.begin(topology_.faces()) : 0));
         const auto weightOf = [&](int64_t corner) { return weights.data() + corner; };
         keepFaces(weightOf);
-        eachBatch(weightOf, [&](const auto &, int64_t first, int64_t count, Sums &sums, Fan &) {
+        eachBatch(*adjacency, weightOf, [&](const auto &, int64_t first, int64_t count, Sums &sums) {
             double lengths[kLanes];
             if (normalize)
                 normalizeLanes(sums.vectors, count, lengths);
@@ -56,13 +57,13 @@ public:
     /// around its point whose normal lies within `cuspAngle` degrees of the corner's own face.
     template <class PlaceOf> void cornerNormals(double cuspAngle, bool normalize, const PlaceOf &placeOf)
     {
-        // The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
-        const double radians = cuspAngle * std::numbers::pi / 180.0;
-        const Cusp cusp{std::cos(radians) - 1e-6, std::cos(0.5 * radians) + 1e-6};
+        const CuspCosines cusp(cuspAngle);
+        // What is needed to build it is gone before the faces take room.
+        const auto adjacency = adjacencyOf_();
         // A corner's weight is wanted last when its normal is written: they share the place.
         keepFaces(placeOf);
-        eachBatch(placeOf, [&](const auto &adjacency, int64_t first, int64_t count, Sums &sums, Fan &fan) {
-            writeCorners(adjacency, first, count, cusp, normalize, sums, fan, placeOf);
+        eachBatch(*adjacency, placeOf, [&](const auto &faceOf, int64_t first, int64_t count, Sums &sums) {
+            writeCorners(*adjacency, faceOf, first, count, cusp, normalize, sums, placeOf);
         });
     }
 
@@ -71,20 +72,10 @@ private:
     static constexpr int64_t kPointsPerTask = 1024;
     static constexpr int64_t kBlocksPerTask = 64;
 
-    // Around fewer faces all pairs are looked at sooner.
-    static constexpr size_t kFew = 8;
-
     static constexpr int64_t kLanes = VectorLanes::kCount;
 
     using Block = FaceBlock<Real>;
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
-
-    // The least cosine of the angle between two normals that count as one surface, and between one and the mean of all.
-    struct Cusp
-    {
-        double pair;
-        double mean;
-    };
 
     // What the faces around some neighbouring points give to each, and all their weights and the least one.
     struct Sums
@@ -92,13 +83,7 @@ private:
         VectorLanes vectors;
         double weights[kLanes];
         double least[kLanes];
-    };
-
-    // The faces around one point.
-    struct Fan
-    {
-        std::vector<BAS_Vec3d> normals;
-        std::vector<BAS_Vec3d> contributions;
+        CornerFan fan;  // of one of them after the other
     };
 
     bool isWeighted() const { return given_ || weights_ != NormalWeights::equal; }
@@ -190,58 +175,53 @@ private:
         });
     }
 
-    // Calls `finish(adjacency, point, count, sums, fan)` for all points, some neighbours at a time.
-    template <class WeightOf, class Finish> void eachBatch(const WeightOf &weightOf, Finish &&finish)
+    // Calls `finish(faceOf, point, count, sums)` for all points, some neighbours at a time.
+    template <class Adjacency, class WeightOf, class Finish>
+    void eachBatch(const Adjacency &adjacency, const WeightOf &weightOf, Finish &&finish)
     {
-        const auto adjacency = adjacencyOf_();
-        parallelForRange(points_, kPointsPerTask, [&](int64_t begin, int64_t end) {
-            Sums sums;
-            Fan fan;
-            for (int64_t first = begin; first < end; first += kLanes)
-            {
-                const int64_t count = std::min(kLanes, end - first);
-                for (int64_t i = 0; i < count; ++i)
-                    sumAround(*adjacency, first + i, weightOf, i, sums);
-                finish(*adjacency, first, count, sums, fan);
-            }
+        const auto run = [&](const auto &faceOf, const auto &weight) {
+            parallelForRange(points_, kPointsPerTask, [&](int64_t begin, int64_t end) {
+                Sums sums;
+                for (int64_t first = begin; first < end; first += kLanes)
+                {
+                    const int64_t count = std::min(kLanes, end - first);
+                    for (int64_t i = 0; i < count; ++i)
+                        sumAround(adjacency, faceOf, weight, first + i, i, sums);
+                    finish(faceOf, first, count, sums);
+                }
+            });
+        };
+        adjacency.visitFaces(topology_, [&](const auto &faceOf) {
+            if (isWeighted())
+                run(faceOf, [&](int64_t corner) { return double(*weightOf(corner)); });
+            else
+                run(faceOf, [](int64_t) { return 1.0; });
         });
     }
 
-    template <class Adjacency, class WeightOf>
-    void sumAround(const Adjacency &adjacency, int64_t point, const WeightOf &weightOf, int64_t lane, Sums &sums) const
+    template <class Adjacency, class FaceOf, class Weight>
+    void sumAround(const Adjacency &adjacency, const FaceOf &faceOf, const Weight &weightOf, int64_t point, int64_t lane,
+                   Sums &sums) const
     {
         const auto *corners = adjacency.around(point);
-        const int64_t valence = adjacency.valence(point);
+        const Vector *const normals = normals_.data();
         BAS_Vec3d sum(0.0);
-        double weights = double(valence), least = 1.0;
-        if (isWeighted())
+        double weights = 0.0, least = std::numeric_limits<double>::infinity();
+        for (const auto *corner = corners, *const end = corners + adjacency.valence(point); corner != end; ++corner)
         {
-            weights = 0.0;
-            least = std::numeric_limits<double>::infinity();
-            for (int64_t i = 0; i < valence; ++i)
-            {
-                const double weight = double(*weightOf(corners[i]));
-                sum += normalAt(adjacency, corners[i]) * weight;
-                weights += weight;
-                least = std::min(least, weight);
-            }
+            const double weight = weightOf(*corner);
+            sum += BAS_Vec3d(normals[faceOf(*corner)]) * weight;
+            weights += weight;
+            least = std::min(least, weight);
         }
-        else
-            for (int64_t i = 0; i < valence; ++i)
-                sum += normalAt(adjacency, corners[i]);
         sums.vectors.set(lane, sum);
         sums.weights[lane] = weights;
         sums.least[lane] = least;
     }
 
-    template <class Adjacency> BAS_Vec3d normalAt(const Adjacency &adjacency, int64_t corner) const
-    {
-        return BAS_Vec3d(normals_[size_t(adjacency.faceOf(topology_, corner))]);
-    }
-
-    template <class Adjacency, class PlaceOf>
-    void writeCorners(const Adjacency &adjacency, int64_t first, int64_t count, const Cusp &cusp, bool normalize, Sums &sums,
-                      Fan &fan, const PlaceOf &placeOf) const
+    template <class Adjacency, class FaceOf, class PlaceOf>
+    void writeCorners(const Adjacency &adjacency, const FaceOf &faceOf, int64_t first, int64_t count,
+                      const CuspCosines &cusp, bool normalize, Sums &sums, const PlaceOf &placeOf) const
     {
         std::array<Vector, size_t(kLanes)> normals;
         const auto note = [&] {
@@ -256,64 +236,28 @@ private:
             note();
         for (int64_t i = 0; i < count; ++i)
         {
-            // What the sum of unit vectors with weights lacks of the weights' sum is the sum of what each lacks of pointing
-            // its way.  When all together lack little, so does every one; a millionth is for rounding.
-            const double lacking = (1.0 + 1e-6) * sums.weights[i] - lengths[i];
-            if (!(lacking < (1.0 - cusp.mean) * sums.least[i]))
-            {
-                separateNormals(adjacency, first + i, cusp, normalize, fan, placeOf);
-                continue;
-            }
             const auto *corners = adjacency.around(first + i);
-            for (int64_t k = 0, valence = adjacency.valence(first + i); k < valence; ++k)
-                std::memcpy(placeOf(corners[k]), &normals[size_t(i)], sizeof(Vector));
+            const int64_t valence = adjacency.valence(first + i);
+            if (cusp.isSmooth(lengths[i], sums.weights[i], sums.least[i]))
+                for (int64_t k = 0; k < valence; ++k)
+                    std::memcpy(placeOf(corners[k]), &normals[size_t(i)], sizeof(Vector));
+            else
+                separateNormals(corners, valence, faceOf, cusp, normalize, sums.fan, placeOf);
         }
     }
 
-    // Writes to each corner of a point the sum over the faces within the cusp angle of its own.
-    template <class Adjacency, class PlaceOf>
-    void separateNormals(const Adjacency &adjacency, int64_t point, const Cusp &cusp, bool normalize, Fan &fan,
-                         const PlaceOf &placeOf) const
+    // Writes to each of the corners around a point the sum over the faces within the cusp angle of its own.
+    template <class Index, class FaceOf, class PlaceOf>
+    void separateNormals(const Index *corners, int64_t valence, const FaceOf &faceOf, const CuspCosines &cusp,
+                         bool normalize, CornerFan &fan, const PlaceOf &placeOf) const
     {
-        const auto *corners = adjacency.around(point);
-        const size_t valence = size_t(adjacency.valence(point));
-        fan.normals.resize(valence);
-        fan.contributions.resize(valence);
-        for (size_t i = 0; i < valence; ++i)
-        {
-            fan.normals[i] = normalAt(adjacency, corners[i]);
-            fan.contributions[i] = isWeighted() ? fan.normals[i] * double(*placeOf(corners[i])) : fan.normals[i];
-        }
-        // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
-        const bool isSmooth = valence > kFew && isNearMean(fan.normals, cusp.mean);
-        BAS_Vec3d sum(0.0);
-        Vector normal(Real(0));
-        for (size_t own = 0; own < valence; ++own)
-        {
-            BAS_Vec3d ownSum = sum;
-            if (own == 0 || !isSmooth)
-            {
-                ownSum = BAS_Vec3d(0.0);
-                for (size_t i = 0; i < valence; ++i)
-                    if (i == own || isSmooth || fan.normals[own].dot(fan.normals[i]) >= cusp.pair)
-                        ownSum += fan.contributions[i];
-            }
-            // Neighbours on one side of a crease have the same sum.
-            if (ownSum != sum)
-                normal = Vector(normalize ? direction(ownSum) : ownSum);
-            sum = ownSum;
-            std::memcpy(placeOf(corners[own]), &normal, sizeof(Vector));
-        }
-    }
-
-    static bool isNearMean(const std::vector<BAS_Vec3d> &normals, double least)
-    {
-        BAS_Vec3d mean(0.0);
-        for (const BAS_Vec3d &normal : normals)
-            mean += normal;
-        mean = direction(mean);
-        return std::all_of(normals.begin(), normals.end(),
-                           [&](const BAS_Vec3d &normal) { return mean.dot(normal) >= least; });
+        fan.resize(valence);
+        for (int64_t i = 0; i < valence; ++i)
+            fan.set(i, BAS_Vec3d(normals_[size_t(faceOf(corners[i]))]), isWeighted() ? double(*placeOf(corners[i])) : 1.0);
+        fan.separate(cusp, normalize, [&](int64_t i, const BAS_Vec3d &sum) {
+            const Vector normal(sum);
+            std::memcpy(placeOf(corners[i]), &normal, sizeof(Vector));
+        });
     }
 
     Topology topology_;

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <numbers>
+#include <vector>
+
+#include <host/bas/faceGeometry.h>
+
+namespace host
+{
+/// The least cosine of the angle between two normals that count as one surface, and between one and the mean of all.
+struct CuspCosines
+{
+    double pair;
+    double mean;
+
+    /// The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
+    explicit CuspCosines(double degrees)
+        : pair(std::cos(degrees * std::numbers::pi / 180.0) - 1e-6),
+          mean(std::cos(degrees * std::numbers::pi / 360.0) + 1e-6)
+    {}
+
+    /// True when unit vectors of such weights, whose sum has this length, surely lie within the angle of each other.
+    ///
+    /// What the sum lacks of the weights' sum is the sum of what each lacks of pointing its way.  When all together lack
+    /// little, so does every one; a millionth is for rounding.
+    bool isSmooth(double length, double weights, double least) const
+    {
+        return (1.0 + 1e-6) * weights - length < (1.0 - mean) * least;
+    }
+};
+
+/// The corners around one point, some of which may stand on different sides of a crease.
+///
+/// Threads  one object per thread, used for one point after the other
+class CornerFan
+{
+public:
+    void resize(int64_t corners)
+    {
+        normals_.resize(size_t(corners));
+        parts_.resize(size_t(corners));
+    }
+
+    /// The unit normal of a corner's face, and what it adds to the normals of all corners on its side.
+    void set(int64_t corner, const BAS_Vec3d &normal, double weight)
+    {
+        normals_[size_t(corner)] = normal;
+        parts_[size_t(corner)] = normal * weight;
+    }
+
+    /// Call `write(corner, normal)` for every corner: the sum over those within the cusp angle of its own.
+    template <class Write> void separate(const CuspCosines &cusp, bool normalize, Write &&write) const
+    {
+        const size_t count = normals_.size();
+        if (count <= kFew)
+            return separateFew(cusp.pair, normalize, write);
+        // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
+        const bool isSmooth = isNearMean(cusp.mean);
+        BAS_Vec3d sum(0.0), normal(0.0);
+        for (size_t own = 0; own < count; ++own)
+        {
+            if (own == 0 || !isSmooth)
+            {
+                sum = BAS_Vec3d(0.0);
+                for (size_t i = 0; i < count; ++i)
+                    if (i == own || isSmooth || normals_[own].dot(normals_[i]) >= cusp.pair)
+                        sum += parts_[i];
+                normal = normalize ? direction(sum) : sum;
+            }
+            write(int64_t(own), normal);
+        }
+    }
+
+private:
+    // So many have every pair looked at once, which takes less than finding out that all are near.
+    static constexpr size_t kFew = 8;
+
+    template <class Write> void separateFew(double leastCosine, bool normalize, Write &&write) const
+    {
+        const size_t count = normals_.size();
+        std::array<uint32_t, kFew> near;  // a bit for every corner on the side of each
+        for (size_t own = 0; own < count; ++own)
+            near[own] = 1u << own;
+        for (size_t own = 0; own < count; ++own)
+            for (size_t i = own + 1; i < count; ++i)
+            {
+                const uint32_t isNear = normals_[own].dot(normals_[i]) >= leastCosine;
+                near[own] |= isNear << i;
+                near[i] |= isNear << own;
+            }
+        // Each side is summed once.
+        for (uint32_t left = (1u << count) - 1; left != 0;)
+        {
+            const uint32_t side = near[size_t(std::countr_zero(left))];
+            BAS_Vec3d sum(0.0);
+            for (uint32_t rest = side; rest != 0; rest &= rest - 1)
+                sum += parts_[size_t(std::countr_zero(rest))];
+            const BAS_Vec3d normal = normalize ? direction(sum) : sum;
+            for (uint32_t rest = left; rest != 0; rest &= rest - 1)
+                if (const int corner = std::countr_zero(rest); near[size_t(corner)] == side)
+                {
+                    write(int64_t(corner), normal);
+                    left &= ~(1u << corner);
+                }
+        }
+    }
+
+    bool isNearMean(double least) const
+    {
+        BAS_Vec3d mean(0.0);
+        for (const BAS_Vec3d &normal : normals_)
+            mean += normal;
+        mean = direction(mean);
+        return std::all_of(normals_.begin(), normals_.end(),
+                           [&](const BAS_Vec3d &normal) { return mean.dot(normal) >= least; });
+    }
+
+    std::vector<BAS_Vec3d> normals_, parts_;
+};
+}  // namespace host
