@@ -165,13 +165,22 @@ uint64_t SmallPolygon::rankOf(int corner, double side)
 SmallPolygon::Place SmallPolygon::obstaclesOf(int ear) const
 {
     const int a = prev_[ear], b = ear, c = next_[ear];
+    uint32_t rest = reflex_ & ~(1u << a | 1u << c);
+    if (rest == 0)
+        return Place::kOutside;
     double deepest = kNowhere, nearest = kNowhere;
-    for (uint32_t rest = reflex_ & ~(1u << a | 1u << c); rest != 0; rest &= rest - 1)
-    {
-        const int p = std::countr_zero(rest);
+    const auto look = [&](int p) {
         const double acrossCut = side(c, a, p), within = std::min(side(a, b, p), side(b, c, p));
         deepest = std::max(deepest, std::min(acrossCut, within));
         nearest = std::max(nearest, within > 0.0 ? acrossCut : kNowhere);
+    };
+    // Two at a time, the same one twice if need be: one or two are the rule, and a wrong guess costs more than a look.
+    for (; rest != 0; rest &= rest - 1)
+    {
+        const int p = std::countr_zero(rest);
+        look(p);
+        rest &= rest - 1;
+        look(rest ? std::countr_zero(rest) : p);
     }
     if (!(deepest < -unclear_))
         return deepest > unclear_ ? Place::kInside : Place::kUnclear;

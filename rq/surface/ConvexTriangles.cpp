@@ -142,40 +142,47 @@ private:
     void cutOther(const Face &face)
     {
         const int64_t begin = topology_.begin(face.face), corners = topology_.end(face.face) - begin;
-        Index *const to = corners_ + 3 * face.triangle;
         if (corners == 3)
-            for (int k = 0; k < 3; ++k)
-                to[k] = Index(begin + k);
-        else if (corners > host::SmallPolygon::kMostCorners || !cutSmall(begin, int(corners), to))
+            put(face.triangle, face.face, begin, begin + 1, begin + 2);
+        else if (corners > host::SmallPolygon::kMostCorners || !cutSmall(face, begin, int(corners)))
         {
             convexer_.processFace(corners, begin, 3, true);
-            std::copy_n(convexer_.getVertexList(0), convexer_.getVertexCount(), to);
+            const int64_t *list = convexer_.getVertexList(0);
+            for (int64_t i = 0; i < corners - 2; ++i, list += 3)
+                put(face.triangle + i, face.face, list[0], list[1], list[2]);
         }
-        for (int64_t i = 0; i < 3 * (corners - 2); ++i)
-            points_[3 * face.triangle + i] = topology_.points[to[i]];
-        std::fill_n(faces_ + face.triangle, corners - 2, Index(face.face));
     }
 
     /// What the convexer does with a face of a few corners, for the most part without it.
-    bool cutSmall(int64_t begin, int corners, Index *to)
+    bool cutSmall(const Face &face, int64_t begin, int corners)
     {
         // Relative to the first corner, as in the convexer.
         BAS_Vec3d offsets[host::SmallPolygon::kMostCorners], axisX, axisY;
         const BAS_Vec3d first = corner(begin);
-        for (int i = 0; i < corners; ++i)
-            offsets[i] = corner(begin + i) - first;
-        host::faceFrame(host::newellVector(corners, [&](int64_t i) { return offsets[i]; }), axisX, axisY);
+        // Each corner is asked for once: loops of random length are what takes the time here.
+        const BAS_Vec3d newell =
+            host::newellVector(corners, [&](int64_t i) { return offsets[i] = corner(begin + i) - first; });
+        host::faceFrame(newell, axisX, axisY);
         host::SmallPolygon::Triangle triangles[host::SmallPolygon::kMostCorners];
         if (!small_.begin(corners, [&](int i) { return BAS_Vec2d(offsets[i].dot(axisX), offsets[i].dot(axisY)); }) ||
             !small_.cut(triangles))
             return false;
-        for (int i = 0; i + 2 < corners; ++i, to += 3)
-        {
-            to[0] = Index(begin + triangles[i].a);
-            to[1] = Index(begin + triangles[i].b);
-            to[2] = Index(begin + triangles[i].c);
-        }
+        for (int i = 0; i + 2 < corners; ++i)
+            put(face.triangle + i, face.face, begin + triangles[i].a, begin + triangles[i].b, begin + triangles[i].c);
         return true;
+    }
+
+    /// Write a triangle of the block: its corners, their points and its face.
+    void put(int64_t triangle, int64_t face, int64_t a, int64_t b, int64_t c) const
+    {
+        Index *const corner = corners_ + 3 * triangle, *const point = points_ + 3 * triangle;
+        corner[0] = Index(a);
+        corner[1] = Index(b);
+        corner[2] = Index(c);
+        point[0] = topology_.points[a];
+        point[1] = topology_.points[b];
+        point[2] = topology_.points[c];
+        faces_[triangle] = Index(face);
     }
 
     void markWhole(int64_t triangles) const
