@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <limits>
+#include <numeric>
 
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
@@ -33,11 +35,8 @@ public:
         });
         host::parallelFor(int64_t(before_.size()) - 1, 1, [&](int64_t block) {
             // So few items that 32 bits count them: twice as many lanes.
-            uint32_t sum = 0;
-            const uint8_t *used = used_.data();
-            for (int64_t point = block * kItemsPerTask; point < std::min(points, (block + 1) * kItemsPerTask); ++point)
-                sum += used[point];
-            before_[size_t(block) + 1] = sum;
+            const int64_t begin = block * kItemsPerTask, end = std::min(points, begin + kItemsPerTask);
+            before_[size_t(block) + 1] = std::accumulate(used_.data() + begin, used_.data() + end, uint32_t(0));
         });
         for (size_t block = 1; block < before_.size(); ++block)
             before_[block] += before_[block - 1];
@@ -71,15 +70,27 @@ private:
     template <class Point> static void mark(uint8_t *used, const Point *points, int64_t begin, int64_t end)
     {
         // Several corners mark one point: all write the same value.
-        const auto markOne = [used, points](int64_t corner) {
-            std::atomic_ref<uint8_t>(used[points[corner]]).store(1, std::memory_order_relaxed);
+        const auto markOne = [used](uint64_t point) {
+            std::atomic_ref<uint8_t>(used[point]).store(1, std::memory_order_relaxed);
         };
         int64_t corner = begin;
-        for (; corner + 8 <= end; corner += 8)
-            for (int64_t i = 0; i < 8; ++i)
-                markOne(corner + i);
+        if constexpr (sizeof(Point) == sizeof(uint32_t))
+        {
+            // Reading takes as long as marking, so two points are read at a time; which comes first does not matter.
+            constexpr int64_t kPairs = 4;
+            for (; corner + 2 * kPairs <= end; corner += 2 * kPairs)
+            {
+                uint64_t pairs[kPairs];
+                std::memcpy(pairs, points + corner, sizeof(pairs));
+                for (const uint64_t pair : pairs)
+                {
+                    markOne(uint32_t(pair));
+                    markOne(pair >> 32);
+                }
+            }
+        }
         for (; corner < end; ++corner)
-            markOne(corner);
+            markOne(uint64_t(points[corner]));
     }
 
     std::vector<uint8_t, BAS_BlockAllocator<uint8_t>> used_;
