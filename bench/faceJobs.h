@@ -89,6 +89,17 @@ inline void addTriangulation(std::initializer_list<const char *> meshes, const D
             prepare);
 }
 
+/// Enter the row of cutting faces of five corners and more; its items are their corners.
+inline void addLargeFaces(const Doer &doer, const FaceWork &prepare)
+{
+    addFaceJob(
+        "convex3", "ngons", doer,
+        [](const FaceMesh &input) {
+            return Traffic{double(input.corners.size()), readOnce(input) + 28.0 * double(input.triangles())};
+        },
+        prepare);
+}
+
 /// A job that is too short to be timed alone is done so many times over; its item is one turn.
 constexpr int kTurns = 1000;
 

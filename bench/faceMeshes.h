@@ -39,6 +39,18 @@ struct FaceMesh
         starts.resize(size_t(count) + 1);
         corners.resize(size_t(starts.back()));
     }
+
+    /// Put a point that no face uses behind each.
+    void scatterPoints()
+    {
+        std::vector<float> scattered;
+        for (int64_t point = 0; point < points(); ++point)
+            for (int turn = 0; turn < 2; ++turn)
+                scattered.insert(scattered.end(), position(point), position(point) + 3);
+        positions = std::move(scattered);
+        for (int32_t &corner : corners)
+            corner *= 2;
+    }
 };
 
 inline FaceMesh quadFaces(int cells)
@@ -144,6 +156,25 @@ private:
     Random random_;
 };
 
+/// Those faces of a mesh that have more than four corners.
+inline FaceMesh onlyLargeFaces(const FaceMesh &whole)
+{
+    FaceMesh mesh;
+    mesh.positions = whole.positions;
+    for (int64_t face = 0; face < whole.faces(); ++face)
+        if (whole.count(face) > 4)
+        {
+            const auto points = whole.face(face);
+            mesh.addFace(points);
+            for (size_t i = 0; i < points.size(); ++i)
+            {
+                const float *a = whole.position(points[i]), *b = whole.position(points[(i + 1) % points.size()]);
+                mesh.area += 0.5 * (double(a[0]) * b[1] - double(a[1]) * b[0]);
+            }
+        }
+    return mesh;
+}
+
 /// The mesh of a name that jobs use.
 inline std::shared_ptr<const FaceMesh> faceMesh(const std::string &name)
 {
@@ -158,6 +189,8 @@ inline std::shared_ptr<const FaceMesh> faceMesh(const std::string &name)
             return triangleFaces(1000);
         if (name == "mixed1M")
             return MixedFaces(1000).take();
+        if (name == "ngons")
+            return onlyLargeFaces(MixedFaces(1000).take());
         throw std::invalid_argument("no mesh " + name);
     };
     return std::make_shared<const FaceMesh>(make());

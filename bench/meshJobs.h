@@ -4,24 +4,34 @@
 
 namespace bench
 {
-/// Enter rows of dropping unused points, where half of the faces are gone.  Written: the new vertex list and the points that
-/// are left.
-inline void addRemoveUnused(const char *job, std::initializer_list<const char *> meshes, const Doer &doer,
+/// Enter rows of dropping unused points: where half of the faces are gone, and where every other point is unused.  Read and
+/// written: the vertex list and the points that are left.
+inline void addRemoveUnused(const std::string &job, std::initializer_list<const char *> meshes, const Doer &doer,
                             const FaceWork &prepare)
 {
-    const auto halve = [prepare](const FaceMeshPtr &whole) {
-        const auto half = std::make_shared<FaceMesh>(*whole);
-        half->keepFaces(whole->faces() / 2);
-        return prepare(half);
+    const auto changed = [prepare](auto &&change) {
+        return [=](const FaceMeshPtr &whole) {
+            const auto mesh = std::make_shared<FaceMesh>(*whole);
+            change(*mesh);
+            return prepare(mesh);
+        };
     };
     for (const char *mesh : meshes)
+    {
         addFaceJob(
-            job, mesh, doer,
+            job.c_str(), mesh, doer,
             [](const FaceMesh &whole) {
                 return Traffic{0.5 * double(whole.corners.size()),
                                4.0 * double(whole.corners.size()) + 12.0 * double(whole.points())};
             },
-            halve);
+            changed([](FaceMesh &half) { half.keepFaces(half.faces() / 2); }));
+        addFaceJob((job + "-scattered").c_str(), mesh, doer,
+                   [](const FaceMesh &whole) {
+                       return Traffic{double(whole.corners.size()),
+                                      8.0 * double(whole.corners.size()) + 24.0 * double(whole.points())};
+                   },
+                   changed([](FaceMesh &scattered) { scattered.scatterPoints(); }));
+    }
 }
 
 /// How far the number of points that are left is from what it should be.

@@ -1,4 +1,5 @@
 #include <bench/faceJobs.h>
+#include <bench/plainMeshJobs.h>
 #include <bench/rq/surface/faces.h>
 
 namespace
@@ -27,9 +28,30 @@ bench::Work makeSmallMesh(const bench::FaceMeshPtr &faces)
             [=] { return std::abs(double(mesh->convex(3)->getFaceCount() - faces->triangles())); }};
 }
 
+bench::Work makePlain(const bench::FaceMeshPtr &faces)
+{
+    return {[faces] { return bench::keep(bench::plain::cutFaces(*faces)); },
+            [faces] {
+                const bench::plain::Triangles made = bench::plain::cutFaces(*faces);
+                return bench::areaErrorOfPoints(*faces, int64_t(made.points.size()),
+                                                [&](int64_t i) { return made.points[size_t(i)]; });
+            }};
+}
+
+bench::Work makeSmallPlain(const bench::FaceMeshPtr &faces)
+{
+    return {bench::repeated([faces] { return bench::keep(bench::plain::cutFaces(*faces)); }), nullptr};
+}
+
 const bool registered = [] {
     for (const int threads : {1, 2})
+    {
         bench::addTriangulation({"quads1M", "quads4M", "mixed1M"}, {"ours", threads, true}, makeArrays);
+        bench::addLargeFaces({"ours", threads}, makeArrays);
+    }
+    bench::addTriangulation({"quads1M", "quads4M", "mixed1M"}, {"prototype"}, makePlain);
+    bench::addLargeFaces({"prototype"}, makePlain);
+    bench::addSmallJob("convex3", {"prototype"}, makeSmallPlain);
     bench::addSmallJob("convex3", {"ours"}, makeSmallMesh);
     return true;
 }();

@@ -1,6 +1,8 @@
 #include <memory>
 
+#include <bench/faceJobs.h>
 #include <bench/normalJobs.h>
+#include <bench/plainMeshJobs.h>
 #include <bench/rq/surface/quads.h>
 #include <rq/data/Values.h>
 
@@ -39,6 +41,32 @@ void addJob(const char *job, double outputs, Make make, bool again = false)
         });
 }
 
+void addPlain(const char *job, double outputs, bench::plain::Row<BAS_Vec3f> (*make)(const bench::FaceMesh &))
+{
+    bench::addNormals(job, "prototype", 1, outputs, [make] {
+        const auto faces = bench::faceMesh("quads1M");
+        return bench::Work{[=] { return bench::keep(make(*faces)); },
+                           [=] {
+                               const auto normals = make(*faces);
+                               return bench::lengthError(&normals.data()->x, int64_t(normals.size()));
+                           }};
+    });
+}
+
+/// Cusp normals of a mesh that has just been made.
+bench::Work makeSmall(const bench::FaceMeshPtr &)
+{
+    const RQ_PolygonMeshHandle mesh = bench::makeMesh(bench::QuadMesh(10));
+    return {bench::repeated(
+                [mesh] { return bench::keep(cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>(*bench::withOwnTopology(*mesh))); }),
+            nullptr};
+}
+
+bench::Work makeSmallPlain(const bench::FaceMeshPtr &faces)
+{
+    return {bench::repeated([faces] { return bench::keep(bench::plain::cuspNormals(*faces)); }), nullptr};
+}
+
 const bool registered = [] {
     addJob("face-normals", bench::kNormalFaces, [](const RQ_PrimPolygonMesh &mesh) { return mesh.faceNormals(); });
     addJob("point-normals-equal", bench::kNormalPoints, pointNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
@@ -48,6 +76,11 @@ const bool registered = [] {
     addJob("cusp60-equal", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
     addJob("cusp60-angle", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_ANGLE>);
     addJob("cusp60-equal-again", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>, true);
+    addPlain("face-normals", bench::kNormalFaces, bench::plain::faceNormals);
+    addPlain("point-normals-equal", bench::kNormalPoints, bench::plain::pointNormals);
+    addPlain("cusp60-equal", 4.0 * bench::kNormalFaces, bench::plain::cuspNormals);
+    bench::addSmallJob("cusp60-equal", {"ours"}, makeSmall);
+    bench::addSmallJob("cusp60-equal", {"prototype"}, makeSmallPlain);
     return true;
 }();
 }  // namespace

@@ -1,5 +1,7 @@
 #include <bench/meshJobs.h>
+#include <bench/plainMeshJobs.h>
 #include <bench/rq/surface/faces.h>
+#include <bench/rq/surface/quads.h>
 #include <rq/data/Values.h>
 #include <rq/prim/RefineCollect.h>
 
@@ -20,10 +22,17 @@ template <bool gathered> bench::Work removeUnused(const bench::FaceMeshPtr &face
     return {run, [=] { return bench::unusedError(*faces, mesh->removeUnusedPoints()->getPointCount()); }};
 }
 
-bench::Work keepAll(const bench::FaceMeshPtr &faces)
+bench::Work removeUnusedPlain(const bench::FaceMeshPtr &faces)
+{
+    return {[faces] { return bench::keep(bench::plain::removeUnused(*faces)); },
+            [faces] { return bench::unusedError(*faces, int64_t(bench::plain::removeUnused(*faces).positions.size())); }};
+}
+
+/// With `again` the mesh has been found to use all its points before.
+template <bool again> bench::Work keepAll(const bench::FaceMeshPtr &faces)
 {
     const RQ_PolygonMeshHandle mesh = bench::makeMesh(*faces);
-    return {[mesh] { return bench::keep(mesh->removeUnusedPoints()); },
+    return {[mesh] { return bench::keep((again ? mesh : bench::withOwnTopology(*mesh))->removeUnusedPoints()); },
             [mesh] { return mesh->removeUnusedPoints() == mesh ? 0.0 : 1.0; }};
 }
 
@@ -77,12 +86,11 @@ const bool registered = [] {
         const bench::Doer ours{"ours", threads};
         bench::addRemoveUnused("remove-unused", {"quads1M", "tris2M"}, ours, removeUnused<true>);
         bench::addRemoveUnused("remove-unused-view", {"quads1M", "tris2M"}, ours, removeUnused<false>);
-        bench::addFaceJob(
-            "remove-unused-none", "quads1M", ours,
-            [](const bench::FaceMesh &mesh) {
-                return bench::Traffic{double(mesh.corners.size()), 4.0 * double(mesh.corners.size())};
-            },
-            keepAll);
+        const auto traffic = [](const bench::FaceMesh &mesh) {
+            return bench::Traffic{double(mesh.corners.size()), 4.0 * double(mesh.corners.size())};
+        };
+        bench::addFaceJob("remove-unused-none", "quads1M", ours, traffic, keepAll<false>);
+        bench::addFaceJob("remove-unused-none-again", "quads1M", ours, traffic, keepAll<true>);
         bench::addPieces("split-65536", ours, split);
         bench::addPieces("partition-8", ours, partition<8>);
         bench::addPieces("partition-64", ours, partition<64>);
@@ -93,6 +101,7 @@ const bool registered = [] {
             },
             refine);
     }
+    bench::addRemoveUnused("remove-unused", {"quads1M", "tris2M"}, {"prototype"}, removeUnusedPlain);
     return true;
 }();
 }  // namespace
