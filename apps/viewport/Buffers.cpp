@@ -140,7 +140,8 @@ const Buffer *Buffers::find(const RQ_DataArrayHandle &array, Seen seen, DisplayS
     if (!source.values || source.count == 0)
     {
         if (source.count > 0)
-            error = fmt::format("an array of {} numbers is more than the graphics driver takes ({})", source.count, mostNumbers_);
+            error = fmt::format("an array of {} numbers is more than the graphics driver takes ({})", source.count,
+                                mostNumbers_);
         return nullptr;
     }
     std::shared_ptr<Buffer> buffer = spare(source);

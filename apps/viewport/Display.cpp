@@ -54,8 +54,8 @@ std::unique_ptr<Display> Display::create(std::string &error)
     const int version = epoxy_gl_version();
     if (!epoxy_is_desktop_gl() || version < 10 * kGLMajor + kGLMinor)
     {
-        error = fmt::format("the graphics driver has OpenGL {}.{}, and {}.{} is needed", version / 10, version % 10, kGLMajor,
-                            kGLMinor);
+        error = fmt::format("the graphics driver has OpenGL {}.{}, and {}.{} is needed", version / 10, version % 10,
+                            kGLMajor, kGLMinor);
         return nullptr;
     }
     std::unique_ptr<Display> display(new Display(std::make_unique<State>()));

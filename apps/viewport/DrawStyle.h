@@ -22,6 +22,8 @@ struct Preparation
     Shading shading = Shading::Auto;
     double cuspDegrees = 60.0;
     int subdivisionLevel = -1;  ///< of subdivision meshes; 0 shows the cage, -1 takes a level that suits their size
+
+    bool operator==(const Preparation &) const = default;
 };
 
 enum class ColourBy

@@ -16,8 +16,7 @@ constexpr int64_t kPointsPerTask = 16384;
 
 RQ_DataArrayHandle divided(const Positions &positions)
 {
-    const BAS_IntrusivePtr<RQ_DANumeric<float>> points(
-        new RQ_DANumeric<float>(positions.entries(), 3, RQ_TYPE_POINT));
+    const BAS_IntrusivePtr<RQ_DANumeric<float>> points(new RQ_DANumeric<float>(positions.entries(), 3, RQ_TYPE_POINT));
     host::parallelFor(positions.entries(), kPointsPerTask, [&](int64_t i) {
         const BAS_Vec3d point = positions[i];
         for (int c = 0; c < 3; ++c)

@@ -29,13 +29,9 @@ EGLDisplay openDisplay()
 EGLContext openContext(EGLDisplay display)
 {
     const EGLint configWanted[] = {EGL_SURFACE_TYPE, 0, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_NONE};
-    const EGLint contextWanted[] = {EGL_CONTEXT_MAJOR_VERSION,
-                                    kGLMajor,
-                                    EGL_CONTEXT_MINOR_VERSION,
-                                    kGLMinor,
-                                    EGL_CONTEXT_OPENGL_PROFILE_MASK,
-                                    EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
-                                    EGL_NONE};
+    const EGLint contextWanted[] = {
+        EGL_CONTEXT_MAJOR_VERSION,           kGLMajor, EGL_CONTEXT_MINOR_VERSION, kGLMinor, EGL_CONTEXT_OPENGL_PROFILE_MASK,
+        EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
     EGLConfig config = nullptr;
     EGLint configs = 0;
     if (!eglBindAPI(EGL_OPENGL_API) || !eglChooseConfig(display, configWanted, &config, 1, &configs) || configs < 1)

@@ -9,10 +9,11 @@ Scene::Scene() = default;
 Scene::~Scene() = default;
 
 SceneHandle Scene::make(const std::vector<Shown> &shown, const Preparation &preparation, const RQ_RefineParms *parms,
-                        const Scene *previous)
+                        const Scene *previous, RQ_RefineCache *cache)
 {
     const std::shared_ptr<Scene> scene(new Scene);
-    SceneMaker maker(*scene, preparation, parms, previous);
+    scene->preparation_ = preparation;
+    SceneMaker maker(*scene, parms, previous, cache);
     BAS_Progress progress("preparing");
     for (size_t i = 0; i < shown.size(); ++i)
     {

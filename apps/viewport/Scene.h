@@ -8,6 +8,7 @@
 #include <host/bas/BoundingBox.h>
 #include <rq/prim/Primitive.h>
 
+class RQ_RefineCache;
 class RQ_RefineParms;
 
 namespace rq::viewport
@@ -31,9 +32,11 @@ struct Item;
 class Scene
 {
 public:
-    /// `previous`, the scene shown before, lends what it derived from arrays that are still the same.
+    /// `previous`, the scene shown before, lends what it derived from arrays that are still the same, and how it cut
+    /// faces that are: frames of an animation are cut once.  `cache`, if given, keeps normals by cusp angle for longer.
     static std::shared_ptr<const Scene> make(const std::vector<Shown> &shown, const Preparation &preparation,
-                                             const RQ_RefineParms *parms = nullptr, const Scene *previous = nullptr);
+                                             const RQ_RefineParms *parms = nullptr, const Scene *previous = nullptr,
+                                             RQ_RefineCache *cache = nullptr);
     ~Scene();
 
     const std::vector<Item> &items() const { return items_; }
@@ -52,6 +55,7 @@ private:
     friend class SceneMaker;
     Scene();
 
+    Preparation preparation_;
     std::vector<Item> items_;
     BAS_BoundingBox bounds_;
     std::vector<std::string> complaints_;

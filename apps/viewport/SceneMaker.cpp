@@ -1,13 +1,15 @@
 #include <apps/viewport/SceneMaker.h>
 
 #include <algorithm>
-#include <cmath>
+#include <atomic>
 
 #include <fmt/format.h>
 
 #include <apps/offline/subdivide.h>
+#include <host/bas/hashBytes.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/RefineList.h>
+#include <rq/prim/RefineParms.h>
 #include <rq/surface/PrimPointMesh.h>
 
 namespace rq::viewport
@@ -45,23 +47,44 @@ RQ_AttributeListHandle multiplied(const RQ_AttributeListHandle &outer, int64_t o
 {
     RQ_AttributeListHandle all = inner;
     if (inner && outers > 1)
-        all = inner->createIndirect(indices(outers * inners, [](int64_t i, int64_t n) { return i % n; }, inners));
+        all = inner->createIndirect(indices(
+            outers * inners, [](int64_t i, int64_t n) { return i % n; }, inners));
     if (!outer)
         return all;
-    const RQ_AttributeListHandle around =
-        inners == 1 ? outer
-                    : outer->createIndirect(indices(outers * inners, [](int64_t i, int64_t n) { return i / n; }, inners));
+    const RQ_AttributeListHandle around = inners == 1
+                                              ? outer
+                                              : outer->createIndirect(indices(
+                                                    outers * inners, [](int64_t i, int64_t n) { return i / n; }, inners));
     return all ? all->mergeNewAttributes(around) : around;
+}
+// The scheme and the tags of a surface.  One whose tags have no id is made anew each time.
+uint64_t surfaceOptions(const RQ_PrimSubdivisionMesh &cage)
+{
+    static std::atomic<uint64_t> unknown{0};
+    uint64_t hash = host::hashWord(0, uint64_t(cage.scheme()));
+    for (auto tag = cage.beginTags(); !(tag == cage.endTag()); ++tag)
+    {
+        hash = host::hashWord(hash, host::hashBytes((*tag).name().view()));
+        for (const auto *arrays : {&(*tag).getAllInt(), &(*tag).getAllReal(), &(*tag).getAllString()})
+            for (const RQ_DataArrayHandle &array : *arrays)
+                hash = host::hashWord(hash, array->getDataId() >= 0 ? uint64_t(array->getDataId()) : ~unknown++);
+    }
+    return hash;
 }
 }  // namespace
 
-SceneMaker::SceneMaker(Scene &scene, const Preparation &preparation, const RQ_RefineParms *parms, const Scene *previous)
-    : scene_(scene), preparation_(preparation), parms_(parms)
+SceneMaker::SceneMaker(Scene &scene, const RQ_RefineParms *parms, const Scene *previous, RQ_RefineCache *cache)
+    : scene_(scene), parms_(parms), cache_(cache)
 {
-    if (previous)
-        for (const Item &item : previous->items())
-            if (item.form->key != 0)
-                known_.emplace(item.form->key, item.form);
+    if (!previous)
+        return;
+    for (const Item &item : previous->items())
+    {
+        if (item.form->key != 0)
+            known_.emplace(item.form->key, item.form);
+        if (item.form->topology != 0)
+            cutAlike_.emplace(item.form->topology, item.form);
+    }
 }
 
 void SceneMaker::add(size_t shown, const Shown &entry)
@@ -126,7 +149,8 @@ void SceneMaker::addInstances(const RQ_PrimInstance &instance, const Placements 
 {
     Placements all;
     if (depth < kDeepest && instance.entries() > 0 &&
-        multiplied(*instance.getTransforms(), instance.getPrimitiveTransform(), instance.getInstanceAttributes(), outer, all))
+        multiplied(*instance.getTransforms(), instance.getPrimitiveTransform(), instance.getInstanceAttributes(), outer,
+                   all))
         add(instance.getGeometry(), all, depth + 1);
 }
 
@@ -144,36 +168,43 @@ void SceneMaker::addQuadrics(const RQ_PrimQuadricMesh &quadrics, const Placement
 
 void SceneMaker::addSurface(const RQ_SubdivisionMeshHandle &cage, const Placements &outer)
 {
-    const int level = preparation_.subdivisionLevel >= 0 ? preparation_.subdivisionLevel : offline::smoothLevel(*cage);
-    const FormHandle found = form(wholeKey(*cage, cage->getVertexList(), preparation_), [&](std::string &why) -> FormHandle {
+    const int wanted = scene_.preparation_.subdivisionLevel;
+    const int level = wanted >= 0 ? wanted : offline::smoothLevel(*cage);
+    const uint64_t key = wholeKey(*cage, cage->getVertexList(), scene_.preparation_, surfaceOptions(*cage));
+    const FormHandle found = form(key, [&](std::string &why) -> FormHandle {
         std::vector<std::string> complaints;
         const RQ_PolygonMeshHandle smooth = level > 0 ? offline::subdivide(*cage, level, complaints) : nullptr;
         for (const std::string &complaint : complaints)
             complain(complaint);
-        const FormHandle made = makeMeshForm(smooth ? *smooth : *cage, preparation_, 0, why);
-        if (!made)
-            return nullptr;
+        const FormHandle made = meshForm(smooth ? *smooth : *cage, key, why);
+        if (!made || !smooth)
+            return made;
         const auto own = std::make_shared<Form>(*made);
         own->primitive = smooth;
-        own->key = wholeKey(*cage, cage->getVertexList(), preparation_);
         return own;
     });
     addItem(found, cage, cage->getPrimitiveTransform(), outer);
 }
 
+FormHandle SceneMaker::meshForm(const RQ_PrimPolygonMesh &mesh, uint64_t key, std::string &why) const
+{
+    const auto alike = cutAlike_.find(topologyKey(mesh));
+    return makeMeshForm(mesh, scene_.preparation_, key, alike == cutAlike_.end() ? nullptr : alike->second, cache_, why);
+}
+
 void SceneMaker::addMesh(const RQ_PolygonMeshHandle &mesh, const Placements &outer)
 {
-    const uint64_t key = meshKey(*mesh, preparation_);
-    addItem(form(key, [&](std::string &why) { return makeMeshForm(*mesh, preparation_, key, why); }), mesh,
-            mesh->getPrimitiveTransform(), outer);
+    const uint64_t key = meshKey(*mesh, scene_.preparation_);
+    addItem(form(key, [&](std::string &why) { return meshForm(*mesh, key, why); }), mesh, mesh->getPrimitiveTransform(),
+            outer);
 }
 
 void SceneMaker::addCurves(const RQ_CurveMeshHandle &curves, const Placements &outer)
 {
-    const uint64_t key = wholeKey(*curves, curves->getCurveCountArray().rawOffsets(), preparation_);
+    const uint64_t options = parms_ ? uint64_t(parms_->hash()) << 32 | parms_->getFlags() : 0;
+    const uint64_t key = wholeKey(*curves, curves->getCurveCountArray().rawOffsets(), scene_.preparation_, options);
     const FormHandle found = form(key, [&](std::string &why) -> FormHandle {
-        const RQ_CurveMeshHandle linear =
-            curves->validate(&why) ? curves->refineToLinear(parms_, kPiecesPerSpan) : nullptr;
+        const RQ_CurveMeshHandle linear = curves->validate(&why) ? curves->refineToLinear(parms_, kPiecesPerSpan) : nullptr;
         if (!linear)
         {
             why = why.empty() ? "curves that cannot be evaluated" : why;

@@ -13,7 +13,7 @@ namespace rq::viewport
 class SceneMaker
 {
 public:
-    SceneMaker(Scene &scene, const Preparation &preparation, const RQ_RefineParms *parms, const Scene *previous);
+    SceneMaker(Scene &scene, const RQ_RefineParms *parms, const Scene *previous, RQ_RefineCache *cache);
 
     void add(size_t shown, const Shown &entry);
 
@@ -30,6 +30,8 @@ private:
     void addCurves(const RQ_CurveMeshHandle &curves, const Placements &outer);
     void addPoints(const RQ_PrimitiveHandle &points, const Placements &outer);
 
+    FormHandle meshForm(const RQ_PrimPolygonMesh &mesh, uint64_t key, std::string &why) const;
+
     /// The form of a key from the last scene or this one, or what `make(why)` gives.
     template <class Make> FormHandle form(uint64_t key, Make &&make);
 
@@ -44,9 +46,10 @@ private:
     void complain(const std::string &what);
 
     Scene &scene_;
-    const Preparation preparation_;
     const RQ_RefineParms *parms_;
-    std::unordered_map<uint64_t, FormHandle> known_;
+    RQ_RefineCache *cache_;
+    std::unordered_map<uint64_t, FormHandle> known_;     // by key
+    std::unordered_map<uint64_t, FormHandle> cutAlike_;  // by topology
     size_t shown_ = 0;
 };
 }  // namespace rq::viewport

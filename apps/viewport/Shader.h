@@ -15,8 +15,8 @@ namespace rq::viewport
 class Shader
 {
 public:
-    /// Each text is put behind `defines` and what all have in common.  Null, with the driver's words, when it does not accept
-    /// them.
+    /// Each text is put behind `defines` and what all have in common.  Null, with the driver's words, when it does not
+    /// accept them.
     static std::unique_ptr<Shader> create(const char *vertex, const char *fragment, const std::string &defines,
                                           std::string &error);
     ~Shader();

@@ -6,12 +6,11 @@
 
 namespace rq::viewport
 {
-std::unique_ptr<Target> Target::create(int width, int height, std::string &error)
+std::unique_ptr<Target> Target::create(int width, int height, int samples, std::string &error)
 {
-    constexpr GLint kSamples = 4;
-    GLint most = 0, samples = 0;
+    GLint most = 0, mostSamples = 0;
     glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
-    glGetIntegerv(GL_MAX_SAMPLES, &samples);
+    glGetIntegerv(GL_MAX_SAMPLES, &mostSamples);
     if (width > most || height > most)
     {
         error = fmt::format("{} x {} pixels: the graphics driver draws at most {} in each direction", width, height, most);
@@ -21,7 +20,7 @@ std::unique_ptr<Target> Target::create(int width, int height, std::string &error
     glCreateFramebuffers(2, target->frames_);
     glCreateRenderbuffers(3, target->buffers_);
     const auto [colour, depth, plain] = target->buffers_;
-    samples = std::min(samples, kSamples);
+    samples = samples > 1 ? std::min(samples, mostSamples) : 0;
     glNamedRenderbufferStorageMultisample(colour, samples, GL_RGBA8, width, height);
     glNamedRenderbufferStorageMultisample(depth, samples, GL_DEPTH_COMPONENT32F, width, height);
     glNamedRenderbufferStorage(plain, GL_RGBA8, width, height);

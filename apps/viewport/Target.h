@@ -13,8 +13,8 @@ namespace rq::viewport
 class Target
 {
 public:
-    /// Null with the reason when the driver has no such picture.
-    static std::unique_ptr<Target> create(int width, int height, std::string &error);
+    /// Null with the reason when the driver has no such picture.  Of `samples` it has as many as the driver can.
+    static std::unique_ptr<Target> create(int width, int height, int samples, std::string &error);
     ~Target();
     Target(const Target &) = delete;
     Target &operator=(const Target &) = delete;

@@ -12,6 +12,7 @@ namespace
 class Key
 {
 public:
+    Key() = default;
     explicit Key(const Preparation &preparation)
     {
         add(uint64_t(preparation.shading));
@@ -36,15 +37,25 @@ private:
 };
 }  // namespace
 
-uint64_t meshKey(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation)
+uint64_t topologyKey(const RQ_PrimPolygonMesh &mesh)
 {
-    Key key(preparation);
+    Key key;
     const RQ_CountArray &counts = mesh.getFaceCountArray();
     key.add(uint64_t(counts.entries()));
     key.add(uint64_t(counts.isUniform() ? counts.getMaxCount() : 0));
     if (!counts.isUniform())
         key.add(counts.rawOffsets());
     key.add(mesh.getVertexList());
+    return key.value();
+}
+
+uint64_t meshKey(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation)
+{
+    const uint64_t topology = topologyKey(mesh);
+    if (topology == 0)
+        return 0;
+    Key key(preparation);
+    key.add(topology);
     RQ_Owner owner;
     for (const char *name : {"P", "N"})
     {
@@ -55,9 +66,11 @@ uint64_t meshKey(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation)
     return key.value();
 }
 
-uint64_t wholeKey(const RQ_Primitive &primitive, const RQ_DataArrayHandle &topology, const Preparation &preparation)
+uint64_t wholeKey(const RQ_Primitive &primitive, const RQ_DataArrayHandle &topology, const Preparation &preparation,
+                  uint64_t options)
 {
     Key key(preparation);
+    key.add(options);
     key.add(topology);
     uint64_t hash = 0;
     if (!primitive.getDataIdHash(hash, 0, false))

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <host/bas/Parallel.h>
+#include <rq/bridge/RefineCache.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/Values.h>
 
@@ -38,12 +39,22 @@ RQ_DataArrayHandle faceEdges(const RQ_PrimPolygonMesh &mesh, const RQ_ConvexArra
     return edges;
 }
 
-bool cutToTriangles(const RQ_PrimPolygonMesh &mesh, Form &form, std::string &why)
+bool cutToTriangles(const RQ_PrimPolygonMesh &mesh, const FormHandle &alike, Form &form, std::string &why)
 {
     form.corners = mesh.getVertexList();
     form.elements = mesh.getFaceCount();
     if (mesh.getMinVertexCount() == 3 && mesh.getMaxVertexCount() == 3)
         return true;
+    form.topology = topologyKey(mesh);
+    if (alike)
+    {
+        form.corners = alike->corners;
+        form.cornerSources = alike->cornerSources;
+        form.faceSources = alike->faceSources;
+        form.edges = alike->edges;
+        form.elements = alike->elements;
+        return true;
+    }
     RQ_ConvexArrays cut;
     if (!mesh.getConvexArrays(cut, 3, true))
     {
@@ -63,10 +74,10 @@ RQ_DataArrayHandle ownNormals(const RQ_PrimPolygonMesh &mesh, RQ_Owner &owner)
 {
     const RQ_DataArrayHandle &array = mesh.findAttribute("N", owner, 0);
     return array && RQisNumeric(array->getStorage()) && !array->hasArrayEntries() && array->getTupleSize() >= 3 ? array
-                                                                                                               : nullptr;
+                                                                                                                : nullptr;
 }
 
-void chooseNormals(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation, Form &form)
+void chooseNormals(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation, RQ_RefineCache *cache, Form &form)
 {
     const Shading shading = preparation.shading;
     if (shading == Shading::Flat)
@@ -78,6 +89,7 @@ void chooseNormals(const RQ_PrimPolygonMesh &mesh, const Preparation &preparatio
     const bool byPoint = shading == Shading::Smooth;
     form.normalsOwner = byPoint ? RQ_OWNER_POINT : RQ_OWNER_VERTEX;
     form.normals = byPoint ? mesh.createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL32)
+                   : cache ? cache->vertexNormals(mesh, 0, preparation.cuspDegrees)
                            : mesh.createVertexNormals(0, "P", preparation.cuspDegrees, true, RQ_STORAGE_REAL32);
 }
 
@@ -98,7 +110,8 @@ RQ_DataArrayHandle faceSetPlaces(const RQ_PrimPolygonMesh &mesh)
 }
 }  // namespace
 
-FormHandle makeMeshForm(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation, uint64_t key, std::string &why)
+FormHandle makeMeshForm(const RQ_PrimPolygonMesh &mesh, const Preparation &preparation, uint64_t key,
+                        const FormHandle &alike, RQ_RefineCache *cache, std::string &why)
 {
     const auto form = std::make_shared<Form>();
     form->kind = FormKind::Triangles;
@@ -108,14 +121,14 @@ FormHandle makeMeshForm(const RQ_PrimPolygonMesh &mesh, const Preparation &prepa
         why = "a mesh without positions";
     if (mesh.getVertexCount() > std::numeric_limits<int32_t>::max())
         why = fmt::format("a mesh of {} corners: more than can be numbered", mesh.getVertexCount());
-    if (!why.empty() || !mesh.validate(&why) || !cutToTriangles(mesh, *form, why))
+    if (!why.empty() || !mesh.validate(&why) || !cutToTriangles(mesh, alike, *form, why))
         return nullptr;
     if (form->elements == 0)
     {
         why = "a mesh without faces";
         return nullptr;
     }
-    chooseNormals(mesh, preparation, *form);
+    chooseNormals(mesh, preparation, cache, *form);
     if (mesh.faceSetMap() && mesh.faceSetMap()->entries() > 0)
     {
         form->faceSetMap = mesh.faceSetMap();

@@ -2,8 +2,8 @@
 
 /// The programs of the graphics card.
 ///
-/// Vertices have no attributes: a vertex is a number, and what it needs it looks up in buffers that hold the library's arrays
-/// as they are.  With INDEXED the number is a point (so that corners that share a point are worked out once), else a
+/// Vertices have no attributes: a vertex is a number, and what it needs it looks up in buffers that hold the library's
+/// arrays as they are.  With INDEXED the number is a point (so that corners that share a point are worked out once), else a
 /// corner, which knows its point, its place in the face that was cut, and its triangle.
 namespace rq::viewport::shader
 {

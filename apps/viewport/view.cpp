@@ -1,5 +1,6 @@
 #include <apps/viewport/view.h>
 
+#include <chrono>
 #include <cstdio>
 
 #include <fmt/format.h>
@@ -7,6 +8,7 @@
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
 #include <apps/viewport/GLContext.h>
+#include <apps/viewport/Item.h>
 #include <apps/viewport/Target.h>
 #include <apps/viewport/window/runWindow.h>
 
@@ -39,12 +41,29 @@ OrbitCamera cameraFor(const Scene &scene, const ViewOptions &options, double asp
     return camera;
 }
 
-void printStatistics(const DisplayStatistics &statistics)
+// A program in place of a graphics card takes a microsecond for each sample of a triangle, however small; and where
+// triangles are smaller than pixels their edges are everywhere, so that there is little to smooth.
+int samplesFor(const Scene &scene)
 {
-    fmt::print(stderr,
-               "{} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied\n",
-               statistics.triangles, statistics.segments, statistics.points, statistics.draws, statistics.uploadedBytes,
-               statistics.buffersRefreshed, statistics.copiedBytes);
+    constexpr int64_t kDense = 2000000;
+    int64_t triangles = 0;
+    for (const Item &item : scene.items())
+        triangles += item.form->elements * int64_t(item.placements.matrices.size());
+    return triangles > kDense ? 1 : 4;
+}
+
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void printStatistics(const DisplayStatistics &statistics, double seconds)
+{
+    fmt::print(
+        stderr,
+        "{} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied; {:.3f} s\n",
+        statistics.triangles, statistics.segments, statistics.points, statistics.draws, statistics.uploadedBytes,
+        statistics.buffersRefreshed, statistics.copiedBytes, seconds);
 }
 
 // Without a display, in a picture's memory.
@@ -53,40 +72,48 @@ ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const 
     std::string error;
     const std::unique_ptr<GLContext> context = GLContext::create(error);
     const std::unique_ptr<Display> display = context ? Display::create(error) : nullptr;
-    const std::unique_ptr<Target> target = display ? Target::create(width, height, error) : nullptr;
+    const std::unique_ptr<Target> target = display ? Target::create(width, height, samplesFor(*scene), error) : nullptr;
     if (!target)
         return fail(ExitFailure, error);
+    const auto start = std::chrono::steady_clock::now();
     display->setScene(scene);
     target->bind();
     if (!display->draw(cameraFor(*scene, options, double(width) / height), style, width, height, &error))
         fmt::print(stderr, "{}: warning: {}\n", options.files.front(), error);
     Picture picture = target->read();
-    drawLegend(picture, display->legend());
     if (options.statistics)
-        printStatistics(display->statistics());
+        printStatistics(display->statistics(), secondsSince(start));
+    drawLegend(picture, display->legend());
     return writePNG(options.screenshot, picture, error) ? ExitDone : fail(ExitFailure, options.screenshot + ": " + error);
 }
 
 /// What the files refine to, ready to draw.
-ExitCode makeScene(const CommonOptions &common, const std::vector<std::string> &files, const RQ_RefineParms &parms,
+ExitCode makeScene(const CommonOptions &common, const ViewOptions &options, const RQ_RefineParms &parms,
                    const Preparation &preparation, SceneHandle &scene)
 {
     std::vector<Shown> shown;
-    for (const std::string &file : files)
+    double loading = 0.0, refining = 0.0;
+    for (const std::string &file : options.files)
     {
         RefinedFile refined;
         if (const ExitCode code = refineFile(file, common, parms, refined); code != ExitDone)
             return code;
+        loading += refined.loadSeconds;
+        refining += refined.refineSeconds;
         for (const RefinedPrimitive &entry : refined.primitives)
             shown.push_back({entry.primitive, BAS_Mat4d()});
     }
+    const std::string &name = options.files.front();
     const TerminalProgress progress;
+    const auto start = std::chrono::steady_clock::now();
     scene = Scene::make(shown, preparation, &parms);
     if (!scene)
         return fail(ExitFailure, "interrupted");
     for (const std::string &complaint : scene->complaints())
-        fmt::print(stderr, "{}: warning: {}\n", files.front(), complaint);
-    return scene->bounds().isEmpty() ? fail(ExitFailure, files.front() + ": there is nothing to draw") : ExitDone;
+        fmt::print(stderr, "{}: warning: {}\n", name, complaint);
+    if (options.statistics)
+        fmt::print(stderr, "load {:.3f} s, refine {:.3f} s, prepare {:.3f} s\n", loading, refining, secondsSince(start));
+    return scene->bounds().isEmpty() ? fail(ExitFailure, name + ": there is nothing to draw") : ExitDone;
 }
 
 ExitCode openWindow(WindowOptions &window, const ViewOptions &options)
@@ -118,7 +145,7 @@ ExitCode runView(const CommonOptions &common, const ViewOptions &options)
     if (options.files.empty())
         return fail(ExitUsage, "FILE is required with --screenshot");
     SceneHandle scene;
-    const ExitCode code = makeScene(common, options.files, window.parms, window.preparation, scene);
+    const ExitCode code = makeScene(common, options, window.parms, window.preparation, scene);
     return code == ExitDone ? takeScreenshot(scene, window.style, options, window.width, window.height) : code;
 }
 }  // namespace rq::app

@@ -60,8 +60,7 @@ bool readSize(const std::string &text, int &width, int &height)
     if (widthError != std::errc() || x == end || *x != 'x')
         return false;
     const auto [last, heightError] = std::from_chars(x + 1, end, height);
-    return heightError == std::errc() && last == end && width >= 1 && height >= 1 &&
-           int64_t(width) * height <= kMostPixels;
+    return heightError == std::errc() && last == end && width >= 1 && height >= 1 && int64_t(width) * height <= kMostPixels;
 }
 
 bool readStyle(const ViewOptions &options, viewport::DrawStyle &style, viewport::Preparation &preparation,

@@ -16,8 +16,8 @@
 // From a file of five million triangles in the system's cache to its picture.
 //
 // "readCopyBuild" is what the bar of a viewport is made of: the file's bytes read, copied twice, and turned into vertex
-// buffers (positions and corners, no normals).  "ours" waits for the last pixel; "redraw" is what of that is up to the driver,
-// which is a program on the same processors where there is no graphics card.
+// buffers (positions and corners, no normals).  "ours" waits for the last pixel; "redraw" is what of that is up to the
+// driver, which is a program on the same processors where there is no graphics card.
 namespace
 {
 using namespace rq::viewport;
@@ -47,7 +47,7 @@ struct Stage
     std::string error;
     std::unique_ptr<GLContext> context = GLContext::create(error);
     std::unique_ptr<Display> display = context ? Display::create(error) : nullptr;
-    std::unique_ptr<Target> target = display ? Target::create(kWidth, kHeight, error) : nullptr;
+    std::unique_ptr<Target> target = display ? Target::create(kWidth, kHeight, 1, error) : nullptr;
 
     Stage()
     {

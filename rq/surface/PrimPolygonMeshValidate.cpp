@@ -1,5 +1,7 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
+#include <algorithm>
+
 #include <rq/data/Values.h>
 #include <rq/surface/detail/lists.h>
 
@@ -11,7 +13,9 @@ std::string checkTopology(const RQ_PrimPolygonMesh &mesh)
     if ((list ? list->entries() : 0) != mesh.getVertexCount())
         return fmt::format("vertex list has {} entries, the faces have {} corners", list ? list->entries() : 0,
                            mesh.getVertexCount());
-    for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
+    const int64_t counts =
+        mesh.getFaceCountArray().isUniform() ? std::min<int64_t>(1, mesh.getFaceCount()) : mesh.getFaceCount();
+    for (int64_t face = 0; face < counts; ++face)
         if (mesh.getFaceCountArray().getCount(face) < 0)
             return fmt::format("face {} has {} corners", face, mesh.getFaceCountArray().getCount(face));
     if (!list)
@@ -19,6 +23,10 @@ std::string checkTopology(const RQ_PrimPolygonMesh &mesh)
     if (list->getTupleSize() != 1 || !RQisInteger(list->getStorage()))
         return "vertex list is not an array of single integers";
     const int64_t points = mesh.getPointCount();
+    int64_t least = 0, greatest = 0;
+    list->getRange(least, greatest);
+    if (list->entries() == 0 || (least >= 0 && greatest < points))
+        return {};
     const rq::Values<int64_t> rows(*list);
     for (int64_t i = 0; i < list->entries(); ++i)
         if (rows[i] < 0 || rows[i] >= points)
