@@ -1,5 +1,6 @@
 #include <rq/surface/detail/curveHull.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -65,17 +66,23 @@ template <class Register, int kRegisters> struct Extremes
         take(i, around.at - distance, around.at + distance);
     }
 
-    /// Enlarge by the position in three lanes.
-    void addTo(BAS_BoundingBox &box, int lane) const
+    /// Enlarge by the positions in some lanes, of which some may have seen no value.
+    void addTo(BAS_BoundingBox &box, int first, int lanes) const
     {
         float lows[kLanes], highs[kLanes];
         std::memcpy(lows, low, sizeof(low));
         std::memcpy(highs, high, sizeof(high));
-        for (int i = lane; i < lane + 3; ++i)
-            if (!(lows[i] <= highs[i]))
-                return;
-        box.enlarge(BAS_Vec3f(lows[lane], lows[lane + 1], lows[lane + 2]));
-        box.enlarge(BAS_Vec3f(highs[lane], highs[lane + 1], highs[lane + 2]));
+        BAS_Vec3f least(lows[first], lows[first + 1], lows[first + 2]);
+        BAS_Vec3f most(highs[first], highs[first + 1], highs[first + 2]);
+        for (int i = 3; i < lanes; ++i)
+        {
+            least[i % 3] = std::min(least[i % 3], lows[first + i]);
+            most[i % 3] = std::max(most[i % 3], highs[first + i]);
+        }
+        if (least[0] > most[0] || least[1] > most[1] || least[2] > most[2])
+            return;
+        box.enlarge(least);
+        box.enlarge(most);
     }
 };
 using InnerExtremes = Extremes<Eight, 3>;
@@ -169,10 +176,9 @@ public:
         widenLanes(runs_.data(), int64_t(runs_.size()), !closed_, lanes_, heads, tails);
         runs_.clear();
         BAS_BoundingBox box = box_;
-        for (int lane = 0; lane < kLanes; lane += 3)
-            lanes_.addTo(box, lane);
-        heads.addTo(box, 0);
-        tails.addTo(box, 1);
+        lanes_.addTo(box, 0, kLanes);
+        heads.addTo(box, 0, 3);
+        tails.addTo(box, 1, 3);
         return box;
     }
 

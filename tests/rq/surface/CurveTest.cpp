@@ -389,6 +389,25 @@ TEST(Curves, BoundsHoldTheCurve)
             EXPECT_EQ(own, hull);
             EXPECT_EQ(floatsOwn, packed);
         }
+
+    // Of packed positions, as of others, for every rest of a run.
+    for (int i = 0; i < 40; ++i)
+    {
+        SCOPED_TRACE(i);
+        const RQ_CurveMeshHandle given =
+            randomCurves<float>({RQ_BASIS_CATMULLROM, 4}, i % 2, std::vector<int>(3, 3 + i / 2), 3, i);
+        const RQ_DataArrayHandle values = given->getVertex()->get("v");
+        const BAS_IntrusivePtr<RQ_DANumeric<double>> wide(new RQ_DANumeric<double>(values->entries(), 3));
+        values->fillArray(wide->data(), 0, values->entries());
+        BAS_BoundingBox packed, others;
+        RQ_CurveMeshHandle(new RQ_PrimCurveMesh(*given, oneAttribute("P", values), {}, {}))->enlargeBounds(&packed, 1);
+        RQ_CurveMeshHandle(new RQ_PrimCurveMesh(*given, oneAttribute("P", wide), {}, {}))->enlargeBounds(&others, 1);
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            EXPECT_NEAR(packed.minimum()[axis], others.minimum()[axis], 1e-5);
+            EXPECT_NEAR(packed.maximum()[axis], others.maximum()[axis], 1e-5);
+        }
+    }
 }
 
 namespace
