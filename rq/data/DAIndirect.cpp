@@ -212,8 +212,17 @@ void RQ_DAIndirect::fillBlock(T *out, int64_t start, int64_t length, int compone
         if (const RQ_DAIndirect *flat = flattened())
             return flat->fillBlock(out, start, length, components, stride);
     const Chain chain(*this);
+    // An array that gathers its own values is read sooner in one go than row by row, which takes some 20 ns each.
+    const RQ_DataArray &root = *chain.root();
+    RQ_DataArrayHandle buffer;
+    if (!root.getBackingData() && !root.hasArrayEntries() && length >= std::max(rq::kBlockEntries, root.entries() / 4))
+        if (const T *values = root.getArray<T>(buffer))
+            return chain.visitRows(start, length, [&](const int64_t *rows, int64_t first, int64_t count) {
+                rq::gatherRows(values, RQstorageOf<T>, root.getTupleSize(), rows, out + first * stride, RQstorageOf<T>,
+                               stride, components, count);
+            });
     chain.visitRows(start, length,
-                    [&](const int64_t *rows, int64_t first, int64_t count) { gather(*chain.root(), rows, first, count); });
+                    [&](const int64_t *rows, int64_t first, int64_t count) { gather(root, rows, first, count); });
 }
 
 template class RQ_TypedArray<RQ_DAIndirect, RQ_DAInherit>;
