@@ -3,28 +3,13 @@
 #include <algorithm>
 #include <limits>
 
+#include <io/detail/PLYRoles.h>
 #include <io/detail/PLYValues.h>
 
 namespace rq::io
 {
 namespace
 {
-struct Role
-{
-    const char *attribute;
-    ELM_TypeInfo type;
-    std::vector<std::string_view> properties;
-};
-
-const Role kRoles[] = {
-    {ELM_POSITION_NAME, ELM_TYPE_POINT, {"x", "y", "z"}},
-    {"N", ELM_TYPE_NORMAL, {"nx", "ny", "nz"}},
-    {"Cd", ELM_TYPE_COLOR, {"red", "green", "blue"}},
-    {"Alpha", ELM_TYPE_NONE, {"alpha"}},
-    {"uv", ELM_TYPE_TEXTURE, {"s", "t"}},
-    {"uv", ELM_TYPE_TEXTURE, {"u", "v"}},
-};
-
 /// The components of an attribute that a note tells; nothing when they are not all there, single and of one type.
 std::vector<int> componentsOf(const PLYNote &note, const PLYElement &element)
 {
@@ -55,8 +40,6 @@ void planNoted(const PLYElement &element, std::vector<PLYAttribute> &plan)
     }
 }
 
-bool isColor(const Role &role) { return role.type == ELM_TYPE_COLOR || role.attribute == std::string_view("Alpha"); }
-
 bool hasName(const std::vector<PLYAttribute> &attributes, std::string_view name)
 {
     return std::any_of(attributes.begin(), attributes.end(), [&](const PLYAttribute &a) { return a.name == name; });
@@ -73,7 +56,7 @@ ELM_Storage realStorageOf(const PLYElement &element, const std::vector<int> &pro
 }
 
 // The properties that a role takes; none when one is missing.
-std::vector<int> propertiesOf(const Role &role, const PLYElement &element)
+std::vector<int> propertiesOf(const PLYRole &role, const PLYElement &element)
 {
     std::vector<int> found;
     for (const std::string_view name : role.properties)
@@ -90,15 +73,15 @@ std::vector<int> propertiesOf(const Role &role, const PLYElement &element)
 std::vector<PLYAttribute> planPLYAttributes(const PLYElement &element, int corners)
 {
     std::vector<PLYAttribute> plan;
-    for (const Role &role : kRoles)
+    for (const PLYRole &role : kPLYRoles)
     {
         const std::vector<int> properties = propertiesOf(role, element);
         // An alpha without colours means something else.
         const bool stray = role.attribute == std::string_view("Alpha") && !hasName(plan, "Cd");
         if (properties.empty() || stray || hasName(plan, role.attribute))
             continue;
-        const ELM_Storage storage = isColor(role) ? ELM_STORAGE_REAL32 : realStorageOf(element, properties);
-        plan.push_back({role.attribute, storage, role.type, properties, isColor(role)});
+        const ELM_Storage storage = role.isColor() ? ELM_STORAGE_REAL32 : realStorageOf(element, properties);
+        plan.push_back({role.attribute, storage, role.type, properties, role.isColor()});
     }
     planNoted(element, plan);
     for (int p = 0; p < int(element.properties.size()); ++p)

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include <io/detail/PLYRoles.h>
 #include <io/detail/RQGNames.h>
 #include <io/detail/bytes.h>
 
@@ -12,21 +13,6 @@ namespace rq::io
 {
 namespace
 {
-struct Role
-{
-    const char *attribute;
-    ELM_TypeInfo type;
-    std::vector<std::string> properties;
-};
-
-const Role kRoles[] = {
-    {ELM_POSITION_NAME, ELM_TYPE_POINT, {"x", "y", "z"}},
-    {"N", ELM_TYPE_NORMAL, {"nx", "ny", "nz"}},
-    {"Cd", ELM_TYPE_COLOR, {"red", "green", "blue"}},
-    {"Alpha", ELM_TYPE_NONE, {"alpha"}},
-    {"uv", ELM_TYPE_TEXTURE, {"s", "t"}},
-};
-
 // The type that holds the values of a storage; 64-bit whole numbers are looked at.
 PLYType typeOf(const ELM_Attribute &attribute)
 {
@@ -113,17 +99,19 @@ bool PLYColumns::isFree(const std::vector<std::string> &properties) const
 
 bool PLYColumns::takeRole(const ELM_Attribute &attribute)
 {
-    const auto role = std::ranges::find_if(kRoles, [&](const Role &r) { return attribute.name().view() == r.attribute; });
+    const auto role =
+        std::ranges::find_if(kPLYRoles, [&](const PLYRole &r) { return attribute.name().view() == r.attribute; });
     const bool isReal = attribute.storageClass() == ELM_STORAGE_CLASS_FLOAT;
-    if (role == std::end(kRoles) || !isReal || attribute.tupleSize() != int(role->properties.size()) ||
-        !isFree(role->properties))
+    if (role == std::end(kPLYRoles) || !isReal || attribute.tupleSize() != int(role->properties.size()))
         return false;
-    const bool isColor = role->type == ELM_TYPE_COLOR || role->properties.size() == 1;
-    const bool asBytes = isColor && isOfBytes(attribute);
+    const std::vector<std::string> properties(role->properties.begin(), role->properties.end());
+    if (!isFree(properties))
+        return false;
+    const bool asBytes = role->isColor() && isOfBytes(attribute);
     columns_.push_back({.kind = Kind::Values,
                         .attribute = &attribute,
                         .type = asBytes ? PLYType::UInt8 : typeOf(attribute),
-                        .properties = role->properties,
+                        .properties = properties,
                         .asBytes = asBytes});
     return true;
 }
