@@ -41,8 +41,8 @@ OrbitCamera cameraFor(const Scene &scene, const ViewOptions &options, double asp
     return camera;
 }
 
-// A program in place of a graphics card takes a microsecond for each sample of a triangle, however small; and where
-// triangles are smaller than pixels their edges are everywhere, so that there is little to smooth.
+// Where triangles are smaller than pixels their edges are everywhere and there is little to smooth, but a program in place
+// of a graphics card looks at each sample.
 int samplesFor(const Scene &scene)
 {
     constexpr int64_t kDense = 2000000;
