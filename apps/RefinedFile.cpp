@@ -18,12 +18,6 @@ double secondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-RQ_PrimitiveHandle prepared(const RQ_PrimitiveHandle &primitive, const CommonOptions &options, const std::string &file)
-{
-    const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
-    return mesh ? RQ_PrimitiveHandle(preparedMesh(mesh, options, file)) : primitive;
-}
-
 void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &options, const RQ_RefineParms &parms,
           RefinedFile &refined)
 {
@@ -32,7 +26,7 @@ void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &optio
         const RQ_PrimitiveHandle primitive = collect.getPrim(i);
         if (!dynamic_cast<const RQ_PrimCollect *>(primitive.get()))
         {
-            refined.primitives.push_back({prepared(primitive, options, refined.file), depth});
+            refined.primitives.push_back({preparedPrimitive(primitive, options, refined.file), depth});
             continue;
         }
         // Refining a collection places its children as the collection is placed.

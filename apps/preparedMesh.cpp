@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include <apps/offline/subdivide.h>
+#include <apps/subdivide.h>
 
 namespace rq::app
 {
@@ -28,7 +28,7 @@ RQ_PolygonMeshHandle subdivided(const RQ_PolygonMeshHandle &mesh, const CommonOp
 {
     const RQ_SubdivisionMeshHandle cage = cageOf(mesh, options.scheme);
     std::vector<std::string> complaints;
-    const RQ_PolygonMeshHandle smooth = offline::subdivide(*cage, options.subdivide, complaints);
+    const RQ_PolygonMeshHandle smooth = subdivide(*cage, options.subdivide, complaints);
     for (const std::string &complaint : complaints)
         fmt::print(stderr, "{}: warning: {}\n", file, complaint);
     return smooth ? smooth : mesh;
@@ -46,5 +46,12 @@ RQ_PolygonMeshHandle preparedMesh(const RQ_PolygonMeshHandle &mesh, const Common
         if (const RQ_PolygonMeshHandle cut = prepared->convex(options.convex))
             prepared = cut;
     return prepared;
+}
+
+RQ_PrimitiveHandle preparedPrimitive(const RQ_PrimitiveHandle &primitive, const CommonOptions &options,
+                                     const std::string &file)
+{
+    const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+    return mesh ? RQ_PrimitiveHandle(preparedMesh(mesh, options, file)) : primitive;
 }
 }  // namespace rq::app

@@ -10,7 +10,7 @@
 #include <apps/offline/QuadricDrawable.h>
 #include <apps/offline/Search.h>
 #include <apps/offline/placement.h>
-#include <apps/offline/subdivide.h>
+#include <apps/subdivide.h>
 #include <host/bas/Parallel.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/prim/RefineList.h>
@@ -81,7 +81,7 @@ void Group::add(const RQ_PrimitiveHandle &primitive, int depth)
         return;
     if (const auto *cage = dynamic_cast<const RQ_PrimSubdivisionMesh *>(primitive.get()))
     {
-        const RQ_PolygonMeshHandle smooth = subdivide(*cage, smoothLevel(*cage), stage_.complaints);
+        const RQ_PolygonMeshHandle smooth = app::subdivide(*cage, app::smoothLevel(*cage), stage_.complaints);
         return addMesh(smooth ? *smooth : static_cast<const RQ_PrimPolygonMesh &>(*cage));
     }
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitive.get()))

@@ -95,14 +95,17 @@ void SceneLoader::refine(const LoadedFiles &loaded, SessionResult &result)
     {
         for (size_t i = 0; i < loaded.size() && !cancelled_; ++i)
             for (const RQ_PrimitiveHandle &primitive : cache_.refine(RQ_MSHDetail(loaded[i].detail), &result.parms))
-                openCollections(primitive, result.parms, {.primitive = {}, .file = int(i), .depth = 0}, result.emitted);
+                openCollections(primitive, result.parms, {.primitive = {}, .shown = {}, .file = int(i), .depth = 0},
+                                result.emitted);
         result.primitivesRefined = int64_t(result.emitted.size());
+        for (Emitted &emitted : result.emitted)
+            emitted.shown = change_ && !cancelled_ ? change_(emitted.primitive) : emitted.primitive;
     }
     std::vector<Shown> shown;
     for (const Emitted &emitted : result.emitted)
-        shown.push_back({emitted.primitive, BAS_Mat4d()});
+        shown.push_back({emitted.shown, BAS_Mat4d()});
     if (!cancelled_)
-        result.scene = Scene::make(shown, result.preparation, &result.parms, last_ ? last_->scene.get() : nullptr);
+        result.scene = Scene::make(shown, result.preparation, &result.parms, last_ ? last_->scene.get() : nullptr, &cache_);
 }
 
 ResultHandle SceneLoader::load(const Order &order, std::string &error)

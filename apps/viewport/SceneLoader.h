@@ -1,12 +1,16 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 #include <apps/viewport/FileShelf.h>
 #include <apps/viewport/SessionResult.h>
 
 namespace rq::viewport
 {
+/// What is shown in place of a primitive of the bridge, for instance its mesh subdivided; empty for the primitive itself.
+using PrimitiveChange = std::function<RQ_PrimitiveHandle(const RQ_PrimitiveHandle &primitive)>;
+
 /// Makes scenes of files, and keeps what the next scene can use: files that did not change are not read again, what was
 /// read is taken for the next state of what was there before, and refined through a cache.
 ///
@@ -26,7 +30,9 @@ public:
     };
 
     /// `cancelled` is asked between files and between steps; a progress handler that answers the same ends steps early.
-    explicit SceneLoader(const std::atomic<bool> &cancelled) : cancelled_(cancelled) {}
+    explicit SceneLoader(const std::atomic<bool> &cancelled, PrimitiveChange change = {})
+        : cancelled_(cancelled), change_(std::move(change))
+    {}
 
     ResultHandle load(const Order &order, std::string &error);
 
@@ -42,6 +48,7 @@ private:
     bool takesOver(const LoadedFiles &loaded, const RQ_RefineParms &parms) const;
 
     const std::atomic<bool> &cancelled_;
+    const PrimitiveChange change_;
     RQ_RefineCache cache_;
     FileShelf shelf_;
     LoadedFiles loaded_;

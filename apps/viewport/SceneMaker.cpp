@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include <apps/offline/subdivide.h>
+#include <apps/subdivide.h>
 #include <host/bas/hashBytes.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/RefineList.h>
@@ -169,11 +169,11 @@ void SceneMaker::addQuadrics(const RQ_PrimQuadricMesh &quadrics, const Placement
 void SceneMaker::addSurface(const RQ_SubdivisionMeshHandle &cage, const Placements &outer)
 {
     const int wanted = scene_.preparation_.subdivisionLevel;
-    const int level = wanted >= 0 ? wanted : offline::smoothLevel(*cage);
+    const int level = wanted >= 0 ? wanted : app::smoothLevel(*cage);
     const uint64_t key = wholeKey(*cage, cage->getVertexList(), scene_.preparation_, surfaceOptions(*cage));
     const FormHandle found = form(key, [&](std::string &why) -> FormHandle {
         std::vector<std::string> complaints;
-        const RQ_PolygonMeshHandle smooth = level > 0 ? offline::subdivide(*cage, level, complaints) : nullptr;
+        const RQ_PolygonMeshHandle smooth = level > 0 ? app::subdivide(*cage, level, complaints) : nullptr;
         for (const std::string &complaint : complaints)
             complain(complaint);
         const FormHandle made = meshForm(smooth ? *smooth : *cage, key, why);

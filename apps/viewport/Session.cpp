@@ -12,8 +12,9 @@ namespace
 constexpr std::chrono::milliseconds kWatchInterval(250);
 }  // namespace
 
-Session::Session(const RQ_RefineParms &parms, const Preparation &preparation, std::function<void()> notify)
-    : parms_(parms), preparation_(preparation), notify_(std::move(notify)), worker_([this] { work(); })
+Session::Session(const Setup &setup)
+    : parms_(setup.parms), preparation_(setup.preparation), notify_(setup.notify),
+      loader_(progress_.cancelled, setup.change), worker_([this] { work(); })
 {}
 
 Session::~Session()

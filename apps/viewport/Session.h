@@ -29,9 +29,18 @@ namespace rq::viewport
 class Session
 {
 public:
-    /// `notify`, if any, is called by the worker whenever it has something new; it must not call the session.
-    explicit Session(const RQ_RefineParms &parms = {}, const Preparation &preparation = {},
-                     std::function<void()> notify = {});
+    /// What it begins with.  `notify`, if any, is called by the worker whenever it has something new; it must not call the
+    /// session.
+    struct Setup
+    {
+        RQ_RefineParms parms;
+        Preparation preparation;
+        PrimitiveChange change;  ///< of what is shown, called by the worker
+        std::function<void()> notify;
+    };
+
+    Session() : Session(Setup()) {}
+    explicit Session(const Setup &setup);
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -85,7 +94,7 @@ private:
 
     const std::function<void()> notify_;
     SessionProgress progress_;
-    SceneLoader loader_{progress_.cancelled};  // the worker's
+    SceneLoader loader_;  // the worker's
 
     // Shared with the worker.
     mutable std::mutex mutex_;

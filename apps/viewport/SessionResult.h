@@ -15,8 +15,9 @@ namespace rq::viewport
 struct Emitted
 {
     RQ_PrimitiveHandle primitive;
-    int file = 0;   ///< which of the result's files it comes from
-    int depth = 0;  ///< how many collections it lay in
+    RQ_PrimitiveHandle shown;  ///< what is drawn of it: mostly itself
+    int file = 0;              ///< which of the result's files it comes from
+    int depth = 0;             ///< how many collections it lay in
 };
 
 /// One state of a session, complete: what is there to draw, where it comes from and what it cost.

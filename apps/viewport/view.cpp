@@ -7,6 +7,7 @@
 
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
+#include <apps/preparedMesh.h>
 #include <apps/viewport/GLContext.h>
 #include <apps/viewport/Item.h>
 #include <apps/viewport/Target.h>
@@ -116,8 +117,17 @@ ExitCode makeScene(const CommonOptions &common, const ViewOptions &options, cons
     return scene->bounds().isEmpty() ? fail(ExitFailure, name + ": there is nothing to draw") : ExitDone;
 }
 
-ExitCode openWindow(WindowOptions &window, const ViewOptions &options)
+// What the options that are common to all subcommands make of a primitive.
+PrimitiveChange changeOf(const CommonOptions &common, const std::string &name)
 {
+    if (common.subdivide < 0 && common.scheme.empty() && common.convex == 0)
+        return {};
+    return [common, name](const RQ_PrimitiveHandle &primitive) { return preparedPrimitive(primitive, common, name); };
+}
+
+ExitCode openWindow(WindowOptions &window, const CommonOptions &common, const ViewOptions &options)
+{
+    window.change = changeOf(common, options.files.empty() ? "rq" : options.files.front());
     window.files = options.files;
     window.camera.setAngles(options.azimuth, options.elevation);
     window.up = upOf(options);
@@ -141,7 +151,7 @@ ExitCode runView(const CommonOptions &common, const ViewOptions &options)
     if (!readSize(size, window.width, window.height))
         return fail(ExitUsage, fmt::format("--size {}: expected WIDTHxHEIGHT", size));
     if (inWindow)
-        return openWindow(window, options);
+        return openWindow(window, common, options);
     if (options.files.empty())
         return fail(ExitUsage, "FILE is required with --screenshot");
     SceneHandle scene;

@@ -14,7 +14,7 @@ struct Other
     BAS_Options::Value operator()(bool value) const { return !value; }
     BAS_Options::Value operator()(int64_t value) const { return value + 3; }
     BAS_Options::Value operator()(double value) const { return value + 0.5; }
-    BAS_Options::Value operator()(const BAS_StringHolder &) const { return BAS_StringHolder("some"); }
+    BAS_Options::Value operator()(const BAS_StringHolder &) const { return BAS_StringHolder("box"); }
     template <class Number> BAS_Options::Value operator()(const std::vector<Number> &value) const { return value; }
 };
 

@@ -103,7 +103,7 @@ TEST(Player, ShowsEveryFrameInTurn)
         shown += std::to_string(player.frame());
     }
     EXPECT_EQ(shown, "011222001220") << "one that is not ready in time is waited for";
-    player.step(-2);
+    player.step(-1);
     EXPECT_EQ(player.frame(), 2);
     EXPECT_FALSE(player.isPlaying());
     player.setLoops(false);
@@ -147,7 +147,7 @@ TEST_F(SessionTest, FramesOfOneTopologyCostTheirDataAlone)
     parms.setAddVertexNormals(true);
     std::string shown;
     {
-        Session session(parms);
+        Session session;
         session.open({path("f.##.obj"), path("still.obj")});
         ASSERT_EQ(session.player().frames(), 4);
         session.player().setRate(1000.0);
@@ -160,7 +160,7 @@ TEST_F(SessionTest, FramesOfOneTopologyCostTheirDataAlone)
     }
     EXPECT_EQ(shown, "012301");
 
-    Session session(parms);
+    Session session({.parms = parms, .preparation = {}, .change = {}, .notify = {}});
     session.open({path("f.##.obj"), path("still.obj")});
     const ResultHandle before = waitForResult(session);
     session.player().step(2);
@@ -208,8 +208,8 @@ TEST_F(SessionTest, LevelOfDetailConcernsOnlyWhatSaysSo)
 TEST_F(SessionTest, StopsWhenItIsTold)
 {
     std::string text;
-    for (int i = 0; i < 200000; ++i)
-        text += "v 0.25 0.5 0.75\nf 1 -1 1\n";
+    for (int i = 0; i < 100000; ++i)
+        text += "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\n";
     write("large.obj", text);
     {
         Session session;
@@ -222,6 +222,6 @@ TEST_F(SessionTest, StopsWhenItIsTold)
     session.reload();
     const ResultHandle result = waitForResult(session);
     ASSERT_TRUE(meshOf(result));
-    EXPECT_EQ(meshOf(result)->getFaceCount(), 200000);
+    EXPECT_EQ(meshOf(result)->getFaceCount(), 100000);
 }
 }  // namespace

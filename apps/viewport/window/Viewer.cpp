@@ -43,8 +43,8 @@ bool *flagOf(Viewer &viewer, Command command)
 }  // namespace
 
 Viewer::Viewer(std::unique_ptr<Display> display, const WindowOptions &options, std::function<void()> notify)
-    : style(options.style), session_(options.parms, options.preparation, std::move(notify)), display_(std::move(display)),
-      camera_(options.camera), up_(options.up), zoomNext_(options.zoom)
+    : style(options.style), session_({options.parms, options.preparation, options.change, std::move(notify)}),
+      display_(std::move(display)), camera_(options.camera), up_(options.up), zoomNext_(options.zoom)
 {}
 
 void Viewer::open(const std::vector<std::string> &paths)
@@ -100,7 +100,7 @@ void Viewer::draw(int width, int height)
     drawSeconds_ += (drawSeconds_ > 0.0 ? kSmoothing : 1.0) * (seconds - drawSeconds_);
 }
 
-void Viewer::orbit(double x, double y) { camera_.orbit(-x * kDegreesPerHeight, y * kDegreesPerHeight); }
+void Viewer::orbit(double x, double y) { camera_.orbit(-x * kDegreesPerHeight, -y * kDegreesPerHeight); }
 void Viewer::zoom(double steps) { camera_.zoom(std::pow(kZoomPerStep, steps)); }
 
 void Viewer::select(int primitive)

@@ -6,7 +6,7 @@
 
 #include <apps/viewport/DrawStyle.h>
 #include <apps/viewport/OrbitCamera.h>
-#include <rq/prim/RefineParms.h>
+#include <apps/viewport/SceneLoader.h>
 
 namespace rq::viewport
 {
@@ -16,6 +16,7 @@ struct WindowOptions
     std::vector<std::string> files;  ///< or sequences; none opens an empty window
     RQ_RefineParms parms;
     Preparation preparation;
+    PrimitiveChange change;  ///< of what is shown
     DrawStyle style;
     OrbitCamera camera;        ///< of which the angles count: what it frames follows from the files
     std::optional<UpAxis> up;  ///< none: the likely one

@@ -5,7 +5,7 @@
 
 #include <rq/surface/PrimSubdivisionMesh.h>
 
-namespace rq::offline
+namespace rq::app
 {
 /// Subdivide a cage `level` times, without the normals that its file gave it: they are those of its flat faces.
 ///
@@ -14,4 +14,4 @@ RQ_PolygonMeshHandle subdivide(const RQ_PrimSubdivisionMesh &cage, int level, st
 
 /// How often to subdivide what is to look smooth: three times, less for large meshes.
 int smoothLevel(const RQ_PrimSubdivisionMesh &cage);
-}  // namespace rq::offline
+}  // namespace rq::app

@@ -1,8 +1,8 @@
-#include <apps/offline/subdivide.h>
+#include <apps/subdivide.h>
 
 #include <rq/subd/SubdTopology.h>
 
-namespace rq::offline
+namespace rq::app
 {
 namespace
 {
@@ -38,4 +38,4 @@ int smoothLevel(const RQ_PrimSubdivisionMesh &cage)
         --level;
     return level;
 }
-}  // namespace rq::offline
+}  // namespace rq::app
