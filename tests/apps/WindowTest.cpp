@@ -96,9 +96,9 @@ TEST_F(WindowTest, ObeysMouseAndKeys)
     ASSERT_TRUE(hasTitle("block.obj"));
     const WindowPicture first = waitForCoverage(0.1, 0.7);
 
-    // Turned by half a view and back, seen from nearer, framed again.
-    change("mousemove 300 350 mousedown 1 mousemove 450 350 mouseup 1", first);
-    change("mousemove 450 350 mousedown 1 mousemove 300 350 mouseup 1", display_->picture());
+    // Turned until a side is seen from the front, and back, seen from nearer, framed again.
+    change("mousemove 300 350 mousedown 1 mousemove 400 350 mouseup 1", first);
+    change("mousemove 400 350 mousedown 1 mousemove 300 350 mouseup 1", display_->picture());
     display_->input("mousemove 300 350 click --repeat 3 4");
     waitForCoverage(1.3 * first.coverage(view(first)), 1.0);
     display_->input("key f");

@@ -98,11 +98,42 @@ void Window::listen()
     });
     const auto touch = [](GLFWwindow *window) { windowOf(window).touched_ = true; };
     glfwSetWindowRefreshCallback(window_, touch);
-    glfwSetCursorPosCallback(window_, [](GLFWwindow *window, double, double) { windowOf(window).touched_ = true; });
-    glfwSetMouseButtonCallback(window_, [](GLFWwindow *window, int, int, int) { windowOf(window).touched_ = true; });
     glfwSetScrollCallback(window_, [](GLFWwindow *window, double, double) { windowOf(window).touched_ = true; });
     glfwSetFramebufferSizeCallback(window_, [](GLFWwindow *window, int, int) { windowOf(window).touched_ = true; });
+    listenToMouse();
 }
+
+void Window::listenToMouse()
+{
+    glfwSetMouseButtonCallback(window_, [](GLFWwindow *window, int button, int action, int modifiers) {
+        windowOf(window).press(button, action == GLFW_PRESS, modifiers & GLFW_MOD_SHIFT);
+    });
+    glfwSetCursorPosCallback(window_, [](GLFWwindow *window, double x, double y) { windowOf(window).moveTo(x, y); });
+}
+
+void Window::press(int button, bool pressed, bool shift)
+{
+    static_assert(Drag::Left == GLFW_MOUSE_BUTTON_LEFT && Drag::Right == GLFW_MOUSE_BUTTON_RIGHT &&
+                  Drag::Middle == GLFW_MOUSE_BUTTON_MIDDLE);
+    touched_ = true;
+    if (pressed && button <= Drag::Middle && !isOverPanel())
+        drag_ = Drag{Drag::Button(button), shift, 0.0, 0.0};
+    else if (!pressed && drag_ && drag_->button == button)
+        drag_.reset();
+}
+
+void Window::moveTo(double x, double y)
+{
+    touched_ = true;
+    if (drag_ && onDrag)
+        onDrag({drag_->button, drag_->shift, x - x_, y - y_});
+    x_ = x;
+    y_ = y;
+    moved_ = true;
+}
+
+// The panels know where the mouse was when the last picture was made.
+bool Window::isOverPanel() const { return moved_ ? isInView && !isInView(x_, y_) : ImGui::GetIO().WantCaptureMouse; }
 
 void Window::setTitle(const std::string &title)
 {
@@ -125,6 +156,7 @@ bool Window::wait(double seconds)
 
 void Window::begin()
 {
+    moved_ = false;
     ImGui_ImplOpenGL3_NewFrame();
     ImGui_ImplGlfw_NewFrame();
     ImGui::NewFrame();

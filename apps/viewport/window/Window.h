@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,20 @@ struct GLFWwindow;
 
 namespace rq::viewport
 {
+/// A movement of the mouse with a button held, in the window's units.
+struct Drag
+{
+    enum Button
+    {
+        Left,
+        Right,
+        Middle
+    };
+    Button button;
+    bool shift;  ///< held when the button was pressed
+    double x, y;
+};
+
 /// A window with an OpenGL context, current as long as it lives, and the panels' library running in it.
 ///
 /// Failure  `create` gives null with the reason
@@ -25,6 +40,12 @@ public:
     std::function<void(unsigned character)> onCharacter;
     std::function<void(int key)> onKey;
     std::function<void(const std::vector<std::string> &paths)> onDrop;
+
+    /// Every movement, however many there are between two pictures, that began in the view.
+    std::function<void(const Drag &drag)> onDrag;
+
+    /// Whether a place lies in the view, panels that float over it left aside.
+    std::function<bool(double x, double y)> isInView;
 
     void setTitle(const std::string &title);
     bool wantsToClose() const;
@@ -44,9 +65,17 @@ private:
     explicit Window(GLFWwindow *window);
 
     void listen();
+    void listenToMouse();
+    void press(int button, bool pressed, bool shift);
+    void moveTo(double x, double y);
+    bool isOverPanel() const;
 
     GLFWwindow *window_;
     std::string title_;
     bool touched_ = true;
+    std::optional<Drag> drag_;  ///< while a button is held
+    double x_ = 0.0;            ///< where the mouse is
+    double y_ = 0.0;
+    bool moved_ = false;  ///< since the last picture
 };
 }  // namespace rq::viewport

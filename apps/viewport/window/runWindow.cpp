@@ -39,28 +39,25 @@ struct Layout
     ImVec2 top, viewPlace, view, sidePlace, sidebar;
 };
 
-void steer(Viewer &viewer, float viewHeight)
+void steer(Viewer &viewer, const Drag &drag)
 {
     constexpr double kStepsPerHeight = 12.0;
-    const ImGuiIO &io = ImGui::GetIO();
-    if (io.WantCaptureMouse)
-        return;
-    const double x = double(io.MouseDelta.x / viewHeight), y = double(-io.MouseDelta.y / viewHeight);
-    const bool left = ImGui::IsMouseDown(ImGuiMouseButton_Left);
-    if (ImGui::IsMouseDown(ImGuiMouseButton_Middle) || (left && io.KeyShift))
-        viewer.pan(x, y);
-    else if (left)
-        viewer.orbit(x, y);
-    if (ImGui::IsMouseDown(ImGuiMouseButton_Right))
+    const double height = std::max(1.0, double(ImGui::GetIO().DisplaySize.y - kTopHeight));
+    const double x = drag.x / height, y = -drag.y / height;
+    if (drag.button == Drag::Right)
         viewer.zoom(y * kStepsPerHeight);
-    viewer.zoom(double(io.MouseWheel));
+    else if (drag.button == Drag::Middle || drag.shift)
+        viewer.pan(x, y);
+    else
+        viewer.orbit(x, y);
 }
 
 void drawWindow(Window &window, Viewer &viewer, const WindowOptions &options)
 {
     window.begin();
     const Layout layout(viewer.showsSidebar);
-    steer(viewer, layout.view.y);
+    if (const ImGuiIO &io = ImGui::GetIO(); !io.WantCaptureMouse)
+        viewer.zoom(double(io.MouseWheel));
     const ImVec2 scale = ImGui::GetIO().DisplayFramebufferScale;
     const int width = int(layout.view.x * scale.x), height = int(layout.view.y * scale.y);
     viewer.draw(width, height);
@@ -84,6 +81,11 @@ void connect(Window &window, Viewer &viewer)
     };
     window.onCharacter = [obey](unsigned character) { obey(findCharacter(character)); };
     window.onKey = [obey](int key) { obey(findKey(key)); };
+    window.onDrag = [&viewer](const Drag &drag) { steer(viewer, drag); };
+    window.isInView = [&viewer](double x, double y) {
+        const Layout layout(viewer.showsSidebar);
+        return y >= double(layout.viewPlace.y) && x < double(layout.view.x);
+    };
     window.onDrop = [&viewer](const std::vector<std::string> &paths) { viewer.open(paths); };
 }
 
