@@ -54,17 +54,16 @@ std::unique_ptr<GLContext> GLContext::create(std::string &error)
         error = fmt::format("the OpenGL driver cannot draw version {}.{} without a display", kGLMajor, kGLMinor);
         if (context != EGL_NO_CONTEXT)
             eglDestroyContext(display, context);
-        eglTerminate(display);
         return nullptr;
     }
     return std::unique_ptr<GLContext>(new GLContext(display, context));
 }
 
+// The display is not terminated: all of a process share it, and others may have contexts of theirs.
 GLContext::~GLContext()
 {
     eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroyContext(display_, context_);
-    eglTerminate(display_);
 }
 
 std::string GLContext::renderer() const { return reinterpret_cast<const char *>(glGetString(GL_RENDERER)); }
