@@ -63,7 +63,7 @@ void GLTFAttributes::plan(const ELM_Attribute &attribute)
 {
     const std::string_view name = attribute.name().view();
     const int size = attribute.tupleSize();
-    Planned planned{"_" + std::string(name), Role::Custom, &attribute, size};
+    Planned planned{fmt::format("_{}", name), Role::Custom, &attribute, size};
     if (&attribute == &detail_.positions())
         planned = {"POSITION", Role::Position, &attribute, 3};
     else if (name == "N" && isReal(attribute, 3, 3))

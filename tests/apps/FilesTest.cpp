@@ -2,6 +2,8 @@
 #include <map>
 #include <sstream>
 
+#include <fmt/format.h>
+
 #include <host/bas/JSONValue.h>
 #include <tests/apps/Program.h>
 
@@ -227,9 +229,9 @@ TEST_F(Program, WritesWhatTheValidatorOfGLTFAccepts)
     const auto convert = [&](const std::string &path) {
         for (const char *form : {"glb", "gltf"})
         {
-            const std::string name = "v" + std::to_string(files.size()) + "." + form;
+            const std::string name = fmt::format("v{}.{}", files.size(), form);
             ASSERT_EQ(Outcome("convert '" + path + "' @" + name).code, 0) << path;
-            files += " " + testFolder() + name;
+            files += fmt::format(" {}{}", testFolder(), name);
         }
     };
     for (const std::string model : kModels)

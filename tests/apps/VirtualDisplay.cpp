@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include <fmt/format.h>
+
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -109,7 +111,7 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(int width, int height)
         std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
         [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
     close(ends[1]);
-    display->name_ = ":" + readLine(ends[0]);
+    display->name_ = fmt::format(":{}", readLine(ends[0]));
     close(ends[0]);
     display->server_->connection = XOpenDisplay(display->name_.c_str());
     return display->server_->connection ? std::move(display) : nullptr;

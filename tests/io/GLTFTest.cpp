@@ -129,7 +129,7 @@ TEST(GLTFReader, ReadsModels)
         EXPECT_EQ(snapshot.readLock()->vertexCount(), c.vertices);
         std::string attributes;
         for (const ELM_Attribute &attribute : snapshot.readLock()->attributes(ELM_OWNER_POINT))
-            attributes += (attributes.empty() ? "" : " ") + std::string(attribute.name().view());
+            attributes.append(attributes.empty() ? "" : " ").append(attribute.name().view());
         EXPECT_EQ(attributes, c.attributes);
     }
     // Every mode with and without indices shows a square: of points, its outline, or its area.

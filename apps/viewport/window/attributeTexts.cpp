@@ -39,7 +39,7 @@ std::string entryText(const RQ_DataArray &array, int64_t entry)
     std::string text;
     const int64_t size = array.getTupleSize();
     for (int64_t component = 0; component < std::min(size, kMostComponents); ++component)
-        text += " " + componentText(array, entry, int(component));
+        text.append(1, ' ').append(componentText(array, entry, int(component)));
     return size > kMostComponents ? text + " ..." : text;
 }
 
