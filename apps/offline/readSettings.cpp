@@ -1,27 +1,14 @@
 #include <apps/offline/readSettings.h>
 
-#include <charconv>
-
 #include <fmt/format.h>
+
+#include <apps/readPair.h>
+#include <apps/readSize.h>
 
 namespace rq::app
 {
 namespace
 {
-// Each pixel takes 60 bytes on its way to the file: at most 4 GB.
-constexpr int64_t kMostPixels = int64_t(1) << 26;
-
-/// Read two numbers with a character between them.
-template <class T> bool readPair(const std::string &text, char between, T &first, T &second)
-{
-    const char *const end = text.data() + text.size();
-    const auto [middle, firstError] = std::from_chars(text.data(), end, first);
-    if (firstError != std::errc() || middle == end || *middle != between)
-        return false;
-    const auto [last, secondError] = std::from_chars(middle + 1, end, second);
-    return secondError == std::errc() && last == end;
-}
-
 std::optional<BAS_Vec3d> place(const std::vector<double> &values)
 {
     return values.size() == 3 ? std::optional(BAS_Vec3d(values[0], values[1], values[2])) : std::nullopt;
@@ -33,9 +20,7 @@ bool readSettings(const RenderOptions &options, offline::Settings &settings, std
     settings.samples = options.samples;
     settings.noise = float(options.adaptive);
     settings.ground = options.ground;
-    if (!readPair(options.size, 'x', settings.width, settings.height) || settings.width < 1 || settings.height < 1 ||
-        int64_t(settings.width) * settings.height > kMostPixels)
-        error = fmt::format("--size {}: expected WIDTHxHEIGHT, at most {} pixels", options.size, kMostPixels);
+    readSize(options.size, settings.width, settings.height, error);
     const bool inOrder = readPair(options.shutter, ':', settings.shutterOpen, settings.shutterClose) &&
                          settings.shutterOpen >= 0.0f && settings.shutterClose >= settings.shutterOpen &&
                          settings.shutterClose <= 1.0f;

@@ -8,6 +8,7 @@
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
 #include <apps/preparedMesh.h>
+#include <apps/readSize.h>
 #include <apps/viewport/GLContext.h>
 #include <apps/viewport/Item.h>
 #include <apps/viewport/Target.h>
@@ -148,8 +149,8 @@ ExitCode runView(const CommonOptions &common, const ViewOptions &options)
     std::string error;
     if (!readParms(common, window.parms, error) || !readStyle(options, window.style, window.preparation, error))
         return fail(ExitUsage, error);
-    if (!readSize(size, window.width, window.height))
-        return fail(ExitUsage, fmt::format("--size {}: expected WIDTHxHEIGHT", size));
+    if (!readSize(size, window.width, window.height, error))
+        return fail(ExitUsage, error);
     if (inWindow)
         return openWindow(window, common, options);
     if (options.files.empty())

@@ -45,7 +45,4 @@ ExitCode runView(const CommonOptions &common, const ViewOptions &options);
 /// What the options say of style and preparation.  False with the reason in `error`.
 bool readStyle(const ViewOptions &options, viewport::DrawStyle &style, viewport::Preparation &preparation,
                std::string &error);
-
-/// Read "WIDTHxHEIGHT".
-bool readSize(const std::string &text, int &width, int &height);
 }  // namespace rq::app

@@ -8,9 +8,6 @@ namespace rq::app
 {
 namespace
 {
-// Each pixel takes some 40 bytes on its way to the file: at most 3 GB.
-constexpr int64_t kMostPixels = int64_t(1) << 26;
-
 viewport::Shading shadingOf(const std::string &name)
 {
     return name == "smooth" ? viewport::Shading::Smooth
@@ -52,16 +49,6 @@ bool readColour(std::string text, viewport::ColourSource &colour, std::string &e
     return true;
 }
 }  // namespace
-
-bool readSize(const std::string &text, int &width, int &height)
-{
-    const char *const end = text.data() + text.size();
-    const auto [x, widthError] = std::from_chars(text.data(), end, width);
-    if (widthError != std::errc() || x == end || *x != 'x')
-        return false;
-    const auto [last, heightError] = std::from_chars(x + 1, end, height);
-    return heightError == std::errc() && last == end && width >= 1 && height >= 1 && int64_t(width) * height <= kMostPixels;
-}
 
 bool readStyle(const ViewOptions &options, viewport::DrawStyle &style, viewport::Preparation &preparation,
                std::string &error)

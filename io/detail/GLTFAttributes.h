@@ -7,6 +7,7 @@
 #include <io/detail/GLTFBuffer.h>
 #include <io/detail/GLTFVertices.h>
 #include <io/detail/Leftovers.h>
+#include <io/detail/gltfRole.h>
 
 namespace rq::io
 {
@@ -28,15 +29,7 @@ public:
     void writeMap(BAS_JSONWriter &json) const;
 
 private:
-    enum class Role
-    {
-        Position,
-        Normal,
-        Tangent,
-        UV,
-        Color,
-        Custom
-    };
+    using Role = GLTFRole;
     struct Planned
     {
         std::string semantic;

@@ -6,6 +6,7 @@
 #include <host/mod/Edit.h>
 #include <io/detail/GLTFAccessor.h>
 #include <io/detail/GLTFScene.h>
+#include <io/detail/gltfRole.h>
 
 namespace rq::io
 {
@@ -33,15 +34,7 @@ public:
     const std::vector<std::string> &unknown() const { return unknown_; }
 
 private:
-    enum class Role
-    {
-        Position,
-        Normal,
-        Tangent,
-        UV,
-        Color,
-        Custom
-    };
+    using Role = GLTFRole;
     struct Piece
     {
         GLTFAccessor values;
