@@ -1,6 +1,5 @@
 #include <rq/bridge/MSHPrimCollectCurve.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include <rq/bridge/detail/hasAllPoints.h>
@@ -35,7 +34,7 @@ RQ_DataArrayHandle knotsOf(const MSH_Detail &detail, const RQ_MSHOffsetList &cur
     return even ? nullptr : RQ_DataArrayHandle(all);
 }
 
-RQ_CurveMeshHandle makeMesh(const RQ_MSHDetailList &details, const RQ_MSHPrimCollectCurveData::Group &group,
+RQ_CurveMeshHandle makeMesh(const RQ_MSHDetailList &details, const RQ_MSHPrimCollectCurveData::Groups::Group &group,
                             const RQ_RefineParms *parms)
 {
     const MSH_Detail &detail = *details.getDetail();
@@ -65,25 +64,11 @@ RQ_CurveMeshHandle makeMesh(const RQ_MSHDetailList &details, const RQ_MSHPrimCol
 
 RQ_MSHPrimCollectCurveData::~RQ_MSHPrimCollectCurveData() = default;
 
-RQ_MSHPrimCollectCurveData::Group &RQ_MSHPrimCollectCurveData::groupOf(const Kind &kind)
-{
-    // Curves of a kind mostly follow each other.
-    const auto found =
-        std::find_if(groups_.rbegin(), groups_.rend(), [&](const Group &group) { return group.kind == kind; });
-    return found != groups_.rend() ? *found : groups_.emplace_back(Group{kind, {}});
-}
-
 void RQ_MSHPrimCollectCurveData::append(const MSH_Curve &curve)
 {
     const RQ_Basis basis = curve.isBezier() ? RQ_BASIS_BEZIER : RQ_BASIS_BSPLINE;
     if (rq::hasAllPoints(curve))
-        groupOf({basis, curve.order(), curve.wraps(), curve.isRational()}).curves.append(curve.offset());
-}
-
-void RQ_MSHPrimCollectCurveData::append(const RQ_MSHPrimCollectCurveData &following)
-{
-    for (const Group &group : following.groups_)
-        groupOf(group.kind).curves.concat(group.curves);
+        groups_.append({basis, curve.order(), curve.wraps(), curve.isRational()}, curve.offset());
 }
 
 RQ_MSHPrimCollectData *RQ_MSHPrimCollectCurve::beginCollecting(const RQ_MSHDetailListHandle &,
@@ -109,7 +94,7 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectCurve::endCollecting(const RQ_MSHDetailListH
 {
     const auto &gathered = static_cast<const RQ_MSHPrimCollectCurveData &>(*data);
     BAS_IntrusivePtr<RQ_PrimCollect> all(new RQ_PrimCollect);
-    for (const RQ_MSHPrimCollectCurveData::Group &group : gathered.getGroups())
+    for (const RQ_MSHPrimCollectCurveData::Groups::Group &group : gathered.getGroups())
         if (const RQ_CurveMeshHandle mesh = makeMesh(*details, group, gathered.getParms()))
             all->appendPrimitive(mesh);
     return all->entries() > 1 ? RQ_PrimitiveHandle(all) : all->getPrim(0);

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include <host/msh/Curve.h>
+#include <rq/bridge/KindGroups.h>
 #include <rq/bridge/MSHPrimCollect.h>
 #include <rq/surface/Basis.h>
 
@@ -17,13 +16,9 @@ public:
         bool wraps;
         bool isRational;
 
-        bool operator==(const Kind &other) const = default;
+        auto operator<=>(const Kind &other) const = default;
     };
-    struct Group
-    {
-        Kind kind;
-        RQ_MSHOffsetList curves;
-    };
+    using Groups = RQ_KindGroups<Kind>;
 
     explicit RQ_MSHPrimCollectCurveData(const RQ_RefineParms *parms) : parms_(parms) {}
     ~RQ_MSHPrimCollectCurveData() override;
@@ -32,17 +27,14 @@ public:
     void append(const MSH_Curve &curve);
 
     /// Append what other data gathered.
-    void append(const RQ_MSHPrimCollectCurveData &following);
+    void append(const RQ_MSHPrimCollectCurveData &following) { groups_.concat(following.groups_); }
 
-    /// In the order of their first curves.
-    const std::vector<Group> &getGroups() const { return groups_; }
+    const Groups &getGroups() const { return groups_; }
     const RQ_RefineParms *getParms() const { return parms_; }
 
 private:
-    Group &groupOf(const Kind &kind);
-
     const RQ_RefineParms *parms_;  // of the refinement, which outlives the data
-    std::vector<Group> groups_;
+    Groups groups_;
 };
 
 /// The collector of host NURBS and Bezier curves: those of one basis, order and form become one curve mesh; several meshes

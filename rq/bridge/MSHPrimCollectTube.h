@@ -1,38 +1,36 @@
 #pragma once
 
-#include <vector>
-
 #include <host/msh/Quadric.h>
+#include <rq/bridge/KindGroups.h>
 #include <rq/bridge/MSHPrimCollect.h>
 
 /// The tubes of one refinement, by what all tubes of a mesh have in common.
 class RQ_API RQ_MSHPrimCollectTubeData : public RQ_MSHPrimCollectData
 {
 public:
-    struct Group
+    struct Kind
     {
         double taper;
         bool caps;
-        RQ_MSHOffsetList tubes;
+
+        auto operator<=>(const Kind &other) const = default;
     };
+    using Groups = RQ_KindGroups<Kind>;
 
     explicit RQ_MSHPrimCollectTubeData(const RQ_RefineParms *parms) : parms_(parms) {}
     ~RQ_MSHPrimCollectTubeData() override;
 
-    void append(const MSH_Quadric &tube) { groupOf(tube.taper(), tube.hasCaps()).tubes.append(tube.offset()); }
+    void append(const MSH_Quadric &tube) { groups_.append({tube.taper(), tube.hasCaps()}, tube.offset()); }
 
     /// Append what other data gathered.
-    void append(const RQ_MSHPrimCollectTubeData &following);
+    void append(const RQ_MSHPrimCollectTubeData &following) { groups_.concat(following.groups_); }
 
-    /// In the order of their first tubes.
-    const std::vector<Group> &getGroups() const { return groups_; }
+    const Groups &getGroups() const { return groups_; }
     const RQ_RefineParms *getParms() const { return parms_; }
 
 private:
-    Group &groupOf(double taper, bool caps);
-
     const RQ_RefineParms *parms_;  // of the refinement, which outlives the data
-    std::vector<Group> groups_;
+    Groups groups_;
 };
 
 /// The collector of host tubes: those of one taper, with or without caps, become one mesh of tubes; several meshes come in a

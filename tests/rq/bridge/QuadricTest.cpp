@@ -137,4 +137,24 @@ TEST(QuadricCollectors, FollowChangesSegmentsAndTheCallersFilter)
         EXPECT_TRUE(boxes[0] == boxes[2] && boxes[1] == boxes[3]);
     }
 }
+
+TEST(QuadricCollectors, TubesOfManyShapesAreAsManyMeshes)
+{
+    const int count = 100'000;  // a search among all kinds for each would take minutes
+    const MOD_DetailHandle geometry;
+    MOD_Edit edit(geometry);
+    ASSERT_TRUE(edit.appendPoints(count));
+    for (int i = 0; i < count; ++i)
+        ASSERT_TRUE(edit.appendTubes({0.25 * (i % (count / 2)), false}, std::vector<int32_t>{i}));
+    edit.commit();
+    const std::vector<RQ_PrimitiveHandle> primitives = refine(geometry.read());
+    const auto *tubes = as<RQ_PrimCollect>(primitives.back());
+    ASSERT_TRUE(tubes && tubes->entries() == count / 2);
+    for (int i = 0; i < count / 2; ++i)
+    {
+        const auto *mesh = as<RQ_PrimTubeMesh>(tubes->getPrim(i));
+        ASSERT_EQ(mesh->getTaper(), 0.25 * i);
+        ASSERT_EQ(mesh->getQuadricCount(), 2);
+    }
+}
 }  // namespace
