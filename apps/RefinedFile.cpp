@@ -4,10 +4,10 @@
 #include <cstdio>
 
 #include <apps/preparedMesh.h>
+#include <apps/refineShared.h>
 #include <io/Reader.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/prim/PrimCollect.h>
-#include <rq/prim/RefineCollect.h>
 
 namespace rq::app
 {
@@ -18,22 +18,15 @@ double secondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void open(const RQ_RefineCollect &collect, int depth, const CommonOptions &options, const RQ_RefineParms &parms,
+void open(const RQ_Primitive &primitive, int depth, const CommonOptions &options, const RQ_RefineParms &parms,
           RefinedFile &refined)
 {
-    for (int64_t i = 0; i < collect.entries(); ++i)
-    {
-        const RQ_PrimitiveHandle primitive = collect.getPrim(i);
-        if (!dynamic_cast<const RQ_PrimCollect *>(primitive.get()))
-        {
-            refined.primitives.push_back({preparedPrimitive(primitive, options, refined.file), depth});
-            continue;
-        }
+    for (const RQ_PrimitiveHandle &child : refineShared(primitive, &parms))
         // Refining a collection places its children as the collection is placed.
-        RQ_RefineCollect children;
-        primitive->refine(children, &parms);
-        open(children, depth + 1, options, parms, refined);
-    }
+        if (dynamic_cast<const RQ_PrimCollect *>(child.get()))
+            open(*child, depth + 1, options, parms, refined);
+        else
+            refined.primitives.push_back({preparedPrimitive(child, options, refined.file), depth});
 }
 }  // namespace
 
@@ -56,9 +49,7 @@ void refinePrimitive(const RQ_Primitive &primitive, const CommonOptions &options
                      RefinedFile &refined)
 {
     const auto start = std::chrono::steady_clock::now();
-    RQ_RefineCollect collect;
-    primitive.refine(collect, &parms);
-    open(collect, 0, options, parms, refined);
+    open(primitive, 0, options, parms, refined);
     refined.refineSeconds = secondsSince(start);
 }
 

@@ -10,10 +10,10 @@
 #include <apps/offline/QuadricDrawable.h>
 #include <apps/offline/Search.h>
 #include <apps/offline/placement.h>
+#include <apps/refineShared.h>
 #include <apps/subdivide.h>
 #include <host/bas/Parallel.h>
 #include <rq/prim/PrimitiveType.h>
-#include <rq/prim/RefineList.h>
 
 namespace rq::offline
 {
@@ -91,11 +91,11 @@ void Group::add(const RQ_PrimitiveHandle &primitive, int depth)
     if (isDrawnWhole(*primitive))
         return addLeaf(primitive);
 
-    RQ_RefineList list;
-    if (depth == kDeepest || !list.refine(primitive.get(), stage_.parms))
-        ++stage_.notDrawn;
-    for (int i = 0; i < list.entries(); ++i)
-        add(list.getPrimitive(i), depth + 1);
+    bool isRefined = false;
+    if (depth < kDeepest)
+        for (const RQ_PrimitiveHandle &simpler : app::refineShared(*primitive, stage_.parms, &isRefined))
+            add(simpler, depth + 1);
+    stage_.notDrawn += !isRefined;
 }
 
 // Normals come first: they belong to the faces of the file, not to the triangles that these are cut into.

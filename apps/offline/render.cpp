@@ -7,7 +7,6 @@
 #include <apps/Interruption.h>
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
-#include <apps/offline/PackedInstances.h>
 #include <apps/offline/readSettings.h>
 #include <rq/bridge/MSHDetail.h>
 
@@ -87,7 +86,6 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
 
     const TerminalProgress progress;
     const Interruption interruption;
-    bindPackedInstances();
     RefinedFile refined;
     RQ_PrimitiveHandle whole;
     if (const ExitCode code = readScene(options, refined, whole); code != ExitDone)

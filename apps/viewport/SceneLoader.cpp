@@ -2,11 +2,12 @@
 
 #include <chrono>
 
+#include <apps/refineShared.h>
 #include <apps/viewport/followFrame.h>
 #include <apps/viewport/levelOfDetail.h>
 #include <io/Reader.h>
+#include <rq/bridge/MSHPrimPacked.h>
 #include <rq/prim/PrimCollect.h>
-#include <rq/prim/RefineCollect.h>
 
 namespace rq::viewport
 {
@@ -27,11 +28,9 @@ void openCollections(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms &
         emitted.push_back(place);
         return;
     }
-    RQ_RefineCollect children;
-    primitive->refine(children, &parms);
     ++place.depth;
-    for (int64_t i = 0; i < children.entries(); ++i)
-        openCollections(children.getPrim(i), parms, place, emitted);
+    for (const RQ_PrimitiveHandle &child : app::refineShared(*primitive, &parms))
+        openCollections(child, parms, place, emitted);
 }
 }  // namespace
 
@@ -94,7 +93,8 @@ void SceneLoader::refine(const LoadedFiles &loaded, SessionResult &result)
     else
     {
         for (size_t i = 0; i < loaded.size() && !cancelled_; ++i)
-            for (const RQ_PrimitiveHandle &primitive : cache_.refine(RQ_MSHDetail(loaded[i].detail), &result.parms))
+            for (const RQ_PrimitiveHandle &primitive :
+                 RQgatherInstances(cache_.refine(RQ_MSHDetail(loaded[i].detail), &result.parms)))
                 openCollections(primitive, result.parms, {.primitive = {}, .shown = {}, .file = int(i), .depth = 0},
                                 result.emitted);
         result.primitivesRefined = int64_t(result.emitted.size());

@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
+#include <apps/refineShared.h>
 #include <apps/subdivide.h>
 #include <host/bas/hashBytes.h>
 #include <rq/data/DANumeric.h>
-#include <rq/prim/RefineList.h>
 #include <rq/prim/RefineParms.h>
 #include <rq/surface/PrimPointMesh.h>
 
@@ -116,11 +116,12 @@ void SceneMaker::add(const RQ_PrimitiveHandle &primitive, const Placements &oute
 
 void SceneMaker::addRefined(const RQ_Primitive &primitive, const Placements &outer, int depth)
 {
-    RQ_RefineList list;
-    if (depth == kDeepest || !list.refine(&primitive, parms_))
+    bool isRefined = false;
+    if (depth < kDeepest)
+        for (const RQ_PrimitiveHandle &simpler : app::refineShared(primitive, parms_, &isRefined))
+            add(simpler, outer, depth + 1);
+    if (!isRefined)
         complain(fmt::format("{}: nothing of this kind can be drawn", primitive.className()));
-    for (int i = 0; i < list.entries(); ++i)
-        add(list.getPrimitive(i), outer, depth + 1);
 }
 
 bool SceneMaker::multiplied(const RQ_TransformArray &transforms, const RQ_TransformHandle &base,

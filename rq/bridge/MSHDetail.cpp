@@ -5,7 +5,7 @@
 #include <rq/bridge/MSHPrimCollectPoly.h>
 #include <rq/bridge/detail/DetailWalk.h>
 #include <rq/bridge/detail/LoosePoints.h>
-#include <rq/bridge/detail/quadricBounds.h>
+#include <rq/bridge/detail/placedBounds.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 
@@ -76,8 +76,8 @@ void RQ_MSHDetail::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
                         points.append(point);
     }
     enlargeP(boxes, segments, details_->getPointAttributes(nullptr, points));
-    rq::enlargeByQuadrics(boxes, segments, details_, range_ ? *range_ : detail->range(ELM_OWNER_PRIMITIVE),
-                          getPrimitiveTransform());
+    rq::enlargeByPlaced(boxes, segments, details_, range_ ? *range_ : detail->range(ELM_OWNER_PRIMITIVE),
+                        getPrimitiveTransform());
 }
 
 void RQ_MSHDetail::getVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const BAS_StringHolder &name) const

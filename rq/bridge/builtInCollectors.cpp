@@ -1,6 +1,7 @@
 #include <rq/bridge/detail/builtInCollectors.h>
 
 #include <host/elm/PrimitiveFactory.h>
+#include <rq/bridge/MSHCollectPacked.h>
 #include <rq/bridge/MSHPrimCollectCurve.h>
 #include <rq/bridge/MSHPrimCollectParticle.h>
 #include <rq/bridge/MSHPrimCollectQuadric.h>
@@ -14,22 +15,42 @@ const std::shared_ptr<const RQ_MSHPrimCollectPoly> &rq::builtInPolygonCollector(
     return *collector;
 }
 
-std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>> rq::builtInCollectors()
+namespace
 {
-    using Collectors = std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>>;
+using Collectors = std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>>;
+
+const Collectors &collectorsOfFixedTypes()
+{
     static const auto curves = std::make_shared<RQ_MSHPrimCollectCurve>();
     static const auto *collectors = new Collectors{
-        {ELM_PRIMITIVE_POLYGON, builtInPolygonCollector()},
-        {ELM_PRIMITIVE_TRIANGLE_STRIP, builtInPolygonCollector()},
-        {ELM_PRIMITIVE_TRIANGLE_FAN, builtInPolygonCollector()},
-        {ELM_PRIMITIVE_SOUP, builtInPolygonCollector()},
-        {ELM_PRIMITIVE_GRID, builtInPolygonCollector()},
+        {ELM_PRIMITIVE_POLYGON, rq::builtInPolygonCollector()},
+        {ELM_PRIMITIVE_TRIANGLE_STRIP, rq::builtInPolygonCollector()},
+        {ELM_PRIMITIVE_TRIANGLE_FAN, rq::builtInPolygonCollector()},
+        {ELM_PRIMITIVE_SOUP, rq::builtInPolygonCollector()},
+        {ELM_PRIMITIVE_GRID, rq::builtInPolygonCollector()},
         {ELM_PRIMITIVE_NURBS_CURVE, curves},
         {ELM_PRIMITIVE_BEZIER_CURVE, curves},
         {ELM_PRIMITIVE_CIRCLE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_CIRCLE)},
         {ELM_PRIMITIVE_SPHERE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_SPHERE)},
         {ELM_PRIMITIVE_TUBE, std::make_shared<RQ_MSHPrimCollectTube>()},
         {ELM_PRIMITIVE_PARTICLES, std::make_shared<RQ_MSHPrimCollectParticle>()},
+        {ELM_PRIMITIVE_PACKED_GEOMETRY, std::make_shared<RQ_MSHCollectPackedGeometry>()},
+        {ELM_PRIMITIVE_PACKED_FRAGMENT, std::make_shared<RQ_MSHCollectPackedFragment>()},
+        {ELM_PRIMITIVE_PACKED_DISK, std::make_shared<RQ_MSHCollectPackedDisk>()},
+        {ELM_PRIMITIVE_PACKED_DISK_SEQUENCE, std::make_shared<RQ_MSHCollectPackedSequence>()},
+        {ELM_PRIMITIVE_PACKED_AGENT, std::make_shared<RQ_MSHCollectPackedAgent>()},
     };
     return *collectors;
+}
+}  // namespace
+
+std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>> rq::builtInCollectors()
+{
+    Collectors all = collectorsOfFixedTypes();
+    // Applications may have added packed types of their own.
+    static const auto packed = std::make_shared<const RQ_MSHPrimCollectPacked>();
+    for (int64_t i = 0; i < ELM_PrimitiveFactory::count(); ++i)
+        if (const ELM_PrimitiveDefinition *type = ELM_PrimitiveFactory::at(i); type->isPacked)
+            all.try_emplace(type->id, packed);
+    return all;
 }

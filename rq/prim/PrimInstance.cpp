@@ -5,6 +5,7 @@
 
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/prim/detail/enlargeByCorners.h>
 #include <rq/prim/detail/enlargeInBlocks.h>
 
 namespace
@@ -27,13 +28,6 @@ RQ_AttributeListHandle hardened(const RQ_AttributeListHandle &list)
     const RQ_AttributeListHandle copy(new RQ_AttributeList(*list));
     copy->harden();
     return copy;
-}
-
-void enlargeByCorners(BAS_BoundingBox &box, const BAS_BoundingBox &corners, const BAS_Mat4d &matrix)
-{
-    const BAS_Vec3f ends[2] = {corners.minimum(), corners.maximum()};
-    for (int i = 0; i < 8; ++i)
-        box.enlarge(BAS_Vec3f(host::transformPoint(BAS_Vec3d(ends[i & 1].x, ends[i >> 1 & 1].y, ends[i >> 2].z), matrix)));
 }
 }  // namespace
 
@@ -137,7 +131,7 @@ void RQ_PrimInstance::enlargeByBoxes(BAS_BoundingBox *boxes, int segments, const
             {
                 BAS_Mat4d matrix;
                 transforms_->getMatrix(matrix, i, s);
-                enlargeByCorners(*part, geometry[s], before * matrix * after);
+                rq::enlargeByCorners(*part, geometry[s], before * matrix * after);
             }
         };
         rq::enlargeInBlocks(boxes + s, 1, entries(), kBoxesPerTask, enlarge);
