@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+
+#include <apps/viewport/GLContext.h>
 #include <tests/apps/Picture.h>
 #include <tests/apps/Program.h>
 
@@ -88,15 +91,22 @@ TEST_F(Program, RendersScenesWithCamerasMaterialsAndInstances)
     EXPECT_TRUE(contentOf(testFolder() + "1.exr") == contentOf(testFolder() + "2.exr"));
 }
 
-TEST_F(Program, RendersTheScenesOfTheGallery)
+TEST_F(Program, ShowsTheScenesOfTheGallery)
 {
+    std::string error;
+    std::vector<const char *> ways = {"render '{}' -o @scene.png --size 16x9 --samples 1 --shade wire"};
+    if (rq::viewport::GLContext::create(error))
+        ways.push_back("view '{}' --screenshot @scene.png --size 16x9");
     int scenes = 0;
     for (const auto &entry : std::filesystem::directory_iterator(RQ_SCENES))
     {
-        SCOPED_TRACE(entry.path());
-        const Outcome run("render '" + entry.path().string() + "' -o @scene.png --size 16x9 --samples 1 --shade wire");
-        EXPECT_EQ(run.code, 0);
-        EXPECT_EQ(run.error, "") << "nothing is left out";
+        for (const char *way : ways)
+        {
+            SCOPED_TRACE(fmt::format(fmt::runtime(way), entry.path().string()));
+            const Outcome run(fmt::format(fmt::runtime(way), entry.path().string()));
+            EXPECT_EQ(run.code, 0);
+            EXPECT_EQ(run.error, "") << "nothing is left out";
+        }
         ++scenes;
     }
     EXPECT_GE(scenes, 8);
