@@ -3,6 +3,7 @@
 #include <host/msh/Detail.h>
 #include <rq/attrib/AttributeList.h>
 #include <rq/bridge/typeFromHost.h>
+#include <rq/prim/PrimInstance.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
@@ -104,6 +105,8 @@ PrimitiveFacts primitiveFacts(const RefinedPrimitive &entry)
     }
     else if (const auto *quadrics = dynamic_cast<const RQ_PrimQuadricMesh *>(&primitive))
         facts.quadrics = quadrics->getQuadricCount();
+    else if (const auto *instances = dynamic_cast<const RQ_PrimInstance *>(&primitive))
+        facts.instances = instances->entries();
     else if (const RQ_AttributeListHandle &points = primitive.getPointAttributes();
              points && points->entries() > 0 && points->get(0))
         facts.points = points->get(0)->entries();

@@ -50,6 +50,7 @@ struct PrimitiveFacts
     std::optional<int64_t> faces;
     std::optional<int64_t> curves;
     std::optional<int64_t> quadrics;
+    std::optional<int64_t> instances;
     std::optional<int64_t> vertices;
     std::optional<int64_t> points;
     std::optional<int64_t> minCount;

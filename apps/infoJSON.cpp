@@ -103,6 +103,7 @@ void writePrimitive(BAS_JSONWriter &json, const PrimitiveFacts &primitive)
     writeCount("faces", primitive.faces);
     writeCount("curves", primitive.curves);
     writeCount("quadrics", primitive.quadrics);
+    writeCount("instances", primitive.instances);
     writeCount("vertices", primitive.vertices);
     writeCount("points", primitive.points);
     writeCount("min_count", primitive.minCount);

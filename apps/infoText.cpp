@@ -45,6 +45,8 @@ std::string describe(const PrimitiveFacts &primitive)
         text += fmt::format(": {} curves, {} vertices", *primitive.curves, primitive.vertices.value_or(0));
     if (primitive.quadrics)
         text += fmt::format(": {} quadrics", *primitive.quadrics);
+    if (primitive.instances)
+        text += fmt::format(": {} instances", *primitive.instances);
     if (primitive.points)
         text += fmt::format("{} {} points", primitive.faces ? "," : ":", *primitive.points);
     text += '\n';

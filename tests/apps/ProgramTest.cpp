@@ -148,6 +148,11 @@ TEST_F(Program, PrintsFactsAsJSON)
     EXPECT_EQ(meshes[0].text("perimeter"), "4");
     EXPECT_EQ(meshes[0].text("attributes/vertex/0/name"), "uv");
     EXPECT_EQ(meshes[0].text("attributes/uniform/0/name"), "material");
+
+    const std::vector<JSON> rows =
+        JSON(Outcome("info --json " RQ_SCENES "/forest.rqg.json").out).primitivesOf("RQ_PrimInstance");
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].text("instances"), "40");
 }
 
 TEST_F(Program, FactsComeThroughEveryKindOfFile)
