@@ -8,6 +8,7 @@
 #include <rq/bridge/MSHDetail.h>
 #include <rq/bridge/MSHPrimCollectBoxes.h>
 #include <rq/bridge/detail/PlacedPrimitives.h>
+#include <rq/bridge/detail/packedPlacements.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/prim/PrimitiveType.h>
@@ -208,7 +209,7 @@ RQ_AttributeListHandle RQ_MSHPrimPacked::getInstanceAttributes() const
 
 void RQ_MSHPrimPacked::getFullTransform(BAS_Mat4d &matrix, int segment) const
 {
-    matrix = MOD_PrimPacked(*details_->getDetail(segment), packed_.offset()).fullTransform();
+    matrix = rq::packedPlacement(*details_, packed_.offset(), segment);
 }
 
 void RQ_MSHPrimPacked::getViewportTransform(BAS_Mat4d &matrix, int segment) const

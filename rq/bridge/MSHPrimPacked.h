@@ -40,7 +40,7 @@ public:
     /// True when the options ask for each primitive's own level and override it for none.
     static bool useViewportLOD(const RQ_RefineParms *parms);
 
-    /// From the space of the geometry to the detail's, as the host has it.
+    /// From the space of the geometry to the detail's: as the host has it, moving with its point.
     void getFullTransform(BAS_Mat4d &matrix, int segment = 0) const;
 
     /// From the space of the geometry to where this primitive is drawn: the former when `transformed`, then the transform of

@@ -7,6 +7,7 @@
 #include <rq/bridge/MSHCollectPacked.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/bridge/MSHPrimPacked.h>
+#include <rq/bridge/detail/packedPlacements.h>
 #include <rq/prim/PrimCollect.h>
 
 namespace
@@ -98,7 +99,7 @@ RQ_PrimitiveHandle RQ_MSHCollectPackedFragment::makePrimitive(const RQ_MSHDetail
     }
     Matrices placement(size_t(std::max(1, details->getSegments())));
     for (size_t segment = 0; segment < placement.size(); ++segment)
-        placement[segment] = MOD_PrimPacked(*details->getDetail(int(segment)), packed.offset()).fullTransform();
+        placement[segment] = rq::packedPlacement(*details, packed.offset(), int(segment));
     gathered.add(MOD_ConstDetailHandle(fragment->data.detail[0].get()), placement, fragment->data.range());
     return nullptr;
 }

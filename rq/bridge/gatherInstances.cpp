@@ -3,6 +3,7 @@
 #include <host/bas/Options.h>
 #include <rq/bridge/MSHPrimPacked.h>
 #include <rq/bridge/detail/PlacedPrimitives.h>
+#include <rq/bridge/detail/packedPlacements.h>
 #include <rq/prim/CompactTransformArray.h>
 #include <rq/prim/PrimInstance.h>
 
@@ -34,18 +35,21 @@ public:
         if (!geometry)
             return;
         const RQ_MSHDetailList &details = *first_->getDetails();
-        const auto read = [&](int64_t first, int64_t count, int segment, BAS_Mat4d *out) {
-            for (int64_t i = 0; i < count && first_->transformed(); ++i)
-                out[i] = MOD_PrimPacked(*details.getDetail(segment), offsets_[first + i]).fullTransform();
-        };
-        const BAS_IntrusivePtr<RQ_CompactTransformArray> placements(new RQ_CompactTransformArray);
-        placements->setAffine(offsets_.entries(), details.getSegments(), read);
-        instances_ = new RQ_PrimInstance(geometry, placements, rq::attributesOfPlaced(details, offsets_, nullptr),
+        instances_ = new RQ_PrimInstance(geometry, placements(), rq::attributesOfPlaced(details, offsets_, nullptr),
                                          details.getDetailAttributes(nullptr));
         instances_->setPrimitiveTransform(first_->getPrimitiveTransform());
     }
 
 private:
+    RQ_TransformArrayHandle placements() const
+    {
+        if (first_->transformed())
+            return rq::packedPlacementsOf(*first_->getDetails(), offsets_);
+        const RQ_TransformArrayHandle nowhere(new RQ_CompactTransformArray);
+        nowhere->setEntries(offsets_.entries());
+        return nowhere;
+    }
+
     bool isAlike(const RQ_MSHPrimPacked &packed) const
     {
         return packed.getDetails() == first_->getDetails() && packed.transformed() == first_->transformed() &&

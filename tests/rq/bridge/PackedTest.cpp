@@ -252,6 +252,32 @@ TEST(Packed, SharesGeometryOfEqualKeys)
     EXPECT_EQ(shared[4], packed[6]);
 }
 
+TEST(Packed, MovesWithItsPoint)
+{
+    const MOD_DetailHandle handle;
+    MOD_Edit edit(handle);
+    ASSERT_TRUE(edit.appendPoints(2));
+    const float velocities[] = {24, 0, 0, 0, 48, 0};
+    ASSERT_TRUE(edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL32, 3, ELM_TYPE_VECTOR)->write(0, 2, velocities));
+    const MOD_ConstDetailHandle cube = makeDetail(cubeShape());
+    ASSERT_TRUE(edit.appendPacked(geometry(cube), std::vector<int32_t>{0, 1}, {}, BAS_Vec3d(1, 0, 0)));
+    RQ_RefineList list;
+    ASSERT_TRUE(list.refine(RQ_MSHDetail::makeMoving(edit.commit(), 2, 1.0 / 24.0).get(), nullptr));
+    ASSERT_EQ(list.entries(), 2);
+    const std::vector<RQ_PrimitiveHandle> shared = RQgatherInstances({list.getPrimitive(0), list.getPrimitive(1)});
+    ASSERT_EQ(shared.size(), 1u);
+    const BAS_Vec3d ends[2][2] = {{{-1, 0, 0}, {0, 0, 0}}, {{-1, 0, 0}, {-1, 2, 0}}};
+    for (int i = 0; i < 2; ++i)
+        for (int segment = 0; segment < 2; ++segment)
+        {
+            BAS_Mat4d one, all;
+            as<RQ_MSHPrimPacked>(list.getPrimitive(i))->getFullTransform(one, segment);
+            as<RQ_PrimInstance>(shared[0])->getTransforms()->getMatrix(all, i, segment);
+            EXPECT_EQ(one, all);
+            EXPECT_EQ(all.translation(), ends[i][segment]) << i << ' ' << segment;
+        }
+}
+
 TEST(Packed, FragmentsOfOneSourceComeTogether)
 {
     const MOD_ConstDetailHandle cube = namedCube(), other = namedCube();
