@@ -7,6 +7,7 @@
 #include <numbers>
 #include <vector>
 
+#include <host/bas/NormalTree.h>
 #include <host/bas/faceGeometry.h>
 
 namespace host
@@ -36,6 +37,7 @@ struct CuspCosines
 /// The corners around one point, some of which may stand on different sides of a crease.
 ///
 /// Threads  one object per thread, used for one point after the other
+/// Cost     n log n for the n corners of a point whose faces lie around an axis, even where all stand on different sides
 class CornerFan
 {
 public:
@@ -53,31 +55,48 @@ public:
     }
 
     /// Call `write(corner, normal)` for every corner: the sum over those within the cusp angle of its own.
-    template <class Write> void separate(const CuspCosines &cusp, bool normalize, Write &&write) const
+    template <class Write> void separate(const CuspCosines &cusp, bool normalize, Write &&write)
     {
         const size_t count = normals_.size();
         if (count <= kFew)
             return separateFew(cusp.pair, normalize, write);
-        // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
-        const bool isSmooth = isNearMean(cusp.mean);
-        BAS_Vec3d sum(0.0), normal(0.0);
+        if (isNearMean(cusp.mean))
+            return writeOne(normalize, write);
+        if (count > kMany)
+            tree_.build(normals_, parts_);
         for (size_t own = 0; own < count; ++own)
         {
-            if (own == 0 || !isSmooth)
-            {
-                sum = BAS_Vec3d(0.0);
-                for (size_t i = 0; i < count; ++i)
-                    if (i == own || isSmooth || normals_[own].dot(normals_[i]) >= cusp.pair)
-                        sum += parts_[i];
-                normal = normalize ? direction(sum) : sum;
-            }
-            write(int64_t(own), normal);
+            const BAS_Vec3d sum = count > kMany ? tree_.sumWithin(normals_[own], cusp.pair) : sumAround(own, cusp.pair);
+            write(int64_t(own), normalize ? direction(sum) : sum);
         }
     }
 
 private:
     // So many have every pair looked at once, which takes less than finding out that all are near.
     static constexpr size_t kFew = 8;
+
+    // More than so many take less time with a tree than pair by pair.
+    static constexpr size_t kMany = 512;
+
+    // All corners of a smooth point share one sum, which spares a point of many faces the look at every pair.
+    template <class Write> void writeOne(bool normalize, Write &&write) const
+    {
+        BAS_Vec3d sum(0.0);
+        for (const BAS_Vec3d &part : parts_)
+            sum += part;
+        const BAS_Vec3d normal = normalize ? direction(sum) : sum;
+        for (size_t i = 0; i < parts_.size(); ++i)
+            write(int64_t(i), normal);
+    }
+
+    BAS_Vec3d sumAround(size_t own, double leastCosine) const
+    {
+        BAS_Vec3d sum(0.0);
+        for (size_t i = 0; i < normals_.size(); ++i)
+            if (i == own || normals_[own].dot(normals_[i]) >= leastCosine)
+                sum += parts_[i];
+        return sum;
+    }
 
     template <class Write> void separateFew(double leastCosine, bool normalize, Write &&write) const
     {
@@ -120,5 +139,6 @@ private:
     }
 
     std::vector<BAS_Vec3d> normals_, parts_;
+    NormalTree tree_;
 };
 }  // namespace host
