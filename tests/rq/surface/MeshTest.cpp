@@ -1,5 +1,8 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
+#include <host/bas/Parallel.h>
 #include <rq/prim/Transform.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <tests/rq/surface/Fixture.h>
@@ -36,6 +39,63 @@ TEST(UnusedPoints, AreDroppedInOrderWithARemap)
                 EXPECT_TRUE(before == after || (before != before && after != after)) << "corner " << corner;
             }
     }
+}
+
+TEST(UnusedPoints, AreFoundInListsOfAnyOrder)
+{
+    // More corners and points than one task takes.
+    constexpr int kSide = 200, kFirst = 10;
+    std::vector<int> quads, triangles;
+    for (int face = 0; face < kSide * kSide; ++face)
+    {
+        const int a = kFirst + face / kSide * (kSide + 1) + face % kSide, b = a + 1, c = b + kSide + 1, d = c - 1;
+        const bool turn = (face / kSide + face) % 2;
+        quads.insert(quads.end(), {a, b, c, d});
+        triangles.insert(triangles.end(), {a, b, turn ? d : c, turn ? b : a, c, d});
+    }
+    const auto changed = [](std::vector<int> list, auto &&change) {
+        for (size_t i = 0; i < list.size(); ++i)
+            list[i] = change(int(i), list[i]);
+        return list;
+    };
+    const std::pair<const char *, std::vector<int>> cases[] = {
+        {"rows of quads", quads},
+        {"rows of triangles", triangles},
+        {"every other point", changed(triangles, [](int, int point) { return 2 * point; })},
+        {"backwards", {quads.rbegin(), quads.rend()}},
+        {"one face again and again", changed(quads, [](int i, int) { return 3 * (i % 4); })},
+        {"rows with gaps", changed(quads, [](int i, int point) { return i % 997 ? point : 7; })},
+        {"far apart", changed(quads, [](int i, int) { return int(int64_t(i) * 7919 % 70001) + kFirst; })},
+        {"in no order", changed(quads, [](int i, int) { return int(uint32_t(i) * 2654435761u >> 15) + kFirst; })},
+    };
+    for (const auto &[what, list] : cases)
+        for (const int workers : {1, 2, 3, 8, 64})
+        {
+            SCOPED_TRACE(std::string(what) + ", workers " + std::to_string(workers));
+            const BAS_Threads::Limit limit(workers);
+            const int points = *std::max_element(list.begin(), list.end()) + 70;
+            std::vector<double> remap(size_t(points), -1.0), used, renumbered;
+            for (const int point : list)
+                remap[size_t(point)] = 0.0;
+            for (size_t point = 0; point < remap.size(); ++point)
+                if (remap[point] == 0.0)
+                {
+                    remap[point] = double(used.size());
+                    used.push_back(double(point));
+                }
+            for (const int point : list)
+                renumbered.push_back(remap[size_t(point)]);
+            const bool wide = workers == 2;
+            const RQ_PrimPolygonMesh mesh(RQ_CountArray(int64_t(list.size()) / 4, 4),
+                                          wide ? makeArray(std::vector<int64_t>(list.begin(), list.end())) : integers(list),
+                                          oneAttribute("P", positions(std::vector<float>(3 * size_t(points)))));
+            RQ_DataArrayHandle rows;
+            const RQ_PolygonMeshHandle kept = mesh.removeUnusedPoints(&rows);
+            EXPECT_TRUE(valuesOf(rows) == remap);
+            EXPECT_TRUE(valuesOf(mesh.getUsedPointList()) == used);
+            EXPECT_TRUE(valuesOf(kept->getVertexList()) == renumbered);
+            EXPECT_EQ(kept->getPointCount(), int64_t(used.size()));
+        }
 }
 
 TEST(UnusedPoints, LeaveAViewWhereTheUsedOnesAreARun)
