@@ -1,5 +1,6 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
+#include <algorithm>
 #include <limits>
 
 #include <host/bas/Parallel.h>
@@ -7,6 +8,7 @@
 #include <rq/data/DANumeric.h>
 #include <rq/data/DARange.h>
 #include <rq/data/mixId.h>
+#include <rq/surface/detail/PointPlaces.h>
 #include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/UsedPoints.h>
 
@@ -33,7 +35,7 @@ template <class T> RQ_DataArrayHandle remap(const UsedPoints &used)
     return rows;
 }
 
-/// The corners by `change(point)` of their points.
+/// The corners with other points: `change(to, points, count)` writes those of some corners.
 template <class T, class Change> RQ_DataArrayHandle changed(const RQ_DataArray &vertexList, const Change &change)
 {
     RQ_DataArrayHandle buffer;
@@ -42,20 +44,20 @@ template <class T, class Change> RQ_DataArrayHandle changed(const RQ_DataArray &
     auto *list = new RQ_DANumeric<T>(corners, 1, RQ_TYPE_NONE);
     const bool streamed = corners * int64_t(sizeof(T)) >= host::kStreamedBytes;
     host::parallelForRange(corners, UsedPoints::kItemsPerTask, [&, values = list->data()](int64_t begin, int64_t end) {
-        host::writeBlocks(values + begin, end - begin, streamed, [&](T *to, int64_t first, int64_t count) {
-            for (int64_t i = 0; i < count; ++i)
-                to[i] = T(change(points[begin + first + i]));
-        });
+        host::writeBlocks(values + begin, end - begin, streamed,
+                          [&](T *to, int64_t first, int64_t count) { change(to, points + begin + first, count); });
     });
     return list;
 }
 
 template <class T> RQ_DataArrayHandle renumber(const RQ_DataArray &vertexList, const UsedPoints &used)
 {
-    const int64_t first = used.first();
     if (used.isRun())
-        return changed<T>(vertexList, [first](T point) { return point - T(first); });
-    return changed<T>(vertexList, [places = UsedPoints::Places(used)](T point) { return places[point]; });
+        return changed<T>(vertexList, [before = T(used.first())](T *to, const T *points, int64_t count) {
+            std::transform(points, points + count, to, [before](T point) { return point - before; });
+        });
+    const rq::PointPlaces places(used);
+    return changed<T>(vertexList, [&](T *to, const T *points, int64_t count) { places.copyTo(to, points, count); });
 }
 }  // namespace
 

@@ -1,103 +1,150 @@
 #include <rq/surface/detail/UsedPoints.h>
 
+#include <atomic>
 #include <cstring>
+#include <mutex>
 #include <numeric>
+
+#include <host/bas/clones.h>
+#include <rq/data/Values.h>
+#include <rq/surface/detail/pointStretches.h>
 
 namespace rq
 {
-UsedPoints::UsedPoints(const RQ_DataArray &vertexList, int64_t points)
-    : points_(points), words_(size_t(wordsFor(points))), before_(size_t((points + kItemsPerTask - 1) / kItemsPerTask) + 1, 0)
+namespace
 {
-    host::parallelForRange(int64_t(words_.size()), kItemsPerTask / kWordBytes, [this](int64_t begin, int64_t end) {
-        std::fill(words_.begin() + begin, words_.begin() + end, 0);
-    });
-    const auto markAll = [this](const auto &list) {
-        host::parallelForRange(list.size(), kItemsPerTask,
-                               [&](int64_t begin, int64_t end) { mark(list.data() + begin, end - begin); });
-    };
-    if (vertexList.getStorage() == RQ_STORAGE_INT64)
-        markAll(Values<int64_t>(vertexList));
-    else
-        markAll(Values<int32_t>(vertexList));
-    host::parallelFor(blocks(), 1, [&](int64_t block) {
-        // So few items that 32 bits count them: twice as many lanes.
-        const int64_t begin = block * kItemsPerTask, end = std::min(points, begin + kItemsPerTask);
-        before_[size_t(block) + 1] = std::accumulate(flags() + begin, flags() + end, uint32_t(0));
-    });
-    std::partial_sum(before_.begin(), before_.end(), before_.begin());
-}
+// Flags of eight points, a byte each, and as many bits.
+static_assert(std::endian::native == std::endian::little, "the first point of a word is its lowest byte");
+constexpr int64_t kWordBytes = 8;
+constexpr uint64_t kOnes = 0x0101010101010101;
 
-// Several corners mark one point: all write the same value.
-template <class Index> void UsedPoints::mark(const Index *points, int64_t count)
+uint64_t bitsOf(uint64_t flags) { return flags * 0x0102040810204080 >> 56; }
+
+HOST_CLONES int64_t countBits(const uint64_t *words, int64_t count)
 {
-    // By a pointer of its own: a byte may be part of anything, so nothing else would stay in registers.
-    uint8_t *const used = flags();
-    const auto markOne = [used](uint64_t point) {
-        std::atomic_ref<uint8_t>(used[point]).store(1, std::memory_order_relaxed);
-    };
-    const auto markEach = [&](const Index *some, int64_t entries) {
+    int64_t bits = 0;
+    for (int64_t i = 0; i < count; ++i)
+        bits += std::popcount(words[i]);
+    return bits;
+}
+}  // namespace
+
+/// Marks points from many threads at once.
+class UsedPoints::Marks
+{
+public:
+    explicit Marks(UsedPoints &used) : words_(used.words_.data()), flags_(size_t(used.points_ + kWordBytes - 1) / kWordBytes)
+    {}
+
+    template <class Index> void add(const Index *points, int64_t count)
+    {
+        visitStretches(
+            points, count,
+            [this](const Index *some, const PointStretch &stretch) {
+                for (const PointProgression &progression : StretchProgressions(some, stretch))
+                    addProgression(progression);
+            },
+            [this](const Index *some, int64_t entries) {
+                entries > PointStretch::kLeastEntries ? addMany(some, entries) : addFew(some, entries);
+            });
+    }
+
+    /// Add what bytes tell of the points [begin, end) to their bits.
+    void collect(int64_t begin, int64_t end)
+    {
+        if (!hasFlags_)
+            return;
+        for (int64_t word = begin / kWordBytes; word * kWordBytes < end; ++word)
+            words_[word / 8] |= bitsOf(flags_[size_t(word)]) << word % 8 * 8;
+    }
+
+private:
+    void addBits(int64_t word, uint64_t bits)
+    {
+        const std::atomic_ref<uint64_t> place(words_[word]);
+        if (bits == ~uint64_t(0))
+            place.store(bits, std::memory_order_relaxed);
+        else if (bits & ~place.load(std::memory_order_relaxed))
+            place.fetch_or(bits, std::memory_order_relaxed);
+    }
+
+    void addProgression(const PointProgression &progression)
+    {
+        const auto [first, count, step] = progression;
+        uint64_t pattern = 0;
+        for (int64_t bit = 0; bit < kWordBits; bit += step)
+            pattern |= uint64_t(1) << bit;
+        const int64_t end = first + count * step;
+        for (int64_t point = first; point < end;)
+        {
+            const int64_t start = point / kWordBits * kWordBits, stop = std::min(end, start + kWordBits);
+            addBits(start / kWordBits, pattern << (point - start) & ~uint64_t(0) >> (start + kWordBits - stop));
+            point += step == 1 ? stop - point : (stop - point + step - 1) / step * step;
+        }
+    }
+
+    template <class Index> void addFew(const Index *points, int64_t count)
+    {
+        for (int64_t i = 0; i < count; ++i)
+            addBits(int64_t(points[i]) / kWordBits, uint64_t(1) << points[i] % kWordBits);
+    }
+
+    // A byte is written without a look at its neighbours, so threads need not wait for each other, nor for what the last
+    // corner wrote: all that mark a point write the same.
+    template <class Index> void addMany(const Index *points, int64_t count)
+    {
+        std::call_once(cleared_, [this] {
+            std::fill(flags_.begin(), flags_.end(), 0);
+            hasFlags_ = true;
+        });
+        uint8_t *const flags = reinterpret_cast<uint8_t *>(flags_.data());
+        const auto add = [flags](uint64_t point) {
+            std::atomic_ref<uint8_t>(flags[point]).store(1, std::memory_order_relaxed);
+        };
         int64_t i = 0;
         if constexpr (sizeof(Index) == sizeof(uint32_t))
         {
             // Reading takes as long as marking, so two points are read at a time; which comes first does not matter.
             constexpr int64_t kPairs = 4;
-            for (; i + 2 * kPairs <= entries; i += 2 * kPairs)
+            for (; i + 2 * kPairs <= count; i += 2 * kPairs)
             {
                 uint64_t pairs[kPairs];
-                std::memcpy(pairs, some + i, sizeof(pairs));
+                std::memcpy(pairs, points + i, sizeof(pairs));
                 for (const uint64_t pair : pairs)
                 {
-                    markOne(uint32_t(pair));
-                    markOne(pair >> 32);
+                    add(uint32_t(pair));
+                    add(pair >> 32);
                 }
             }
         }
-        for (; i < entries; ++i)
-            markOne(uint64_t(some[i]));
-    };
-    visitPoints(
-        points, count, [this](const PointProgression &progression) { mark(progression); }, markEach);
-}
-
-void UsedPoints::mark(const PointProgression &progression)
-{
-    const auto [first, count, step] = progression;
-    uint8_t *const used = flags();
-    const auto markOne = [used](int64_t point) {
-        std::atomic_ref<uint8_t>(used[point]).store(1, std::memory_order_relaxed);
-    };
-    int64_t point = first;
-    const int64_t end = first + count * step;
-    if (step == 1)
-    {
-        for (; point < end && point % kWordBytes != 0; ++point)
-            markOne(point);
-        for (; point + kWordBytes <= end; point += kWordBytes)
-            std::atomic_ref<uint64_t>(words_[size_t(point / kWordBytes)]).store(kOnes, std::memory_order_relaxed);
+        for (; i < count; ++i)
+            add(uint64_t(points[i]));
     }
-    for (; point < end; point += step)
-        markOne(point);
-}
 
-UsedPoints::Places::Places(const UsedPoints &used)
-    : within_(used.words_.size()), before_(size_t((used.points_ + kGroup - 1) / kGroup))
+    uint64_t *words_;
+    std::vector<uint64_t, BAS_BlockAllocator<uint64_t>> flags_;  // eight points each, unset until needed
+    std::once_flag cleared_;
+    bool hasFlags_ = false;
+};
+
+UsedPoints::UsedPoints(const RQ_DataArray &vertexList, int64_t points)
+    : points_(points), words_(size_t((points + kWordBits - 1) / kWordBits) + 1),
+      before_(size_t((points + kItemsPerTask - 1) / kItemsPerTask) + 1)
 {
-    static_assert(kItemsPerTask % kGroup == 0);
-    static_assert(std::endian::native == std::endian::little, "the first point of a word is its lowest byte");
-    used.forEachBlock([&](int64_t begin, int64_t end, int64_t row) {
-        for (int64_t group = begin; group < end; group += kGroup)
-        {
-            before_[size_t(group / kGroup)] = row;
-            uint64_t within = 0;
-            for (int64_t word = group / kWordBytes; word < wordsFor(std::min(end, group + kGroup)); ++word)
-            {
-                // Each byte becomes the sum of those up to it; moved on by one, of those before it.
-                const uint64_t sums = used.words_[size_t(word)] * kOnes;
-                within_[size_t(word)] = (sums << 8) + within * kOnes;
-                within += sums >> 56;
-            }
-            row += int64_t(within);
-        }
+    Marks marks(*this);
+    const auto addAll = [&marks](const auto &list) {
+        host::parallelForRange(list.size(), kItemsPerTask,
+                               [&](int64_t begin, int64_t end) { marks.add(list.data() + begin, end - begin); });
+    };
+    if (vertexList.getStorage() == RQ_STORAGE_INT64)
+        addAll(Values<int64_t>(vertexList));
+    else
+        addAll(Values<int32_t>(vertexList));
+    forEachBlock([&](int64_t begin, int64_t end, int64_t) {
+        marks.collect(begin, end);
+        before_[size_t(begin / kItemsPerTask) + 1] =
+            countBits(words_.data() + begin / kWordBits, (end - begin + kWordBits - 1) / kWordBits);
     });
+    std::partial_sum(before_.begin(), before_.end(), before_.begin());
 }
 }  // namespace rq

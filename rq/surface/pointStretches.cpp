@@ -13,11 +13,14 @@ constexpr int kPeriods[] = {4, 3, 6, 8, 12};
 template <class Index, class Step>
 HOST_CLONES int64_t follow(const Index *points, int64_t at, int64_t count, int period, Step step)
 {
-    // Compared with bits or-ed together, this is as fast as the list can be read.
-    constexpr int64_t kBlock = 32;
+    // With the differences or-ed together this is as fast as the list can be read, and that is faster when asked for early:
+    // the processor itself does not read on beyond the page.
+    constexpr int64_t kBlock = 32, kAhead = 8192, kLine = 64;
     for (; at + kBlock <= count; at += kBlock)
     {
         const Index *here = points + at, *before = here - period;
+        for (int64_t line = 0; line < kBlock * int64_t(sizeof(Index)); line += kLine)
+            __builtin_prefetch(reinterpret_cast<const char *>(here) + kAhead + line);
         Step differences = 0;
         for (int64_t i = 0; i < kBlock; ++i)
             differences |= Step(here[i]) ^ (Step(before[i]) + step);

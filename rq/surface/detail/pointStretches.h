@@ -24,6 +24,7 @@ struct PointStretch
 {
     static constexpr int64_t kLeastEntries = 64;  // fewer are not worth the search
     static constexpr int kMostPeriod = 12;
+    static constexpr int kLap = 24;  // a multiple of every period
 
     int64_t entries = 0;  // 0: the list does not begin so
     int period = 1;
@@ -78,24 +79,27 @@ private:
     int size_ = 0;
 };
 
-/// Call `onProgression(progression)` for the stretches of a list and `onOthers(points, count)` for what lies between.  What
-/// both are given are the points of the list, in no order and some of them several times.
-template <class Index, class Progression, class Others>
-void visitPoints(const Index *points, int64_t count, Progression &&onProgression, Others &&onOthers)
+/// Call `onStretch(points, stretch)` for the stretches of a list and `onOthers(points, count)` for what lies between.
+template <class Index, class Stretch, class Others>
+void visitStretches(const Index *points, int64_t count, Stretch &&onStretch, Others &&onOthers)
 {
     // Where no stretch begins, the next search comes later and later: in a list in no order they cost a twentieth.
     constexpr int64_t kMostOthers = 512;
     int64_t others = PointStretch::kLeastEntries;
     while (count > 0)
     {
-        const PointStretch stretch = findStretch(points, count);
-        const int64_t taken = stretch.entries > 0 ? stretch.entries : std::min(count, others);
-        if (stretch.entries > 0)
-            for (const PointProgression &progression : StretchProgressions(points, stretch))
-                onProgression(progression);
+        int64_t taken = std::min(count, others);
+        if (const PointStretch stretch = findStretch(points, count); stretch.entries > 0)
+        {
+            onStretch(points, stretch);
+            taken = stretch.entries;
+            others = PointStretch::kLeastEntries;
+        }
         else
+        {
             onOthers(points, taken);
-        others = stretch.entries > 0 ? PointStretch::kLeastEntries : std::min(2 * others, kMostOthers);
+            others = std::min(2 * others, kMostOthers);
+        }
         points += taken;
         count -= taken;
     }

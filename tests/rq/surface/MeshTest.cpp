@@ -62,6 +62,8 @@ TEST(UnusedPoints, AreFoundInListsOfAnyOrder)
         {"rows of quads", quads},
         {"rows of triangles", triangles},
         {"every other point", changed(triangles, [](int, int point) { return 2 * point; })},
+        {"every other point, and some between",
+         changed(quads, [](int i, int point) { return i < kSide * kSide ? int(int64_t(i) * i % 20011) : 2 * point; })},
         {"backwards", {quads.rbegin(), quads.rend()}},
         {"one face again and again", changed(quads, [](int i, int) { return 3 * (i % 4); })},
         {"rows with gaps", changed(quads, [](int i, int point) { return i % 997 ? point : 7; })},
