@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <limits>
-
 #include <rq/data/Counts.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DANumeric.h>
@@ -79,8 +76,7 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::makePiece(const Piece &piece, bool hard
         const rq::Values<Index> points(piece.points);
         const rq::PointRanks used(points.data(), points.size());
         const Numbers<Index> list = makeNumbers<Index>(points.size());
-        std::transform(points.begin(), points.end(), list->data(),
-                       [&used](Index point) { return Index(used.rank(int64_t(point))); });
+        used.copyRanksTo(list->data(), points.data(), points.size());
         RQ_AttributeListHandle shared;
         RQ_DataArrayHandle sources;
         if (used.isRun())

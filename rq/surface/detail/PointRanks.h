@@ -27,11 +27,7 @@ public:
             const uint64_t bit = uint64_t(int64_t(points[corner]) - first_);
             words_[bit >> 6].bits |= uint64_t(1) << (bit & 63);
         }
-        for (Word &word : words_)
-        {
-            word.before = count_;
-            count_ += std::popcount(word.bits);
-        }
+        countBefore();
         isRun_ = count_ == int64_t(*greatest) - first_ + 1;
     }
 
@@ -42,15 +38,8 @@ public:
     /// True when the points are all from the first on.
     bool isRun() const { return isRun_; }
 
-    /// The place of a used point.
-    int64_t rank(int64_t point) const
-    {
-        const uint64_t bit = uint64_t(point - first_);
-        if (isRun_)
-            return int64_t(bit);
-        const Word &word = words_[bit >> 6];
-        return word.before + std::popcount(word.bits & ((uint64_t(1) << (bit & 63)) - 1));
-    }
+    /// Write the places of the points of so many corners.  `Index` is int32_t or int64_t.
+    template <class Index> void copyRanksTo(Index *ranks, const Index *points, int64_t corners) const;
 
     /// Write the used points in order.
     template <class Index> void copyTo(Index *points) const
@@ -64,16 +53,22 @@ public:
         }
     }
 
-private:
     struct Word
     {
         uint64_t bits = 0;
         int64_t before = 0;  // used points in earlier words
     };
 
+private:
+    // For each word, and in all.
+    void countBefore();
+
     std::vector<Word> words_;
     int64_t first_ = 0;
     int64_t count_ = 0;
     bool isRun_ = true;
 };
+
+extern template void PointRanks::copyRanksTo(int32_t *ranks, const int32_t *points, int64_t corners) const;
+extern template void PointRanks::copyRanksTo(int64_t *ranks, const int64_t *points, int64_t corners) const;
 }  // namespace rq
