@@ -33,6 +33,7 @@ bool RQ_Convexer::processFace(int64_t count, int64_t first, int maxVertices, boo
 {
     vertices_.clear();
     ends_.clear();
+    forced_ = 0;
     if (count < 3)
         return false;
     first_ = first;
@@ -89,7 +90,12 @@ BAS_Vec2d RQ_Convexer::getPoint(int i) const
     return {offset.dot(axisX_), offset.dot(axisY_)};
 }
 
-void RQ_Convexer::beginPolygon(int corners, bool) { ends_.push_back(int32_t(vertices_.size()) + corners); }
+void RQ_Convexer::beginPolygon(int corners, bool forced)
+{
+    ends_.push_back(int32_t(vertices_.size()) + corners);
+    forced_ += forced;
+}
+
 void RQ_Convexer::polyVertex(int corner) { vertices_.push_back(first_ + corner); }
 
 RQ_DataArrayHandle RQ_Convexer::getPolyMeshFaceList() const

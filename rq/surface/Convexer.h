@@ -31,6 +31,9 @@ public:
     int64_t getVertexCount() const { return int64_t(vertices_.size()); }
     int64_t getVertexCount(int64_t face) const { return ends_[size_t(face)] - begin(face); }
 
+    /// Number of pieces for which no proper cut was left, because the face crosses itself; those of quads are not counted.
+    int64_t getForcedCount() const { return forced_; }
+
     /// The corners of one piece.
     const int64_t *getVertexList(int64_t face) const { return vertices_.data() + begin(face); }
 
@@ -43,7 +46,7 @@ public:
 private:
     int getPointCount() const override;
     BAS_Vec2d getPoint(int i) const override;
-    void beginPolygon(int corners, bool flag) override;
+    void beginPolygon(int corners, bool forced) override;
     void polyVertex(int corner) override;
     void endPolygon() override {}
     bool earlyTermination() override { return false; }
@@ -68,4 +71,5 @@ private:
 
     std::vector<int64_t> vertices_;
     std::vector<int32_t> ends_;
+    int64_t forced_ = 0;
 };

@@ -20,6 +20,7 @@ namespace
 bool cut(const RQ_PrimPolygonMesh &mesh, const rq::ConvexWanted &wanted, int maxVertices, bool triangulate,
          const RQ_FaceSet *subset, RQ_ConvexArrays &arrays)
 {
+    arrays = {};  // what an earlier convexing left there counts for nothing
     const rq::Positions positions(mesh.getShared() ? mesh.getShared()->get("P", 0) : nullptr);
     if (!positions.isValid() || !mesh.getVertexList())
         return false;

@@ -1,9 +1,12 @@
 #include <cmath>
+#include <numeric>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include <rq/surface/Convexer.h>
+#include <tests/host/bas/polygons.h>
+#include <tests/json.h>
 #include <tests/rq/surface/Fixture.h>
 
 using namespace tests;
@@ -83,6 +86,116 @@ TEST(Convex, CutsAFaceOfAMeshAsIfItWereAlone)
         EXPECT_EQ(valuesOf(arrays.whole), whole);
         for (size_t i = 0; i < corners.size(); ++i)
             ASSERT_EQ(arrays.vertexList->getI64(int64_t(i)), shape.indices[size_t(corners[i])]) << "corner " << i;
+    }
+}
+
+/// Generated faces, each in a plane of its own, of any size and somewhere.
+struct TiltedFaces
+{
+    TiltedFaces()
+    {
+        for (unsigned face = 0; face < 3000; ++face)
+        {
+            Random random(face);
+            Polygon polygon = face % 4 == 0   ? randomStar(random, 5 + int(random() % 40), 0.05)
+                              : face % 4 == 1 ? keyhole(random, 5 + int(random() % 5))
+                              : face % 4 == 2 ? withRepeats(random, tornPatch(random, 3, 3, 10, 0.2))
+                                              : comb(random, 1 + int(random() % 4));
+            if (random() % 2)
+                std::reverse(polygon.begin(), polygon.end());
+            const auto direction = [&random] {
+                return BAS_Vec3d(uniform(random, -1, 1), uniform(random, -1, 1), uniform(random, -1, 1)).normalized();
+            };
+            const BAS_Vec3d x = direction(), y = (x % direction()).normalized();
+            const double scale = std::pow(10.0, uniform(random, -6, 6));
+            const BAS_Vec3d origin = direction() * (100.0 * scale);
+            for (const BAS_Vec2d &p : polygon)
+            {
+                const BAS_Vec3d at = origin + (x * p.x + y * p.y) * scale;
+                points.insert(points.end(), {at.x, at.y, at.z});
+            }
+            counts.push_back(int(polygon.size()));
+        }
+        std::vector<int> list(points.size() / 3);
+        std::iota(list.begin(), list.end(), 0);
+        mesh = new RQ_PrimPolygonMesh(integers(counts), integers(list), oneAttribute("P", makeArray(points, 3)));
+    }
+
+    /// Twice the area of a face or a piece, along its normal.
+    template <class Corner> static BAS_Vec3d area(int64_t count, Corner &&corner)
+    {
+        BAS_Vec3d sum(0.0);
+        for (int64_t i = 1; i + 1 < count; ++i)
+            sum += (corner(i) - corner(0)) % (corner(i + 1) - corner(0));
+        return sum;
+    }
+
+    std::vector<double> points;
+    std::vector<int> counts;
+    RQ_PolygonMeshHandle mesh;
+};
+
+TEST(Convex, CoversTiltedFacesOnceByPiecesOnTheirSide)
+{
+    const TiltedFaces faces;
+    const auto at = [&](int64_t corner) {
+        const double *p = faces.points.data() + 3 * corner;
+        return BAS_Vec3d(p[0], p[1], p[2]);
+    };
+    RQ_ConvexArrays arrays;
+    for (const int limit : {3, 6})
+    {
+        ASSERT_TRUE(faces.mesh->getConvexArrays(arrays, limit));
+        const RQ_CountArray pieces(arrays.counts);
+        std::vector<double> areas(faces.counts.size());
+        std::vector<int64_t> triangles(faces.counts.size());
+        for (int64_t piece = 0; piece < pieces.entries(); ++piece)
+        {
+            const auto [begin, count] = pieces.getOffsetCount(piece);
+            EXPECT_LE(count, limit);
+            const size_t face = size_t(arrays.sourceFace->getI64(piece));
+            areas[face] += TiltedFaces::area(count, [&, first = begin](int64_t i) {
+                               return at(arrays.sourceVertex->getI64(first + i));
+                           }).length();
+            triangles[face] += count - 2;
+        }
+        for (size_t face = 0; face < areas.size(); ++face)
+        {
+            const int64_t first = faces.mesh->getVertexOffset(int64_t(face));
+            const double whole = TiltedFaces::area(faces.counts[face], [&](int64_t i) { return at(first + i); }).length();
+            ASSERT_NEAR(areas[face], whole, 1e-9 * whole) << "face " << face << ", limit " << limit;
+            ASSERT_EQ(triangles[face], faces.counts[face] - 2) << "face " << face << ", limit " << limit;
+        }
+    }
+    // Every edge of every face is an edge of one piece.
+    const std::vector<double> edges = valuesOf(faces.mesh->convex(3, false, true)->getVertex()->get("__edge"));
+    EXPECT_EQ(std::accumulate(edges.begin(), edges.end(), 0.0), double(faces.mesh->getVertexCount()));
+}
+
+TEST(Convex, AppliesToOtherMeshesOfTheSameFaces)
+{
+    MeshShape shape = keyholeShape();
+    shape.addFace({0, 1, 2, 3});
+    const RQ_PolygonMeshHandle mesh = makeMesh(shape), other = makeMesh(shape.scaled("twice as large", 2.0f, 2.0f, 2.0f));
+    RQ_ConvexArrays arrays;
+    for (const int limit : {3, 5, 3})  // into what an earlier one left
+    {
+        ASSERT_TRUE(mesh->getConvexArrays(arrays, limit));
+        EXPECT_EQ(jsonOf(*other->adoptConvexing(arrays)), jsonOf(*other->convex(limit)));
+    }
+}
+
+TEST(Convexer, CountsThePiecesOfFacesThatCrossThemselves)
+{
+    const RQ_DataArrayHandle points = positions({0, 3, 0, -2, -3, 0, 3, 1, 0, -3, 1, 0, 2, -3, 0});
+    RQ_Convexer convexer;
+    for (const bool isPentagon : {false, true, false})
+    {
+        const RQ_DataArrayHandle list =
+            integers(isPentagon ? std::vector<int>{0, 3, 1, 4, 2} : std::vector<int>{0, 1, 2, 3, 4});
+        convexer.processFace(points, 5, 0, list, 3, true);
+        EXPECT_EQ(convexer.getFaceCount(), 3);
+        EXPECT_EQ(convexer.getForcedCount() == 0, isPentagon);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <host/bas/Parallel.h>
+#include <rq/data/DAInherit.h>
 #include <rq/prim/RefineList.h>
 #include <rq/surface/PrimitiveBuilder.h>
 #include <tests/rq/surface/Fixture.h>
@@ -129,6 +130,22 @@ TEST(Pieces, HoldTheirFacesPointsAndSets)
             }
             EXPECT_EQ(faces, mesh->getFaceCount());
         }
+    }
+}
+
+TEST(Pieces, AreViewsUnlessTheyAreToOwnTheirData)
+{
+    const RQ_PolygonMeshHandle mesh = makeMesh(stripShape(10));
+    for (const bool harden : {false, true})
+    {
+        BAS_Array<RQ_PrimitiveHandle> split, materials;
+        ASSERT_TRUE(mesh->splitMesh(4, split, harden));
+        ASSERT_TRUE(mesh->partitionByMaterial(integers({0, 1, 0, 1, 0, 1, 0, 1, 0, 1}), materials, nullptr, harden));
+        for (const RQ_PrimitiveHandle &piece : {split[1], materials[1]})
+            for (const RQ_DataArrayHandle &array :
+                 {meshOf(piece).getVertex()->get("corner"), meshOf(piece).getUniform()->get("face"),
+                  meshOf(piece).getShared()->get("P")})
+                EXPECT_EQ(dynamic_cast<const RQ_DAInherit *>(array.get()) == nullptr, harden);
     }
 }
 

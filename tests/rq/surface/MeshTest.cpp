@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <host/bas/Parallel.h>
+#include <host/bas/StringMMPattern.h>
 #include <rq/prim/Transform.h>
 #include <rq/surface/PrimPointMesh.h>
+#include <tests/json.h>
 #include <tests/rq/surface/Fixture.h>
 
 using namespace tests;
@@ -198,6 +200,29 @@ TEST(Mesh, HardCopiesOwnTheirArraysAndSoftCopiesShareThem)
     EXPECT_EQ(hard->getShared()->get("P", 0)->getDataId(), mesh->getShared()->get("P", 0)->getDataId());
     EXPECT_DOUBLE_EQ(hard->computeVolume(BAS_Vec3f(0.0f), 0), 1.0);
     EXPECT_TRUE(hard->validate());
+}
+
+TEST(Mesh, TakesOverAttributesByOwnerAndIsSavedWithThem)
+{
+    const MeshShape shape = meshShape("triangle");
+    const RQ_AttributeListHandle detail = oneAttribute("id", integers({7}));
+    const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(integers(shape.counts), integers(shape.indices),
+                                                           oneAttribute("P", positions(shape.positions)), {}, {}, detail));
+    const RQ_FaceSetHandle all(new RQ_FaceSet);
+    all->addFace(0);
+    mesh->addFaceSet("all", all);
+    const RQ_PolygonMeshHandle source = makeMesh(shape);
+    const BAS_StringMMPattern anything("*"), nothing("x*");
+    EXPECT_EQ(mesh->attributeMerge(*source, &nothing, nullptr, nullptr, &anything), mesh);
+    const RQ_PrimitiveHandle merged = mesh->attributeMerge(*source, &nothing, nullptr, &anything, &anything);
+    const auto &result = dynamic_cast<const RQ_PrimPolygonMesh &>(*merged);
+    EXPECT_FALSE(result.getVertex() && result.getVertex()->get("corner"));
+    EXPECT_EQ(result.getShared(), mesh->getShared());
+    EXPECT_EQ(valuesOf(result.getUniform()->get("face")), std::vector<double>{0});
+
+    const std::string text = jsonOf(result);
+    for (const char *part : {"\"PolygonMesh\"", "[0,1,2]", "\"P\"", "\"face\"", "\"id\"", "\"facesets\":{\"all\":[0]}"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << " in " << text;
 }
 
 TEST(PointMesh, BoundsGrowByTheLargestWidth)

@@ -81,12 +81,14 @@ private:
     std::vector<BAS_Vec3d> faces_;
 };
 
-// The oracle multiplies where the library subtracts first, so extreme scales and not-a-numbers are beyond it; the fan is
-// beyond its patience.
+// The oracle multiplies where the library subtracts first, so extreme scales and not-a-numbers are beyond it.
 bool oracleCanRead(const MeshShape &shape)
 {
-    return shape.name != "not a number" && shape.name != "fan" && shape.name != "huge cube" && shape.name != "tiny cube";
+    return shape.name != "not a number" && shape.name != "huge cube" && shape.name != "tiny cube";
 }
+
+// Of the fan not all are asked: the oracle has no patience.
+int64_t stepThrough(const RQ_DataArray &normals) { return 1 + normals.entries() / 300; }
 }  // namespace
 
 TEST(Normals, AgreeWithBruteForceOnEveryShape)
@@ -99,13 +101,13 @@ TEST(Normals, AgreeWithBruteForceOnEveryShape)
         const RQ_PolygonMeshHandle mesh = makeMesh(shape);
         const BruteForce expected(shape);
         const RQ_DataArrayHandle points = mesh->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL64);
-        for (int64_t p = 0; p < points->entries(); ++p)
+        for (int64_t p = 0; p < points->entries(); p += stepThrough(*points))
             ASSERT_LT((vectorOf(*points, p) - expected.pointNormal(int(p))).length(), 1e-6) << "point " << p;
         for (const double cusp : {1.0, 60.0, 90.0, 179.0})
         {
             const RQ_DataArrayHandle corners = mesh->createVertexNormals(0, "P", cusp, true, RQ_STORAGE_REAL64);
             const double cosine = std::cos(cusp * std::numbers::pi / 180.0);
-            for (int64_t c = 0; c < corners->entries(); ++c)
+            for (int64_t c = 0; c < corners->entries(); c += stepThrough(*corners))
                 ASSERT_LT((vectorOf(*corners, c) - expected.cornerNormal(size_t(c), cosine)).length(), 1e-6)
                     << "corner " << c << " cusp " << cusp;
         }
@@ -331,6 +333,26 @@ TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
     }
     std::vector<BAS_Vec3d> none(5);
     EXPECT_FALSE(mesh->pointNormals(none.data(), 0, "rest"));
+}
+
+TEST(Normals, OfEverySegmentAreThoseOfItsPositions)
+{
+    const MeshShape still = terraces(false), moved = still.scaled("moved", 1.0f, 1.0f, 2.0f);
+    const RQ_AttributeListHandle one = oneAttribute("P", positions(still.positions));
+    const RQ_AttributeListHandle two(new RQ_AttributeList(one->getMap(), 2));
+    two->set(0, one->get(0, 0), 0);
+    two->set(0, positions(moved.positions), 1);
+    const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(integers(still.counts), integers(still.indices), two));
+    EXPECT_EQ(mesh->getMotionSegments(), 2);
+    for (const int segment : {0, 1})
+    {
+        const RQ_PolygonMeshHandle alone = makeMesh(segment == 0 ? still : moved);
+        EXPECT_EQ(valuesOf(mesh->faceNormals(segment)), valuesOf(alone->faceNormals()));
+        EXPECT_EQ(valuesOf(mesh->createPointNormals(segment, "P", true, nullptr, RQ_STORAGE_REAL32)),
+                  valuesOf(alone->createPointNormals(0, "P", true, nullptr, RQ_STORAGE_REAL32)));
+        EXPECT_EQ(valuesOf(mesh->createVertexNormals(segment, "P", 60.0, true, RQ_STORAGE_REAL32)),
+                  valuesOf(alone->createVertexNormals(0, "P", 60.0, true, RQ_STORAGE_REAL32)));
+    }
 }
 
 TEST(Normals, AreAddedOnlyWhereMissingAndFailWithoutPositions)

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <bit>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,11 @@ template <int limit, bool triangulate> std::string convexText(const RQ_PrimPolyg
 }
 
 const Operation kConvexings[] = {
+    {"pieces for another mesh",
+     [](const RQ_PrimPolygonMesh &mesh) {
+         RQ_ConvexArrays arrays;
+         return mesh.getConvexArrays(arrays, 4) ? jsonOf(*mesh.adoptConvexing(arrays)) + jsonOf(*arrays.whole, true) : "";
+     }},
     {"triangles", convexText<3, false>},
     {"pieces", convexText<5, false>},
     {"triangles of what is cut", convexText<100, true>},
@@ -89,6 +95,18 @@ const Operation kOthers[] = {
          const std::string text = jsonOf(*mesh.removeUnusedPoints(&rows));
          return text + jsonOf(*rows, true);
      }},
+    {"measures",
+     [](const RQ_PrimPolygonMesh &mesh) {
+         BAS_BoundingBox box;
+         mesh.enlargeBounds(&box, 1);
+         std::string text;
+         for (const double value :
+              {mesh.computePerimeter(0), mesh.computeSurfaceArea(0), mesh.computeVolume(BAS_Vec3f(1.0f), 0),
+               double(box.maximum().x), double(box.maximum().z)})
+             text += std::to_string(std::bit_cast<int64_t>(value)) + " ";
+         return text;
+     }},
+    {"copies", [](const RQ_PrimPolygonMesh &mesh) { return jsonOf(*mesh.harden()); }},
     {"faces, which come in any order",
      [](const RQ_PrimPolygonMesh &mesh) {
          RQ_RefineList list;
