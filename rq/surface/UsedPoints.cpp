@@ -140,11 +140,12 @@ UsedPoints::UsedPoints(const RQ_DataArray &vertexList, int64_t points)
         addAll(Values<int64_t>(vertexList));
     else
         addAll(Values<int32_t>(vertexList));
+    std::vector<int64_t> counts(before_.size());
     forEachBlock([&](int64_t begin, int64_t end, int64_t) {
         marks.collect(begin, end);
-        before_[size_t(begin / kItemsPerTask) + 1] =
+        counts[size_t(begin / kItemsPerTask) + 1] =
             countBits(words_.data() + begin / kWordBits, (end - begin + kWordBits - 1) / kWordBits);
     });
-    std::partial_sum(before_.begin(), before_.end(), before_.begin());
+    std::partial_sum(counts.begin(), counts.end(), before_.begin());
 }
 }  // namespace rq
