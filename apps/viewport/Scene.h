@@ -33,7 +33,8 @@ class Scene
 {
 public:
     /// `previous`, the scene shown before, lends what it derived from arrays that are still the same, and how it cut
-    /// faces that are: frames of an animation are cut once.  `cache`, if given, keeps normals by cusp angle for longer.
+    /// faces that are: frames of an animation are cut once.  `cache`, if given, keeps cuts and normals by cusp
+    /// angle for longer.
     static std::shared_ptr<const Scene> make(const std::vector<Shown> &shown, const Preparation &preparation,
                                              const RQ_RefineParms *parms = nullptr, const Scene *previous = nullptr,
                                              RQ_RefineCache *cache = nullptr);

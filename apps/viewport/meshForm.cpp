@@ -39,7 +39,8 @@ RQ_DataArrayHandle faceEdges(const RQ_PrimPolygonMesh &mesh, const RQ_ConvexArra
     return edges;
 }
 
-bool cutToTriangles(const RQ_PrimPolygonMesh &mesh, const FormHandle &alike, Form &form, std::string &why)
+bool cutToTriangles(const RQ_PrimPolygonMesh &mesh, const FormHandle &alike, RQ_RefineCache *cache, Form &form,
+                    std::string &why)
 {
     form.corners = mesh.getVertexList();
     form.elements = mesh.getFaceCount();
@@ -56,7 +57,7 @@ bool cutToTriangles(const RQ_PrimPolygonMesh &mesh, const FormHandle &alike, For
         return true;
     }
     RQ_ConvexArrays cut;
-    if (!mesh.getConvexArrays(cut, 3, true))
+    if (!(cache ? cache->convexArrays(mesh, cut, 3) : mesh.getConvexArrays(cut, 3)))
     {
         why = "polygons that could not be cut into triangles";
         return false;
@@ -121,7 +122,7 @@ FormHandle makeMeshForm(const RQ_PrimPolygonMesh &mesh, const Preparation &prepa
         why = "a mesh without positions";
     if (mesh.getVertexCount() > std::numeric_limits<int32_t>::max())
         why = fmt::format("a mesh of {} corners: more than can be numbered", mesh.getVertexCount());
-    if (!why.empty() || !mesh.validate(&why) || !cutToTriangles(mesh, alike, *form, why))
+    if (!why.empty() || !mesh.validate(&why) || !cutToTriangles(mesh, alike, cache, *form, why))
         return nullptr;
     if (form->elements == 0)
     {

@@ -1,5 +1,6 @@
 #include <rq/bridge/detail/Rebinding.h>
 
+#include <algorithm>
 #include <typeinfo>
 
 #include <host/msh/Detail.h>
@@ -26,7 +27,38 @@ bool readsDetail(const RQ_DataArray &array)
     rq::findHostBound(array, found);
     return !found.empty();
 }
+
+bool hasSameValues(const RQ_AttributeListHandle &a, const RQ_AttributeListHandle &b, const char *name)
+{
+    for (int segment = 0; a && segment < a->getSegments(); ++segment)
+    {
+        const RQ_DataArrayHandle &left = a->get(name, segment), &right = b->get(name, segment);
+        if (left != right && (left->getDataId() == -1 || left->getDataId() != right->getDataId()))
+            return false;
+    }
+    return true;
+}
+
+/// Whether tangents of one mesh are those of another with the same faces and the same attributes.
+bool hasSameTangents(const RQ_PrimPolygonMesh &a, const RQ_PrimPolygonMesh &b)
+{
+    const char *const kSources[] = {"P", "N", "uv"};
+    return std::all_of(std::begin(kSources), std::end(kSources), [&](const char *name) {
+        return hasSameValues(a.getShared(), b.getShared(), name) && hasSameValues(a.getVertex(), b.getVertex(), name);
+    });
+}
 }  // namespace
+
+int64_t rq::countTangents(const RQ_Primitive &primitive)
+{
+    int64_t most = 0;
+    if (const auto *several = exactly<RQ_PrimCollect>(primitive))
+        for (int64_t i = 0; i < several->entries(); ++i)
+            most = std::max(most, countTangents(*several->getPrim(i)));
+    const RQ_AttributeListHandle &vertex = primitive.getVertexAttributes();
+    const RQ_DataArrayHandle &tangents = vertex ? vertex->get("tangentu") : RQ_DataArrayHandle();
+    return tangents && !readsDetail(*tangents) ? vertex->getSegments() : most;
+}
 
 RQ_DataArrayHandle rq::Rebinding::makeArray(const RQ_DataArrayHandle &old)
 {
@@ -88,6 +120,24 @@ bool rq::Rebinding::attributes(const RQ_AttributeListHandle &old, RQ_AttributeLi
     return true;
 }
 
+template <class Mesh> RQ_PrimitiveHandle rq::Rebinding::mesh(const Mesh &old)
+{
+    RQ_AttributeListHandle point, vertex, uniform, detail;
+    if (!attributes(old.getShared(), point) || !attributes(old.getVertex(), vertex) ||
+        !attributes(old.getUniform(), uniform) || !attributes(old.getDetail(), detail))
+        return nullptr;
+    const RQ_PolygonMeshHandle made(new Mesh(old, point, vertex, uniform, detail));
+    const int64_t tangents = countTangents(old);
+    if (tangents == 0 || hasSameTangents(old, *made))
+        return made;
+    tangents_ += tangents;
+    const RQ_AttributeListHandle others = vertex->removeAttribute("tangentu")->removeAttribute("tangentv");
+    const RQ_PolygonMeshHandle bare(new Mesh(old, point, others, uniform, detail));
+    bool changed = false;
+    const RQ_PolygonMeshHandle result = bare->createTangentsIfMissing(changed);
+    return changed ? result : nullptr;
+}
+
 RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
 {
     if (const auto *several = exactly<RQ_PrimCollect>(*old))
@@ -102,14 +152,14 @@ RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
         }
         return made;
     }
+    if (const auto *faces = exactly<RQ_PrimPolygonMesh>(*old))
+        return mesh(*faces);
+    if (const auto *surface = exactly<RQ_PrimSubdivisionMesh>(*old))
+        return mesh(*surface);
     RQ_AttributeListHandle point, vertex, uniform, detail;
     if (!attributes(old->getPointAttributes(), point) || !attributes(old->getVertexAttributes(), vertex) ||
         !attributes(old->getUniformAttributes(), uniform) || !attributes(old->getDetailAttributes(), detail))
         return nullptr;
-    if (const auto *mesh = exactly<RQ_PrimPolygonMesh>(*old))
-        return new RQ_PrimPolygonMesh(*mesh, point, vertex, uniform, detail);
-    if (const auto *surface = exactly<RQ_PrimSubdivisionMesh>(*old))
-        return new RQ_PrimSubdivisionMesh(*surface, point, vertex, uniform, detail);
     if (const auto *curves = exactly<RQ_PrimCurveMesh>(*old))
         return new RQ_PrimCurveMesh(*curves, vertex, uniform, detail);
     if (exactly<RQ_PrimPointMesh>(*old))

@@ -84,7 +84,7 @@ bool addsNormals(const MSH_Detail &detail, const RQ_RefineParms *parms)
 RQ_RefineCache::RQ_RefineCache(int64_t mostBytes) : entries_(std::make_unique<rq::RecentEntries>(mostBytes)) {}
 RQ_RefineCache::~RQ_RefineCache() = default;
 
-RQ_RefineCache::Work RQ_RefineCache::getWork() const { return {walks_, convexings_, normals_, subdivisions_}; }
+RQ_RefineCache::Work RQ_RefineCache::getWork() const { return {walks_, convexings_, normals_, subdivisions_, tangents_}; }
 void RQ_RefineCache::clear() { entries_->clear(); }
 int64_t RQ_RefineCache::getMemoryUsage() const { return int64_t(sizeof(*this)) + entries_->getMemoryUsage(); }
 
@@ -113,6 +113,7 @@ std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &de
             if (RQ_PrimitiveHandle made = rebinding.primitive(old))
                 primitives.push_back(std::move(made));
         normals_ += rebinding.normals();
+        tangents_ += rebinding.tangents();
         if (primitives.size() != before->primitives.size())
             primitives.clear();
     }
@@ -123,10 +124,40 @@ std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &de
         std::erase(primitives, nullptr);
         if (isKept && addsNormals(*details->getDetail(), parms))
             normals_ += details->getSegments();
+        if (RQ_RefineParms::getAddMikkT(parms))
+            for (const RQ_PrimitiveHandle &made : primitives)
+                tangents_ += rq::countTangents(*made);
     }
     if (isKept && !primitives.empty())
         entries_->store(key, std::make_shared<Frame>(detail, primitives, std::move(values)));
     return primitives;
+}
+
+std::shared_ptr<const RQ_RefineCache::Cut> RQ_RefineCache::cut(const RQ_PrimPolygonMesh &mesh, int maxVertices,
+                                                               bool triangulate)
+{
+    // Whoever asks for triangles need not say so twice.
+    maxVertices = std::max(maxVertices, 3);
+    triangulate |= maxVertices == 3;
+    const std::string key = rq::KeyText('C').addFaces(mesh).add(maxVertices).add(triangulate).text();
+    if (const auto before = std::static_pointer_cast<const Cut>(entries_->find(key)))
+        return before;
+    const auto made = std::make_shared<Cut>();
+    ++convexings_;
+    if (!mesh.getConvexArrays(made->arrays, maxVertices, triangulate))
+        return nullptr;
+    made->sets = mesh.faceSetMap();
+    made->mesh = new RQ_PrimPolygonMesh(*mesh.adoptConvexing(made->arrays), nullptr, nullptr, nullptr, nullptr);
+    entries_->store(key, made);
+    return made;
+}
+
+bool RQ_RefineCache::convexArrays(const RQ_PrimPolygonMesh &mesh, RQ_ConvexArrays &arrays, int maxVertices, bool triangulate)
+{
+    const std::shared_ptr<const Cut> made = mesh.getVertexList() ? cut(mesh, maxVertices, triangulate) : nullptr;
+    if (made)
+        arrays = made->arrays;
+    return made != nullptr;
 }
 
 RQ_PolygonMeshHandle RQ_RefineCache::convex(const RQ_PrimPolygonMesh &mesh, int maxVertices, bool triangulate)
@@ -137,29 +168,19 @@ RQ_PolygonMeshHandle RQ_RefineCache::convex(const RQ_PrimPolygonMesh &mesh, int 
         convexings_ += !isWhole;
         return mesh.convex(maxVertices, triangulate);
     }
-    const std::string key = rq::KeyText('C').addFaces(mesh).add(maxVertices).add(triangulate).text();
-    if (const auto before = std::static_pointer_cast<const Cut>(entries_->find(key)))
-    {
-        const auto through = [](const RQ_AttributeListHandle &list, const RQ_DataArrayHandle &rows) {
-            return list ? list->createIndirect(rows) : nullptr;
-        };
-        const RQ_PolygonMeshHandle made(
-            new RQ_PrimPolygonMesh(*before->mesh, mesh.getShared(), through(mesh.getVertex(), before->arrays.sourceVertex),
-                                   through(mesh.getUniform(), before->arrays.sourceFace), mesh.getDetail()));
-        made->setPrimitiveTransform(mesh.getPrimitiveTransform());
-        if (mesh.faceSetMap() != before->sets)
-            made->setFaceSetMap(mesh.faceSetMap() ? mesh.faceSetMap()->followFaces(before->arrays.sourceFace) : nullptr);
-        return made;
-    }
-    const auto cut = std::make_shared<Cut>();
-    ++convexings_;
-    if (!mesh.getConvexArrays(cut->arrays, maxVertices, triangulate))
+    const std::shared_ptr<const Cut> made = cut(mesh, maxVertices, triangulate);
+    if (!made)
         return nullptr;
-    const RQ_PolygonMeshHandle made = mesh.adoptConvexing(cut->arrays);
-    cut->sets = mesh.faceSetMap();
-    cut->mesh = new RQ_PrimPolygonMesh(*made, nullptr, nullptr, nullptr, nullptr);
-    entries_->store(key, cut);
-    return made;
+    const auto through = [](const RQ_AttributeListHandle &list, const RQ_DataArrayHandle &rows) {
+        return list ? list->createIndirect(rows) : nullptr;
+    };
+    const RQ_PolygonMeshHandle pieces(
+        new RQ_PrimPolygonMesh(*made->mesh, mesh.getShared(), through(mesh.getVertex(), made->arrays.sourceVertex),
+                               through(mesh.getUniform(), made->arrays.sourceFace), mesh.getDetail()));
+    pieces->setPrimitiveTransform(mesh.getPrimitiveTransform());
+    if (mesh.faceSetMap() != made->sets)
+        pieces->setFaceSetMap(mesh.faceSetMap() ? mesh.faceSetMap()->followFaces(made->arrays.sourceFace) : nullptr);
+    return pieces;
 }
 
 RQ_DataArrayHandle RQ_RefineCache::vertexNormals(const RQ_PrimPolygonMesh &mesh, int segment, double cuspAngle)

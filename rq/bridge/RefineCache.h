@@ -47,8 +47,9 @@ public:
         int64_t convexings = 0;    ///< meshes whose faces were cut
         int64_t normals = 0;       ///< arrays of normals that were computed, one a segment
         int64_t subdivisions = 0;  ///< topologies of subdivision surfaces
+        int64_t tangents = 0;      ///< pairs of arrays of tangents that were added, one a segment
 
-        int64_t sum() const { return walks + convexings + normals + subdivisions; }
+        int64_t sum() const { return walks + convexings + normals + subdivisions + tangents; }
         bool operator==(const Work &) const = default;
     };
     Work getWork() const;
@@ -60,6 +61,11 @@ public:
 
     /// The mesh in convex pieces, see `RQ_PrimPolygonMesh::convex`.
     RQ_PolygonMeshHandle convex(const RQ_PrimPolygonMesh &mesh, int maxVertices = 4, bool triangulate = false);
+
+    /// The cut that `convex` makes its pieces by, see `RQ_PrimPolygonMesh::getConvexArrays`: it tells the face that each
+    /// piece, and the vertex that each corner, came from.
+    bool convexArrays(const RQ_PrimPolygonMesh &mesh, RQ_ConvexArrays &arrays, int maxVertices = 4,
+                      bool triangulate = false);
 
     /// Vertex normals by cusp angle, 3 x real32 a face-vertex, see `RQ_PrimPolygonMesh::createVertexNormals`.  Kept are
     /// those of the latest positions, one array for each segment of the mesh.
@@ -80,7 +86,8 @@ private:
     struct Surface;
 
     std::vector<RQ_PrimitiveHandle> makeFrame(const RQ_MSHDetail &detail, const RQ_RefineParms *parms);
+    std::shared_ptr<const Cut> cut(const RQ_PrimPolygonMesh &mesh, int maxVertices, bool triangulate);
 
     const std::unique_ptr<rq::RecentEntries> entries_;
-    std::atomic<int64_t> walks_{0}, convexings_{0}, normals_{0}, subdivisions_{0};
+    std::atomic<int64_t> walks_{0}, convexings_{0}, normals_{0}, subdivisions_{0}, tangents_{0};
 };

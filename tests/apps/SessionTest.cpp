@@ -168,6 +168,7 @@ TEST_F(SessionTest, FramesOfOneTopologyCostTheirDataAlone)
     ASSERT_TRUE(meshOf(before) && meshOf(after));
     EXPECT_EQ(heightOf(after), 2.0);
     EXPECT_EQ(after->cacheWork.walks, before->cacheWork.walks);
+    EXPECT_GT(before->cacheWork.convexings, 0);
     EXPECT_EQ(after->cacheWork.convexings, before->cacheWork.convexings);
     EXPECT_EQ(meshOf(after)->getVertexList(), meshOf(before)->getVertexList());
     EXPECT_EQ(after->emitted[1].primitive->getPointAttributes()->get(0)->getDataId(),
@@ -195,7 +196,7 @@ TEST_F(SessionTest, LevelOfDetailConcernsOnlyWhatSaysSo)
     EXPECT_EQ(meshOf(before), meshOf(finer));
     EXPECT_GT(finer->primitivesRefined, 0);
     EXPECT_LT(finer->primitivesRefined, int64_t(finer->emitted.size()));
-    EXPECT_EQ(finer->cacheWork, before->cacheWork);
+    EXPECT_EQ(finer->cacheWork.walks, before->cacheWork.walks);
 
     parms.setAddVertexNormals(true);
     session.setParms(parms);

@@ -62,7 +62,8 @@ void showResult(const SessionResult &result)
     row("Refine", fmt::format("{:.1f} ms", result.refineSeconds * 1e3));
     row("Cache holds", bytes(result.cacheBytes));
     row("Cache made", fmt::format("walks {}, cuts {}", work.walks, work.convexings));
-    row("", fmt::format("normals {}, surfaces {}", work.normals, work.subdivisions));
+    row("", fmt::format("normals {}, tangents {}", work.normals, work.tangents));
+    row("", fmt::format("surfaces {}", work.subdivisions));
 }
 
 void showDisplay(const Viewer &viewer)

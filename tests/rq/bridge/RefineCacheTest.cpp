@@ -70,7 +70,20 @@ struct OptionCase
 const OptionCase kOptions[] = {
     {"defaults", [](RQ_RefineParms &) {}, 0, 0},
     {"normals", [](RQ_RefineParms &parms) { parms.setAddVertexNormals(true); }, 0, 0},
-    {"tangents", [](RQ_RefineParms &parms) { parms.setAddMikkT(true); }, 1, 0},
+    {"tangents", [](RQ_RefineParms &parms) { parms.setAddMikkT(true); }, 0, 0},
+    {"tangents of pieces",
+     [](RQ_RefineParms &parms) {
+         parms.setAddMikkT(true);
+         parms.setMaxPolyMeshSize(3);
+     },
+     1, 0},
+    {"a surface with tangents",
+     [](RQ_RefineParms &parms) {
+         parms.setPolysAsSubdivision(true);
+         parms.setAddVertexNormals(true);
+         parms.setAddMikkT(true);
+     },
+     0, 1},
     {"pieces", [](RQ_RefineParms &parms) { parms.setMaxPolyMeshSize(3); }, 0, 0},
     {"a surface", [](RQ_RefineParms &parms) { parms.setPolysAsSubdivision(true); }, 0, 1},
     {"face sets", [](RQ_RefineParms &parms) { parms.setFaceSetMode(1); }, 0, 0},
@@ -127,6 +140,9 @@ std::string draw(RQ_RefineCache &cache, const MOD_ConstDetailHandle &frame, cons
             EXPECT_TRUE(triangles->validate(&why)) << why;
             const RQ_DataArrayHandle normals = cache.vertexNormals(*triangles, 0, 30.0);
             text += textOf(*triangles) + jsonOf(*normals, false);
+            RQ_ConvexArrays cut;
+            EXPECT_TRUE(cache.convexArrays(*mesh, cut, 3, true));
+            text += jsonOf(*cut.sourceFace, false) + jsonOf(*cut.sourceVertex, false);
         }
     }
     return text;
@@ -139,12 +155,13 @@ TEST(RefineCache, ComputesOnlyWhatTheValuesChange)
         RQ_RefineParms parms;
         parms.setPolysAsSubdivision(subdivides);
         parms.setAddVertexNormals(true);
+        parms.setAddMikkT(true);
         parms.setFaceSetMode(1);
         RQ_RefineCache cache;
         const MOD_DetailHandle geometry = makeScene();
         draw(cache, geometry.read(), parms);
         const RQ_RefineCache::Work first = cache.getWork();
-        EXPECT_EQ(first, (RQ_RefineCache::Work{1, !subdivides, 1 + !subdivides, subdivides}));
+        EXPECT_EQ(first, (RQ_RefineCache::Work{1, !subdivides, 1 + !subdivides, subdivides, 1}));
 
         RQ_RefineCache fresh;
         const MOD_ConstDetailHandle coloured = changed(geometry, colour);
@@ -156,7 +173,8 @@ TEST(RefineCache, ComputesOnlyWhatTheValuesChange)
         EXPECT_EQ(draw(cache, moved, parms), draw(fresh, moved, parms));
         RQ_RefineCache::Work expected = first;
         expected.normals += 1 + !subdivides;
-        EXPECT_EQ(cache.getWork(), expected) << "normals follow positions, nothing else does";
+        expected.tangents += 1;
+        EXPECT_EQ(cache.getWork(), expected) << "normals and tangents follow positions, nothing else does";
     }
 }
 
@@ -182,6 +200,18 @@ TEST(RefineCache, LetsSnapshotsAndResultsGo)
     EXPECT_EQ(small.getWork().walks, 2);
     EXPECT_LT(small.getMemoryUsage(), 1000);
     EXPECT_GT(cache.getMemoryUsage(), 1000);
+
+    // Of as many as there is room for, the one that was not asked for the longest goes.
+    const MOD_DetailHandle scenes[] = {makeScene(), makeScene(), makeScene()};
+    const auto refineScene = [&](RQ_RefineCache &into, int i) { into.refine(RQ_MSHDetail(scenes[i].read()), nullptr); };
+    RQ_RefineCache one;
+    refineScene(one, 0);
+    RQ_RefineCache two(5 * one.getMemoryUsage() / 2);
+    for (const int i : {0, 1, 0, 2, 0})
+        refineScene(two, i);
+    EXPECT_EQ(two.getWork().walks, 3);
+    refineScene(two, 1);
+    EXPECT_EQ(two.getWork().walks, 4);
 }
 
 TEST(RefineCache, ServesThreadsAndSegments)
