@@ -43,7 +43,7 @@ enum class RQ_MSHIncludePoint
 ///            a velocity "v" on points             "P" + t "v" + t^2 / 2 "accel", where there is such an attribute
 ///            none of them                         there is one segment, and a warning
 ///
-///            In the second and third case all other attributes, and what is placed at points, are the first's
+///            In the second and third case all other attributes are the first's
 /// Units      velocities a second, accelerations a second squared; "P", "v" and "accel" are 3 floats
 /// Ownership  keeps the details alive
 /// Threads    immutable, shared by every collector of a refinement

@@ -32,15 +32,28 @@ private:
     const RQ_MSHAttributeFilter *callers_;
 };
 
+/// The positions of vertices in every segment, as samples or velocities move them; null without any.
+RQ_AttributeListHandle positionsOf(const RQ_MSHDetailList &details, const RQ_MSHOffsetList &vertices)
+{
+    struct OnlyPositions final : RQ_MSHAttributeFilter
+    {
+        bool isValid(const ELM_Attribute &attribute) const override
+        {
+            return attribute.owner() == ELM_OWNER_POINT && attribute.name() == ELM_POSITION_NAME;
+        }
+    };
+    const OnlyPositions filter;
+    return details.getVertexAttributes(&filter, vertices, nullptr, RQ_MSHIncludePoint::INCLUDE);
+}
+
 /// The two columns that make the placements of one segment.
 class Columns
 {
 public:
-    Columns(const MOD_ConstDetailHandle &handle, const RQ_MSHOffsetList &primitives, const RQ_MSHOffsetList &vertices)
+    Columns(const MOD_ConstDetailHandle &handle, const RQ_MSHOffsetList &primitives, const RQ_DataArrayHandle &points)
         : matrices_(new RQ_MSHElementArray(handle, transformOf(*handle.readLock()), primitives, ELM_OWNER_PRIMITIVE)),
-          points_(new RQ_MSHElementArray(handle, &handle.readLock()->positions(), vertices, ELM_OWNER_VERTEX)),
-          hasMatrices_(matrices_->isValid() && matrices_->getTupleSize() == 9),
-          hasPoints_(points_->getTupleSize() >= 3 && points_->entries() == primitives.entries())
+          points_(points), hasMatrices_(matrices_->isValid() && matrices_->getTupleSize() == 9),
+          hasPoints_(points && points->getTupleSize() >= 3 && points->entries() == primitives.entries())
     {}
 
     /// Set the rows of matrices that are the identity.
@@ -67,8 +80,9 @@ public:
         bool all = true;
         for (const RQ_DataArrayHandle &array : {matrices_, points_})
         {
-            id = RQmixId(id) + RQmixId(uint64_t(array->getDataId()));
-            all = all && (array->getDataId() != -1 || !array->isValid());
+            const bool isThere = array && array->isValid();
+            id = RQmixId(id) + RQmixId(uint64_t(isThere ? array->getDataId() : -1));
+            all = all && !(isThere && array->getDataId() == -1);
         }
         return all;
     }
@@ -81,13 +95,13 @@ private:
 
 RQ_TransformArrayHandle rq::placementsOf(const RQ_MSHDetailList &details, const RQ_MSHOffsetList &primitives)
 {
-    const RQ_MSHOffsetList vertices = details.firstVertices(primitives);
+    const RQ_AttributeListHandle points = positionsOf(details, details.firstVertices(primitives));
     std::vector<Columns> columns;
     uint64_t id = uint64_t(details.getSegments());
     bool hasId = true;
     for (int segment = 0; segment < details.getSegments(); ++segment)
     {
-        columns.emplace_back(details.getHandle(segment), primitives, vertices);
+        columns.emplace_back(details.getHandle(segment), primitives, points ? points->get(0, segment) : nullptr);
         hasId = columns.back().mixId(id) && hasId;
     }
     const auto read = [&](int64_t first, int64_t count, int segment, BAS_Mat4d *out) {

@@ -1,3 +1,4 @@
+#include <host/bas/Diagnostics.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <tests/rq/bridge/Fixture.h>
@@ -56,6 +57,7 @@ const MotionCase kMotionCases[] = {
     {"the same elements and ids", {kWithIds, {{4, 5, 6, 7}, {5, 6, 7, 8}}}, {4, 5, 6, 7}},
     {"the same elements and other ids", {kWithIds, {{4, 5, 6, 7}, {8, 7, 6, 5}}}, {7, 6, 5, 4}},
     {"a sample has no ids", {kWithIds, {{4, 5, 6, 7}}}, {4, 5, 6, 7}},
+    {"an id twice", {kWithIds, {{4, 5, 9, 6, 7}, {5, 6, 5, 7, 8}}}, {4, 5, 6, 7}},
     {"births", {kWithIds, {{9, 4, 5, 6, 7}, {1, 5, 6, 7, 8}}}, {4, 5, 6, 7}},
     {"a death", {kWithIds, {{4, 5, 6}, {8, 7, 6}}}, {0, 6, 5, 4}},
     {"a death on the way", {{{0, 1, 2}, {5, 6, 7}, 8, 0}, {{4, 5, 6, 7}, {6, 7, 8, 9}}}, {4, 4, 5}},
@@ -82,8 +84,13 @@ TEST(Motion, IsMadeOfWhatTheSamplesHaveInCommon)
         std::vector<MOD_ConstDetailHandle> details;
         for (const Sample &sample : c.samples)
             details.push_back(sample.make());
+        static int warnings;
+        warnings = 0;
+        BAS_Diagnostics::setSink([](std::string_view) { ++warnings; });
         const RQ_PrimitiveHandle moving(new RQ_MSHDetail(details, {}, kSeconds));
+        BAS_Diagnostics::setSink(nullptr);
         const int segments = c.end.empty() ? 1 : int(details.size());
+        EXPECT_EQ(warnings, segments < int(details.size()));
         EXPECT_EQ(moving->getMotionSegments(), segments);
         RQ_RefineList list;
         RQ_RefineParms parms;
@@ -98,7 +105,9 @@ TEST(Motion, IsMadeOfWhatTheSamplesHaveInCommon)
         const std::vector<float> corners(end.begin(), end.begin() + 3), line = {end[1], end[0]};
         EXPECT_EQ(mesh->getPointAttributes()->getSegments(), segments);
         EXPECT_EQ(column(mesh->getPointAttributes()->get("P", segments - 1)), corners) << "faces";
-        EXPECT_EQ(mesh->getVertexAttributes()->get("N", segments - 1)->entries(), 3);
+        const RQ_DataArrayHandle normals =
+            as<RQ_PrimPolygonMesh>(mesh)->createVertexNormals(segments - 1, "P", 60.0, true, RQ_STORAGE_REAL32);
+        EXPECT_TRUE(mesh->getVertexAttributes()->get("N", segments - 1)->isEqual(*normals));
         EXPECT_EQ(column(curve->getVertexAttributes()->get("P", segments - 1)), line) << "curves";
         EXPECT_EQ(column(mesh->getPointAttributes()->get("P", 0)),
                   std::vector<float>(c.samples[0].x.begin(), c.samples[0].x.begin() + 3));

@@ -109,32 +109,37 @@ TEST(QuadricCollectors, FollowChangesSegmentsAndTheCallersFilter)
     RQ_RefineParms parms;
     parms.setAttributeFilter(&filter);
     const MOD_DetailHandle geometry = makeQuadrics(40);
-    const MOD_ConstDetailHandle still = geometry.read();
-    MOD_Edit edit(geometry);
-    const float far[] = {100, 0, 0};
-    ASSERT_TRUE(edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(39, 1, far));
-    const MOD_ConstDetailHandle moved = edit.commit();
-    RQ_RefineList both;
-    ASSERT_TRUE(both.refine(RQ_PrimitiveHandle(new RQ_MSHDetail({still, moved})).get(), &parms));
-    const std::vector<RQ_PrimitiveHandle> lists[] = {refine(still, &parms),
-                                                     refine(still, &parms),
-                                                     refine(moved, &parms),
-                                                     {both.getPrimitive(1), both.getPrimitive(2), both.getPrimitive(3)}};
+    const auto shift = [&](const char *name, float by) {
+        MOD_Edit edit(geometry);
+        edit.attribute(ELM_OWNER_POINT, name, ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->modifyAll<float>()[3 * 39] += by;
+        return edit.commit();
+    };
+    const MOD_ConstDetailHandle still = shift("v", 256.0f), moved = shift("P", 128.0f);
+    const auto refineMoving = [&](const RQ_PrimitiveHandle &moving) {
+        RQ_RefineList all;
+        EXPECT_TRUE(all.refine(moving.get(), &parms));
+        return std::vector<RQ_PrimitiveHandle>{all.getPrimitive(1), all.getPrimitive(2), all.getPrimitive(3)};
+    };
+    const std::vector<RQ_PrimitiveHandle> lists[] = {refine(still, &parms), refine(still, &parms), refine(moved, &parms),
+                                                     refineMoving(new RQ_MSHDetail({still, moved})),
+                                                     refineMoving(RQ_MSHDetail::makeMoving(still, 2, 0.5))};
     for (size_t i = 0; i < 4; ++i)
     {
-        const RQ_PrimQuadricMesh &a = *meshesIn(lists[0])[i], &b = *meshesIn(lists[1])[i], &c = *meshesIn(lists[2])[i],
-                                 &ac = *meshesIn(lists[3])[i];
+        const RQ_PrimQuadricMesh &a = *meshesIn(lists[0])[i], &b = *meshesIn(lists[1])[i], &c = *meshesIn(lists[2])[i];
         EXPECT_EQ(a.getVertexAttributes()->entries(), 1);
         uint64_t first, second;
         EXPECT_TRUE(a.getDataIdHash(first, 0, false) && c.getDataIdHash(second, 0, false) && first == second);
         EXPECT_EQ(a.getTransforms()->getDataId(), b.getTransforms()->getDataId());
         EXPECT_NE(a.getTransforms()->getDataId(), c.getTransforms()->getDataId());
-        BAS_BoundingBox boxes[4];
-        ac.enlargeBounds(boxes, 2);
-        a.enlargeBounds(boxes + 2, 1);
-        c.enlargeBounds(boxes + 3, 1);
-        EXPECT_EQ(ac.getMotionSegments(), 2);
-        EXPECT_TRUE(boxes[0] == boxes[2] && boxes[1] == boxes[3]);
+        for (const RQ_PrimQuadricMesh *moving : {meshesIn(lists[3])[i], meshesIn(lists[4])[i]})
+        {
+            BAS_BoundingBox boxes[4];
+            moving->enlargeBounds(boxes, 2);
+            a.enlargeBounds(boxes + 2, 1);
+            c.enlargeBounds(boxes + 3, 1);
+            EXPECT_EQ(moving->getMotionSegments(), 2);
+            EXPECT_TRUE(boxes[0] == boxes[2] && boxes[1] == boxes[3]);
+        }
     }
 }
 
