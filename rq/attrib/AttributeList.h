@@ -134,7 +134,8 @@ public:
     void harden();
     void harden(int segment);
 
-    /// Read every array from a newer detail from now on.  Every list that shares an array sees it: no other thread may read.
+    /// Read every array, of all segments, from a newer detail from now on: for lists of a single sample.  Every list that
+    /// shares an array sees it: no other thread may read.
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, RQ_Owner owner);
 
     /// Print names, sizes and ids to standard output, with the values if `values`.  `label` may be null.

@@ -240,8 +240,9 @@ public:
 
     /// Read the attributes from a newer snapshot of the detail that they came from, in place: no other thread may read.
     ///
-    /// False when the mesh must be made anew: nothing of it is of a detail, positions, normals or tangents were computed, the
-    /// detail's faces have changed (in these cases the mesh is left alone), or some attribute's shape has.
+    /// False when the mesh must be made anew: nothing of it is of a detail, positions, normals or tangents were computed,
+    /// segments read several snapshots, the detail's faces have changed (in these cases the mesh is left alone), or some
+    /// attribute's shape has.
     bool updateGeoPrim(const MOD_ConstDetailHandle &detail, const RQ_RefineParms &parms) override;
     const RQ_AttributeListHandle &getPointAttributes() const override { return shared_; }
     const RQ_AttributeListHandle &getVertexAttributes() const override { return vertex_; }

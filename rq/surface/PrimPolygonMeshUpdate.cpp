@@ -9,7 +9,7 @@ namespace
 struct Bound
 {
     rq::HostBoundArrays arrays;
-    bool hasComputed = false;  // positions, or what follows from them, that are the mesh's own: they cannot be read anew
+    bool isOneSample = true;  // and not of several, nor are positions, or what follows from them, the mesh's own
 };
 
 bool followsFromPositions(const BAS_StringHolder &name)
@@ -28,8 +28,9 @@ Bound findBound(const RQ_PrimPolygonMesh &mesh)
                 const size_t before = found.arrays.size();
                 if (array)
                     rq::findHostBound(*array, found.arrays);
-                if (array && found.arrays.size() == before && followsFromPositions((*list)->getMap()->getName(i)))
-                    found.hasComputed = true;
+                const bool isBound = found.arrays.size() > before;
+                if (array && (isBound ? array != (*list)->get(i, 0) : followsFromPositions((*list)->getMap()->getName(i))))
+                    found.isOneSample = false;
             }
     return found;
 }
@@ -37,10 +38,10 @@ Bound findBound(const RQ_PrimPolygonMesh &mesh)
 
 bool RQ_PrimPolygonMesh::updateGeoPrim(const MOD_ConstDetailHandle &detail, const RQ_RefineParms &parms)
 {
-    const auto [arrays, hasComputed] = findBound(*this);
+    const auto [arrays, isOneSample] = findBound(*this);
     const bool hasSameFaces = std::all_of(arrays.begin(), arrays.end(),
                                           [&detail](const rq::HostBound *array) { return array->hasTopologyOf(detail); });
-    if (arrays.empty() || hasComputed || !hasSameFaces)
+    if (arrays.empty() || !isOneSample || !hasSameFaces)
         return false;
     int64_t versionBefore = -1, versionAfter = -1;
     getTopologyVersion(versionBefore);

@@ -451,7 +451,7 @@ TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
         const char *what;
         void (*change)(MOD_Edit &edit);
         bool follows;
-        bool shades = false;
+        bool shades = false, isSampled = false;
     };
     const auto move = [](MOD_Edit &edit) {
         edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->writeAll<float>()[0] = 5.0f;
@@ -462,26 +462,32 @@ TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
         {"an attribute changes its storage",
          [](MOD_Edit &edit) { edit.attribute(ELM_OWNER_POINT, "v", ELM_STORAGE_REAL64, 3, ELM_TYPE_VECTOR); }, false},
         {"a corner moves to another point", [](MOD_Edit &edit) { ASSERT_TRUE(edit.setVertexPoint(0, 7)); }, false},
+        {"points move, between samples too", move, false, false, true},
     };
     for (const Case &c : cases)
     {
         SCOPED_TRACE(c.what);
         const MOD_DetailHandle geometry(makeMovingCube(1.0f, [](MOD_Edit &) {}));
-        const std::vector<RQ_PrimitiveHandle> meshes = refine(geometry.read());
-        ASSERT_EQ(meshes.size(), 1u);
-        RQ_PrimitiveHandle mesh = meshes[0];
+        const auto next = [&] {
+            MOD_Edit edit(geometry);
+            c.change(edit);
+            return edit.commit();
+        };
+        std::vector<MOD_ConstDetailHandle> samples = {geometry.read()};
+        if (c.isSampled)
+            samples.push_back(next());
+        RQ_RefineList meshes;
+        ASSERT_TRUE(meshes.refine(RQ_PrimitiveHandle(new RQ_MSHDetail(samples)).get(), nullptr));
+        ASSERT_EQ(meshes.entries(), 1);
+        RQ_PrimitiveHandle mesh = meshes.getPrimitive(0);
         bool shaded = false;
         if (c.shades)
             mesh = static_cast<RQ_PrimPolygonMesh &>(*mesh).createVertexNormalsIfMissing("P", 180.0, true, shaded);
         EXPECT_EQ(shaded, c.shades);
-        MOD_Edit edit(geometry);
-        c.change(edit);
-        const MOD_ConstDetailHandle newer = edit.commit();
+        const std::string before = textOf(*mesh);
+        const MOD_ConstDetailHandle newer = next();
         EXPECT_EQ(mesh->updateGeoPrim(newer, RQ_RefineParms()), c.follows);
-        if (c.follows)
-        {
-            EXPECT_EQ(textOf(*meshes[0]), textOf(*refine(newer)[0]));
-        }
+        EXPECT_EQ(textOf(*mesh), c.follows ? textOf(*refine(newer)[0]) : before);
     }
     const RQ_PrimitiveHandle own(new RQ_PrimPolygonMesh);
     EXPECT_FALSE(own->updateGeoPrim(makeDetail(cubeShape()), RQ_RefineParms()));
