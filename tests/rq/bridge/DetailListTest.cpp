@@ -103,6 +103,40 @@ TEST(DetailList, MakesFaceSetsOfGroups)
     }
 }
 
+TEST(AttributeFilters, ChooseAmongTheAttributesOfAHost)
+{
+    MOD_Edit edit{MOD_DetailHandle()};
+    ASSERT_TRUE(edit.appendPoints(1));
+    for (const int size : {1, 2, 3, 4, 5, 9, 16})
+        edit.attribute(ELM_OWNER_POINT, "f" + std::to_string(size), ELM_STORAGE_REAL32, size);
+    edit.attribute(ELM_OWNER_POINT, "half", ELM_STORAGE_REAL16);
+    edit.attribute(ELM_OWNER_POINT, "number", ELM_STORAGE_INT32);
+    edit.attribute(ELM_OWNER_POINT, "own", ELM_STORAGE_REAL32, 1, ELM_TYPE_NONE, ELM_SCOPE_PRIVATE);
+    edit.stringAttribute(ELM_OWNER_POINT, "text");
+    edit.arrayAttribute(ELM_OWNER_POINT, "list", ELM_STORAGE_REAL32);
+    const MOD_ConstDetailHandle detail = edit.commit();
+    const auto find = [&](const char *name) { return detail.readLock()->find(ELM_OWNER_POINT, name); };
+    const RQ_MSHAttributeFilter base;
+    const RQ_MSHStdKelAttributeFilter shading;
+    RQ_MSHViewportAttributeFilter viewport;
+    viewport.setHandledAttribs(std::vector<BAS_StringHolder>{"f1", "text"});
+    const RQ_MSHQuadricAttributeFilter quadric(find("f2"), find("number"));
+    const std::pair<const RQ_MSHAttributeFilter *, std::string> kCases[] = {
+        {&base, "P f1 f2 f3 f4 f5 f9 f16 half number text list "},
+        {&viewport, "P f2 f3 f4 f5 f9 f16 half number list "},
+        {&shading, "P f1 f3 f4 f9 f16 half "},
+        {&quadric, "P f1 f3 f4 f5 f9 f16 half text list "}};
+    const RQ_MSHDetailList details(detail);
+    for (const auto &[filter, expected] : kCases)
+    {
+        const RQ_AttributeListHandle list = details.getPointAttributes(filter, RQ_MSHOffsetList(ELM_OffsetList(0, 1)));
+        std::string names;
+        for (int i = 0; i < list->entries(); ++i)
+            names += std::string(list->getName(i).view()) + " ";
+        EXPECT_EQ(names, expected);
+    }
+}
+
 TEST(ElementId, NamesTheElementBehindARow)
 {
     const MOD_ConstDetailHandle handle = makeNumberedCube();
