@@ -58,8 +58,11 @@ void addDetail(rq::KeyText &key, const MSH_Detail &detail)
 
 void addParms(rq::KeyText &key, const RQ_RefineParms &parms)
 {
+    // The text has all values of the material arrays, which their ids stand for.
+    RQ_RefineParms stored(parms);
+    stored.setViewportMaterialAttrib(nullptr, nullptr);
     BAS_WorkBuffer text;
-    parms.dump(text);
+    stored.dump(text);
     key.add(std::string_view(text.data(), text.size()))
         .add(parms.getFlags())
         .add(static_cast<const void *>(parms.getAttributeFilter()));
