@@ -14,6 +14,9 @@ constexpr double kFaces = double(kCells) * kCells;
 // Positions and corners are read, and normals of all triangles' corners written.
 constexpr double kNormalBytes = (kCells + 1.0) * (kCells + 1.0) * 12.0 + kFaces * (16.0 + 6.0 * 12.0);
 
+// Positions, texture coordinates and corners are read, and two tangents of all quads' corners written.
+constexpr double kTangentBytes = (kCells + 1.0) * (kCells + 1.0) * 20.0 + kFaces * (16.0 + 4.0 * 24.0);
+
 // The report sets it beside "ours": a later frame in which only positions changed.
 constexpr const char *kFirst = "ours, the first";
 
@@ -21,8 +24,9 @@ constexpr const char *kFirst = "ours, the first";
 enum class Wanted
 {
     TRIANGLES,
-    NORMALS,       ///< and normals of the triangles
-    ADDED_NORMALS  ///< and normals that the refinement's option adds to the quads, seen through the triangles
+    NORMALS,        ///< and normals of the triangles
+    ADDED_NORMALS,  ///< and normals that the refinement's option adds to the quads, seen through the triangles
+    TANGENTS        ///< and tangents that the refinement's option adds to the quads
 };
 
 struct Drawn
@@ -35,6 +39,7 @@ Drawn draw(RQ_RefineCache &cache, const MOD_ConstDetailHandle &frame, Wanted wan
 {
     RQ_RefineParms parms;
     parms.setAddVertexNormals(wanted == Wanted::ADDED_NORMALS);
+    parms.setAddMikkT(wanted == Wanted::TANGENTS);
     const std::vector<RQ_PrimitiveHandle> primitives = cache.refine(RQ_MSHDetail(frame), &parms);
     const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(primitives.at(0).get());
     Drawn drawn{cache.convex(*mesh, 3), nullptr, nullptr};
@@ -59,8 +64,17 @@ struct Frames
     {
         // More than are timed: a frame that comes again would cost nothing.
         constexpr int kFrames = bench::kRepetitions + 5;
-        const auto prepare = [hides](MOD_Edit &edit) {
+        const auto prepare = [hides, wanted](MOD_Edit &edit) {
             edit.attribute(ELM_OWNER_POINT, "Cd", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR);
+            if (wanted == Wanted::TANGENTS)
+            {
+                float *uv = edit.attribute(ELM_OWNER_POINT, "uv", ELM_STORAGE_REAL32, 2)->writeAll<float>();
+                for (int64_t point = 0; point < edit.pointCount(); ++point, uv += 2)
+                {
+                    uv[0] = float(point % (kCells + 1)) / kCells;
+                    uv[1] = float(point / (kCells + 1)) / kCells;
+                }
+            }
             for (int64_t face = 0; hides && face < edit.primitiveCount(); face += 100)
                 edit.group(ELM_OWNER_PRIMITIVE, ELM_HIDDEN_GROUP_NAME)->set(face);
         };
@@ -82,7 +96,8 @@ void addFrame(const char *job, Wanted wanted, const char *who, const char *attri
 {
     const char *mesh = hides ? "quads1M, some hidden" : "quads1M";
     const bool isFirst = std::string_view(who) == kFirst;
-    bench::add({job, mesh, who, 1, kFaces, wanted == Wanted::TRIANGLES ? 0.0 : kNormalBytes, false, [=] {
+    const double bytes = wanted == Wanted::TRIANGLES ? 0.0 : wanted == Wanted::TANGENTS ? kTangentBytes : kNormalBytes;
+    bench::add({job, mesh, who, 1, kFaces, bytes, false, [=] {
                     const auto frames = std::make_shared<Frames>(attribute, hides, wanted);
                     return Work{[=] {
                                     if (isFirst)
@@ -104,7 +119,8 @@ void addFrame(const char *job, Wanted wanted, const char *who, const char *attri
 const bool registered = [] {
     const std::pair<const char *, Wanted> kJobs[] = {{"frame_triangles", Wanted::TRIANGLES},
                                                      {"frame_normals", Wanted::NORMALS},
-                                                     {"frame_added_normals", Wanted::ADDED_NORMALS}};
+                                                     {"frame_added_normals", Wanted::ADDED_NORMALS},
+                                                     {"frame_tangents", Wanted::TANGENTS}};
     for (const auto &[job, wanted] : kJobs)
         for (const bool hides : {false, true})
         {
