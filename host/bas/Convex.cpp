@@ -4,9 +4,9 @@
 #include <cmath>
 #include <numeric>
 
-#include <host/bas/SmallPolygon.h>
 #include <host/bas/detail/EarCutter.h>
 #include <host/bas/detail/PieceMerger.h>
+#include <host/bas/detail/SmallPolygon.h>
 
 struct BAS_Convex::Work
 {
@@ -79,7 +79,7 @@ BAS_Convex::Work::Shape BAS_Convex::Work::read(const BAS_Convex &polygon, int co
         points[i] = polygon.getPoint(i);
     if (!normalize())
         return Shape::kNowhere;
-    isSmall = small.begin(count, [this](int i) { return points[i]; });
+    isSmall = small.begin(points.data(), count);
     if (isSmall)
     {
         isStrict = !small.hasReflexCorner() && windsOnce(points);

@@ -5,12 +5,11 @@
 #include <vector>
 
 #include <host/bas/Parallel.h>
-#include <host/bas/SmallPolygon.h>
 #include <host/bas/faceGeometry.h>
 #include <host/bas/quadSplits.h>
 #include <rq/data/DAConstantValue.h>
 #include <rq/data/DANumeric.h>
-#include <rq/surface/Convexer.h>
+#include <rq/surface/detail/NgonWriter.h>
 #include <rq/surface/detail/topology.h>
 
 namespace
@@ -35,41 +34,32 @@ template <class Topology> int64_t countTriangles(const Topology &topology, int64
     return triangles;
 }
 
-/// The arrays of a convexing; null pointers are those that nobody wants.
-template <class Index> struct Outputs
-{
-    Index *points;
-    Index *sourceVertex;
-    Index *sourceFace;
-    uint8_t *whole;
-};
-
 /// Cuts the faces of one job, block by block, and writes the triangles where they belong.
 template <class Topology, class Index> class TriangleWriter
 {
 public:
-    TriangleWriter(const rq::ConvexTask &task, const Topology &topology, const Outputs<Index> &outputs,
+    TriangleWriter(const rq::ConvexTask &task, const Topology &topology, const rq::TriangleOutputs<Index> &outputs,
                    int64_t firstTriangle)
         : topology_(topology), positions_(task.positions), flat_(task.positions.flat()), outputs_(outputs),
-          triangle_(firstTriangle)
-    {
-        convexer_.setSource(task.positions, task.vertexList);
-    }
+          triangle_(firstTriangle), ngons_(task, topology, outputs)
+    {}
 
     /// At most `kFacesPerBlock` faces, behind those that came before.
     void addFaces(int64_t begin, int64_t end)
     {
         const int64_t triangles = sortFaces(begin, end);
-        corners_ = placeFor(outputs_.sourceVertex, 3 * triangle_, 3 * triangles, cornerBuffer_);
-        faces_ = placeFor(outputs_.sourceFace, triangle_, triangles, faceBuffer_);
-        points_ = outputs_.points + 3 * triangle_;
-        cutQuads();
+        cutQuads(outputs_.points + 3 * triangle_,
+                 placeFor(outputs_.sourceVertex, 3 * triangle_, 3 * triangles, cornerBuffer_),
+                 placeFor(outputs_.sourceFace, triangle_, triangles, faceBuffer_));
         for (int64_t i = 0; i < others_; ++i)
-            cutOther(other_[i]);
+            ngons_.add(other_[i].face, triangle_ + other_[i].triangle);
         if (outputs_.whole)
             markWhole(triangles);
         triangle_ += triangles;
     }
+
+    /// Behind the last faces.
+    void finish() { ngons_.finish(); }
 
 private:
     struct Face
@@ -108,7 +98,7 @@ private:
         return triangles;
     }
 
-    void cutQuads()
+    void cutQuads(Index *points, Index *corners, Index *faces)
     {
         if (flat_)
             host::splitQuads(flat_, topology_.points, firsts_, quads_, splits_);
@@ -117,7 +107,6 @@ private:
                 splits_[i] = host::diagonalSplits(corner(firsts_[i]), corner(firsts_[i] + 1), corner(firsts_[i] + 2),
                                                   corner(firsts_[i] + 3));
         static constexpr Index kOrders[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 1, 2, 2, 3, 0}};
-        Index *const corners = corners_, *const points = points_, *const faces = faces_;
         for (int64_t i = 0; i < quads_; ++i)
         {
             const int64_t first = firsts_[i], triangle = quad_[i].triangle;
@@ -139,52 +128,6 @@ private:
         }
     }
 
-    void cutOther(const Face &face)
-    {
-        const int64_t begin = topology_.begin(face.face), corners = topology_.end(face.face) - begin;
-        if (corners == 3)
-            put(face.triangle, face.face, begin, begin + 1, begin + 2);
-        else if (corners > host::SmallPolygon::kMostCorners || !cutSmall(face, begin, int(corners)))
-        {
-            convexer_.processFace(corners, begin, 3, true);
-            const int64_t *list = convexer_.getVertexList(0);
-            for (int64_t i = 0; i < corners - 2; ++i, list += 3)
-                put(face.triangle + i, face.face, list[0], list[1], list[2]);
-        }
-    }
-
-    /// What the convexer does with a face of a few corners, for the most part without it.
-    bool cutSmall(const Face &face, int64_t begin, int corners)
-    {
-        // Relative to the first corner, as in the convexer.
-        BAS_Vec3d offsets[host::SmallPolygon::kMostCorners], axisX, axisY;
-        const BAS_Vec3d first = corner(begin);
-        // Each corner is asked for once: loops of random length are what takes the time here.
-        const BAS_Vec3d newell =
-            host::newellVector(corners, [&](int64_t i) { return offsets[i] = corner(begin + i) - first; });
-        host::faceFrame(newell, axisX, axisY);
-        host::SmallPolygon::Triangle triangles[host::SmallPolygon::kMostCorners];
-        if (!small_.begin(corners, [&](int i) { return BAS_Vec2d(offsets[i].dot(axisX), offsets[i].dot(axisY)); }) ||
-            !small_.cut(triangles))
-            return false;
-        for (int i = 0; i + 2 < corners; ++i)
-            put(face.triangle + i, face.face, begin + triangles[i].a, begin + triangles[i].b, begin + triangles[i].c);
-        return true;
-    }
-
-    /// Write a triangle of the block: its corners, their points and its face.
-    void put(int64_t triangle, int64_t face, int64_t a, int64_t b, int64_t c) const
-    {
-        Index *const corner = corners_ + 3 * triangle, *const point = points_ + 3 * triangle;
-        corner[0] = Index(a);
-        corner[1] = Index(b);
-        corner[2] = Index(c);
-        point[0] = topology_.points[a];
-        point[1] = topology_.points[b];
-        point[2] = topology_.points[c];
-        faces_[triangle] = Index(face);
-    }
-
     void markWhole(int64_t triangles) const
     {
         std::fill_n(outputs_.whole + triangle_, triangles, 0);
@@ -202,16 +145,12 @@ private:
     const Topology &topology_;
     const rq::Positions &positions_;
     const float *flat_;
-    const Outputs<Index> &outputs_;
+    const rq::TriangleOutputs<Index> &outputs_;
     int64_t triangle_;
-    host::SmallPolygon small_;
-    RQ_Convexer convexer_;
+    rq::NgonWriter<Topology, Index> ngons_;
 
     // Of the block.
     std::vector<Index> cornerBuffer_, faceBuffer_;
-    Index *corners_ = nullptr;
-    Index *points_ = nullptr;
-    Index *faces_ = nullptr;
     int64_t quads_ = 0, others_ = 0;
     int64_t firsts_[kFacesPerBlock + 1];  // corner of each quad
     uint8_t splits_[kFacesPerBlock];
@@ -230,7 +169,7 @@ bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &
         firstTriangle[size_t(job) + 1] += firstTriangle[size_t(job)];
 
     const int64_t triangles = firstTriangle.back();
-    Outputs<Index> outputs;
+    rq::TriangleOutputs<Index> outputs;
     outputs.points = newValues<Index>(3 * triangles, arrays.vertexList);
     outputs.sourceVertex = task.wanted.sourceVertex ? newValues<Index>(3 * triangles, arrays.sourceVertex) : nullptr;
     outputs.sourceFace = task.wanted.sourceFace ? newValues<Index>(triangles, arrays.sourceFace) : nullptr;
@@ -251,6 +190,7 @@ bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &
             }
             writer.addFaces(face, std::min(face + kFacesPerBlock, end));
         }
+        writer.finish();
     });
     return !stopped;
 }

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+// Numbers side by side that are computed with as one; one alone is a plain number, and the same expressions do for both.
+// A comparison of several answers -1 or 0 for each, by which `?:` picks.
+//
+// They take the widest registers of the function that all this is inlined into (see clones.h).
+
+// No value of such a type is handed to a function that stays one, so that it does not matter how.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wpsabi"
+#endif
+
+#define HOST_LANES [[gnu::always_inline]] inline
+
+namespace host
+{
+template <class T, int kCount> struct LanesOf
+{
+    typedef T Type __attribute__((vector_size(kCount * sizeof(T))));
+};
+template <class T> struct LanesOf<T, 1>
+{
+    using Type = T;
+};
+template <class T, int kCount> using Lanes = typename LanesOf<T, kCount>::Type;
+
+template <class T> HOST_LANES T least(const T &a, const T &b) { return a < b ? a : b; }
+template <class T> HOST_LANES T greatest(const T &a, const T &b) { return a > b ? a : b; }
+template <class T> HOST_LANES T magnitude(const T &a) { return greatest(a, -a); }
+
+template <class Mask> HOST_LANES bool isAny(const Mask &mask)
+{
+    if constexpr (std::is_arithmetic_v<Mask>)
+        return mask != 0;
+    else
+    {
+        uint64_t words[sizeof(Mask) / 8], sum = 0;
+        std::memcpy(words, &mask, sizeof(words));
+        for (const uint64_t word : words)
+            sum |= word;
+        return sum != 0;
+    }
+}
+
+/// The same values as another type of number.
+template <class T, class From> HOST_LANES auto convertLanes(const From &from)
+{
+    if constexpr (std::is_arithmetic_v<From>)
+        return T(from);
+    else
+        return __builtin_convertvector(from, Lanes<T, int(sizeof(From) / sizeof(from[0]))>);
+}
+}  // namespace host
