@@ -93,10 +93,12 @@ private:
 
     static Ints rankOf(const Reals &side, const Reals &cut, const Reals &edges, const Ints &corner);
     void closeRow();
-    Ear bestEar() const;
+    template <class Visit> void visitEar(const Ints &rank, Visit &&visit);
+    Ear bestEar();
     Ints flaws(const Ear &ear);
     void mark(const Ear &ear, const Ints &flags);
     Triangles cutOff(const Ear &ear);
+    void takeOut(const Ints &rank);
     void cutQuad(Triangles *triangles);
 
     int left_ = 0;   // corners of each polygon

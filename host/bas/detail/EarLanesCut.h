@@ -31,20 +31,35 @@ template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::cut(Tr
     cutQuad(triangles);
 }
 
-template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::bestEar() const -> Ear
+/// Visit the slots where an ear of this rank may be, with whether it is: all of them, as it is another one in every lane.
+template <class Real, int kLanes>
+template <class Visit>
+HOST_LANES void EarLanes<Real, kLanes>::visitEar(const Ints &rank, Visit &&visit)
 {
-    const Slot *const first = slots_ + kAround, *const end = first + left_;
-    Ear ear = {};
-    ear.rank = first->rank;
-    for (const Slot *slot = first + 1; slot != end; ++slot)
-        ear.rank = least(ear.rank, slot->rank);
-    for (const Slot *slot = first; slot != end; ++slot)
+    Slot *slot = slots_ + kAround, *const end = slot + left_;
+    if constexpr (kLanes == 1)
     {
-        const auto isHere = slot->rank == ear.rank;
-        ear.before = choose(isHere, slot[-1], ear.before);
-        ear.at = choose(isHere, slot->at, ear.at);
-        ear.after = choose(isHere, slot[1], ear.after);
+        while (slot->rank != rank)
+            ++slot;
+        visit(true, slot);
     }
+    else
+        for (; slot != end; ++slot)
+            visit(slot->rank == rank, slot);
+}
+
+template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::bestEar() -> Ear
+{
+    Ear ear = {};
+    ear.rank = slots_[kAround].rank;
+    for (int i = 1; i < left_; ++i)
+        ear.rank = least(ear.rank, slots_[kAround + i].rank);
+    visitEar(
+        ear.rank, [&](const auto &isHere, const Slot *slot) __attribute__((always_inline)) {
+            ear.before = choose(isHere, slot[-1], ear.before);
+            ear.at = choose(isHere, slot->at, ear.at);
+            ear.after = choose(isHere, slot[1], ear.after);
+        });
     return ear;
 }
 
@@ -57,6 +72,8 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::flaws(
     for (int i = 0; i < left_; ++i)
     {
         const Slot &slot = slots_[kAround + i];
+        if (kLanes == 1 && !isAny(slot.rank >= kReflex))
+            continue;
         const auto isOther = (slot.rank >= kReflex) & (slot.rank != ear.before.rank) & (slot.rank != ear.after.rank);
         const Spot fromTip = slot.at - ear.at;
         const Reals within = least(cross(in, fromTip), cross(out, fromTip));
@@ -85,12 +102,11 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::cutOff
 {
     const Ints a = ear.before.rank & kCornerMask, c = ear.after.rank & kCornerMask;
     Spot beforeA = {}, behindC = {};
-    for (Slot *slot = slots_ + kAround, *const end = slot + left_; slot != end; ++slot)
-    {
-        const auto isHere = slot->rank == ear.rank;
-        beforeA = choose(isHere, slot[-2].at, beforeA);
-        behindC = choose(isHere, slot[2].at, behindC);
-    }
+    visitEar(
+        ear.rank, [&](const auto &isHere, const Slot *slot) __attribute__((always_inline)) {
+            beforeA = choose(isHere, slot[-2].at, beforeA);
+            behindC = choose(isHere, slot[2].at, behindC);
+        });
     const Spot cut = ear.after.at - ear.before.at, in = ear.before.at - beforeA, out = behindC - ear.after.at;
     const Reals length = square(cut), sideA = cross(in, cut), sideC = cross(cut, out);
     failed_ |= (!(magnitude(sideA) > unclear_)) | (!(magnitude(sideC) > unclear_));
@@ -99,24 +115,28 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::cutOff
     // Ears wait no longer once there is a reflex corner less.
     const Ints released = (((rankA ^ ear.before.rank) | (rankC ^ ear.after.rank)) & kReflex) >> 1;
 
-    const auto renewed = [&](const Slot &slot) __attribute__((always_inline))
+    for (int i = 0; i < left_; ++i)
     {
-        const Ints rank = slot.rank == ear.before.rank ? rankA : slot.rank == ear.after.rank ? rankC : slot.rank & ~released;
-        return Slot{slot.at, rank};
-    };
-    Slot *slot = slots_ + kAround;
-    Slot here = renewed(*slot);
-    auto isBehind = slot->rank == ear.rank;
-    for (Slot *const end = slot + left_ - 1; slot != end; ++slot)
-    {
-        const Slot next = renewed(slot[1]);
-        isBehind |= slot->rank == ear.rank;
-        *slot = choose(isBehind, next, here);
-        here = next;
+        Ints &rank = slots_[kAround + i].rank;
+        rank = rank == ear.before.rank ? rankA : rank == ear.after.rank ? rankC : rank & ~released;
     }
+    takeOut(ear.rank);
+    return {a, ear.rank & kCornerMask, c};
+}
+
+template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::takeOut(const Ints &rank)
+{
+    const Slot *const last = slots_ + kAround + left_ - 1;
+    auto isBehind = Ints{} != 0;
+    visitEar(
+        rank, [&](const auto &isHere, Slot *slot) __attribute__((always_inline)) {
+            isBehind |= isHere;
+            do
+                *slot = choose(isBehind, slot[1], *slot);
+            while (kLanes == 1 && slot++ != last);
+        });
     --left_;
     closeRow();
-    return {a, ear.rank & kCornerMask, c};
 }
 
 /// The last four corners: a reflex one leaves no choice.
