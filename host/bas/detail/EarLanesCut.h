@@ -26,6 +26,9 @@ template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::cut(Tr
             mark(ear, found);
             ear = bestEar();
         }
+        // The rank of an ear that must not be cut may change with others, and would not be found again.
+        if (!hasHope())
+            return;
         *triangles++ = cutOff(ear);
     }
     cutQuad(triangles);
