@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <type_traits>
 #include <vector>
 
+#include <host/bas/CornerLanes.h>
 #include <host/bas/faceGeometry.h>
-#include <host/bas/packedFaces.h>
 
 namespace host
 {
@@ -28,10 +29,8 @@ public:
 
     static constexpr int64_t kFaces = VectorLanes::kCount;
 
-    /// Work out faces [first, last), at most `kFaces`.  `topology` offers `begin(face)` and `end(face)` (corner positions)
-    /// and `point(corner)`; `position(point)` reads a point as 64-bit floats.  With `PackedPositions`, which are the
-    /// fastest, it also offers `cornersOfEach(first, last)`, 0 for faces of different size, and the array `points` that it
-    /// reads. `given`, if not null, holds one weight per corner of the mesh that is taken instead of `weights`.
+    /// Work out faces [first, last), at most `kFaces`, of a topology as in normals.h.  `PackedPositions` are the fastest to
+    /// read.  `given`, if not null, holds one weight per corner of the mesh that is taken instead of `weights`.
     template <class Topology, class Position>
     void evaluate(const Topology topology, const Position position, int64_t first, int64_t last, NormalWeights weights,
                   const float *given)
@@ -40,30 +39,56 @@ public:
         weighsCorners_ = given || weights == NormalWeights::angle;
         const int64_t faces = last - first;
         double areas[kFaces];  // twice the area of each
-        if (!packedFaces(topology, position, first, last).normals(lanes_, areas))
+        CornerLanes<LaneOf<Position>> corners;
+        const bool isEven = readCorners(topology, position, first, last, corners);
+        cornersOfEach_ = isEven ? corners.corners : 0;
+        if (isEven)
+            corners.normals(normals_, areas);
+        else
         {
             for (int64_t face = first; face < last; ++face)
                 visitCorners(topology, position, face, [&](auto count, const BAS_Vec3d *at) {
-                    lanes_.set(face - first, newellVector(count, [at](int64_t k) { return at[k]; }));
+                    normals_.set(face - first, newellVector(count, [at](int64_t k) { return at[k]; }));
                 });
-            normalizeLanes(lanes_, faces, areas);
+            normalizeLanes(normals_, faces, areas);
         }
-        for (int64_t i = 0; i < faces; ++i)
-            normals_[size_t(i)] = Vector(Real(lanes_.x[i]), Real(lanes_.y[i]), Real(lanes_.z[i]));
-        if (weighsCorners_)
-            weighCorners(topology, position, first, last, given);
+        if (!weighsCorners_ && weights == NormalWeights::area)
+            std::transform(areas, areas + faces, factors_.begin(), [](double area) { return Real(0.5 * area); });
         else
-            for (int64_t i = 0; i < faces; ++i)
-                factors_[size_t(i)] = weights == NormalWeights::area ? Real(0.5 * areas[i]) : Real(1);
+            factors_.fill(Real(1));
+        weighLanes(normals_, factors_.data(), faces, parts_.data());
+        if (!weighsCorners_)
+            return;
+        weights_.resize(size_t(topology.end(last - 1) - begin_));
+        bool areKnown = true;
+        if (given)
+            std::copy_n(given + begin_, weights_.size(), weights_.begin());
+        else
+        {
+            areKnown = isEven ? corners.angles(weights_.data()) : noteAngles(topology, position, first, last);
+            for (double &weight : weights_)
+                weight = Real(weight);
+        }
+        mendWeights(topology, position, first, last, areas, areKnown);
     }
 
-    /// True when each corner has a weight of its own.
-    bool weighsCorners() const { return weighsCorners_; }
+    /// The corners of each face: 3 or 4; 0 when they differ or have more.
+    int64_t cornersOfEach() const { return cornersOfEach_; }
 
-    /// Of the i-th face of the block: its unit normal, and the weight of it or of a corner of the mesh.
-    const Vector &normal(int64_t i) const { return normals_[size_t(i)]; }
-    Real weight(int64_t i) const { return factors_[size_t(i)]; }
-    Real cornerWeight(int64_t corner) const { return weights_[size_t(corner - begin_)]; }
+    /// For each face its unit normal, and 1, all times the weight that the face has.
+    const BAS_Vec4d *parts() const { return parts_.data(); }
+
+    /// The weight of each corner, from that of the first face on; null when the faces have weights.
+    const double *cornerWeights() const { return weighsCorners_ ? weights_.data() : nullptr; }
+
+    /// The unit normals of the faces, in full precision.
+    const VectorLanes &normals() const { return normals_; }
+
+    /// What a corner of the i-th face weighs in the end.
+    double weight(int64_t i, int64_t corner) const
+    {
+        return weighsCorners_ ? weights_[size_t(corner - begin_)] : parts_[size_t(i)].w;
+    }
 
 private:
     // Triangles and quads are worked out with loops unrolled; a call for each would cost as much as the work.
@@ -86,12 +111,11 @@ private:
         }
     }
 
+    // False when some angle is not known from the corner's two edges.
     template <class Topology, class Position>
-    void noteTurns(const Topology &topology, const Position &position, int64_t first, int64_t last)
+    bool noteAngles(const Topology &topology, const Position &position, int64_t first, int64_t last)
     {
-        turns_.resize(topology.end(last - 1) - begin_);
-        if (packedFaces(topology, position, first, last).turns(turns_))
-            return;
+        turns_.resize(int64_t(weights_.size()));
         for (int64_t face = first; face < last; ++face)
             visitCorners(topology, position, face, [&](auto count, const BAS_Vec3d *at) {
                 if (count == 0)
@@ -106,45 +130,37 @@ private:
                     previous = next;
                 }
             });
+        return anglesOfLanes(turns_, int64_t(weights_.size()), weights_.data());
     }
 
+    // A weight of 0 keeps a face without area out even where its angles are not numbers.
     template <class Topology, class Position>
-    void weighCorners(const Topology &topology, const Position &position, int64_t first, int64_t last, const float *given)
+    void mendWeights(const Topology &topology, const Position &position, int64_t first, int64_t last, const double *areas,
+                     bool areKnown)
     {
-        const int64_t count = topology.end(last - 1) - begin_;
-        weights_.resize(size_t(count));
-        bool hasRepeats = false;
-        if (given)
-            std::copy_n(given + begin_, count, weights_.begin());
-        else
-        {
-            noteTurns(topology, position, first, last);
-            angles_.resize(size_t(count));
-            hasRepeats = !anglesOfLanes(turns_, count, angles_.data());
-            std::copy_n(angles_.begin(), count, weights_.begin());
-        }
+        if (areKnown && std::find(areas, areas + (last - first), 0.0) == areas + (last - first))
+            return;
         for (int64_t face = first; face < last; ++face)
         {
-            // A weight of 0 keeps a face out even where its angles are not numbers.
             const auto weights = weights_.begin() + (topology.begin(face) - begin_);
             const int64_t corners = topology.end(face) - topology.begin(face);
-            if (normals_[size_t(face - first)] == Vector(Real(0)))
-                std::fill_n(weights, corners, Real(0));
-            else if (hasRepeats)
+            if (areas[face - first] == 0.0)
+                std::fill_n(weights, corners, 0.0);
+            else if (!areKnown)
                 for (int64_t i = 0; i < corners; ++i)
                     weights[i] = Real(cornerAngle(
                         corners, i, [&](int64_t k) { return position(topology.point(topology.begin(face) + k)); }));
         }
     }
 
-    VectorLanes lanes_;
-    std::array<Vector, kFaces> normals_;
+    VectorLanes normals_;
     std::array<Real, kFaces> factors_;
+    std::array<BAS_Vec4d, kFaces> parts_;
     bool weighsCorners_ = false;
     int64_t begin_ = 0;  // the first corner
+    int64_t cornersOfEach_ = 0;
     std::vector<BAS_Vec3d> corners_;
     TurnLanes turns_;
-    std::vector<double> angles_;
-    std::vector<Real> weights_;
+    std::vector<double> weights_;  // in the precision of `Real`
 };
 }  // namespace host

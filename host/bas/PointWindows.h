@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -11,6 +10,14 @@
 
 namespace host
 {
+/// The least and the greatest of some points; 0 for none.
+struct PointSpan
+{
+    int64_t first, last;
+};
+HOST_API PointSpan spanOf(const int32_t *points, int64_t count);
+HOST_API PointSpan spanOf(const int64_t *points, int64_t count);
+
 /// Runs of points, and the blocks of neighbouring faces that use any point of each: whoever adds up what faces give to their
 /// points can take one run at a time, with all faces of a point in order, and needs no list of the faces around a point.
 ///
@@ -18,37 +25,33 @@ namespace host
 class PointWindows
 {
 public:
-    /// Windows over points [0, points); blocks are `facesPerBlock` faces each.  Without locality there are none when several
-    /// workers wait for them, and a single one for one worker.
-    template <class Topology> PointWindows(int64_t points, const Topology &topology, int64_t facesPerBlock) : points_(points)
+    /// Windows over points [0, points); blocks are `facesPerBlock` faces each.  `topology` offers the array
+    /// `points` of its corners.
+    template <class Topology>
+    PointWindows(int64_t points, const Topology &topology, int64_t facesPerBlock)
+        : points_(points), spans_(size_t((topology.faces() + facesPerBlock - 1) / facesPerBlock))
     {
-        using Index = typename Topology::Index;
-        const int64_t blocks = (topology.faces() + facesPerBlock - 1) / facesPerBlock;
-        Row<Span> spans(static_cast<size_t>(blocks));
+        const int64_t blocks = int64_t(spans_.size());
         parallelFor(blocks, kBlocksPerTask, [&](int64_t block) {
             const int64_t lastFace = std::min((block + 1) * facesPerBlock, topology.faces());
-            const int64_t end = topology.end(lastFace - 1);
-            Index least = std::numeric_limits<Index>::max(), greatest = 0;
-            for (int64_t corner = topology.begin(block * facesPerBlock); corner < end; ++corner)
-            {
-                const Index point = Index(topology.point(corner));
-                least = std::min(least, point);
-                greatest = std::max(greatest, point);
-            }
-            spans[size_t(block)] = {std::min<int64_t>(least, greatest), greatest};
+            const int64_t begin = topology.begin(block * facesPerBlock);
+            spans_[size_t(block)] = spanOf(topology.points + begin, topology.end(lastFace - 1) - begin);
         });
         size_ = std::clamp<int64_t>(points / (kWindowsPerWorker * BAS_Threads::processors()), kLeastPoints, kMostPoints);
-        if (entries(spans) > 2 * blocks + kFewEntries)
-        {
-            size_ = std::max<int64_t>(points, 1);
-            hasLocality_ = !BAS_Threads::enabled();
-        }
-        if (hasLocality_)
-            listBlocks(spans);
+        if (entries() <= 2 * blocks + kFewEntries)
+            listBlocks();
     }
 
-    /// False when the work is better done point by point.
-    bool hasLocality() const { return hasLocality_; }
+    /// Whether neighbouring faces use neighbouring points.  Without locality there are no windows, since each would have to
+    /// look at most blocks.
+    bool hasLocality() const { return points_ == 0 || count() > 0; }
+
+    /// Make one window of all points, which is as good for a single worker.
+    void unite()
+    {
+        size_ = std::max<int64_t>(points_, 1);
+        listBlocks();
+    }
 
     int64_t count() const { return int64_t(starts_.size()) - 1; }
 
@@ -72,29 +75,22 @@ private:
 
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
 
-    // The least and the greatest point of a block; 0 for faces without corners.
-    struct Span
-    {
-        int64_t first;
-        int64_t last;
-    };
-
-    int64_t entries(const Row<Span> &spans) const
+    int64_t entries() const
     {
         int64_t sum = 0;
-        for (const Span &span : spans)
+        for (const PointSpan &span : spans_)
             sum += span.last / size_ - span.first / size_ + 1;
         return sum;
     }
 
-    void listBlocks(const Row<Span> &spans)
+    void listBlocks()
     {
         const size_t windows = size_t((points_ + size_ - 1) / size_);
         starts_.assign(windows + 1, 0);
         const auto eachEntry = [&](auto &&visit) {
-            for (size_t block = 0; block < spans.size(); ++block)
-                for (int64_t window = spans[block].first / size_;
-                     window <= spans[block].last / size_ && size_t(window) < windows; ++window)
+            for (size_t block = 0; block < spans_.size(); ++block)
+                for (int64_t window = spans_[block].first / size_;
+                     window <= spans_[block].last / size_ && size_t(window) < windows; ++window)
                     visit(size_t(window), int64_t(block));
         };
         eachEntry([this](size_t window, int64_t) { ++starts_[window + 1]; });
@@ -106,8 +102,8 @@ private:
     }
 
     int64_t points_;
+    Row<PointSpan> spans_;
     int64_t size_ = 1;  // points of a window
-    bool hasLocality_ = true;
     std::vector<size_t> starts_ = {0};
     Row<int64_t> blocks_;
 };

@@ -5,23 +5,131 @@
 
 namespace
 {
+using host::CornerLanes;
+using host::VectorLanes;
+
 bool isPlain(double squared) { return (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare); }
 
-// Leaves vectors that need care as they are, with length 1; false when there are any.
+// Divides a vector by its length.  One that needs care is left as it is, with length 1; false for such.
+inline bool scaleToUnit(double &x, double &y, double &z, double &length)
+{
+    const double squared = x * x + y * y + z * z;
+    length = std::sqrt(isPlain(squared) ? squared : 1.0);
+    const double inverse = 1.0 / length;
+    x *= inverse;
+    y *= inverse;
+    z *= inverse;
+    return isPlain(squared);
+}
+
 HOST_CLONES bool normalizePlain(double *x, double *y, double *z, int64_t count, double *lengths)
 {
     int64_t plain = 0;
     for (int64_t i = 0; i < count; ++i)
-    {
-        const double squared = x[i] * x[i] + y[i] * y[i] + z[i] * z[i];
-        const double length = std::sqrt(isPlain(squared) ? squared : 1.0);
-        x[i] /= length;
-        y[i] /= length;
-        z[i] /= length;
-        lengths[i] = length;
-        plain += isPlain(squared);
-    }
+        plain += scaleToUnit(x[i], y[i], z[i], lengths[i]);
     return plain == count;
+}
+
+void normalizeOthers(VectorLanes &vectors, int64_t count, double *lengths)
+{
+    for (int64_t i = 0; i < count; ++i)
+    {
+        BAS_Vec3d vector = vectors[i];
+        if (isPlain(vector.dot(vector)))
+            continue;
+        lengths[i] = host::normalize(vector);
+        vectors.set(i, vector);
+    }
+}
+
+// A cross product of two edges along a face's normal.
+enum class Cross
+{
+    diagonals,
+    firstEdges,
+    trusted  // the former where the latter are not to be trusted
+};
+
+struct Found
+{
+    bool arePlain, areTrusted;
+};
+
+// The directions and lengths of these products, and whether all are complete and were good without the diagonals.
+template <Cross kCross, class Value>
+HOST_CLONES Found crossPlain(const CornerLanes<Value> &corners, VectorLanes &normals, double *lengthsTo)
+{
+    double *__restrict const xs = normals.x, *__restrict const ys = normals.y, *__restrict const zs = normals.z;
+    double *__restrict const lengths = lengthsTo;
+    const int64_t faces = corners.faces;
+    int64_t plain = 0, trusted = 0;
+    for (int64_t i = 0; i < faces; ++i)
+    {
+        const auto edge = [&](int axis, int from, int to) {
+            return double(corners.at[to][axis][i]) - double(corners.at[from][axis][i]);
+        };
+        const auto product = [&](int axis, bool isDiagonal) {
+            const int y = (axis + 1) % 3, z = (axis + 2) % 3;
+            const int from = isDiagonal ? 1 : 0, to = isDiagonal ? 3 : 2, first = isDiagonal ? 2 : 1;
+            return edge(y, 0, first) * edge(z, from, to) - edge(z, 0, first) * edge(y, from, to);
+        };
+        double x = product(0, kCross == Cross::diagonals);
+        double y = product(1, kCross == Cross::diagonals);
+        double z = product(2, kCross == Cross::diagonals);
+        if constexpr (kCross != Cross::diagonals)
+        {
+            const double squared = x * x + y * y + z * z;
+            const bool isTrusted = (squared > host::kLeastTrustedSquare) & (squared <= std::numeric_limits<double>::max());
+            trusted += isTrusted;
+            if constexpr (kCross == Cross::trusted)
+            {
+                x = isTrusted ? x : product(0, true);
+                y = isTrusted ? y : product(1, true);
+                z = isTrusted ? z : product(2, true);
+            }
+        }
+        plain += scaleToUnit(x, y, z, lengths[i]);
+        xs[i] = x;
+        ys[i] = y;
+        zs[i] = z;
+    }
+    return {plain == faces, trusted == faces};
+}
+
+// From each corner to the next one.
+template <class Value> HOST_CLONES void edgesOf(const CornerLanes<Value> &corners, double (*edges)[3][VectorLanes::kCount])
+{
+    for (int64_t k = 0; k < corners.corners; ++k)
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const Value *const from = corners.at[k][axis], *const to = corners.at[k + 1 < corners.corners ? k + 1 : 0][axis];
+            double *__restrict const edge = edges[k][axis];
+            for (int64_t i = 0; i < corners.faces; ++i)
+                edge[i] = double(to[i]) - double(from[i]);
+        }
+}
+
+// How the outline turns between two rows of edges that follow each other.
+HOST_CLONES void turnsOf(const double (*before)[VectorLanes::kCount], const double (*next)[VectorLanes::kCount],
+                         int64_t count, double *acrossTo, double *alongTo)
+{
+    double *__restrict const across = acrossTo, *__restrict const along = alongTo;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const double ax = before[0][i], ay = before[1][i], az = before[2][i];
+        const double bx = next[0][i], by = next[1][i], bz = next[2][i];
+        const double x = ay * bz - az * by, y = az * bx - ax * bz, z = ax * by - ay * bx;
+        across[i] = x * x + y * y + z * z;
+        along[i] = -(ax * bx + ay * by + az * bz);
+    }
+}
+
+template <int kRows> HOST_CLONES void interleave(const double (*rows)[VectorLanes::kCount], int64_t count, double *to)
+{
+    double *__restrict const values = to;
+    for (int64_t i = 0; i < count; ++i)
+        for (int k = 0; k < kRows; ++k)
+            values[i * kRows + k] = rows[k][i];
 }
 
 HOST_CLONES bool anglesBetween(const double *across, const double *along, int64_t count, double *angles)
@@ -34,22 +142,102 @@ HOST_CLONES bool anglesBetween(const double *across, const double *along, int64_
     }
     return repeats == 0;
 }
+
+template <class Real> HOST_CLONES void weigh(const VectorLanes &vectors, const Real *weights, int64_t count, double *partsTo)
+{
+    double *__restrict const parts = partsTo;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        const double weight = double(weights[i]);
+        parts[4 * i] = double(Real(vectors.x[i])) * weight;
+        parts[4 * i + 1] = double(Real(vectors.y[i])) * weight;
+        parts[4 * i + 2] = double(Real(vectors.z[i])) * weight;
+        parts[4 * i + 3] = weight;
+    }
+}
+
+HOST_CLONES void load(const double *vectorsFrom, int64_t count, double *x, double *y, double *z)
+{
+    const double *__restrict const vectors = vectorsFrom;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        x[i] = vectors[4 * i];
+        y[i] = vectors[4 * i + 1];
+        z[i] = vectors[4 * i + 2];
+    }
+}
+
+template <class Real> HOST_CLONES void store(const VectorLanes &vectors, int64_t count, Real *valuesTo)
+{
+    Real *__restrict const values = valuesTo;
+    for (int64_t i = 0; i < count; ++i)
+    {
+        values[3 * i] = Real(vectors.x[i]);
+        values[3 * i + 1] = Real(vectors.y[i]);
+        values[3 * i + 2] = Real(vectors.z[i]);
+    }
+}
 }  // namespace
 
 namespace host
 {
 void normalizeLanes(VectorLanes &vectors, int64_t count, double *lengths)
 {
-    if (normalizePlain(vectors.x, vectors.y, vectors.z, count, lengths))
-        return;
-    for (int64_t i = 0; i < count; ++i)
+    if (!normalizePlain(vectors.x, vectors.y, vectors.z, count, lengths))
+        normalizeOthers(vectors, count, lengths);
+}
+
+void weighLanes(const VectorLanes &vectors, const float *weights, int64_t count, BAS_Vec4d *parts)
+{
+    weigh(vectors, weights, count, &parts->x);
+}
+
+void weighLanes(const VectorLanes &vectors, const double *weights, int64_t count, BAS_Vec4d *parts)
+{
+    weigh(vectors, weights, count, &parts->x);
+}
+
+void loadLanes(const BAS_Vec4d *vectors, int64_t count, VectorLanes &lanes)
+{
+    load(&vectors->x, count, lanes.x, lanes.y, lanes.z);
+}
+
+void storeLanes(const VectorLanes &vectors, int64_t count, float *to) { store(vectors, count, to); }
+void storeLanes(const VectorLanes &vectors, int64_t count, double *to) { store(vectors, count, to); }
+
+template <class Value> void CornerLanes<Value>::normals(VectorLanes &normals, double *lengths) const
+{
+    const Found found = corners == 4 ? crossPlain<Cross::diagonals>(*this, normals, lengths)
+                                     : crossPlain<Cross::firstEdges>(*this, normals, lengths);
+    if (!found.arePlain)
+        normalizeOthers(normals, faces, lengths);
+}
+
+template <class Value> void CornerLanes<Value>::fastNormals(VectorLanes &normals, double *lengths) const
+{
+    Found found = crossPlain<Cross::firstEdges>(*this, normals, lengths);
+    if (corners == 4 && !found.areTrusted)
+        found = crossPlain<Cross::trusted>(*this, normals, lengths);
+    if (!found.arePlain)
+        normalizeOthers(normals, faces, lengths);
+}
+
+template <class Value> bool CornerLanes<Value>::angles(double *angles) const
+{
+    alignas(64) double edges[kMost][3][VectorLanes::kCount], across[VectorLanes::kCount], along[VectorLanes::kCount];
+    alignas(64) double rows[kMost][VectorLanes::kCount];
+    edgesOf(*this, edges);
+    bool areKnown = true;
+    for (int64_t k = 0; k < corners; ++k)
     {
-        BAS_Vec3d vector = vectors[i];
-        if (isPlain(vector.dot(vector)))
-            continue;
-        lengths[i] = normalize(vector);
-        vectors.set(i, vector);
+        turnsOf(edges[k > 0 ? k - 1 : corners - 1], edges[k], faces, across, along);
+        areKnown &= anglesBetween(across, along, faces, rows[k]);
     }
+    if (corners == 4)
+        interleave<4>(rows, faces, angles);
+    else
+        interleave<3>(rows, faces, angles);
+    return areKnown;
 }
 
 bool anglesOfLanes(const TurnLanes &turns, int64_t count, double *angles)
@@ -57,3 +245,6 @@ bool anglesOfLanes(const TurnLanes &turns, int64_t count, double *angles)
     return anglesBetween(turns.across.data(), turns.along.data(), count, angles);
 }
 }  // namespace host
+
+template struct host::CornerLanes<float>;
+template struct host::CornerLanes<double>;

@@ -51,7 +51,7 @@ public:
     {
         const ELM_Attribute &positions = detail.positions();
         const int64_t points = detail.capacity(ELM_OWNER_POINT);
-        packed_ = {positions.tupleSize() == 3 ? positions.contiguousData<float>() : nullptr, points};
+        packed_.values = positions.tupleSize() == 3 ? positions.contiguousData<float>() : nullptr;
         if (packed_.values)
             return;
         wide_.resize(size_t(points));
@@ -90,7 +90,7 @@ void computeInto(float *to, const MSH_Detail &detail, const Table &table, ELM_Ow
     host::NormalKernel<float, typename Table::Topology, Position, decltype(adjacencyOf)> kernel(
         table.points(), faces.topology(), position, adjacencyOf, host::NormalWeights::angle);
     if (owner == ELM_OWNER_POINT)
-        kernel.pointNormals(true, [to](int64_t point, const BAS_Vec3f &normal) { store(to + 3 * point, normal); });
+        kernel.pointNormals(true, to);
     else if (sharesVertices(detail))
         writeSharedVertices(kernel, faces, detail, cuspAngle, to);
     else

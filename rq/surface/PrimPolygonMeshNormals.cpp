@@ -18,13 +18,6 @@ rq::Positions positionsOf(const RQ_PrimPolygonMesh &mesh, int segment, const cha
     return rq::Positions(mesh.getShared() && mesh.getVertexList() ? mesh.getShared()->get(name, segment) : nullptr);
 }
 
-template <class T> void store(T *values, int64_t entry, const Imath::Vec3<T> &normal)
-{
-    values[3 * entry] = normal.x;
-    values[3 * entry + 1] = normal.y;
-    values[3 * entry + 2] = normal.z;
-}
-
 /// Make an array of `entries` normals: `write(values)` writes them and tells whether it could.
 template <class Write> RQ_DataArrayHandle makeNormals(RQ_Storage storage, int64_t entries, Write &&write)
 {
@@ -67,7 +60,7 @@ template <class Visit> void visitMesh(const RQ_PrimPolygonMesh &mesh, const rq::
 {
     rq::visitTopology(mesh.getFaceCountArray(), *mesh.getVertexList(), [&](const auto &topology) {
         if (positions.flat())
-            visit(topology, host::PackedPositions{positions.flat(), positions.entries()});
+            visit(topology, host::PackedPositions{positions.flat()});
         else
             visit(topology, [&positions](int64_t point) { return positions[point]; });
     });
@@ -116,20 +109,22 @@ void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::SharedTopology &share
 template <class Real, class Topology, class Position>
 void writeFaceLanes(Real *values, const Topology topology, const Position position, int64_t first, int64_t last)
 {
-    host::VectorLanes lanes;
+    host::CornerLanes<host::LaneOf<Position>> corners;
+    host::VectorLanes normals;
     double lengths[host::VectorLanes::kCount];
-    if (!host::packedFaces(topology, position, first, last).fastNormals(lanes, lengths))
+    if (host::readCorners(topology, position, first, last, corners))
+        corners.fastNormals(normals, lengths);
+    else
     {
         for (int64_t face = first; face < last; ++face)
         {
             const int64_t begin = topology.begin(face);
             const auto at = [&](int64_t i) { return position(topology.point(begin + i)); };
-            lanes.set(face - first, host::fastNormalVector(topology.end(face) - begin, at));
+            normals.set(face - first, host::fastNormalVector(topology.end(face) - begin, at));
         }
-        host::normalizeLanes(lanes, last - first, lengths);
+        host::normalizeLanes(normals, last - first, lengths);
     }
-    for (int64_t i = 0; i < last - first; ++i)
-        store(values, first + i, Imath::Vec3<Real>(lanes[i]));
+    host::storeLanes(normals, last - first, values + 3 * first);
 }
 }  // namespace
 
@@ -153,11 +148,8 @@ bool RQ_PrimPolygonMesh::writePointNormals(void *normals, RQ_Storage storage, in
 {
     const rq::Positions reader = positionsOf(*this, segment, positions);
     return reader.isValid() && writeAs(storage, normals, reader.entries(), [&]<class Real>(Real *values) {
-               visitKernel<Real>(*this, *topology_, reader, weights, given, [&](auto &kernel) {
-                   kernel.pointNormals(normalize, [values](int64_t point, const Imath::Vec3<Real> &normal) {
-                       store(values, point, normal);
-                   });
-               });
+               visitKernel<Real>(*this, *topology_, reader, weights, given,
+                                 [&](auto &kernel) { kernel.pointNormals(normalize, values); });
            });
 }
 

@@ -290,6 +290,73 @@ TEST(Normals, HaveTheSameBitsHoweverPositionsAndIndicesAreStored)
     }
 }
 
+/// The same faces around each point in the same order, but neighbouring points lie far apart, and no run of 64 faces is of
+/// one size.
+struct Disguise
+{
+    MeshShape shape;
+    std::vector<size_t> points, corners;  // of the original, where they are now
+
+    explicit Disguise(const MeshShape &original)
+    {
+        const size_t count = size_t(original.pointCount()), stride = 7919;
+        shape.positions.resize(original.positions.size());
+        for (size_t p = 0; p < count; ++p)
+        {
+            points.push_back(p * stride % count);
+            std::copy_n(original.positions.begin() + int64_t(3 * p), 3, shape.positions.begin() + int64_t(3 * points[p]));
+        }
+        size_t corner = 0;
+        for (size_t face = 0; face < original.counts.size(); ++face)
+        {
+            std::vector<int> around;
+            for (int i = 0; i < original.counts[face]; ++i)
+            {
+                around.push_back(int(points[size_t(original.indices[corner++])]));
+                corners.push_back(shape.indices.size() + size_t(i));
+            }
+            shape.addFace(around);
+            if (face % 40 == 0)
+            {
+                around.clear();
+                for (int i = 0; i < 5; ++i)
+                    around.push_back(shape.addPoint(float(i % 3), float(i / 3), float(i)));
+                shape.addFace(around);
+            }
+        }
+    }
+};
+
+// Most meshes are worked on a window of points and many faces at a time, others point by point and face by face.
+TEST(Normals, HaveTheSameBitsWhereverPointsLie)
+{
+    const BAS_Threads::Limit limit(2);
+    MeshShape quads = terraces(false), triangles{"triangles", quads.positions, {}, {}};
+    for (size_t face = 0; face < quads.counts.size(); face += 11)
+        quads.indices[4 * face + 1 + face % 3] = quads.indices[4 * face + face % 3];  // two corners in one place, or more
+    for (int i = 0; i + 203 < triangles.pointCount(); ++i)
+        triangles.addFace({i, i + 1 + i % 2, i + (i % 13 ? 202 : 0)});
+    for (const MeshShape &shape : {quads, triangles})
+    {
+        const Disguise disguise(shape);
+        const RQ_PolygonMeshHandle mesh = makeMesh(shape), other = makeMesh(disguise.shape);
+        for (const RQ_NormalWeights weights : {RQ_NORMAL_WEIGHTS_ANGLE, RQ_NORMAL_WEIGHTS_EQUAL, RQ_NORMAL_WEIGHTS_AREA})
+            for (const bool ofPoints : {true, false})
+            {
+                const auto normalsOf = [&](const RQ_PrimPolygonMesh &from) {
+                    std::vector<BAS_Vec3f> normals(size_t(ofPoints ? from.getPointCount() : from.getVertexCount()));
+                    EXPECT_TRUE(ofPoints ? from.pointNormals(normals.data(), 0, "P", true, weights)
+                                         : from.vertexNormals(normals.data(), 0, "P", 60.0, true, weights));
+                    return normals;
+                };
+                const std::vector<BAS_Vec3f> expected = normalsOf(*mesh), normals = normalsOf(*other);
+                for (size_t i = 0; i < expected.size(); ++i)
+                    ASSERT_EQ(normals[ofPoints ? disguise.points[i] : disguise.corners[i]], expected[i])
+                        << (ofPoints ? "point " : "corner ") << i << " weights " << weights;
+            }
+    }
+}
+
 TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
 {
     for (const MeshShape &shape : meshShapes())

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <cstring>
+#include <utility>
+
+#include <host/bas/CornerFan.h>
+#include <host/bas/PointSums.h>
+
+namespace host
+{
+/// The normals of the corners at the points of a window.
+///
+/// Most points are smooth, and all their corners have one normal: it is worked out once, and copied face by face.  Only the
+/// corners at creases are gathered point by point.  `Index` numbers corners.
+///
+/// Use  `add` each block of the window in order; `finishPoints`; `write` the same faces in the same order; `separate`
+template <class Real, class Index> class WindowCorners
+{
+public:
+    using Vector = Imath::Vec3<Real>;
+
+    /// For points [firstPoint, lastPoint), and at most so many faces.
+    WindowCorners(int64_t firstPoint, int64_t lastPoint, int64_t faces, bool isWeighted)
+        : sums_(firstPoint, lastPoint, isWeighted), isWeighted_(isWeighted), points_(size_t(sums_.count())),
+          faceNormals_(size_t(faces))
+    {}
+
+    template <class Topology>
+    void add(const Topology topology, const FaceBlock<Real> &block, int64_t firstFace, int64_t lastFace)
+    {
+        sums_.add(topology, block, firstFace, lastFace);
+        storeLanes(block.normals(), lastFace - firstFace, &faceNormals_[size_t(faces_)].x);
+        faces_ += lastFace - firstFace;
+        if (!isWeighted_)
+            return;
+        if (const double *const weights = block.cornerWeights())
+            weights_.insert(weights_.end(), weights, weights + (topology.end(lastFace - 1) - topology.begin(firstFace)));
+        else
+            for (int64_t face = firstFace; face < lastFace; ++face)
+                weights_.insert(weights_.end(), size_t(topology.end(face) - topology.begin(face)),
+                                block.parts()[face - firstFace].w);
+    }
+
+    /// Work out the normals of the points, and which are smooth.
+    void finishPoints(const CuspCosines &cusp, bool normalize)
+    {
+        VectorLanes sums, units;
+        double lengths[VectorLanes::kCount];
+        for (int64_t begin = 0; begin < sums_.count(); begin += VectorLanes::kCount)
+        {
+            const int64_t count = std::min(VectorLanes::kCount, sums_.count() - begin);
+            loadLanes(sums_.sums(begin), count, sums);
+            units = sums;
+            normalizeLanes(units, count, lengths);
+            for (int64_t i = 0; i < count; ++i)
+            {
+                const bool isSmooth = cusp.isSmooth(lengths[i], sums_.sums(begin)[i].w, sums_.least(begin + i));
+                points_[size_t(begin + i)] = {Vector(normalize ? units[i] : sums[i]), isSmooth ? kSmooth : kNone};
+            }
+        }
+        faces_ = 0;
+    }
+
+    template <class Topology, class PlaceOf>
+    void write(const Topology topology, int64_t firstFace, int64_t lastFace, const PlaceOf placeOf)
+    {
+        const Point *const points = points_.data();
+        const uint64_t count = points_.size();
+        const int64_t firstPoint = sums_.first(), firstCorner = topology.begin(firstFace);
+        // A line that is not in the cache takes longer to come than to be filled.
+        for (int64_t face = firstFace; face < lastFace; ++face)
+            if (topology.begin(face) < topology.end(face))
+                __builtin_prefetch(placeOf(topology.begin(face)), 1);
+        for (int64_t face = firstFace; face < lastFace; ++face)
+            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
+            {
+                const uint64_t at = uint64_t(topology.point(corner) - firstPoint);
+                if (at >= count)
+                    continue;
+                std::memcpy(placeOf(corner), &points[at].normal, sizeof(Vector));
+                if (points[at].first != kSmooth)
+                    noteCreased(corner, face - firstFace, corner - firstCorner);
+            }
+        faces_ += lastFace - firstFace;
+        corners_ += topology.end(lastFace - 1) - firstCorner;
+    }
+
+    /// Write the corners that differ from others at their point.
+    template <class Topology, class PlaceOf>
+    void separate(const Topology topology, const CuspCosines &cusp, bool normalize, const PlaceOf &placeOf)
+    {
+        const auto firstAt = [&](const Corner &corner) -> Index & {
+            return points_[size_t(sums_.place(topology.point(corner.corner)))].first;
+        };
+        for (size_t i = creased_.size(); i-- > 0;)
+            creased_[i].next = std::exchange(firstAt(creased_[i]), Index(i));
+        CornerFan fan;
+        for (size_t i = 0; i < creased_.size(); ++i)
+            if (firstAt(creased_[i]) == Index(i))
+                separateAround(Index(i), cusp, normalize, fan, placeOf);
+    }
+
+private:
+    template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
+
+    static constexpr Index kNone = -1, kSmooth = -2;
+
+    // Its normal, and the first of its corners among those at creases.
+    struct Point
+    {
+        Vector normal;
+        Index first;
+    };
+
+    // A corner at a crease, the place of its face's normal, and the next corner at the same point.
+    struct Corner
+    {
+        int64_t corner, face;
+        double weight;
+        Index next;
+    };
+
+    // The i-th face, or corner, of those that are written now.
+    [[gnu::noinline]] void noteCreased(int64_t corner, int64_t faceAt, int64_t cornerAt)
+    {
+        const double weight = isWeighted_ ? weights_[size_t(corners_ + cornerAt)] : 1.0;
+        creased_.push_back({corner, faces_ + faceAt, weight, kNone});
+    }
+
+    template <class PlaceOf>
+    void separateAround(Index first, const CuspCosines &cusp, bool normalize, CornerFan &fan, const PlaceOf &placeOf)
+    {
+        around_.clear();
+        for (Index i = first; i != kNone; i = creased_[size_t(i)].next)
+            around_.push_back(i);
+        fan.resize(int64_t(around_.size()));
+        for (size_t i = 0; i < around_.size(); ++i)
+        {
+            const Corner &corner = creased_[size_t(around_[i])];
+            fan.set(int64_t(i), BAS_Vec3d(faceNormals_[size_t(corner.face)]), corner.weight);
+        }
+        fan.separate(cusp, normalize, [&](int64_t i, const BAS_Vec3d &sum) {
+            const Vector normal(sum);
+            std::memcpy(placeOf(creased_[size_t(around_[size_t(i)])].corner), &normal, sizeof(Vector));
+        });
+    }
+
+    PointSums<Real> sums_;
+    bool isWeighted_;
+    Row<Point> points_;
+    Row<Vector> faceNormals_;          // in the order of the blocks
+    Row<double> weights_;              // of the corners, in this order, unless all are 1
+    int64_t faces_ = 0, corners_ = 0;  // so many are added, or written
+    std::vector<Corner> creased_;
+    std::vector<Index> around_;
+};
+}  // namespace host
