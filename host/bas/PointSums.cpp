@@ -1,14 +1,16 @@
 #include <host/bas/PointSums.h>
 
+#include <algorithm>
+
 #include <host/bas/clones.h>
 
 namespace
 {
 using host::PointSumFaces;
 
-template <int kCorners, bool isWeighted, class Index>
-HOST_CLONES void addEach(const PointSumFaces<Index> faces, const double *parts, int64_t firstPoint, double *sums,
-                         uint64_t count)
+template <int kCorners, bool isWeighted, bool keepsLeast, class Index>
+HOST_CLONES void addEach(const PointSumFaces<Index> faces, const double *parts, int64_t firstPoint, uint64_t count,
+                         double *sums, double *least)
 {
     for (int64_t face = 0; face < faces.count; ++face)
     {
@@ -20,6 +22,8 @@ HOST_CLONES void addEach(const PointSumFaces<Index> faces, const double *parts, 
             if (at >= count)
                 continue;
             const double weight = isWeighted ? faces.weights[corner] : 1.0;
+            if constexpr (keepsLeast)
+                least[at] = std::min(least[at], isWeighted ? weight : w);
             double *const sum = sums + 4 * at;
             const double added[] = {sum[0] + x * weight, sum[1] + y * weight, sum[2] + z * weight, sum[3] + w * weight};
             for (int i = 0; i < 4; ++i)
@@ -28,28 +32,37 @@ HOST_CLONES void addEach(const PointSumFaces<Index> faces, const double *parts, 
     }
 }
 
-template <class Index>
-void add(const PointSumFaces<Index> &faces, const BAS_Vec4d *parts, int64_t firstPoint, BAS_Vec4d *sums, int64_t count)
+template <int kCorners, class Index>
+void add(const PointSumFaces<Index> &faces, const BAS_Vec4d *parts, const host::PointSumPlaces &places)
 {
-    const auto run = [&](auto function) { function(faces, &parts->x, firstPoint, &sums->x, uint64_t(count)); };
-    if (faces.corners == 4)
-        faces.weights ? run(addEach<4, true, Index>) : run(addEach<4, false, Index>);
+    const auto run = [&](auto function) {
+        function(faces, &parts->x, places.first, uint64_t(places.count), &places.sums->x, places.least);
+    };
+    if (places.least)
+        faces.weights ? run(addEach<kCorners, true, true, Index>) : run(addEach<kCorners, false, true, Index>);
     else
-        faces.weights ? run(addEach<3, true, Index>) : run(addEach<3, false, Index>);
+        faces.weights ? run(addEach<kCorners, true, false, Index>) : run(addEach<kCorners, false, false, Index>);
+}
+
+template <class Index>
+void addSome(const PointSumFaces<Index> &faces, const BAS_Vec4d *parts, const host::PointSumPlaces &places)
+{
+    if (faces.corners == 4)
+        add<4>(faces, parts, places);
+    else
+        add<3>(faces, parts, places);
 }
 }  // namespace
 
 namespace host
 {
-void addParts(const PointSumFaces<int32_t> &faces, const BAS_Vec4d *parts, int64_t firstPoint, BAS_Vec4d *sums,
-              int64_t count)
+void addParts(const PointSumFaces<int32_t> &faces, const BAS_Vec4d *parts, const PointSumPlaces &places)
 {
-    add(faces, parts, firstPoint, sums, count);
+    addSome(faces, parts, places);
 }
 
-void addParts(const PointSumFaces<int64_t> &faces, const BAS_Vec4d *parts, int64_t firstPoint, BAS_Vec4d *sums,
-              int64_t count)
+void addParts(const PointSumFaces<int64_t> &faces, const BAS_Vec4d *parts, const PointSumPlaces &places)
 {
-    add(faces, parts, firstPoint, sums, count);
+    addSome(faces, parts, places);
 }
 }  // namespace host

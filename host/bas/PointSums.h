@@ -17,12 +17,17 @@ template <class Index> struct PointSumFaces
     const double *weights;
 };
 
-/// Add the part of each face, times the weights of its corners, to the `count` sums of the points from `firstPoint` on;
-/// other points are passed over.
-HOST_API void addParts(const PointSumFaces<int32_t> &faces, const BAS_Vec4d *parts, int64_t firstPoint, BAS_Vec4d *sums,
-                       int64_t count);
-HOST_API void addParts(const PointSumFaces<int64_t> &faces, const BAS_Vec4d *parts, int64_t firstPoint, BAS_Vec4d *sums,
-                       int64_t count);
+/// The sums of `count` points from `first` on, and the least weight at each; null when nobody asks.
+struct PointSumPlaces
+{
+    int64_t first, count;
+    BAS_Vec4d *sums;
+    double *least;
+};
+
+/// Add the part of each face, times the weights of its corners, to the sums of its points; other points are passed over.
+HOST_API void addParts(const PointSumFaces<int32_t> &faces, const BAS_Vec4d *parts, const PointSumPlaces &places);
+HOST_API void addParts(const PointSumFaces<int64_t> &faces, const BAS_Vec4d *parts, const PointSumPlaces &places);
 
 /// What faces give to the points of a window: for each the sum of their normals times weights, and that of the weights.
 template <class Real> class PointSums
@@ -51,24 +56,19 @@ public:
     void add(const Topology topology, const FaceBlock<Real> &block, int64_t firstFace, int64_t lastFace)
     {
         using Index = typename Topology::Index;
-        const auto eachCorner = [&](auto &&visit) {
-            for (int64_t face = firstFace; face < lastFace; ++face)
-                for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
-                    if (const uint64_t at = place(topology.point(corner)); at < sums_.size())
-                        visit(size_t(at), face - firstFace, corner);
-        };
         if (block.cornersOfEach() > 0)
-            addParts(PointSumFaces<Index>{topology.points + topology.begin(firstFace), block.cornersOfEach(),
-                                          lastFace - firstFace, block.cornerWeights()},
-                     block.parts(), first_, sums_.data(), count());
-        else
-            eachCorner([&](size_t at, int64_t face, int64_t corner) {
-                sums_[at] += block.parts()[face] * (block.cornerWeights() ? block.weight(face, corner) : 1.0);
-            });
-        if (!least_.empty())
-            eachCorner([&](size_t at, int64_t face, int64_t corner) {
-                least_[at] = std::min(least_[at], block.weight(face, corner));
-            });
+            return addParts(PointSumFaces<Index>{topology.points + topology.begin(firstFace), block.cornersOfEach(),
+                                                 lastFace - firstFace, block.cornerWeights()},
+                            block.parts(), {first_, count(), sums_.data(), least_.empty() ? nullptr : least_.data()});
+        for (int64_t face = firstFace; face < lastFace; ++face)
+            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
+                if (const uint64_t at = place(topology.point(corner)); at < sums_.size())
+                {
+                    const double weight = block.weight(face - firstFace, corner);
+                    sums_[at] += block.parts()[face - firstFace] * (block.cornerWeights() ? weight : 1.0);
+                    if (!least_.empty())
+                        least_[at] = std::min(least_[at], weight);
+                }
     }
 
 private:

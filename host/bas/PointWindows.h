@@ -59,6 +59,13 @@ public:
     int64_t first(int64_t window) const { return window * size_; }
     int64_t last(int64_t window) const { return std::min((window + 1) * size_, points_); }
 
+    /// Whether a block uses points of this window only.
+    bool contains(int64_t window, int64_t block) const
+    {
+        const PointSpan &span = spans_[size_t(block)];
+        return first(window) <= span.first && span.last < last(window);
+    }
+
     /// Its blocks, in order.
     std::span<const int64_t> blocks(int64_t window) const
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include <host/bas/CornerFan.h>
@@ -8,6 +9,14 @@
 
 namespace host
 {
+/// Where normals of corners stand one after the other.
+template <class Real> struct PackedCorners
+{
+    Real *values;
+
+    Real *operator()(int64_t corner) const { return values + 3 * corner; }
+};
+
 /// The normals of the corners at the points of a window.
 ///
 /// Most points are smooth, and all their corners have one normal: it is worked out once, and copied face by face.  Only the
@@ -19,11 +28,13 @@ template <class Real, class Index> class WindowCorners
 public:
     using Vector = Imath::Vec3<Real>;
 
-    /// For points [firstPoint, lastPoint), and at most so many faces.
-    WindowCorners(int64_t firstPoint, int64_t lastPoint, int64_t faces, bool isWeighted)
+    /// For points [firstPoint, lastPoint), and at most so many faces, and corners.
+    WindowCorners(int64_t firstPoint, int64_t lastPoint, int64_t faces, int64_t corners, bool isWeighted)
         : sums_(firstPoint, lastPoint, isWeighted), isWeighted_(isWeighted), points_(size_t(sums_.count())),
           faceNormals_(size_t(faces))
-    {}
+    {
+        weights_.reserve(size_t(isWeighted ? corners : 0));
+    }
 
     template <class Topology>
     void add(const Topology topology, const FaceBlock<Real> &block, int64_t firstFace, int64_t lastFace)
@@ -61,28 +72,21 @@ public:
         faces_ = 0;
     }
 
+    /// Write the corners of a block; with `isInside` it has no points outside the window.
     template <class Topology, class PlaceOf>
-    void write(const Topology topology, int64_t firstFace, int64_t lastFace, const PlaceOf placeOf)
+    void write(const Topology topology, int64_t firstFace, int64_t lastFace, bool isInside, const PlaceOf placeOf)
     {
-        const Point *const points = points_.data();
-        const uint64_t count = points_.size();
-        const int64_t firstPoint = sums_.first(), firstCorner = topology.begin(firstFace);
         // A line that is not in the cache takes longer to come than to be filled.
         for (int64_t face = firstFace; face < lastFace; ++face)
             if (topology.begin(face) < topology.end(face))
                 __builtin_prefetch(placeOf(topology.begin(face)), 1);
-        for (int64_t face = firstFace; face < lastFace; ++face)
-            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
-            {
-                const uint64_t at = uint64_t(topology.point(corner) - firstPoint);
-                if (at >= count)
-                    continue;
-                std::memcpy(placeOf(corner), &points[at].normal, sizeof(Vector));
-                if (points[at].first != kSmooth)
-                    noteCreased(corner, face - firstFace, corner - firstCorner);
-            }
+        bool isDone = false;
+        if constexpr (std::is_same_v<PlaceOf, PackedCorners<Real>>)
+            isDone = isInside && copyEven(topology, firstFace, lastFace, placeOf);
+        if (!isDone)
+            copyOwn(topology, firstFace, lastFace, placeOf);
         faces_ += lastFace - firstFace;
-        corners_ += topology.end(lastFace - 1) - firstCorner;
+        corners_ += topology.end(lastFace - 1) - topology.begin(firstFace);
     }
 
     /// Write the corners that differ from others at their point.
@@ -103,7 +107,7 @@ public:
 private:
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
 
-    static constexpr Index kNone = -1, kSmooth = -2;
+    static constexpr Index kNone = -1, kSmooth = 0;  // until the first corners are known
 
     // Its normal, and the first of its corners among those at creases.
     struct Point
@@ -119,6 +123,54 @@ private:
         double weight;
         Index next;
     };
+
+    // Copies the normals of corners inside the window.
+    template <class Topology, class PlaceOf>
+    void copyOwn(const Topology &topology, int64_t firstFace, int64_t lastFace, const PlaceOf &placeOf)
+    {
+        for (int64_t face = firstFace; face < lastFace; ++face)
+            for (int64_t corner = topology.begin(face), end = topology.end(face); corner < end; ++corner)
+                if (const uint64_t at = sums_.place(topology.point(corner)); at < points_.size())
+                {
+                    std::memcpy(placeOf(corner), &points_[at].normal, sizeof(Vector));
+                    if (points_[at].first != kSmooth)
+                        noteCreased(corner, face - firstFace, corner - topology.begin(firstFace));
+                }
+    }
+
+    // The same where all corners are inside; false, and nothing is done, unless the faces are of one size.
+    template <class Topology>
+    bool copyEven(const Topology &topology, int64_t firstFace, int64_t lastFace, const PackedCorners<Real> &places)
+    {
+        const int64_t size = topology.cornersOfEach(firstFace, lastFace);
+        if (size == 0)
+            return false;
+        const int64_t first = topology.begin(firstFace), last = topology.end(lastFace - 1);
+        // One move takes four numbers as fast as three: the fourth is overwritten by the next corner, if any.
+        static_assert(sizeof(Point) >= 4 * sizeof(Real));
+        constexpr int64_t kCornersAtOnce = 16;
+        const Point *const points = points_.data();
+        const int64_t firstPoint = sums_.first();
+        for (int64_t begin = first; begin < last; begin += kCornersAtOnce)
+        {
+            const int64_t end = std::min(begin + kCornersAtOnce, last);
+            Index flags = kSmooth;
+            for (int64_t corner = begin; corner < end; ++corner)
+            {
+                const Point &point = points[topology.point(corner) - firstPoint];
+                if (corner + 1 < last)
+                    std::memcpy(places(corner), &point, 4 * sizeof(Real));
+                else
+                    std::memcpy(places(corner), &point, sizeof(Vector));
+                flags |= point.first;
+            }
+            if (flags != kSmooth)
+                for (int64_t corner = begin; corner < end; ++corner)
+                    if (points[topology.point(corner) - firstPoint].first != kSmooth)
+                        noteCreased(corner, (corner - first) / size, corner - first);
+        }
+        return true;
+    }
 
     // The i-th face, or corner, of those that are written now.
     [[gnu::noinline]] void noteCreased(int64_t corner, int64_t faceAt, int64_t cornerAt)

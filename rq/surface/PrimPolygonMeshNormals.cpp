@@ -174,7 +174,7 @@ bool RQ_PrimPolygonMesh::writeVertexNormals(void *normals, RQ_Storage storage, i
         }
         else
             return visitKernel<Real>(*this, *topology_, reader, weights, nullptr, [&](auto &kernel) {
-                kernel.cornerNormals(cuspAngle, normalize, [values](int64_t corner) { return values + 3 * corner; });
+                kernel.cornerNormals(cuspAngle, normalize, host::PackedCorners<Real>{values});
             });
         rq::visitTopology(counts_, *vertexList_, [&](const auto &topology) {
             constexpr int64_t kFacesPerTask = 8192;  // of some 5 ns
