@@ -203,7 +203,7 @@ private:
     Row<Vector> faceNormals_;          // in the order of the blocks
     Row<double> weights_;              // of the corners, in this order, unless all are 1
     int64_t faces_ = 0, corners_ = 0;  // so many are added, or written
-    std::vector<Corner> creased_;
+    Row<Corner> creased_;
     std::vector<Index> around_;
 };
 }  // namespace host
