@@ -33,6 +33,12 @@ std::unordered_set<int64_t> idsOf(const Scene &scene)
 }
 }  // namespace
 
+int samplesOf(const Scene &scene)
+{
+    constexpr int64_t kDense = 2000000;
+    return scene.triangles() > kDense ? 1 : 4;
+}
+
 struct Display::State
 {
     SceneHandle scene;
@@ -78,14 +84,14 @@ const SceneHandle &Display::scene() const { return state_->scene; }
 // Whoever drew before may have left anything behind.
 void Display::State::begin(const DrawStyle &style, int width, int height)
 {
-    statistics.triangles = statistics.segments = statistics.points = statistics.draws = 0;
+    statistics.triangles = statistics.trianglesDrawn = statistics.segments = statistics.points = statistics.draws = 0;
     glViewport(0, 0, width, height);
     glDisable(GL_SCISSOR_TEST);
     glDisable(GL_BLEND);
     glDisable(GL_CULL_FACE);
     glEnable(GL_DEPTH_TEST);
     glEnable(GL_PROGRAM_POINT_SIZE);
-    glEnable(GL_MULTISAMPLE);
+    (scene && samplesOf(*scene) == 1 ? glDisable : glEnable)(GL_MULTISAMPLE);
     glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
@@ -113,8 +119,14 @@ bool Display::draw(const OrbitCamera &camera, const DrawStyle &style, int width,
     fromMiddle.setTranslation(state.scene->middle());
     const BAS_BoundingBox &bounds = state.scene->bounds();
     const float normalLength = bounds.isEmpty() ? 0.0f : 0.02f * bounds.size().length();
-    const Frame frame{fromMiddle * camera.view(), camera.projection(double(width) / height),
-                      BAS_Vec3f(float(width), float(height), normalLength), style, state.legend};
+    GLint samples = 0;
+    glGetIntegerv(GL_SAMPLES, &samples);
+    const Frame frame{fromMiddle * camera.view(),
+                      camera.projection(double(width) / height),
+                      BAS_Vec3f(float(width), float(height), normalLength),
+                      style,
+                      state.legend,
+                      samples < 2 || samplesOf(*state.scene) == 1};
     bool complete = true;
     std::string why;
     for (const Item &item : state.scene->items())

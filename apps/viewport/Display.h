@@ -25,10 +25,16 @@ struct DisplayStatistics
 
     // Of the last picture.
     int64_t triangles = 0;
+    int64_t trianglesDrawn = 0;  ///< of those, the ones that the driver was given: see `siftTriangles`
     int64_t segments = 0;
     int64_t points = 0;
     int64_t draws = 0;
 };
+
+/// Samples a pixel that a scene deserves.  Where triangles are smaller than pixels their edges are everywhere and there is
+/// little to smooth, but a program in place of a graphics card looks at each sample: then one is taken, even of a
+/// framebuffer that has more.
+int samplesOf(const Scene &scene);
 
 /// The range that colours stand for in the last picture; `shown` is false where they stand for no numbers.
 struct Legend

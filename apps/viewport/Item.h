@@ -22,6 +22,8 @@ struct Item
     size_t shown = 0;  ///< entry of the shown primitives that it comes from
     BAS_BoundingBox bounds;
     RQ_DataArrayHandle matrices;  ///< the placements from the scene's middle, 16 floats each; of the same id when the same
+
+    int64_t copies() const { return int64_t(placements.matrices.size()); }
 };
 
 /// What an attribute has one value per, when seen from an item.

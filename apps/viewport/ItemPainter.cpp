@@ -20,20 +20,6 @@ const ProgramTexts kTexts[] = {
     {shader::kNormalVertex, shader::kPlainFragment, ""},
 };
 
-// The numbers of the textures in the shaders.
-enum Unit
-{
-    UnitPositions,
-    UnitCorners,
-    UnitCornerSources,
-    UnitFaceSources,
-    UnitEdges,
-    UnitPlacements,
-    UnitNormals,
-    UnitColours,
-    UnitWidths
-};
-
 // What has no colour of its own looks like clay.
 const BAS_Vec3f kClay(0.72f, 0.69f, 0.64f);
 const BAS_Vec3f kPointColour(0.98f, 0.80f, 0.30f);
@@ -47,14 +33,6 @@ constexpr int64_t kCrowd = 20000;
 // Marks of points lie on the surface: drawn this part of the depth nearer, they are not half hidden by it.
 constexpr float kLift = 1e-3f;
 
-bool isOfPoints(Lookup lookup) { return lookup != Lookup::Corner && lookup != Lookup::Face; }
-
-Lookup normalLookup(const Form &form)
-{
-    constexpr Lookup kLookups[] = {Lookup::Corner, Lookup::Point, Lookup::Face, Lookup::Detail};
-    return form.normals ? kLookups[form.normalsOwner] : Lookup::None;
-}
-
 Found widthOf(const Item &item)
 {
     for (const char *name : {"width", "pscale"})
@@ -64,21 +42,25 @@ Found widthOf(const Item &item)
     return {};
 }
 
-GLsizei copiesOf(const Item &item) { return GLsizei(item.placements.matrices.size()); }
 }  // namespace
 
-struct ItemPainter::Bound
+Lookup normalLookup(const Form &form)
 {
-    const Buffer *corners = nullptr;
-    bool complete = true;
-};
+    constexpr Lookup kLookups[] = {Lookup::Corner, Lookup::Point, Lookup::Face, Lookup::Detail};
+    return form.normals ? kLookups[form.normalsOwner] : Lookup::None;
+}
 
 ItemPainter::ItemPainter(Buffers &buffers, DisplayStatistics &statistics) : buffers_(buffers), statistics_(statistics)
 {
     glCreateVertexArrays(1, &vertices_);
+    glCreateBuffers(1, &sifted_);
 }
 
-ItemPainter::~ItemPainter() { glDeleteVertexArrays(1, &vertices_); }
+ItemPainter::~ItemPainter()
+{
+    glDeleteVertexArrays(1, &vertices_);
+    glDeleteBuffers(1, &sifted_);
+}
 
 bool ItemPainter::prepare(std::string &error) { return program(IndexedMesh, error) != nullptr; }
 
@@ -91,22 +73,22 @@ Shader *ItemPainter::program(Program which, std::string &error)
     return shader.get();
 }
 
-const Buffer *ItemPainter::bindArray(int unit, const RQ_DataArrayHandle &array, Seen seen, Bound &bound, std::string &error)
+const Buffer *ItemPainter::bindArray(Unit unit, const RQ_DataArrayHandle &array, Seen seen, bool &complete,
+                                     std::string &error)
 {
     const Buffer *buffer = buffers_.find(array, seen, statistics_, error);
-    bound.complete = bound.complete && (buffer || !array);
+    complete = complete && (buffer || !array);
     glBindTextureUnit(GLuint(unit), buffer ? buffer->texture : 0);
     return buffer;
 }
 
-bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, Bound &bound, std::string &error)
+bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, bool &complete, std::string &error)
 {
     const Form &form = *item.form;
     shader.use();
     glBindVertexArray(vertices_);
-    bindArray(UnitPositions, form.positions, Seen::Numbers, bound, error);
-    bindArray(UnitPlacements, item.matrices, Seen::Rows, bound, error);
-    bound.corners = bindArray(UnitCorners, form.corners, Seen::Indices, bound, error);
+    bindArray(UnitPositions, form.positions, Seen::Numbers, complete, error);
+    bindArray(UnitPlacements, item.matrices, Seen::Rows, complete, error);
     shader.set("view", frame.view);
     shader.set("projection", frame.projection);
     shader.set("pixels", frame.viewport.x, frame.viewport.y);
@@ -118,15 +100,15 @@ bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, Bou
     shader.set("colourMode", 0);
     shader.set("normalForm", 0, 0);
     shader.set("widthForm", 0, 0);
-    return bound.complete;
+    return complete;
 }
 
-bool ItemPainter::bindColour(const Item &item, const Frame &frame, Shader &shader, Bound &bound, std::string &error)
+void ItemPainter::bindColour(const Item &item, const Frame &frame, Shader &shader, bool &complete, std::string &error)
 {
     const ItemColour colour = colourOf(item, frame.style.colour);
-    const Buffer *values = bindArray(UnitColours, colour.found.array, colour.seen, bound, error);
+    const Buffer *values = bindArray(UnitColours, colour.found.array, colour.seen, complete, error);
     if (!values)
-        return bound.complete;
+        return;
     const int size = colour.seen == Seen::Texts ? 1 : int(colour.found.array->getTupleSize());
     shader.set("colourMode", int(colour.mode));
     shader.set("colourForm", size, int(colour.found.lookup));
@@ -136,59 +118,32 @@ bool ItemPainter::bindColour(const Item &item, const Frame &frame, Shader &shade
     const std::span<const BAS_Vec3f> stops = colourStops(frame.style.colour.map);
     shader.set("colourStops", stops);
     shader.set("colourStopCount", int(stops.size()));
-    return true;
 }
 
-// Corners that share a point are worked out once where nothing asks which corner it is.
-bool ItemPainter::drawTriangles(const Item &item, const Frame &frame, std::string &error)
+void ItemPainter::bindNormals(const Form &form, Shader &shader, bool &complete, std::string &error)
 {
-    const Form &form = *item.form;
-    const Lookup normals = normalLookup(form);
-    const bool indexed =
-        !frame.style.wire && isOfPoints(normals) && isOfPoints(colourOf(item, frame.style.colour).found.lookup);
-    Shader *shader = program(indexed ? IndexedMesh : CornerMesh, error);
-    Bound bound;
-    if (!shader || !bind(item, frame, *shader, bound, error))
-        return false;
-    bindColour(item, frame, *shader, bound, error);
-    if (bindArray(UnitNormals, form.normals, Seen::Numbers, bound, error))
-        shader->set("normalForm", int(form.normals->getTupleSize()), int(normals));
-    if (!indexed)
-    {
-        bindArray(UnitCornerSources, form.cornerSources, Seen::Indices, bound, error);
-        bindArray(UnitFaceSources, form.faceSources, Seen::Indices, bound, error);
-        bindArray(UnitEdges, form.edges, Seen::Bits, bound, error);
-    }
-    const GLsizei corners = GLsizei(3 * form.elements);
-    if (indexed)
-    {
-        glVertexArrayElementBuffer(vertices_, bound.corners->buffer);
-        glDrawElementsInstanced(GL_TRIANGLES, corners, GL_UNSIGNED_INT, nullptr, copiesOf(item));
-    }
-    else
-        glDrawArraysInstanced(GL_TRIANGLES, 0, corners, copiesOf(item));
-    statistics_.triangles += form.elements * copiesOf(item);
-    ++statistics_.draws;
-    return bound.complete;
+    if (bindArray(UnitNormals, form.normals, Seen::Numbers, complete, error))
+        shader.set("normalForm", int(form.normals->getTupleSize()), int(normalLookup(form)));
 }
 
 bool ItemPainter::drawSegments(const Item &item, const Frame &frame, std::string &error)
 {
     const Form &form = *item.form;
     Shader *shader = program(Segments, error);
-    Bound bound;
-    if (!shader || !bind(item, frame, *shader, bound, error))
+    bool complete = true;
+    if (!shader || !bind(item, frame, *shader, complete, error))
         return false;
-    bindArray(UnitFaceSources, form.faceSources, Seen::Indices, bound, error);
-    bindColour(item, frame, *shader, bound, error);
+    bindArray(UnitCorners, form.corners, Seen::Indices, complete, error);
+    bindArray(UnitFaceSources, form.faceSources, Seen::Indices, complete, error);
+    bindColour(item, frame, *shader, complete, error);
     const Found width = widthOf(item);
-    if (bindArray(UnitWidths, width.array, Seen::Numbers, bound, error))
+    if (bindArray(UnitWidths, width.array, Seen::Numbers, complete, error))
         shader->set("widthForm", int(width.array->getTupleSize()), int(width.lookup));
     shader->set("pixelWidth", kLineWidth);
-    glDrawArraysInstanced(GL_TRIANGLES, 0, GLsizei(6 * form.elements), copiesOf(item));
-    statistics_.segments += form.elements * copiesOf(item);
+    glDrawArraysInstanced(GL_TRIANGLES, 0, GLsizei(6 * form.elements), GLsizei(item.copies()));
+    statistics_.segments += form.elements * item.copies();
     ++statistics_.draws;
-    return bound.complete;
+    return complete;
 }
 
 // Points by themselves have width and colour; those of something else are marked.
@@ -196,48 +151,48 @@ bool ItemPainter::drawPoints(const Item &item, const Frame &frame, std::string &
 {
     const Form &form = *item.form;
     Shader *shader = program(Sprites, error);
-    Bound bound;
-    if (!shader || !bind(item, frame, *shader, bound, error))
+    bool complete = true;
+    if (!shader || !bind(item, frame, *shader, complete, error))
         return false;
     const int64_t points = form.positions->entries();
     shader->set("pixelWidth", form.kind == FormKind::Points && points > kCrowd ? kCrowdedWidth : kPointWidth);
     shader->set("lift", form.kind == FormKind::Points ? 0.0f : kLift);
     if (form.kind == FormKind::Points)
     {
-        bindColour(item, frame, *shader, bound, error);
+        bindColour(item, frame, *shader, complete, error);
         const Found width = widthOf(item);
-        if (bindArray(UnitWidths, width.array, Seen::Numbers, bound, error))
+        if (bindArray(UnitWidths, width.array, Seen::Numbers, complete, error))
             shader->set("widthForm", int(width.array->getTupleSize()), int(width.lookup));
     }
     else
         shader->set("plainColour", kPointColour);
-    glDrawArraysInstanced(GL_POINTS, 0, GLsizei(points), copiesOf(item));
-    statistics_.points += points * copiesOf(item);
+    glDrawArraysInstanced(GL_POINTS, 0, GLsizei(points), GLsizei(item.copies()));
+    statistics_.points += points * item.copies();
     ++statistics_.draws;
-    return bound.complete;
+    return complete;
 }
 
 bool ItemPainter::drawNormals(const Item &item, const Frame &frame, std::string &error)
 {
     const Form &form = *item.form;
     Shader *shader = program(NormalLines, error);
-    Bound bound;
-    if (!shader || !bind(item, frame, *shader, bound, error))
+    bool complete = true;
+    if (!shader || !bind(item, frame, *shader, complete, error))
         return false;
-    bindArray(UnitCornerSources, form.cornerSources, Seen::Indices, bound, error);
-    bindArray(UnitFaceSources, form.faceSources, Seen::Indices, bound, error);
+    bindArray(UnitCorners, form.corners, Seen::Indices, complete, error);
+    bindArray(UnitCornerSources, form.cornerSources, Seen::Indices, complete, error);
+    bindArray(UnitFaceSources, form.faceSources, Seen::Indices, complete, error);
+    bindNormals(form, *shader, complete, error);
     const Lookup lookup = normalLookup(form);
-    if (bindArray(UnitNormals, form.normals, Seen::Numbers, bound, error))
-        shader->set("normalForm", int(form.normals->getTupleSize()), int(lookup));
     const bool ofPoints = lookup == Lookup::Point || lookup == Lookup::Detail;
     const int perElement = ofPoints ? 0 : lookup == Lookup::Corner ? 1 : 3;
     const int64_t count = ofPoints ? form.positions->entries() : perElement == 1 ? 3 * form.elements : form.elements;
     shader->set("perElement", perElement);
     shader->set("normalLength", frame.viewport.z);
     shader->set("plainColour", kNormalColour);
-    glDrawArraysInstanced(GL_LINES, 0, GLsizei(2 * count), copiesOf(item));
+    glDrawArraysInstanced(GL_LINES, 0, GLsizei(2 * count), GLsizei(item.copies()));
     ++statistics_.draws;
-    return bound.complete;
+    return complete;
 }
 
 bool ItemPainter::draw(const Item &item, const Frame &frame, std::string &error)

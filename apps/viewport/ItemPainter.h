@@ -16,7 +16,11 @@ struct Frame
     BAS_Vec3f viewport;  ///< width and height in pixels, and the length of drawn normals in the scene
     const DrawStyle &style;
     const Legend &legend;
+    bool hasOneSample;  ///< a pixel, in its middle
 };
+
+/// Which number of an element finds its normal.
+Lookup normalLookup(const Form &form);
 
 /// Draws items with the programs and buffers of a display.
 class ItemPainter
@@ -44,13 +48,26 @@ private:
         kPrograms
     };
 
-    // The arrays that are bound, and whether all that was asked for could be.
-    struct Bound;
+    // The numbers of the textures in the shaders.
+    enum Unit
+    {
+        UnitPositions,
+        UnitCorners,
+        UnitCornerSources,
+        UnitFaceSources,
+        UnitEdges,
+        UnitPlacements,
+        UnitNormals,
+        UnitColours,
+        UnitWidths
+    };
 
+    // `complete` becomes false when an array cannot be had.
     Shader *program(Program which, std::string &error);
-    bool bind(const Item &item, const Frame &frame, Shader &shader, Bound &bound, std::string &error);
-    const Buffer *bindArray(int unit, const RQ_DataArrayHandle &array, Seen seen, Bound &bound, std::string &error);
-    bool bindColour(const Item &item, const Frame &frame, Shader &shader, Bound &bound, std::string &error);
+    bool bind(const Item &item, const Frame &frame, Shader &shader, bool &complete, std::string &error);
+    const Buffer *bindArray(Unit unit, const RQ_DataArrayHandle &array, Seen seen, bool &complete, std::string &error);
+    void bindColour(const Item &item, const Frame &frame, Shader &shader, bool &complete, std::string &error);
+    void bindNormals(const Form &form, Shader &shader, bool &complete, std::string &error);
     bool drawTriangles(const Item &item, const Frame &frame, std::string &error);
     bool drawSegments(const Item &item, const Frame &frame, std::string &error);
     bool drawPoints(const Item &item, const Frame &frame, std::string &error);
@@ -60,5 +77,6 @@ private:
     DisplayStatistics &statistics_;
     std::array<std::unique_ptr<Shader>, kPrograms> programs_;
     GLuint vertices_ = 0;
+    GLuint sifted_ = 0;  // the corners of the last mesh whose triangles were sifted
 };
 }  // namespace rq::viewport

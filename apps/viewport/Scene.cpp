@@ -31,6 +31,14 @@ BAS_Vec3d Scene::middle() const
     return bounds_.isEmpty() ? BAS_Vec3d(0.0) : middle;
 }
 
+int64_t Scene::triangles() const
+{
+    int64_t triangles = 0;
+    for (const Item &item : items_)
+        triangles += item.form->kind == FormKind::Triangles ? item.form->elements * item.copies() : 0;
+    return triangles;
+}
+
 BAS_BoundingBox Scene::bounds(size_t shown) const
 {
     BAS_BoundingBox box;

@@ -49,6 +49,9 @@ public:
     /// Where single precision counts from: the middle of everything.
     BAS_Vec3d middle() const;
 
+    /// Triangles, those of all copies.
+    int64_t triangles() const;
+
     /// What could not be drawn, or not as it should be: sentences for a person.
     const std::vector<std::string> &complaints() const { return complaints_; }
 

@@ -10,7 +10,6 @@
 #include <apps/preparedMesh.h>
 #include <apps/readSize.h>
 #include <apps/viewport/GLContext.h>
-#include <apps/viewport/Item.h>
 #include <apps/viewport/Target.h>
 #include <apps/viewport/window/runWindow.h>
 
@@ -43,17 +42,6 @@ OrbitCamera cameraFor(const Scene &scene, const ViewOptions &options, double asp
     return camera;
 }
 
-// Where triangles are smaller than pixels their edges are everywhere and there is little to smooth, but a program in place
-// of a graphics card looks at each sample.
-int samplesFor(const Scene &scene)
-{
-    constexpr int64_t kDense = 2000000;
-    int64_t triangles = 0;
-    for (const Item &item : scene.items())
-        triangles += item.form->elements * int64_t(item.placements.matrices.size());
-    return triangles > kDense ? 1 : 4;
-}
-
 double secondsSince(std::chrono::steady_clock::time_point start)
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -61,11 +49,11 @@ double secondsSince(std::chrono::steady_clock::time_point start)
 
 void printStatistics(const DisplayStatistics &statistics, double seconds)
 {
-    fmt::print(
-        stderr,
-        "{} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied; {:.3f} s\n",
-        statistics.triangles, statistics.segments, statistics.points, statistics.draws, statistics.uploadedBytes,
-        statistics.buffersRefreshed, statistics.copiedBytes, seconds);
+    fmt::print(stderr,
+               "{} of {} triangles, {} segments, {} points in {} draws; {} bytes uploaded in {} buffers, {} of them copied; "
+               "{:.3f} s\n",
+               statistics.trianglesDrawn, statistics.triangles, statistics.segments, statistics.points, statistics.draws,
+               statistics.uploadedBytes, statistics.buffersRefreshed, statistics.copiedBytes, seconds);
 }
 
 // Without a display, in a picture's memory.
@@ -74,7 +62,7 @@ ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const 
     std::string error;
     const std::unique_ptr<GLContext> context = GLContext::create(error);
     const std::unique_ptr<Display> display = context ? Display::create(error) : nullptr;
-    const std::unique_ptr<Target> target = display ? Target::create(width, height, samplesFor(*scene), error) : nullptr;
+    const std::unique_ptr<Target> target = display ? Target::create(width, height, samplesOf(*scene), error) : nullptr;
     if (!target)
         return fail(ExitFailure, error);
     const auto start = std::chrono::steady_clock::now();

@@ -72,7 +72,8 @@ void showDisplay(const Viewer &viewer)
     row("Uploaded", fmt::format("{}, {} converted", bytes(display.uploadedBytes), bytes(display.copiedBytes)));
     row("Buffers", fmt::format("{} new, {} kept", display.buffersRefreshed, display.buffersKept));
     row("Graphics memory", bytes(display.gpuBytes));
-    row("Drawn", fmt::format("{} triangles, {} lines, {} points", display.triangles, display.segments, display.points));
+    row("Drawn", fmt::format("{} of {} triangles", display.trianglesDrawn, display.triangles));
+    row("", fmt::format("{} lines, {} points", display.segments, display.points));
     row("Picture", fmt::format("{:.1f} ms, {} draws", viewer.drawSeconds() * 1e3, display.draws));
 }
 }  // namespace
