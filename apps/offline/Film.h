@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <apps/offline/Image.h>
+#include <host/bas/Vector.h>
 
 namespace rq::offline
 {

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <limits>
 
-#include <png.h>
 #include <unistd.h>
 
 #include <apps/offline/Film.h>
@@ -41,64 +40,28 @@ float encodeSRGB(float light)
 
 float decodeSRGB(float value) { return value <= 0.04045f ? value / 12.92f : std::pow((value + 0.055f) / 1.055f, 2.4f); }
 
-ScreenPicture screenPicture(const Film &film)
+Picture screenPicture(const Film &film)
 {
-    ScreenPicture picture{film.width, film.height, {}};
-    picture.values.reserve(3 * film.pixels.size());
+    Picture picture{film.width, film.height, {}};
+    picture.pixels.reserve(3 * film.pixels.size());
     for (const Pixel &pixel : film.pixels)
         for (int channel = 0; channel < 3; ++channel)
         {
             const float light = pixel.beauty[channel];
             const float shown = film.isPlain ? std::clamp(light, 0.0f, 1.0f) : shoulder(light);
-            picture.values.push_back(uint8_t(encodeSRGB(shown) * 255.0f + 0.5f));
+            picture.pixels.push_back(uint8_t(encodeSRGB(shown) * 255.0f + 0.5f));
         }
     return picture;
 }
 
-std::string encodePNG(const ScreenPicture &picture, std::string &error)
-{
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = png_uint_32(picture.width);
-    image.height = png_uint_32(picture.height);
-    image.format = PNG_FORMAT_RGB;
-    png_alloc_size_t size = 0;
-    std::string bytes;
-    if (png_image_write_to_memory(&image, nullptr, &size, 0, picture.values.data(), 0, nullptr))
-        bytes.resize(size);
-    if (bytes.empty() || !png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.values.data(), 0, nullptr))
-    {
-        error = image.message;
-        return {};
-    }
-    bytes.resize(size);
-    return bytes;
-}
-
-bool readPNG(const std::string &path, ScreenPicture &picture, std::string &error)
-{
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    bool good = png_image_begin_read_from_file(&image, path.c_str()) != 0;
-    if (good)
-    {
-        image.format = PNG_FORMAT_RGB;
-        picture = {int(image.width), int(image.height), std::vector<uint8_t>(PNG_IMAGE_SIZE(image))};
-        good = png_image_finish_read(&image, nullptr, picture.values.data(), 0, nullptr) != 0;
-    }
-    error = image.message;
-    png_image_free(&image);
-    return good;
-}
-
-double difference(const ScreenPicture &a, const ScreenPicture &b)
+double difference(const Picture &a, const Picture &b)
 {
     if (a.width != b.width || a.height != b.height)
         return std::numeric_limits<double>::infinity();
     double sum = 0.0;
-    for (size_t i = 0; i < a.values.size(); ++i)
-        sum += std::pow((double(a.values[i]) - double(b.values[i])) / 255.0, 2.0);
-    return std::sqrt(sum / double(std::max<size_t>(1, a.values.size())));
+    for (size_t i = 0; i < a.pixels.size(); ++i)
+        sum += std::pow((double(a.pixels[i]) - double(b.pixels[i])) / 255.0, 2.0);
+    return std::sqrt(sum / double(std::max<size_t>(1, a.pixels.size())));
 }
 
 bool writeWhole(const std::string &path, const std::string &bytes, std::string &error)

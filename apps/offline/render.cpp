@@ -50,13 +50,13 @@ ExitCode write(const offline::Film &film, const RenderOptions &options)
     return ExitDone;
 }
 
-ExitCode compare(const offline::Film &film, const RenderOptions &options, const offline::ScreenPicture &reference)
+ExitCode compare(const offline::Film &film, const RenderOptions &options, const Picture &reference)
 {
-    const offline::ScreenPicture picture = screenPicture(film);
+    const Picture picture = screenPicture(film);
     if (picture.width != reference.width || picture.height != reference.height)
         return fail(ExitFailure, fmt::format("{}: expected a picture of {}x{} pixels, found {}x{}", options.compare,
                                              picture.width, picture.height, reference.width, reference.height));
-    const double off = difference(picture, reference);
+    const double off = offline::difference(picture, reference);
     if (off > options.tolerance)
         return fail(ExitFailure,
                     fmt::format("{}: the picture is {:.4f} off, more than {:g}", options.compare, off, options.tolerance));
@@ -80,7 +80,7 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     std::string error;
     if (!readParms(common, parms, error) || !readSettings(options, settings, error) || !readLook(options, look, error))
         return fail(ExitUsage, error);
-    offline::ScreenPicture reference;
+    Picture reference;
     if (!options.compare.empty() && !readPNG(options.compare, reference, error))
         return fail(ExitBadInput, options.compare + ": " + error);
 

@@ -5,7 +5,7 @@
 
 #include <epoxy/gl.h>
 
-#include <apps/viewport/Picture.h>
+#include <apps/viewport/readPicture.h>
 
 namespace rq::viewport
 {

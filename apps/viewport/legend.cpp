@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <apps/viewport/Picture.h>
+#include <apps/viewport/readPicture.h>
 
 namespace rq::viewport
 {

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include <apps/viewport/Picture.h>
+#include <apps/viewport/readPicture.h>
 
 namespace rq::viewport
 {
@@ -19,7 +19,7 @@ std::string writePicture(const std::string &folder, int width, int height, const
     Picture picture = readPicture(width, height);
     drawLegend(picture, legend);
     std::string error;
-    return writePNG(path.string(), picture, error) ? "wrote " + path.lexically_normal().string()
+    return app::writePNG(path.string(), picture, error) ? "wrote " + path.lexically_normal().string()
                                                    : fmt::format("{}: error: {}", path.string(), error);
 }
 }  // namespace rq::viewport
