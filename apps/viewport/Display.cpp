@@ -121,7 +121,8 @@ bool Display::draw(const OrbitCamera &camera, const DrawStyle &style, int width,
     const float normalLength = bounds.isEmpty() ? 0.0f : 0.02f * bounds.size().length();
     GLint samples = 0;
     glGetIntegerv(GL_SAMPLES, &samples);
-    const Frame frame{fromMiddle * camera.view(),
+    const Frame frame{camera.view(),
+                      fromMiddle * camera.view(),
                       camera.projection(double(width) / height),
                       BAS_Vec3f(float(width), float(height), normalLength),
                       style,

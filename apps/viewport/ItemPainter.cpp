@@ -44,6 +44,11 @@ Found widthOf(const Item &item)
 
 }  // namespace
 
+BAS_Mat4d viewOf(const Item &item, const Frame &frame)
+{
+    return item.copies() == 1 ? item.placements.matrices.front() * frame.view : frame.viewFromMiddle;
+}
+
 Lookup normalLookup(const Form &form)
 {
     constexpr Lookup kLookups[] = {Lookup::Corner, Lookup::Point, Lookup::Face, Lookup::Detail};
@@ -88,8 +93,11 @@ bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, boo
     shader.use();
     glBindVertexArray(vertices_);
     bindArray(UnitPositions, form.positions, Seen::Numbers, complete, error);
-    bindArray(UnitPlacements, item.matrices, Seen::Rows, complete, error);
-    shader.set("view", frame.view);
+    const bool hasCopies = item.copies() > 1;
+    if (hasCopies)
+        bindArray(UnitPlacements, item.matrices, Seen::Rows, complete, error);
+    shader.set("hasCopies", int(hasCopies));
+    shader.set("view", viewOf(item, frame));
     shader.set("projection", frame.projection);
     shader.set("pixels", frame.viewport.x, frame.viewport.y);
     shader.set("positionSize", int(form.positions->getTupleSize()));

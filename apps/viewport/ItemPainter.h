@@ -11,13 +11,17 @@ namespace rq::viewport
 /// What a whole picture has in common.
 struct Frame
 {
-    BAS_Mat4d view;  ///< from the middle of the scene
+    BAS_Mat4d view;
+    BAS_Mat4d viewFromMiddle;  ///< of the scene
     BAS_Mat4d projection;
     BAS_Vec3f viewport;  ///< width and height in pixels, and the length of drawn normals in the scene
     const DrawStyle &style;
     const Legend &legend;
     bool hasOneSample;  ///< a pixel, in its middle
 };
+
+/// From an item's shape to the camera where it has no copies, in double precision; from the middle of the scene else.
+BAS_Mat4d viewOf(const Item &item, const Frame &frame);
 
 /// Which number of an element finds its normal.
 Lookup normalLookup(const Form &form);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <apps/viewport/ItemPainter.h>
 #include <apps/viewport/siftTriangles.h>
 #include <rq/data/Values.h>
@@ -22,10 +24,10 @@ bool isSifted(const Item &item, const Frame &frame)
 
 CornerNames siftedCorners(const Item &item, const Frame &frame, CornerName name)
 {
-    const Values<float> positions(item.form->positions), placement(item.matrices);
+    const Values<float> positions(item.form->positions);
     const Values<int32_t> corners(item.form->corners);
-    PictureSpace space{{}, BAS_Mat4f(frame.view), BAS_Mat4f(frame.projection), int(frame.viewport.x), int(frame.viewport.y)};
-    std::copy_n(placement.data(), 16, space.placement.getValue());
+    const PictureSpace space{BAS_Mat4f(viewOf(item, frame)), BAS_Mat4f(frame.projection), int(frame.viewport.x),
+                             int(frame.viewport.y)};
     return siftTriangles({positions.data(), positions.tupleSize(), positions.entries(), corners.data(), item.form->elements},
                          space, name);
 }

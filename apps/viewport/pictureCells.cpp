@@ -62,7 +62,7 @@ int cellOf(float place, float size)
 }
 
 // Takes all points for such as lie in the picture; returns how many do.
-HOST_CLONES int findInnerCells(const Lanes &points, int count, const CellSpace &space, PointCells *cells, int *areIn)
+HOST_CLONES int findInnerCells(const Lanes &points, int count, const CellSpace &space, Cells *cells, int *areIn)
 {
     const float width = space.width, height = space.height;
     int inside = 0;
@@ -84,13 +84,13 @@ HOST_CLONES int findInnerCells(const Lanes &points, int count, const CellSpace &
 
 // Of a point that is not surely in the picture.  Column and row 0 are before it, the last ones behind it; what is too near
 // has a cell of its own, and so has what is too far.
-PointCells outerCells(const CellSpace &space, const ClipPoint &point)
+Cells outerCells(const CellSpace &space, const ClipPoint &point)
 {
     const bool isBefore = point.w + point.z < -point.error, isBehind = point.w - point.z < -point.error;
     if (isBefore || isBehind)
-        return isBefore ? PointCells{{-1, -1, 1, 1}} : PointCells{{-2, -2, 2, 2}};
+        return isBefore ? Cells{{-1, -1, 1, 1}} : Cells{{-2, -2, 2, 2}};
     const auto lastColumn = int16_t(space.width + 2.0f), lastRow = int16_t(space.height + 2.0f);
-    PointCells all{{0, 0, int16_t(-lastColumn), int16_t(-lastRow)}};
+    Cells all{{0, 0, int16_t(-lastColumn), int16_t(-lastRow)}};
     if (!(point.w + point.z > point.error && point.w - point.z > point.error))
         return all;
     const Stretch across(point.x, point, space.width), up(point.y, point, space.height);
@@ -114,14 +114,11 @@ CellSpace::CellSpace(const PictureSpace &space) : width(float(space.width)), hei
         return matrix;
     };
     // The shaders take the fourth coordinate in the camera's space for 1.
-    const BAS_Mat4d placement(space.placement), view(space.view), projection(space.projection);
-    BAS_Mat4d toView = placement * view;
-    BAS_Mat4d magnitudes = absolute(placement) * absolute(view);
-    for (BAS_Mat4d *matrix : {&toView, &magnitudes})
-        for (int row = 0; row < 4; ++row)
-            (*matrix)[row][3] = row == 3 ? 1.0 : 0.0;
-    const BAS_Mat4d toClip = toView * projection;
-    magnitudes = magnitudes * absolute(projection);
+    BAS_Mat4d view(space.view);
+    for (int row = 0; row < 4; ++row)
+        view[row][3] = row == 3 ? 1.0 : 0.0;
+    const BAS_Mat4d projection(space.projection), toClip = view * projection;
+    const BAS_Mat4d magnitudes = absolute(view) * absolute(projection);
     for (int row = 0; row < 4; ++row)
     {
         for (int column = 0; column < 4; ++column)
@@ -132,7 +129,7 @@ CellSpace::CellSpace(const PictureSpace &space) : width(float(space.width)), hei
     }
 }
 
-void findCells(const TriangleArrays &mesh, const CellSpace &space, int64_t begin, int64_t end, PointCells *cells)
+void findCells(const TriangleArrays &mesh, const CellSpace &space, int64_t begin, int64_t end, Cells *cells)
 {
     Lanes points;
     int areIn[kPointsAtOnce];

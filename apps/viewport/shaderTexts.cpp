@@ -13,7 +13,8 @@ layout(binding = 6) uniform samplerBuffer normals;
 layout(binding = 7) uniform samplerBuffer colours;
 layout(binding = 8) uniform samplerBuffer widths;
 
-uniform mat4 view;        // from the scene, moved to its middle
+uniform mat4 view;        // from the scene, moved to its middle; of a single copy from the shape itself
+uniform bool hasCopies;
 uniform mat4 projection;
 uniform vec2 pixels;      // of the picture
 uniform int positionSize;
@@ -72,10 +73,13 @@ vec3 colourValue(Element e, int copy)
     return vec3(sqrt(sum));
 }
 
-mat4 placement(int copy)
+mat4 viewOf(int copy)
 {
-    return mat4(texelFetch(placements, 4 * copy), texelFetch(placements, 4 * copy + 1), texelFetch(placements, 4 * copy + 2),
-                texelFetch(placements, 4 * copy + 3));
+    if (!hasCopies)
+        return view;
+    int at = 4 * copy;
+    return view * mat4(texelFetch(placements, at), texelFetch(placements, at + 1), texelFetch(placements, at + 2),
+                       texelFetch(placements, at + 3));
 }
 
 // Normals follow the cofactors, which also serve a placement that flattens.
@@ -106,7 +110,7 @@ void main()
     bary = vec3(gl_VertexID % 3 == 0, gl_VertexID % 3 == 1, gl_VertexID % 3 == 2);
     edgeBits = has.z ? texelFetch(edges, gl_VertexID / 3).x : 7u;
 #endif
-    mat4 toView = view * placement(gl_InstanceID);
+    mat4 toView = viewOf(gl_InstanceID);
     viewPosition = (toView * vec4(tripleAt(positions, positionSize, e.point), 1)).xyz;
     viewNormal = vec3(0);
     if (normalForm.y != 0)
@@ -130,7 +134,7 @@ void main()
     const int kEnd[6] = int[6](0, 1, 0, 0, 1, 1);
     const float kSide[6] = float[6](-1, -1, 1, 1, -1, 1);
     int segment = gl_VertexID / 6, corner = gl_VertexID % 6;
-    mat4 toView = view * placement(gl_InstanceID);
+    mat4 toView = viewOf(gl_InstanceID);
     Element ends[2] = Element[2](elementOfCorner(2 * segment, 2), elementOfCorner(2 * segment + 1, 2));
     vec3 p[2];
     vec4 clip[2];
@@ -182,7 +186,7 @@ uniform float lift;  // towards the eye, by parts of the depth
 void main()
 {
     Element e = Element(gl_VertexID, gl_VertexID, gl_VertexID);
-    mat4 toView = view * placement(gl_InstanceID);
+    mat4 toView = viewOf(gl_InstanceID);
     viewPosition = (toView * vec4(tripleAt(positions, positionSize, gl_VertexID), 1)).xyz;
     gl_Position = projection * vec4(viewPosition * (1.0 - lift), 1);
     gl_PointSize = pixelWidth;
@@ -206,7 +210,7 @@ uniform int perElement;  // corners of what has a normal: 3 a triangle, 1 a corn
 void main()
 {
     int at = gl_VertexID / 2;
-    mat4 toView = view * placement(gl_InstanceID);
+    mat4 toView = viewOf(gl_InstanceID);
     vec3 p = vec3(0), n;
     Element e = Element(at, at, at);
     if (perElement == 0)

@@ -21,7 +21,7 @@ struct TriangleArrays
 /// How positions come to stand in a picture: matrices as the shaders have them, for row vectors, and its size in pixels.
 struct PictureSpace
 {
-    BAS_Mat4f placement, view, projection;
+    BAS_Mat4f view, projection;
     int width = 0;
     int height = 0;
 };

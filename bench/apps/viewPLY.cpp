@@ -16,8 +16,8 @@
 // From a file of five million triangles in the system's cache to its picture.
 //
 // "readCopyBuild" is what the bar of a viewport is made of: the file's bytes read, copied twice, and turned into vertex
-// buffers (positions and corners, no normals).  "ours" waits for the last pixel; "redraw" is what of that is up to the
-// driver, which is a program on the same processors where there is no graphics card.
+// buffers (positions and corners, no normals).  "ours" waits for the last pixel; "redraw" is a picture of the same scene
+// from another side.  The driver is a program on the same processors where there is no graphics card.
 namespace
 {
 using namespace rq::viewport;
@@ -48,6 +48,7 @@ struct Stage
     std::unique_ptr<GLContext> context = GLContext::create(error);
     std::unique_ptr<Display> display = context ? Display::create(error) : nullptr;
     std::unique_ptr<Target> target = display ? Target::create(kWidth, kHeight, 1, error) : nullptr;
+    double turned = 0.0;  // degrees
 
     Stage()
     {
@@ -72,6 +73,7 @@ struct Stage
     double draw()
     {
         OrbitCamera camera;
+        camera.orbit(turned, 0.0);
         camera.frame(display->scene()->bounds(), double(kWidth) / kHeight);
         display->draw(camera, DrawStyle(), kWidth, kHeight);
         glFinish();
@@ -84,7 +86,12 @@ struct Stage
         return draw();
     }
 
-    double drawAgain() { return display->scene() ? draw() : loadAndDraw(); }
+    double drawAgain()
+    {
+        constexpr double kStep = 1.0;
+        turned += kStep;
+        return display->scene() ? draw() : loadAndDraw();
+    }
 };
 
 /// Read, copied twice, and turned into buffers.
