@@ -50,6 +50,9 @@ struct Stretch
         greatest = place + error;
     }
 
+    float middle() const { return 0.5f * (least + greatest); }
+    float halfLength() const { return 0.5f * (greatest - least); }
+
     float least, greatest;
 };
 
@@ -149,5 +152,33 @@ void findCells(const TriangleArrays &mesh, const CellSpace &space, int64_t begin
             if (!areIn[i])
                 cells[first + i] = outerCells(space, ClipPoint(space, points.x[i], points.y[i], points.z[i]));
     }
+}
+
+bool missesMiddle(const TriangleArrays &mesh, const CellSpace &space, int64_t triangle, const Cells &cells)
+{
+    const auto &[column, row, minusLastColumn, minusLastRow] = cells.bounds;
+    if (column < 1 || row < 1 || -minusLastColumn != column + 1 || -minusLastRow != row + 1)
+        return false;
+    // Three corners, and the first again, as seen from the middle.
+    float x[4], y[4], error = 0.0f;
+    for (int i = 0; i < 4; ++i)
+    {
+        const float *p = mesh.positions + mesh.corners[3 * triangle + i % 3] * mesh.positionSize;
+        const ClipPoint point(space, p[0], p[1], p[2]);
+        const Stretch across(point.x, point, space.width), up(point.y, point, space.height);
+        x[i] = across.middle() - (float(column) - 0.5f);
+        y[i] = up.middle() - (float(row) - 0.5f);
+        error = std::max({error, across.halfLength(), up.halfLength()});
+    }
+    // It lies outside when it lies left of one edge and right of another, whichever way around the triangle goes.
+    bool isLeft = false, isRight = false;
+    for (int i = 0; i < 3; ++i)
+    {
+        const float side = x[i] * y[i + 1] - y[i] * x[i + 1];
+        const float reach = std::abs(x[i]) + std::abs(y[i]) + std::abs(x[i + 1]) + std::abs(y[i + 1]);
+        isLeft |= side > error * (reach + 2.0f * error);
+        isRight |= side < -error * (reach + 2.0f * error);
+    }
+    return isLeft && isRight;
 }
 }  // namespace rq::viewport

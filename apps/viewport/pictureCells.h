@@ -31,4 +31,8 @@ struct CellSpace
 /// A point outside the picture lies on one side of it, and has all cells of the other direction; one that is near its frame,
 /// or that lies nowhere, has all cells.  So a triangle that reaches across the frame, where the driver cuts it, is kept.
 void findCells(const TriangleArrays &mesh, const CellSpace &space, int64_t begin, int64_t end, Cells *cells);
+
+/// Whether a triangle surely passes by the middle of a pixel that its cells hold.  Looked at is only a triangle of a single
+/// one, as small ones are.
+bool missesMiddle(const TriangleArrays &mesh, const CellSpace &space, int64_t triangle, const Cells &cells);
 }  // namespace rq::viewport

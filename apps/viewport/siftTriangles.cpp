@@ -9,11 +9,12 @@ namespace rq::viewport
 {
 namespace
 {
-// A point costs about 2 ns, a triangle 4 ns.
+// A point costs about 5 ns, a triangle 4 ns.
 constexpr int64_t kPointsPerTask = 16384;
 constexpr int64_t kTrianglesPerBlock = 4096;
 
-CornerNames siftBlock(const TriangleArrays &mesh, int64_t begin, int64_t end, const Cells *cells, CornerName name)
+CornerNames siftBlock(const TriangleArrays &mesh, int64_t begin, int64_t end, const CellSpace &space, const Cells *cells,
+                      CornerName name)
 {
     // Two loops, since the first becomes a few instructions on all four bounds at once.
     Cells triangles[kTrianglesPerBlock];
@@ -34,6 +35,9 @@ CornerNames siftBlock(const TriangleArrays &mesh, int64_t begin, int64_t end, co
         kept[count] = begin + i;
         count += triangles[i].mayHoldMiddle();
     }
+    count =
+        std::remove_if(kept, kept + count, [&](int64_t i) { return missesMiddle(mesh, space, i, triangles[i - begin]); }) -
+        kept;
     CornerNames names(size_t(3 * count));
     for (int64_t i = 0; i < 3 * count; ++i)
     {
@@ -55,7 +59,7 @@ CornerNames siftTriangles(const TriangleArrays &mesh, const PictureSpace &space,
     std::vector<CornerNames> kept(static_cast<size_t>(blocks));
     host::parallelFor(blocks, 1, [&](int64_t block) {
         const int64_t begin = block * kTrianglesPerBlock, end = std::min(begin + kTrianglesPerBlock, mesh.triangles);
-        kept[size_t(block)] = siftBlock(mesh, begin, end, cells.data(), name);
+        kept[size_t(block)] = siftBlock(mesh, begin, end, cellSpace, cells.data(), name);
     });
 
     std::vector<size_t> places(1, 0);
