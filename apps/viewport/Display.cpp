@@ -1,8 +1,11 @@
 #include <apps/viewport/Display.h>
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 #include <apps/viewport/ItemPainter.h>
+#include <apps/viewport/siftTriangles.h>
 
 namespace rq::viewport
 {
@@ -33,10 +36,17 @@ std::unordered_set<int64_t> idsOf(const Scene &scene)
 }
 }  // namespace
 
+bool hasGraphicsCard()
+{
+    const std::string_view name = reinterpret_cast<const char *>(glGetString(GL_RENDERER));
+    constexpr std::string_view kPrograms[] = {"llvmpipe", "softpipe", "SwiftShader", "Software"};
+    return std::ranges::none_of(kPrograms, [&](std::string_view program) { return name.find(program) != name.npos; });
+}
+
 int samplesOf(const Scene &scene)
 {
     constexpr int64_t kDense = 2000000;
-    return scene.triangles() > kDense ? 1 : 4;
+    return scene.triangles() > kDense && !hasGraphicsCard() ? 1 : 4;
 }
 
 struct Display::State
@@ -121,13 +131,14 @@ bool Display::draw(const OrbitCamera &camera, const DrawStyle &style, int width,
     const float normalLength = bounds.isEmpty() ? 0.0f : 0.02f * bounds.size().length();
     GLint samples = 0;
     glGetIntegerv(GL_SAMPLES, &samples);
+    const bool hasOneSample = samples < 2 || samplesOf(*state.scene) == 1;
     const Frame frame{camera.view(),
                       fromMiddle * camera.view(),
                       camera.projection(double(width) / height),
                       BAS_Vec3f(float(width), float(height), normalLength),
                       style,
                       state.legend,
-                      samples < 2 || samplesOf(*state.scene) == 1};
+                      hasOneSample && !hasGraphicsCard() && std::max(width, height) <= kLongestSifted};
     bool complete = true;
     std::string why;
     for (const Item &item : state.scene->items())

@@ -31,9 +31,12 @@ struct DisplayStatistics
     int64_t draws = 0;
 };
 
-/// Samples a pixel that a scene deserves.  Where triangles are smaller than pixels their edges are everywhere and there is
-/// little to smooth, but a program in place of a graphics card looks at each sample: then one is taken, even of a
-/// framebuffer that has more.
+/// Whether the current context draws on a graphics card, not by a program in its place.
+bool hasGraphicsCard();
+
+/// Samples a pixel that a scene deserves in the current context.  Where triangles are smaller than pixels their edges are
+/// everywhere and there is little to smooth, but a program in place of a graphics card looks at each sample: then one is
+/// taken, even of a framebuffer that has more.
 int samplesOf(const Scene &scene);
 
 /// The range that colours stand for in the last picture; `shown` is false where they stand for no numbers.

@@ -17,7 +17,7 @@ struct Frame
     BAS_Vec3f viewport;  ///< width and height in pixels, and the length of drawn normals in the scene
     const DrawStyle &style;
     const Legend &legend;
-    bool hasOneSample;  ///< a pixel, in its middle
+    bool siftsTriangles;  ///< of large meshes: see `siftTriangles`
 };
 
 /// From an item's shape to the camera where it has no copies, in double precision; from the middle of the scene else.

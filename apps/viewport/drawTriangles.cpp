@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include <apps/viewport/ItemPainter.h>
 #include <apps/viewport/siftTriangles.h>
 #include <rq/data/Values.h>
@@ -8,8 +6,7 @@ namespace rq::viewport
 {
 namespace
 {
-// To look through so many takes half a millisecond, to draw them ten or more where a program stands in for the graphics
-// card.
+// To look through so many takes half a millisecond, and a program in place of a graphics card draws them in ten.
 constexpr int64_t kFewestSifted = 100000;
 
 bool isOfPoints(Lookup lookup) { return lookup != Lookup::Corner && lookup != Lookup::Face; }
@@ -19,8 +16,7 @@ bool isSifted(const Item &item, const Frame &frame)
     // As the shaders see them: bytes are something else there.
     const Form &form = *item.form;
     const bool isPlain = form.corners && form.positions->getStorage() != RQ_STORAGE_UINT8;
-    return isPlain && form.elements >= kFewestSifted && item.copies() == 1 && frame.hasOneSample &&
-           std::max(frame.viewport.x, frame.viewport.y) <= kLongestSifted;
+    return frame.siftsTriangles && isPlain && form.elements >= kFewestSifted && item.copies() == 1;
 }
 
 CornerNames siftedCorners(const Item &item, const Frame &frame, CornerName name)
