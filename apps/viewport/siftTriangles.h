@@ -42,8 +42,9 @@ using CornerNames = std::vector<int32_t, BAS_BlockAllocator<int32_t>>;
 /// all that do, and of some that do not.
 ///
 /// Left out are triangles outside the view, and those whose rectangle in the picture holds no middle of a pixel: where a
-/// mesh has more triangles than the picture has pixels that is most of them.  The rectangle is widened by what rounding may
-/// do to a vertex, here and in the driver.  Which side a triangle shows does not matter.
+/// mesh has more triangles than the picture has pixels that is most of them.  Where it holds a single one, so are those that
+/// pass by it.  What rounding may do to a vertex, here and in the driver, is allowed for.  Which side a triangle shows does
+/// not matter.
 ///
 /// Source   the test for small primitives in G. Wihlidal, "Optimizing the Graphics Pipeline with Compute", GDC 2016
 /// Failure  corners must name points.  A triangle with a point that lies nowhere is kept

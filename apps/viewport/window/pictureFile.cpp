@@ -20,6 +20,6 @@ std::string writePicture(const std::string &folder, int width, int height, const
     drawLegend(picture, legend);
     std::string error;
     return app::writePNG(path.string(), picture, error) ? "wrote " + path.lexically_normal().string()
-                                                   : fmt::format("{}: error: {}", path.string(), error);
+                                                        : fmt::format("{}: error: {}", path.string(), error);
 }
 }  // namespace rq::viewport
