@@ -67,7 +67,7 @@ bool FileText::open(const std::string &path, Messages &messages)
 {
     close();
     const bool standardInput = path == "-";
-    name_ = standardInput ? "<stdin>" : path;
+    name_ = standardInput ? kStandardInput : path;
 
     const int descriptor = standardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat status;

@@ -17,6 +17,9 @@ namespace rq::io
 class RQ_API FileText
 {
 public:
+    /// How messages name standard input.
+    static constexpr const char *kStandardInput = "<stdin>";
+
     FileText() = default;
     ~FileText();
     FileText(const FileText &) = delete;

@@ -20,7 +20,8 @@ RQ_API bool isGLTF(std::string_view text);
 ///          points: "P", "N", "tangent" (4), "uv", "uv2" and so on (2, with v upward), "Cd" (3) with "Alpha", and what
 ///          begins with "_" by the rest of its name: real32, or int32 for whole numbers that are no fractions.  Where some
 ///          points lack what others have, colours are white and all else 0.  Primitives have the name of their node, or
-///          mesh, in "object", that of their material in "material" and its base colour in "Cd" unless all are white
+///          mesh, in "object", and that of their material in "material"; the dictionary "materials" of the detail has its
+///          base colour, roughness and metalness (docs/files.md)
 /// Failure  false with an error when the file is malformed, a number refers to nothing or data lie outside their buffers
 ///          or are compressed;
 ///          the detail is untouched then.  Warned of, once each: morph targets, skins and unknown attributes, which are

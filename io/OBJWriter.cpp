@@ -1,10 +1,13 @@
 #include <io/OBJWriter.h>
 
 #include <array>
+#include <filesystem>
 
 #include <io/detail/Leftovers.h>
+#include <io/detail/Materials.h>
 #include <io/detail/OBJCorners.h>
 #include <io/detail/OBJNames.h>
+#include <io/detail/writeMTL.h>
 #include <io/detail/writeWhole.h>
 
 namespace rq::io
@@ -16,12 +19,14 @@ class OBJText
 {
 public:
     OBJText(const MSH_Detail &detail, const std::string &name, Messages &messages)
-        : detail_(detail), leftovers_(detail, name, messages)
+        : detail_(detail), name_(name), leftovers_(detail, name, messages)
     {}
 
-    std::string write();
+    /// `materials`, if any, receives the text of the material file.
+    std::string write(std::string *materials);
 
 private:
+    void writeMaterials(std::string &materials);
     void writePoints();
     void writePrimitive(ELM_Offset primitive, const char *word);
     void writeCorner(ELM_Offset vertex, bool isFace);
@@ -29,6 +34,7 @@ private:
     void warnOfChange(const ELM_Attribute *attribute);
 
     const MSH_Detail &detail_;
+    const std::string &name_;
     Leftovers leftovers_;
     std::string text_;
     OBJCorners uvs_, normals_;
@@ -48,8 +54,10 @@ const char *wordOf(const MSH_Detail &detail, ELM_Offset primitive)
     }
 }
 
-std::string OBJText::write()
+std::string OBJText::write(std::string *materials)
 {
+    if (materials)
+        writeMaterials(*materials);
     held_[0] = uvs_.take(detail_, "uv", 2, 3);
     held_[1] = normals_.take(detail_, "N", 3, 3);
     writePoints();
@@ -68,6 +76,19 @@ std::string OBJText::write()
     }
     warnOfTheRest(names);
     return std::move(text_);
+}
+
+void OBJText::writeMaterials(std::string &materials)
+{
+    const ELM_Attribute *told = findMaterials(detail_);
+    const std::string file = std::filesystem::path(materialFileOf(name_)).filename().string();
+    if (!told || !isTellable(file))
+        return;
+    materials = writeMTL(told->dicts()->get(0).options());
+    if (materials.empty())
+        return;
+    leftovers_.hold(told);
+    text_ += "mtllib " + file + '\n';
 }
 
 void OBJText::writePoints()
@@ -144,11 +165,18 @@ void OBJText::warnOfTheRest(const OBJNames &names)
 }
 }  // namespace
 
-bool writeOBJ(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages)
+bool writeOBJ(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages,
+              std::string *materials)
 {
     return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
-        bytes = OBJText(*whole.readLock(), name, messages).write();
+        bytes = OBJText(*whole.readLock(), name, messages).write(materials);
         return true;
     });
+}
+
+std::string materialFileOf(const std::string &name)
+{
+    const std::string file = std::filesystem::path(name).replace_extension(".mtl").string();
+    return file != name ? file : name + ".mtl";
 }
 }  // namespace rq::io

@@ -39,7 +39,7 @@ const Format kFormats[] = {
     {".ply", readPLY, isPLY},           {".rqg.json", readRQG, isRQG},       {".rqg", readRQG, isRQG},
     {".glb", copied<readGLTF>, isGLTF}, {".gltf", copied<readGLTF>, isGLTF}, {".off", copied<readOFF>, isOFF},
     {".stl", copied<readSTL>, isSTL},   {".obj", copied<readOBJ>, isOBJ},    {".xyz", copied<readXYZ>, nullptr},
-    {".pts", copied<readXYZ>, nullptr}, {".swc", copied<readSWC>, nullptr},
+    {".pts", copied<readXYZ>, nullptr}, {".swc", copied<readSWC>, isSWC},
 };
 
 // What a file is follows from how it begins, and only then from its name.

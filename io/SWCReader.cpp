@@ -151,6 +151,20 @@ private:
 };
 }  // namespace
 
+bool isSWC(std::string_view text)
+{
+    Scanner scanner(text);
+    while (!scanner.toWord() && !scanner.atEnd())
+        scanner.toNextLine();
+    int64_t number;
+    double real;
+    const auto isWhole = [&] { return scanner.toWord() && scanner.integer(number) && scanner.atWordEnd(); };
+    bool isRoot = isWhole() && isWhole();
+    for (int i = 0; isRoot && i < 4; ++i)
+        isRoot = scanner.toWord() && scanner.real(real);
+    return isRoot && isWhole() && number == -1 && !scanner.toWord();
+}
+
 bool readSWC(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
 {
     try

@@ -8,6 +8,9 @@
 
 namespace rq::io
 {
+/// True when the first line that is no comment is a root: whole numbers for number and kind, and -1 behind four more.
+RQ_API bool isSWC(std::string_view text);
+
 /// Read a tree of samples as nerve cells are traced (SWC): on each line the sample's number, kind, three coordinates,
 /// radius, and the number of the sample that it continues, -1 for a root.  `name` is what messages call the file.
 ///

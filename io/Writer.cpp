@@ -1,6 +1,7 @@
 #include <io/Writer.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -17,7 +18,16 @@ namespace rq::io
 {
 namespace
 {
-using Write = bool (*)(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, std::string &bytes,
+/// What is written of a detail.
+struct Output
+{
+    std::string bytes;
+    std::string materials;  ///< of the file that `materialFileOf` names, where there is one
+};
+
+constexpr const char *kStandardOutput = "<stdout>";
+
+using Write = bool (*)(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, Output &output,
                        Messages &messages);
 
 struct Format
@@ -28,32 +38,47 @@ struct Format
 };
 
 template <RQGForm form>
-bool asRQG(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes, Messages &messages)
+bool asRQG(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, Output &output, Messages &messages)
 {
-    return writeRQG(detail, form, name, bytes, messages);
+    return writeRQG(detail, form, name, output.bytes, messages);
 }
 
-// Formats that have one form only.
-template <auto write>
-bool inOneForm(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes,
-               Messages &messages)
+bool asSTL(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, Output &output, Messages &messages)
 {
-    return write(detail, name, bytes, messages);
+    return writeSTL(detail, name, output.bytes, messages);
+}
+
+bool asPLY(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, Output &output, Messages &messages)
+{
+    return writePLY(detail, form, name, output.bytes, messages);
 }
 
 template <NumberForm form>
-bool asGLTF(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, std::string &bytes, Messages &messages)
+bool asGLTF(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, Output &output, Messages &messages)
 {
-    return writeGLTF(detail, form, name, bytes, messages);
+    return writeGLTF(detail, form, name, output.bytes, messages);
+}
+
+// A pipe has nothing beside it.
+bool isFile(const std::string &name)
+{
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(name, ignored);
+    return name != kStandardOutput && (!exists(status) || is_regular_file(status));
+}
+
+bool asOBJ(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &name, Output &output, Messages &messages)
+{
+    return writeOBJ(detail, name, output.bytes, messages, isFile(name) ? &output.materials : nullptr);
 }
 
 const Format kFormats[] = {
     {"json", ".rqg.json", asRQG<RQGForm::Text>},
     {"rqg", ".rqg", asRQG<RQGForm::Binary>},
     {"json", ".json", asRQG<RQGForm::Text>},
-    {"obj", ".obj", inOneForm<writeOBJ>},
-    {"ply", ".ply", writePLY},
-    {"stl", ".stl", inOneForm<writeSTL>},
+    {"obj", ".obj", asOBJ},
+    {"ply", ".ply", asPLY},
+    {"stl", ".stl", asSTL},
     {"glb", ".glb", asGLTF<NumberForm::Binary>},
     {"gltf", ".gltf", asGLTF<NumberForm::Text>},
 };
@@ -64,7 +89,7 @@ const Format *findFormat(const std::string &path, const SaveOptions &options, Me
 {
     if (options.format.empty() && isStandardOutput(path))
         return messages.fail(
-                   "<stdout>", {},
+                   kStandardOutput, {},
                    fmt::format("expected the name of a format, one of {}, found none", fmt::join(saveFormats(), ", "))),
                nullptr;
     const Format *found = options.format.empty() ? findEnding(path, kFormats)
@@ -100,9 +125,13 @@ bool canSave(const std::string &path, Messages &messages, const SaveOptions &opt
 bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages, const SaveOptions &options)
 {
     const Format *format = findFormat(path, options, messages);
-    const std::string name = isStandardOutput(path) ? "<stdout>" : path;
-    std::string bytes;
-    return format && format->write(detail, options.numbers, name, bytes, messages) &&
-           (isStandardOutput(path) ? writeStandardOutput(bytes, messages) : writeFile(path, bytes, messages));
+    Output output;
+    if (!format ||
+        !format->write(detail, options.numbers, isStandardOutput(path) ? kStandardOutput : path, output, messages))
+        return false;
+    if (isStandardOutput(path))
+        return writeStandardOutput(output.bytes, messages);
+    return (output.materials.empty() || writeFile(materialFileOf(path), output.materials, messages)) &&
+           writeFile(path, output.bytes, messages);
 }
 }  // namespace rq::io

@@ -22,7 +22,8 @@ RQ_API const std::vector<std::string> &saveFormats();
 ///
 /// Shape    what kind of file it becomes follows from `options`, or else from the end of its name, in any case: ".rqg.json",
 ///          ".json" and ".rqg" hold everything (see docs/files.md), ".obj", ".ply", ".stl", ".glb" and ".gltf" what such
-///          files can say of points, polygons and particles
+///          files can say of points, polygons and particles.  Beside "NAME.obj" goes "NAME.mtl" where the detail has
+///          materials
 /// Failure  false with an error among the messages; a file that was there before is then as it was.  Warnings tell what the
 ///          file cannot hold
 RQ_API bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages,

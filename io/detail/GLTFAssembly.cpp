@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include <io/detail/GLTFMaterialsRead.h>
+#include <io/detail/Materials.h>
 #include <io/detail/Tally.h>
 
 namespace rq::io
@@ -21,7 +23,6 @@ bool GLTFAssembly::build(const std::vector<GLTFPlacedMesh> &placed, MOD_DetailHa
     if (!edit.appendPoints(points_) || !appendParts(edit) || !columns_.write(edit))
         return source_.messages.fail(source_.name, {}, edit.message());
     writeNames(edit);
-    writeColors(edit);
     warnOfTheRest();
     edit.commit();
     detail = result;
@@ -133,47 +134,18 @@ void GLTFAssembly::writeNames(MOD_Edit &edit) const
     const bool hasMaterials = std::ranges::any_of(parts_, [](const Part &part) { return part.material >= 0; });
     ELM_StringTuple *names = hasNames ? edit.stringAttribute(ELM_OWNER_PRIMITIVE, "object")->strings() : nullptr;
     ELM_StringTuple *materials = hasMaterials ? edit.stringAttribute(ELM_OWNER_PRIMITIVE, "material")->strings() : nullptr;
+    GLTFNamedMaterials named(model_);
     int64_t first = 0;
     for (const Part &part : parts_)
     {
         if (names && !part.name->empty())
             names->fill(first, part.primitives(), names->add(*part.name));
         if (materials && part.material >= 0)
-        {
-            const std::string &name = model_.materials[size_t(part.material)].name;
-            materials->fill(first, part.primitives(),
-                            materials->add(name.empty() ? fmt::format("material{}", part.material) : name));
-        }
+            materials->fill(first, part.primitives(), materials->add(named.names[size_t(part.material)]));
         first += part.primitives();
     }
-}
-
-void GLTFAssembly::writeColors(MOD_Edit &edit) const
-{
-    const auto colorOf = [&](const Part &part, float *color) {
-        std::fill_n(color, 3, 1.0f);
-        if (part.material < 0)
-            return;
-        const std::vector<double> &factor = model_.materials[size_t(part.material)].pbrMetallicRoughness.baseColorFactor;
-        for (size_t c = 0; c < 3 && c < factor.size(); ++c)
-            color[c] = float(factor[c]);
-    };
-    const bool allWhite = std::ranges::all_of(parts_, [&](const Part &part) {
-        float color[3];
-        colorOf(part, color);
-        return std::ranges::all_of(color, [](float c) { return c == 1.0f; });
-    });
-    if (allWhite)
-        return;
-    auto *pages = edit.attribute(ELM_OWNER_PRIMITIVE, "Cd", ELM_STORAGE_REAL32, 3, ELM_TYPE_COLOR)->pages<float>();
-    int64_t first = 0;
-    for (const Part &part : parts_)
-    {
-        float color[3];
-        colorOf(part, color);
-        pages->fill(first, part.primitives(), color);
-        first += part.primitives();
-    }
+    if (materials)
+        writeMaterials(edit, std::move(named.materials));
 }
 
 void GLTFAssembly::warnOfTheRest() const

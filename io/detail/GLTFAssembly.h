@@ -38,7 +38,6 @@ private:
     bool readVertices(const tinygltf::Primitive &primitive, int64_t points, std::vector<uint32_t> &vertices);
     bool appendParts(MOD_Edit &edit) const;
     void writeNames(MOD_Edit &edit) const;
-    void writeColors(MOD_Edit &edit) const;
     void warnOfTheRest() const;
     void warn(std::string what) const { source_.messages.warn(source_.name, {}, std::move(what)); }
     bool fail() const { return source_.messages.fail(source_.name, {}, where_ + error_); }

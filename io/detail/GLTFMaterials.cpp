@@ -5,6 +5,7 @@
 
 #include <io/detail/JSONText.h>
 #include <io/detail/rowReader.h>
+#include <io/detail/screenColour.h>
 
 namespace rq::io
 {
@@ -27,6 +28,11 @@ GLTFMaterials::GLTFMaterials(const MSH_Detail &detail, Leftovers &leftovers) : d
     {
         names_ = names->strings();
         leftovers.hold(names);
+        if (const ELM_Attribute *told = findMaterials(detail))
+        {
+            told_ = told->dicts()->get(0);
+            leftovers.hold(told);
+        }
     }
     const ELM_Attribute *colors = detail.find(ELM_OWNER_PRIMITIVE, "Cd");
     if (!colors || colors->storageClass() != ELM_STORAGE_CLASS_FLOAT || colors->tupleSize() != 3 ||
@@ -53,26 +59,39 @@ bool GLTFMaterials::isOneEach(const ELM_Attribute &colors) const
     return true;
 }
 
+std::vector<Material> GLTFMaterials::all() const
+{
+    std::vector<Material> materials(count());
+    for (size_t i = 0; names_ && i < materials.size(); ++i)
+        if (const auto found = findMaterial(told_.options(), names_->table()[i]))
+            materials[i] = *found;
+    for (ELM_Offset primitive = 0; colors_ && primitive < detail_.primitiveCount(); ++primitive)
+        std::ranges::copy(colorAt(*colors_, primitive), materials[size_t(of(primitive))].colour.begin());
+    return materials;
+}
+
 void GLTFMaterials::write(BAS_JSONWriter &json) const
 {
     if (count() == 0)
         return;
-    std::vector<Color> colors(count(), Color{1.0f, 1.0f, 1.0f});
-    for (ELM_Offset primitive = 0; colors_ && primitive < detail_.primitiveCount(); ++primitive)
-        colors[size_t(of(primitive))] = colorAt(*colors_, primitive);
     json.key("materials");
     json.beginArray();
-    for (size_t i = 0; i < colors.size(); ++i)
+    const std::vector<Material> materials = all();
+    for (size_t i = 0; i < materials.size(); ++i)
     {
+        const Material &material = materials[i];
         json.beginMap();
         if (names_)
             json.writeKeyString("name", toJSONText(names_->table()[i].view()));
         json.key("pbrMetallicRoughness");
         json.beginMap();
         json.key("baseColorFactor");
-        const float factor[] = {colors[i][0], colors[i][1], colors[i][2], 1.0f};
+        double factor[] = {0.0, 0.0, 0.0, 1.0};
+        std::ranges::transform(material.colour, factor, toLight);
         json.uniformArray(factor, 4);
-        json.writeKeyInt("metallicFactor", 0);
+        json.writeKeyReal("metallicFactor", std::clamp(material.metalness, 0.0, 1.0));
+        if (material.roughness >= 0.0)
+            json.writeKeyReal("roughnessFactor", std::min(material.roughness, 1.0));
         json.endMap();
         json.writeKeyBool("doubleSided", true);
         json.endMap();

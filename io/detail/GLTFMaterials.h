@@ -1,15 +1,13 @@
 #pragma once
 
-#include <array>
-#include <vector>
-
 #include <host/bas/JSONWriter.h>
-#include <host/msh/Detail.h>
 #include <io/detail/Leftovers.h>
+#include <io/detail/Materials.h>
 
 namespace rq::io
 {
-/// The materials of primitives: the texts of "material", with the colours "Cd" of primitives where each has one only.
+/// The materials of primitives: the texts of "material", as the dictionary "materials" tells them, with the colours "Cd" of
+/// primitives instead where each has one only.
 class GLTFMaterials
 {
 public:
@@ -27,9 +25,11 @@ public:
 
 private:
     bool isOneEach(const ELM_Attribute &colors) const;
+    std::vector<Material> all() const;
     size_t count() const { return names_ ? names_->table().size() : colors_ ? 1 : 0; }
 
     const MSH_Detail &detail_;
+    BAS_OptionsHolder told_;
     const ELM_StringTuple *names_ = nullptr;
     const ELM_Attribute *colors_ = nullptr;
     const ELM_Attribute *otherColors_ = nullptr;

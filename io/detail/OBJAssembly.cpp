@@ -7,6 +7,8 @@
 
 #include <host/bas/Parallel.h>
 #include <io/Scanner.h>
+#include <io/detail/Materials.h>
+#include <io/detail/OBJMaterials.h>
 #include <io/detail/OBJState.h>
 #include <io/detail/OBJTags.h>
 
@@ -69,6 +71,7 @@ bool OBJAssembly::build(MOD_DetailHandle &detail)
         firstPrimitive.push_back(before.primitives);
     writeOBJState(edit, blocks_, firstPrimitive);
     writeOBJTags(edit, source_, blocks_, points, total.points, messages_);
+    writeMaterials(edit, readOBJMaterials(source_, blocks_, messages_));
     edit.commit();
     detail = result;
     return true;

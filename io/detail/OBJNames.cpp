@@ -10,16 +10,15 @@ namespace
 {
 bool isControl(char c) { return uint8_t(c) < 0x20; }
 
-// Whether a line can end with this text.
+// Whether it can be one of many words; the default group is none.
+bool isTellableWord(std::string_view text) { return isTellable(text) && text.find(' ') == text.npos && text != "default"; }
+}  // namespace
+
 bool isTellable(std::string_view text)
 {
     return !text.empty() && text.front() != '#' && text.front() != ' ' && text.back() != ' ' && text.back() != '\\' &&
            std::none_of(text.begin(), text.end(), isControl);
 }
-
-// Whether it can be one of many words; the default group is none.
-bool isTellableWord(std::string_view text) { return isTellable(text) && text.find(' ') == text.npos && text != "default"; }
-}  // namespace
 
 OBJNames::OBJNames(const MSH_Detail &detail, std::string &text) : detail_(detail), text_(text)
 {

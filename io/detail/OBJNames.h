@@ -7,6 +7,9 @@
 
 namespace rq::io
 {
+/// Whether a line can end with this text as a name.
+bool isTellable(std::string_view text);
+
 /// The lines that tell the groups of primitives, and their attributes "object", "material" and "smoothing".
 ///
 /// The reader gives every primitive what was told last before it, so a line is due where something changes.  What is told

@@ -5,6 +5,6 @@
 
 namespace rq::io
 {
-/// Warn, once of each sort, of what was passed over or kept although it is odd, and of material files that are missing.
+/// Warn, once of each sort, of what was passed over or kept although it is odd.
 void warnOfOddities(const OBJSource &source, const std::vector<OBJBlock> &blocks, Messages &messages);
 }  // namespace rq::io

@@ -4,12 +4,13 @@
 
 #include <fmt/format.h>
 
+#include <host/bas/JSONWriter.h>
 #include <host/msh/Detail.h>
 
 namespace tests
 {
 /// A detail as text: the points of all polygons, then a line for each attribute; "f 0 1 2,\npoint P real32: 0 0 0;1 0 0;\n",
-/// arrays as "face uv real32: [ 0 1 ] [ ]".
+/// arrays as "face uv real32: [ 0 1 ] [ ]", and dictionaries of the detail as JSON.
 inline std::string dump(const MSH_Detail &detail)
 {
     std::string text;
@@ -50,6 +51,15 @@ inline std::string dump(const MSH_Detail &detail)
                 });
         }
     }
+    for (const ELM_Attribute &attribute : detail.attributes(ELM_OWNER_DETAIL))
+        if (attribute.dicts())
+        {
+            std::string json;
+            BAS_JSONWriter writer(json);
+            attribute.dicts()->get(0).options().save(writer);
+            writer.flush();
+            text += fmt::format("\ndetail {} {}", attribute.name().c_str(), json);
+        }
     return text;
 }
 }  // namespace tests

@@ -43,7 +43,8 @@ const ReadCase kReadCases[] = {
           "indices": {"bufferView": 1, "byteOffset": 2, "componentType": 5123}, "values": {"bufferView": 2}}},
         {"bufferView": 1, "componentType": 5121, "count": 3, "type": "SCALAR", "normalized": true},
         {"bufferView": 1, "componentType": 5122, "count": 3, "type": "SCALAR"}],
-        "materials": [{"name": "m"}, {"pbrMetallicRoughness": {"baseColorFactor": [1, 0.5, 0, 1]}}],
+        "materials": [{"name": "m"}, {"name": "m", "pbrMetallicRoughness": {"baseColorFactor": [1, 0.25, 0, 1], "metallicFactor": 0}},
+          {"pbrMetallicRoughness": {"metallicFactor": 0, "roughnessFactor": 0.25}}],
         "meshes": [{"name": "a", "primitives": [
           {"attributes": {"POSITION": 0, "_F": 1, "_I": 2, "JOINTS_0": 2}, "mode": 0, "material": 0, "targets": [{}]},
           {"attributes": {"POSITION": 0, "_F": 1, "_I": 2, "JOINTS_0": 2}, "mode": 2, "material": 1}, {"attributes": {}}]}])"),
@@ -51,7 +52,8 @@ const ReadCase kReadCases[] = {
      "x: warning: morph targets of 1 primitive are passed over\n"
      "x: warning: expected attribute \"POSITION\", found none; 1 primitive is passed over\n"
      "f 0 1 2,f 0 1 2 0,\npoint P real32: 0 0 0; 5 5 5; 0 0 0;\npoint F real32: 0; 0; 0.00392157;\npoint I int32: 0; 1; 2;"
-     "\nface object\nface material\nface Cd real32: 1 1 1; 1 0.5 0;"},
+     "\nface object\nface material\ndetail materials "
+     R"({"m":[1,1,1,1,1],"m.1":[1,0.537098730483,0],"material2":[1,1,1,0.25]})"},
     {"no JSON", R"({"asset": {"version" "2.0"}})", "x:1:22: error: a colon is missing\n"},
     {"no version", R"({"asset": {}})",
      "x: error: expected glTF: \"asset\" object not found in .gltf or not an object type\n"},

@@ -123,6 +123,7 @@ TEST(Models, ComeBackFromEveryKindOfFile)
             EXPECT_TRUE(differs.empty() || (ending == ".obj" && writing.warnings() > 0)) << differs;
             compared += differs.empty();
             std::filesystem::remove(folder + ending);
+            std::filesystem::remove(folder + ".mtl");
         }
     }
     EXPECT_GT(compared, std::ssize(models) * 2);

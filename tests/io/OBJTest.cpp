@@ -6,11 +6,13 @@
 #include <map>
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <host/bas/Parallel.h>
 #include <host/mod/DetailHandle.h>
 #include <io/OBJReader.h>
 #include <io/Reader.h>
+#include <tests/io/Dump.h>
 
 using namespace rq::io;
 
@@ -210,12 +212,49 @@ TEST(OBJ, WarnsOnceOfEachOddity)
     }
 }
 
-TEST(OBJ, LooksForMaterialFilesBesideTheFile)
+const struct
 {
-    const std::string folder = testing::TempDir();
-    std::ofstream(folder + "rq a.mtl") << "newmtl a\n";
-    EXPECT_EQ(Loaded("v 0 0 0\nmtllib rq a.mtl", folder + "x.obj").messages.toString(), "");
-    std::filesystem::remove(folder + "rq a.mtl");
+    const char *what;
+    std::string lines;  ///< of the file "rq a.mtl"
+    const char *materials, *messages;
+} kMaterialCases[] = {
+    {"nothing", "", "", ""},
+    {"colours, blanks and all", "newmtl a b\nKd 1 .5 0\nKa 1 1 1\nd .5\nnewmtl c\r\n Kd .25\n",
+     R"({"a b":[1,0.5,0],"c":[0.25,0.25,0.25]})", ""},
+    {"the first meaning of a name counts", "newmtl a\nnewmtl a\nKd 1 1 1\n", R"({"a":[0.8,0.8,0.8]})", ""},
+    {"highlights, which must not be black, and roughness as it is",
+     "newmtl a\nKd 1 1 1\nKs 0 0 0\nNs 9\nnewmtl b\nKd 1 1 1\nKs .5 .5 .5\nNs 30\nnewmtl c\nKd 1 1 1\nKs 1\nillum 1\n"
+     "newmtl d\nKd 1 1 1\nKs 1\nPr .3\nnewmtl e\nKd 1 1 1\nPm 1\n",
+     R"({"a":[1,1,1],"b":[1,1,1,0.5],"c":[1,1,1],"d":[1,1,1,0.3],"e":[1,1,1,1,1]})", ""},
+    {"what cannot be read", "Kd 1 1 1\nnewmtl\nnewmtl a\nKd 1 x\nKd spectral a.rfl\nNs nan\nPr\nodd 1\nmap_Kd a.png\nbump b",
+     R"({"a":[0.8,0.8,0.8]})",
+     "rq a.mtl:1:1: warning: expected \"newmtl\", found \"Kd\"; 6 lines are passed over\n"
+     "rq a.mtl:8:1: warning: expected a known word, found \"odd\"; 1 line is passed over\n"
+     "rq a.mtl:9:1: warning: 2 pictures are passed over: materials have one colour each\n"},
+};
+
+TEST(OBJ, ReadsMaterialFilesBesideTheFile)
+{
+    const std::string folder = testing::TempDir() + "rq_mtl_" + std::to_string(getpid()) + '/';
+    std::filesystem::create_directory(folder);
+    for (const auto &c : kMaterialCases)
+    {
+        SCOPED_TRACE(c.what);
+        std::ofstream(folder + "rq a.mtl") << c.lines;
+        const Loaded loaded("v 0 0 0\nmtllib rq a.mtl\nmtllib .\\rq a.mtl", folder + "x.obj");
+        const std::string dump = tests::dump(*loaded), name = "\ndetail materials ";
+        const size_t at = dump.find(name);
+        EXPECT_EQ(at == dump.npos ? "" : dump.substr(at + name.size()), c.materials);
+        std::string messages = loaded.messages.toString();
+        for (size_t path; (path = messages.find(folder)) != messages.npos;)
+            messages.erase(path, folder.size());
+        EXPECT_EQ(messages, c.messages);
+    }
+    for (const auto &[name, lines] :
+         {std::pair(folder + "x.obj", "rq b.mtl"), {folder + "x.obj", "b.mtl rq"}, {"<stdin>", "a"}})
+        EXPECT_NE(Loaded(std::string("mtllib ") + lines + "\nv 0 0 0", name).messages.toString().find("a material file"),
+                  std::string::npos);
+    std::filesystem::remove_all(folder);
 }
 
 // A file of several blocks, with relative numbers, groups, and continued lines wherever a block may be cut.

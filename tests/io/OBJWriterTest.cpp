@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <host/mod/DetailHandle.h>
 #include <io/OBJReader.h>
 #include <io/OBJWriter.h>
 #include <io/RQGReader.h>
+#include <io/Reader.h>
+#include <io/Writer.h>
 #include <tests/io/difference.h>
 
 using namespace rq::io;
@@ -56,7 +60,8 @@ TEST(OBJWriter, NamesWhatItLeavesOut)
                   {"name": "N", "storage": "real16", "size": 3, "values": [0, 0, 1, 0, 1, 0, 0, 0, 1]},
                   {"name": "Cd", "storage": "real32", "size": 4, "value": [1, 1, 1, 1]}],
         "primitive": [{"name": "material", "storage": "string", "values": ["a\nb", "c", "c", "c"]}],
-        "detail": [{"name": "year", "storage": "int32", "values": [1]}]},
+        "detail": [{"name": "year", "storage": "int32", "values": [1]},
+                   {"name": "materials", "storage": "dict", "value": [{"floatarray c": [1, 0, 0]}]}]},
       "groups": {"primitive": [{"name": "two words", "members": [0]}], "point": [{"name": "ends", "members": [0]}]}})",
                         "x", detail, messages))
         << messages.toString();
@@ -64,6 +69,7 @@ TEST(OBJWriter, NamesWhatItLeavesOut)
     EXPECT_EQ(warnings.toString(), "x: warning: attribute \"uv\" of vertices is left out\n"
                                    "x: warning: attribute \"Cd\" of points is left out\n"
                                    "x: warning: attribute \"year\" of the detail is left out\n"
+                                   "x: warning: attribute \"materials\" of the detail is left out\n"
                                    "x: warning: attribute \"N\" of points becomes one of vertices\n"
                                    "x: warning: attribute \"P\" has 64 bits, of which readers may keep 32\n"
                                    "x: warning: group \"ends\" of points is left out\n"
@@ -72,5 +78,26 @@ TEST(OBJWriter, NamesWhatItLeavesOut)
                                    "x: warning: 2 primitives are left out: Sphere\n"
                                    "x: warning: 1 primitive is left out: Tube\n"
                                    "x: warning: 1 vertex without a point is left out\n");
+}
+
+// Into a file of their own, which the other names.
+TEST(OBJWriter, KeepsMaterials)
+{
+    MOD_DetailHandle first, second;
+    Messages messages;
+    ASSERT_TRUE(readRQG(R"({"rqg": 1, "primitives": [{"type": "particles", "points": [0]}],
+      "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0]}],
+        "primitive": [{"name": "material", "storage": "string", "values": ["a b"]}],
+        "detail": [{"name": "materials", "storage": "dict", "value": [
+          {"floatarray a b": [1.0, 0.1, 0.3333333333333333], "floatarray c": [0, 1, 0.5, 0.2], "floatarray d": [1, 1, 1, 0, 0.5]}]}]}})",
+                        "x", first, messages));
+    const std::string name = testing::TempDir() + "rq materials.x.obj";
+    ASSERT_TRUE(save(name, first.read(), messages));
+    ASSERT_TRUE(load(name, second, messages));
+    EXPECT_EQ(messages.toString(), "");
+    EXPECT_EQ(difference(*first.read().readLock(), *second.read().readLock()), "");
+    EXPECT_TRUE(std::filesystem::remove(materialFileOf(name)));
+    std::filesystem::remove(name);
+    EXPECT_EQ(materialFileOf("a/b.mtl"), "a/b.mtl.mtl");
 }
 }  // namespace

@@ -117,7 +117,8 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
                                                           {"rq_h.rqg.JSON", "{\"points\": 0, \"rqg\": 1}"},
                                                           {"rq_i.ply", "{\"asset\": {\"version\": \"2.0\"}}"},
                                                           {"rq_j.stl", "# x\n\nv 0 0 0\n"},
-                                                          {"rq_k.XYZ", "0 0 0\n"}};
+                                                          {"rq_k.XYZ", "0 0 0\n"},
+                                                          {"rq_l", "# x\n1 1 0 0 0 .5 -1\n2 3 1 0 0 1 1"}};
     for (const auto &[name, text] : cases)
     {
         const std::string path = testing::TempDir() + name;

@@ -77,7 +77,8 @@ const char *const kMixed = R"("primitives": [
                 {"name": "name", "storage": "string", "value": ["p"]}],
       "primitive": [{"name": "material", "storage": "string", "values": ["a", "b", "a", "a"]},
                     {"name": "Cd", "storage": "real32", "size": 3, "type": "color", "values": [1, 0, 0, 0, 1, 0, 1, 0, 0, 1, 0, 0]}],
-      "detail": [{"name": "year", "storage": "int32", "values": [1]}]},
+      "detail": [{"name": "year", "storage": "int32", "values": [1]},
+                 {"name": "materials", "storage": "dict", "value": [{"floatarray b": [0.5, 0.5, 0.5, 0.5]}]}]},
     "groups": {"primitive": [{"name": "some", "members": [0]}]})";
 
 struct LossCase
@@ -97,6 +98,7 @@ const LossCase kLossCases[] = {
      "x: warning: attribute \"material\" of primitives is left out\n"
      "x: warning: attribute \"Cd\" of primitives is left out\n"
      "x: warning: attribute \"year\" of the detail is left out\n"
+     "x: warning: attribute \"materials\" of the detail is left out\n"
      "x: warning: group \"some\" of primitives is left out\n"
      "x: warning: 1 primitive is left out: Polygon\n"
      "x: warning: 1 primitive is left out: Sphere\n"
@@ -113,6 +115,7 @@ const LossCase kLossCases[] = {
      "x: warning: attribute \"name\" of points is left out\n"
      "x: warning: attribute \"material\" of primitives is left out\n"
      "x: warning: attribute \"year\" of the detail is left out\n"
+     "x: warning: attribute \"materials\" of the detail is left out\n"
      "x: warning: group \"some\" of primitives is left out\n"
      "x: warning: 1 primitive is left out: Polygon\n"
      "x: warning: 1 primitive is left out: Sphere\n"},
@@ -123,7 +126,7 @@ const LossCase kLossCases[] = {
      readGLTF,
      "f 0 1 2,f 2 3 0,f 0 1 4,f 0 5,\n"
      "point P real32: 0 0 0; 2 0 0; 2 2 0; 0 2 0; 0 0 1; 0 0 1;\npoint uv real32: 0 0; 1 0; 1 1; 0 1; 0.5 0.25; 0 0;\n"
-     "face material\nface Cd real32: 1 0 0; 1 0 0; 0 1 0; 1 0 0;",
+     "face material\ndetail materials {\"a\":[1,0,0],\"b\":[0,1,0,0.5]}",
      "x: warning: 1 face is cut into triangles\n"
      "x: warning: 1 point that nothing uses is left out\n"
      "x: warning: attribute \"name\" of points is left out\n"
@@ -170,7 +173,9 @@ TEST(GLTFWriter, WritesWhatTheReaderReads)
                {"name": "kind", "storage": "int32", "size": 3, "values": [0, 1, 2, 255, 4, 5, 6, 7, 8, 9, 10, 11]},
                {"name": "heat", "storage": "real32", "values": [0.1, "-inf", 1e30, 4]}],
              "primitive": [{"name": "object", "storage": "string", "values": ["one", "one", "two", "two", "two"]},
-               {"name": "material", "storage": "string", "values": ["red", "red", "red", "red", null]}]})"};
+               {"name": "material", "storage": "string", "values": ["red", "red", "red", "red", null]}],
+             "detail": [{"name": "materials", "storage": "dict",
+                         "value": [{"floatarray red": [1, 0, 0, 0.25, 0.5]}]}]})"};
     for (const std::string &text : cases)
         for (const NumberForm form : {NumberForm::Binary, NumberForm::Text})
         {
@@ -185,7 +190,7 @@ TEST(GLTFWriter, WritesWhatTheReaderReads)
             EXPECT_EQ(a.pointCount(), b.pointCount());
             EXPECT_EQ(a.vertexCount(), b.vertexCount());
             EXPECT_EQ(a.primitiveCount(), b.primitiveCount());
-            for (const ELM_Owner owner : {ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE})
+            for (const ELM_Owner owner : {ELM_OWNER_POINT, ELM_OWNER_PRIMITIVE, ELM_OWNER_DETAIL})
                 for (const ELM_Attribute &attribute : a.attributes(owner))
                 {
                     const ELM_Attribute *found = b.find(owner, attribute.name().view());

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+namespace rq::io
+{
+// A channel of a colour in linear light, as glTF has materials, and as it looks on a screen (IEC 61966-2-1); both 0 to 1.
+
+inline double toScreen(double light)
+{
+    // So that what a few digits told before `toLight`, they tell again.
+    constexpr double kKept = 1e12;
+    const double held = std::clamp(light, 0.0, 1.0);
+    const double screen = held <= 0.0031308 ? 12.92 * held : 1.055 * std::pow(held, 1.0 / 2.4) - 0.055;
+    return std::round(screen * kKept) / kKept;
+}
+
+inline double toLight(double screen)
+{
+    const double held = std::clamp(screen, 0.0, 1.0);
+    return held <= 0.04045 ? held / 12.92 : std::pow((held + 0.055) / 1.055, 2.4);
+}
+}  // namespace rq::io
