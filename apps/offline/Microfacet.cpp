@@ -13,16 +13,20 @@ constexpr float kPi = std::numbers::pi_v<float>;
 // Highlights that are sharper than this are missed by most rays.
 constexpr float kLeastWidth = 0.02f;
 
+// What a coat mirrors of light that comes straight from above.
+constexpr float kCoat = 0.04f;
+
 float square(float value) { return value * value; }
 }  // namespace
 
-Microfacet::Microfacet(float roughness) : width_(std::max(kLeastWidth, square(roughness))) {}
+Microfacet::Microfacet(float roughness, float metalness, const BAS_Vec3f &colour)
+    : width_(std::max(kLeastWidth, square(roughness))), headOn_(BAS_Vec3f(kCoat) * (1.0f - metalness) + colour * metalness)
+{}
 
-float Microfacet::reflectance(float cosine)
+BAS_Vec3f Microfacet::reflectance(float cosine) const
 {
-    constexpr float kHeadOn = 0.04f;
     const float grazing = 1.0f - std::clamp(cosine, 0.0f, 1.0f);
-    return kHeadOn + (1.0f - kHeadOn) * square(square(grazing)) * grazing;
+    return headOn_ + (BAS_Vec3f(1.0f) - headOn_) * (square(square(grazing)) * grazing);
 }
 
 float Microfacet::distribution(const BAS_Vec3f &half) const
@@ -36,15 +40,15 @@ float Microfacet::masking(const BAS_Vec3f &d) const
     return 2.0f / (1.0f + std::sqrt(1.0f + slope));
 }
 
-float Microfacet::reflected(const BAS_Vec3f &in, const BAS_Vec3f &out) const
+BAS_Vec3f Microfacet::reflected(const BAS_Vec3f &in, const BAS_Vec3f &out) const
 {
     if (in.z <= 0.0f || out.z <= 0.0f)
-        return 0.0f;
+        return BAS_Vec3f(0.0f);
     const BAS_Vec3f half = (in + out).normalized();
-    return kPi * reflectance(half ^ out) * distribution(half) * masking(in) * masking(out) / (4.0f * out.z);
+    return reflectance(half ^ out) * (kPi * distribution(half) * masking(in) * masking(out) / (4.0f * out.z));
 }
 
-BAS_Vec3f Microfacet::sample(const BAS_Vec3f &out, const Imath::V2f &sample, float &part) const
+BAS_Vec3f Microfacet::sample(const BAS_Vec3f &out, const Imath::V2f &sample, BAS_Vec3f &part) const
 {
     // Stretched, the slopes are those of a hemisphere, of which `out` sees one half disc whole and one foreshortened.
     const BAS_Vec3f view = BAS_Vec3f(width_ * out.x, width_ * out.y, out.z).normalized();
@@ -59,7 +63,7 @@ BAS_Vec3f Microfacet::sample(const BAS_Vec3f &out, const Imath::V2f &sample, flo
         BAS_Vec3f(width_ * hemisphere.x, width_ * hemisphere.y, std::max(1e-6f, hemisphere.z)).normalized();
 
     const BAS_Vec3f in = half * (2.0f * (half ^ out)) - out;
-    part = in.z > 0.0f ? reflectance(half ^ out) * masking(in) : 0.0f;
+    part = in.z > 0.0f ? reflectance(half ^ out) * masking(in) : BAS_Vec3f(0.0f);
     return in;
 }
 }  // namespace rq::offline

@@ -60,6 +60,18 @@ BAS_Vec3f local(const BAS_Vec3f &normal, const BAS_Vec3f &direction)
     return {x ^ direction, y ^ direction, normal ^ direction};
 }
 
+/// What of the light that gets below its surface a material throws back.
+BAS_Vec3f scattered(const Material &material) { return material.colour * (1.0f - material.metalness); }
+
+/// The part of light that gets below the surface.
+BAS_Vec3f let(const Microfacet &coat, const BAS_Vec3f &out) { return BAS_Vec3f(1.0f) - coat.reflectance(out.z); }
+
+/// How often a path follows what is mirrored: always where nothing is scattered.
+float mirrorChance(const Material &material, const BAS_Vec3f &below)
+{
+    return material.metalness >= 1.0f ? 1.0f : std::clamp(1.0f - std::min({below.x, below.y, below.z}), 0.15f, 0.85f);
+}
+
 float brightness(const BAS_Vec3f &light) { return 0.2126f * light.x + 0.7152f * light.y + 0.0722f * light.z; }
 
 /// Whether the mean of `count` values that look on a screen like this is known well enough.
@@ -81,7 +93,10 @@ struct Tracer::Path
 
     /// Coats look duller by light that a matt surface sends on: the spots that polished ones throw back would be met by few
     /// rays, as noise (Kaplanyan and Dachsbacher, "Path Space Regularization", 2013).
-    Microfacet coat(const Material &material) const { return Microfacet(std::max(material.roughness, leastRoughness)); }
+    Microfacet coat(const Material &material) const
+    {
+        return {std::max(material.roughness, leastRoughness), material.metalness, material.colour};
+    }
     Imath::V2f random(int use) const { return samples.at(UseFirst + UsesPerBounce * bounces + use, index); }
 };
 
@@ -209,8 +224,9 @@ BAS_Vec3f Tracer::sunOn(const Hit &hit, const BAS_Vec3f &out, const Path &path) 
         return BAS_Vec3f(0.0f);
     if (hit.material.roughness < 0.0f)
         return times(hit.material.colour, sunLight()) * facing;
-    const float coat = path.coat(hit.material).reflected(local(hit.normal, sun), out);
-    return times(hit.material.colour, sunLight()) * (facing * (1.0f - Microfacet::reflectance(out.z))) + sunLight() * coat;
+    const Microfacet coat = path.coat(hit.material);
+    return times(times(scattered(hit.material), sunLight()), let(coat, out) * facing) +
+           times(sunLight(), coat.reflected(local(hit.normal, sun), out));
 }
 
 // Either the coat mirrors or what lies under it scatters; which one is a matter of chance.
@@ -219,17 +235,18 @@ bool Tracer::bounce(const Hit &hit, const BAS_Vec3f &out, Path &path) const
     const Imath::V2f sample = path.random(UseDirection);
     BAS_Vec3f in = onDisc(sample, 1.0f, std::sqrt(std::max(0.0f, 1.0f - sample.x)));
     const bool isCoated = hit.material.roughness >= 0.0f;
-    const float fresnel = isCoated ? Microfacet::reflectance(out.z) : 0.0f;
-    const float chance = isCoated ? std::clamp(fresnel, 0.15f, 0.85f) : 0.0f;
+    const Microfacet coat = path.coat(hit.material);
+    const BAS_Vec3f below = isCoated ? let(coat, out) : BAS_Vec3f(1.0f);
+    const float chance = isCoated ? mirrorChance(hit.material, below) : 0.0f;
     if (path.random(UseLobe).x < chance)
     {
-        float part;
-        in = path.coat(hit.material).sample(out, sample, part);
-        path.throughput *= part / chance;
+        BAS_Vec3f part;
+        in = coat.sample(out, sample, part);
+        path.throughput = times(path.throughput, part / chance);
     }
     else
     {
-        path.throughput = times(path.throughput, hit.material.colour) * ((1.0f - fresnel) / (1.0f - chance));
+        path.throughput = times(times(path.throughput, scattered(hit.material)), below / (1.0f - chance));
         path.leastRoughness = kDull;
     }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include <apps/viewport/MaterialColours.h>
 #include <host/bas/Parallel.h>
 #include <rq/data/Values.h>
 
@@ -45,8 +46,13 @@ ItemColour colourOf(const Item &item, const ColourSource &source)
         const Found found = findAttribute(item, "Cd");
         const bool fits = found && RQisNumeric(found.array->getStorage()) && !found.array->hasArrayEntries() &&
                           found.array->getTupleSize() >= 3;
-        return fits ? asColour(found) : ItemColour();
+        if (fits)
+            return asColour(found);
+        return item.materials && item.materials->isTold ? asColour(item.materials->found) : ItemColour();
     }
+    if (source.isByMaterial() && item.materials &&
+        (source.owner == RQ_OWNER_INVALID || lookupOf(*item.form, source.owner) == item.materials->found.lookup))
+        return asColour(item.materials->found);
     if (source.by == ColourBy::Attribute)
         if (const Found found = findAttribute(item, BAS_StringHolder(source.name), source.owner))
             return byAttribute(found, source.component);

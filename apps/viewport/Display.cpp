@@ -6,6 +6,7 @@
 
 #include <apps/viewport/ItemPainter.h>
 #include <apps/viewport/siftTriangles.h>
+#include <apps/viewport/MaterialColours.h>
 
 namespace rq::viewport
 {
@@ -31,6 +32,8 @@ std::unordered_set<int64_t> idsOf(const Scene &scene)
         for (int owner = RQ_OWNER_VERTEX; owner <= RQ_OWNER_DETAIL; ++owner)
             addIds(item.primitive->getAttributeList(owner), ids);
         addIds(item.placements.attributes, ids);
+        if (item.materials)
+            ids.insert(item.materials->found.array->getDataId());
     }
     return ids;
 }

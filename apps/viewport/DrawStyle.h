@@ -28,15 +28,19 @@ struct Preparation
 
 enum class ColourBy
 {
-    Own,        ///< "Cd" where there is one, clay else
+    Own,        ///< "Cd" where there is one, else the colours of materials where the file tells them, clay else
     Plain,      ///< clay
-    Attribute,  ///< `ColourSource::name`; what lacks it is clay.  Each distinct text has a colour of its own
+    Attribute,  ///< `ColourSource::name`; what lacks it is clay.  Each distinct text has a colour of its own, and "material"
+                ///< that of the material
     FaceSet     ///< the first set, by name, that a face is in
 };
 
 /// Components of an attribute: 0 and above, or all together.
 constexpr int kMagnitude = -1;
 constexpr int kAsColour = -2;  ///< three components as red, green and blue; the only one of fewer is mapped
+
+/// The attribute that names materials.
+inline constexpr const char *kMaterialName = "material";
 
 struct ColourSource
 {
@@ -48,6 +52,8 @@ struct ColourSource
     bool autoRange = true;  ///< from the least to the greatest value in the scene
     double minimum = 0.0;
     double maximum = 1.0;
+
+    bool isByMaterial() const { return by == ColourBy::Attribute && name == kMaterialName; }
 };
 
 /// What is drawn, and how.  A change takes effect with the next picture.

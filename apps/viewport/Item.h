@@ -13,11 +13,14 @@ struct Placements
     RQ_AttributeListHandle attributes;  ///< one entry a copy, null without
 };
 
+struct MaterialColours;
+
 /// A shape of a scene, with all its copies: what one call draws.
 struct Item
 {
     std::shared_ptr<const Form> form;
-    RQ_PrimitiveHandle primitive;  ///< whose attributes colour it
+    RQ_PrimitiveHandle primitive;                      ///< whose attributes colour it
+    std::shared_ptr<const MaterialColours> materials;  ///< null without
     Placements placements;
     size_t shown = 0;  ///< entry of the shown primitives that it comes from
     BAS_BoundingBox bounds;
@@ -45,6 +48,9 @@ struct Found
 
     explicit operator bool() const { return array != nullptr; }
 };
+
+/// How an item's shape finds the element of an owner.
+Lookup lookupOf(const Form &form, RQ_Owner owner);
 
 /// Look for an attribute of an owner, or, when that is invalid, of any.  Attributes of copies count as uniform ones.
 Found findAttribute(const Item &item, const BAS_StringHolder &name, RQ_Owner owner = RQ_OWNER_INVALID);

@@ -84,6 +84,8 @@ SceneMaker::SceneMaker(Scene &scene, const RQ_RefineParms *parms, const Scene *p
             known_.emplace(item.form->key, item.form);
         if (item.form->topology != 0)
             cutAlike_.emplace(item.form->topology, item.form);
+        if (item.materials && item.materials->key != 0)
+            colours_.emplace(item.materials->key, item.materials);
     }
 }
 

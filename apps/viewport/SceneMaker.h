@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-#include <apps/viewport/Item.h>
+#include <apps/viewport/MaterialColours.h>
 #include <rq/prim/PrimInstance.h>
 #include <rq/surface/PrimQuadricMesh.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
@@ -39,6 +39,8 @@ private:
     void addItem(const FormHandle &form, const RQ_PrimitiveHandle &primitive, const RQ_TransformHandle &transform,
                  const Placements &outer);
 
+    MaterialColoursHandle materialsFor(const Item &item);
+
     /// Copies of copies: each of `transforms`, and then `base`, within each of `outer`.
     bool multiplied(const RQ_TransformArray &transforms, const RQ_TransformHandle &base,
                     const RQ_AttributeListHandle &attributes, const Placements &outer, Placements &all);
@@ -48,8 +50,9 @@ private:
     Scene &scene_;
     const RQ_RefineParms *parms_;
     RQ_RefineCache *cache_;
-    std::unordered_map<uint64_t, FormHandle> known_;     // by key
-    std::unordered_map<uint64_t, FormHandle> cutAlike_;  // by topology
+    std::unordered_map<uint64_t, FormHandle> known_;               // by key
+    std::unordered_map<uint64_t, FormHandle> cutAlike_;            // by topology
+    std::unordered_map<uint64_t, MaterialColoursHandle> colours_;  // by key
     size_t shown_ = 0;
 };
 }  // namespace rq::viewport

@@ -86,7 +86,8 @@ void SceneMaker::addItem(const FormHandle &form, const RQ_PrimitiveHandle &primi
 {
     if (!form)
         return;
-    Item item{form, form->primitive ? form->primitive : primitive, outer, shown_, {}, {}};
+    Item item{form, form->primitive ? form->primitive : primitive, nullptr, outer, shown_, {}, {}};
+    item.materials = materialsFor(item);
     if (transform && !transform->isIdentity())
     {
         BAS_Mat4d own;
@@ -107,15 +108,32 @@ void SceneMaker::finish()
         item.matrices = singles(item.placements.matrices, toMiddle);
 }
 
-Found findAttribute(const Item &item, const BAS_StringHolder &name, RQ_Owner owner)
+MaterialColoursHandle SceneMaker::materialsFor(const Item &item)
+{
+    const uint64_t key = materialKey(item);
+    if (const auto known = colours_.find(key); known != colours_.end())
+        return known->second;
+    const MaterialColoursHandle made = makeMaterialColours(item, key);
+    if (key != 0)
+        colours_.emplace(key, made);
+    return made;
+}
+
+Lookup lookupOf(const Form &form, RQ_Owner owner)
 {
     // The vertices of segments are their points.
-    const bool segments = item.form->kind == FormKind::Segments;
+    constexpr Lookup kLookups[] = {Lookup::Corner, Lookup::Point, Lookup::Face, Lookup::Detail};
+    return owner == RQ_OWNER_VERTEX && form.kind == FormKind::Segments ? Lookup::Point : kLookups[owner];
+}
+
+Found findAttribute(const Item &item, const BAS_StringHolder &name, RQ_Owner owner)
+{
+    const Form &form = *item.form;
     const RQ_Primitive &primitive = *item.primitive;
     const bool any = owner == RQ_OWNER_INVALID;
     Found found;
     if (any || owner == RQ_OWNER_VERTEX)
-        found = inList(primitive.getVertexAttributes(), name, segments ? Lookup::Point : Lookup::Corner);
+        found = inList(primitive.getVertexAttributes(), name, lookupOf(form, RQ_OWNER_VERTEX));
     if (!found && (any || owner == RQ_OWNER_POINT))
         found = inList(primitive.getPointAttributes(), name, Lookup::Point);
     if (!found && (any || owner == RQ_OWNER_UNIFORM))

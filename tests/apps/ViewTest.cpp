@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include <apps/viewport/GLContext.h>
+#include <tests/apps/Picture.h>
 #include <tests/apps/Program.h>
 
 using namespace tests;
@@ -36,6 +37,33 @@ TEST_F(Program, ViewDrawsWithoutADisplay)
     for (const char *name : {"a.png", "b.png", "c.png"})
         EXPECT_EQ(contentOf(testFolder() + name).substr(1, 3), "PNG");
     EXPECT_FALSE(std::filesystem::exists(testFolder() + "no.png"));
+}
+
+// A wall, red on its left and blue on its right, seen by both consumers.
+TEST_F(Program, ShowsTheColoursOfMaterialFiles)
+{
+    const std::string points = "mtllib wall.mtl\nv -2 -1 0\nv 0 -1 0\nv 2 -1 0\nv -2 1 0\nv 0 1 0\nv 2 1 0\n";
+    std::ofstream(testFolder() + "wall.mtl") << "newmtl brick\nKd .8 .1 .1\nKs 1\nNs 9\nnewmtl paint\nKd .1 .2 .8\n";
+    std::ofstream(testFolder() + "wall.obj") << points << "usemtl brick\nf 1 2 5 4\nusemtl paint\nf 2 3 6 5\n";
+    std::ofstream(testFolder() + "sets.obj") << points << "g brick\nf 1 2 5 4\ng paint\nf 2 3 6 5\n";
+    for (const char *made : {"wall.glb", "again.obj"})
+        EXPECT_EQ(Outcome(std::string("convert @wall.obj @") + made).code, 0);
+    std::string error;
+    const bool canDraw = rq::viewport::GLContext::create(error) != nullptr;
+    for (const std::string file : {"@wall.obj", "@sets.obj -p facesetmode=1", "@wall.glb", "@again.obj"})
+        for (const std::string program : {"render --samples 4 --no-ground -o @wall.png ", "view --screenshot @wall.png ",
+                                          "view --colour material --screenshot @wall.png "})
+        {
+            SCOPED_TRACE(program + file);
+            if (program[0] == 'v' && !canDraw)
+                continue;
+            const Outcome outcome(program + file + " --size 80x40 --azimuth 0 --elevation 0 --up y");
+            ASSERT_EQ(outcome.code, 0) << outcome.error;
+            EXPECT_EQ(outcome.error, "");
+            const Picture picture(testFolder() + "wall.png");
+            EXPECT_GT(picture.red(3, 4, 5, 6), 0.9);
+            EXPECT_LT(picture.red(5, 4, 7, 6), 0.1);
+        }
 }
 
 TEST_F(Program, ViewTellsThatThereIsNoDriver)

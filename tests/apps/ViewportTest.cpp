@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include <apps/viewport/GLContext.h>
+#include <apps/viewport/MaterialColours.h>
 #include <apps/viewport/Target.h>
 #include <rq/data/DAText.h>
 #include <rq/prim/PrimInstance.h>
@@ -97,11 +98,22 @@ struct Squares
     RQ_DataArrayHandle points = positions({-1, -1, 0, 0, -1, 0, 1, -1, 0, -1, 1, 0, 0, 1, 0, 1, 1, 0});
     RQ_DataArrayHandle counts = integers({4, 4}), corners = integers({0, 1, 4, 3, 1, 2, 5, 4});
 
+    struct Attribute
+    {
+        RQ_Owner owner;
+        const char *name;
+        RQ_DataArrayHandle array;
+    };
     RQ_PrimitiveHandle with(RQ_Owner owner, const char *name, const RQ_DataArrayHandle &array) const
+    {
+        return with({{owner, name, array}});
+    }
+    RQ_PrimitiveHandle with(const std::vector<Attribute> &attributes) const
     {
         RQ_AttributeListHandle lists[4];
         lists[RQ_OWNER_POINT] = oneAttribute("P", points);
-        lists[owner] = lists[owner] ? lists[owner]->addAttribute(name, array, true) : oneAttribute(name, array);
+        for (const auto &[owner, name, array] : attributes)
+            lists[owner] = lists[owner] ? lists[owner]->addAttribute(name, array, true) : oneAttribute(name, array);
         return RQ_PrimitiveHandle(new RQ_PrimPolygonMesh(counts, corners, lists[RQ_OWNER_POINT], lists[RQ_OWNER_VERTEX],
                                                          lists[RQ_OWNER_UNIFORM], lists[RQ_OWNER_DETAIL]));
     }
@@ -168,6 +180,57 @@ TEST_F(Viewport, MapsNumbersAndTellsTextsApart)
     const BAS_Vec3d apart = meanOf(picture, 0.25, 0.2, 0.4, 0.8) - meanOf(picture, 0.65, 0.2, 0.75, 0.8);
     EXPECT_GT(apart.length(), 40.0);
     EXPECT_FALSE(display_->legend().shown);
+}
+
+TEST_F(Viewport, ColoursByMaterialsThatTheFileTells)
+{
+    BAS_Options meanings;
+    meanings.set("brick", std::vector<double>{1.0, 0.0, 0.0, 0.5});
+    meanings.set("paint", std::vector<double>{0.0, 0.0, 1.0});
+    const RQ_DataArrayHandle told(new RQ_DADict(BAS_Array<BAS_OptionsHolder>{BAS_OptionsHolder(meanings)}));
+    const auto names = [](const BAS_Array<BAS_StringHolder> &texts) { return RQ_DataArrayHandle(new RQ_DAString(texts)); };
+    const Squares::Attribute table{RQ_OWNER_DETAIL, "materials", told},
+        ofFaces{RQ_OWNER_UNIFORM, "material", names({"brick", "paint"})}, green{RQ_OWNER_DETAIL, "Cd", colours({0, 1, 0})};
+    const ColourSource own, byName{ColourBy::Attribute, "material"}, plain{ColourBy::Plain, ""};
+    constexpr int kNeither = -1;
+    const struct
+    {
+        const char *what;
+        std::vector<Squares::Attribute> attributes;
+        const ColourSource &source;
+        int left, right;  // the channel that is seen there
+    } kCases[] = {
+        {"faces", {table, ofFaces}, own, 0, 2},
+        {"points",
+         {table, {RQ_OWNER_POINT, "material", names({"brick", "brick", "paint", "brick", "brick", "paint"})}},
+         own,
+         0,
+         2},
+        {"the whole", {table, {RQ_OWNER_DETAIL, "material", names({"paint"})}}, own, 2, 2},
+        {"colours come first", {table, ofFaces, green}, own, 1, 1},
+        {"unless names are asked for", {table, ofFaces, green}, byName, 0, 2},
+        {"none of them", {table, ofFaces}, plain, kNeither, kNeither},
+        {"names alone", {ofFaces}, own, kNeither, kNeither},
+        {"a face without", {table, {RQ_OWNER_UNIFORM, "material", names({"", "paint"})}}, own, kNeither, 2},
+    };
+    for (const auto &c : kCases)
+    {
+        SCOPED_TRACE(c.what);
+        DrawStyle style;
+        style.colour = c.source;
+        const Picture picture = draw(Squares().with(c.attributes), style);
+        const BAS_Vec3d left = meanOf(picture, 0.25, 0.2, 0.4, 0.8), right = meanOf(picture, 0.65, 0.2, 0.75, 0.8);
+        for (int channel = 0; channel < 3; ++channel)
+        {
+            EXPECT_EQ(isMostly(left, channel), channel == c.left);
+            EXPECT_EQ(isMostly(right, channel), channel == c.right);
+        }
+    }
+    draw(Squares().with({table, ofFaces}));
+    const std::vector<MaterialRow> rows = materialsOf(*display_->scene());
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].name, "brick");
+    EXPECT_EQ(rows[1].colour, BAS_Vec3f(0, 0, 1));
 }
 
 TEST_F(Viewport, ShowsEdgesOfFacesAndNotOfTheirTriangles)

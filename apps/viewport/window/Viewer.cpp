@@ -68,6 +68,7 @@ void Viewer::takeOver(const ResultHandle &result)
 {
     result_ = result;
     choices_ = viewport::colourChoices(result->emitted);
+    materials_ = materialsOf(*result->scene);
     style.selected = std::min(style.selected, int(result->emitted.size()) - 1);
     display_->setScene(result->scene);
     camera_.setSceneBounds(result->scene->bounds());
@@ -121,17 +122,15 @@ void Viewer::nextShading()
 void Viewer::nextColour()
 {
     ColourSource &colour = style.colour;
-    const auto hasMaterial =
-        std::any_of(choices_.begin(), choices_.end(), [](const AttributeRow &row) { return row.name == "material"; });
     switch (colour.by)
     {
     case ColourBy::Own:
         colour.by = ColourBy::Plain;
         return;
     case ColourBy::Plain:
-        colour.by = hasMaterial ? ColourBy::Attribute : ColourBy::FaceSet;
-        if (hasMaterial)
-            colour.name = "material", colour.owner = RQ_OWNER_INVALID;
+        colour.by = !materials_.empty() ? ColourBy::Attribute : ColourBy::FaceSet;
+        if (!materials_.empty())
+            colour.name = kMaterialName, colour.owner = RQ_OWNER_INVALID;
         return;
     case ColourBy::FaceSet:
         colour.by = choices_.empty() ? ColourBy::Own : ColourBy::Attribute;
@@ -139,7 +138,7 @@ void Viewer::nextColour()
             colour.name = choices_.front().name, colour.owner = choices_.front().owner;
         return;
     case ColourBy::Attribute:
-        colour.by = colour.name == "material" ? ColourBy::FaceSet : ColourBy::Own;
+        colour.by = colour.isByMaterial() ? ColourBy::FaceSet : ColourBy::Own;
         return;
     }
 }

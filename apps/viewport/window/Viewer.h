@@ -4,6 +4,7 @@
 #include <string>
 
 #include <apps/viewport/Display.h>
+#include <apps/viewport/MaterialColours.h>
 #include <apps/viewport/Session.h>
 #include <apps/viewport/window/WindowOptions.h>
 #include <apps/viewport/window/attributeTexts.h>
@@ -49,6 +50,9 @@ public:
     /// The attributes that can be shown as colour, of all primitives.
     const std::vector<AttributeRow> &colourChoices() const { return choices_; }
 
+    /// The materials of what is shown.
+    const std::vector<MaterialRow> &materials() const { return materials_; }
+
     /// What is wrong at the moment: of files, of what was refined, of drawing.
     std::string complaint() const;
 
@@ -83,6 +87,7 @@ private:
     OrbitCamera camera_;
     ResultHandle result_;
     std::vector<AttributeRow> choices_;
+    std::vector<MaterialRow> materials_;
     std::string drawError_;
     std::optional<UpAxis> up_;
     double zoomNext_;

@@ -86,7 +86,6 @@ void showRange(ColourSource &colour, const Legend &legend)
 void showColour(Viewer &viewer)
 {
     ColourSource &colour = viewer.style.colour;
-    const bool byMaterial = colour.by == ColourBy::Attribute && colour.name == "material";
     const auto choice = [](const char *label, bool isChosen) {
         const bool clicked = ImGui::RadioButton(label, isChosen);
         ImGui::SameLine();
@@ -96,10 +95,10 @@ void showColour(Viewer &viewer)
         colour.by = ColourBy::Own;
     if (choice("Plain", colour.by == ColourBy::Plain))
         colour.by = ColourBy::Plain;
-    if (choice("Material", byMaterial))
+    if (choice("Material", colour.isByMaterial()))
     {
         colour.by = ColourBy::Attribute;
-        colour.name = "material";
+        colour.name = kMaterialName;
         colour.owner = RQ_OWNER_INVALID;
     }
     if (choice("Sets", colour.by == ColourBy::FaceSet))

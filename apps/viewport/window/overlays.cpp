@@ -32,6 +32,34 @@ void showRamp(ColourMap map, const ImVec2 &size)
     ImGui::Dummy(size);
 }
 
+void showRange(const Legend &legend)
+{
+    constexpr float kWidth = 240.0f, kHeight = 12.0f;
+    ImGui::TextUnformatted(legend.title.c_str());
+    showRamp(legend.map, {kWidth, kHeight});
+    ImGui::TextUnformatted(fmt::format("{:.5g}", legend.minimum).c_str());
+    const std::string most = fmt::format("{:.5g}", legend.maximum);
+    ImGui::SameLine(kWidth + ImGui::GetStyle().WindowPadding.x - ImGui::CalcTextSize(most.c_str()).x);
+    ImGui::TextUnformatted(most.c_str());
+}
+
+// As many as half the height has room for.
+void showMaterials(const std::vector<MaterialRow> &rows, float height)
+{
+    const float line = ImGui::GetTextLineHeightWithSpacing(), swatch = ImGui::GetTextLineHeight();
+    const size_t shown = std::min(rows.size(), size_t(std::max(1.0f, 0.5f * height / line)));
+    for (size_t i = 0; i < shown; ++i)
+    {
+        const ImVec2 from = ImGui::GetCursorScreenPos();
+        ImGui::GetWindowDrawList()->AddRectFilled(from, {from.x + swatch, from.y + swatch}, screenColour(rows[i].colour));
+        ImGui::Dummy({swatch, swatch});
+        ImGui::SameLine();
+        ImGui::TextUnformatted(rows[i].name.c_str());
+    }
+    if (shown < rows.size())
+        ImGui::TextUnformatted(fmt::format("and {} more", rows.size() - shown).c_str());
+}
+
 template <class Binding> void showBindings(const char *name, std::span<const Binding> bindings)
 {
     if (!ImGui::BeginTable(name, 2, ImGuiTableFlags_RowBg | ImGuiTableFlags_SizingFixedFit))
@@ -48,20 +76,19 @@ template <class Binding> void showBindings(const char *name, std::span<const Bin
 }
 }  // namespace
 
-void showLegend(const Legend &legend, const ImVec2 &place, const ImVec2 &size)
+void showLegend(const Viewer &viewer, const ImVec2 &place, const ImVec2 &size)
 {
-    if (!legend.shown)
+    const Legend &legend = viewer.display().legend();
+    const bool ofMaterials = viewer.style.colour.isByMaterial() && !viewer.materials().empty();
+    if (!legend.shown && !ofMaterials)
         return;
-    constexpr float kWidth = 240.0f, kHeight = 12.0f;
     ImGui::SetNextWindowPos({place.x + kMargin, place.y + size.y - kMargin}, ImGuiCond_Always, {0.0f, 1.0f});
     ImGui::SetNextWindowBgAlpha(0.75f);
     ImGui::Begin("legend", nullptr, kOverlay);
-    ImGui::TextUnformatted(legend.title.c_str());
-    showRamp(legend.map, {kWidth, kHeight});
-    ImGui::TextUnformatted(fmt::format("{:.5g}", legend.minimum).c_str());
-    const std::string most = fmt::format("{:.5g}", legend.maximum);
-    ImGui::SameLine(kWidth + ImGui::GetStyle().WindowPadding.x - ImGui::CalcTextSize(most.c_str()).x);
-    ImGui::TextUnformatted(most.c_str());
+    if (ofMaterials)
+        showMaterials(viewer.materials(), size.y);
+    else
+        showRange(legend);
     ImGui::End();
 }
 

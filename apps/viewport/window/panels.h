@@ -5,7 +5,6 @@ struct ImVec2;
 namespace rq::viewport
 {
 class Viewer;
-struct Legend;
 
 // The panels of the window, each called once a picture.  Places and sizes in the window's units.
 
@@ -13,7 +12,7 @@ void showTopBar(Viewer &viewer, const ImVec2 &place, const ImVec2 &size);
 void showSidebar(Viewer &viewer, const ImVec2 &place, const ImVec2 &size);
 
 // Over the view, whose rectangle is given.
-void showLegend(const Legend &legend, const ImVec2 &place, const ImVec2 &size);
+void showLegend(const Viewer &viewer, const ImVec2 &place, const ImVec2 &size);
 void showComplaint(const Viewer &viewer, const ImVec2 &place, const ImVec2 &size);
 void showHelp(Viewer &viewer, const ImVec2 &place, const ImVec2 &size);
 

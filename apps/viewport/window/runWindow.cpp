@@ -67,7 +67,7 @@ void drawWindow(Window &window, Viewer &viewer, const WindowOptions &options)
     showTopBar(viewer, {0.0f, 0.0f}, layout.top);
     if (viewer.showsSidebar)
         showSidebar(viewer, layout.sidePlace, layout.sidebar);
-    showLegend(viewer.display().legend(), layout.viewPlace, layout.view);
+    showLegend(viewer, layout.viewPlace, layout.view);
     showComplaint(viewer, layout.viewPlace, layout.view);
     showHelp(viewer, layout.viewPlace, layout.view);
     window.finish();
