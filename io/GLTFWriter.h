@@ -17,7 +17,8 @@ namespace rq::io
 ///          primitive.  All share their vertices: the points, or where vertices have attributes the distinct corners.
 ///          Attributes of points and vertices: "P", "N", "tangent" (4), "uv", "uv2" and so on, "Cd" with "Alpha", others of
 ///          1 to 4, 9 or 16 numbers by their names behind "_"; whole numbers in 8 or 16 bits where they fit, or else floats.
-///          Colours of primitives are those of materials where each has one, or else of corners
+///          Materials are what the dictionary "materials" of the detail tells, but of the colour of their primitives where
+///          these have one each; other colours of primitives are those of corners
 /// Failure  false with an error when memory is exhausted or the file would have 4 GiB.  Warned of: every attribute, group
 /// and
 ///          type of primitives that glTF cannot hold, by name; values that it does not allow and what becomes of them;
