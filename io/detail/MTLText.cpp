@@ -26,8 +26,8 @@ bool isPicture(std::string_view word)
 // What light does behind and around surfaces, and what else materials here do not have.
 bool isPassedOver(std::string_view word)
 {
-    constexpr std::string_view kWords[] = {"Ka",        "Ke", "Tf", "Ni",  "d",     "Tr",
-                                           "sharpness", "Ps", "Pc", "Pcr", "aniso", "anisor"};
+    constexpr std::string_view kWords[] = {"Ka", "Ke", "Tf", "Ni",  "d",     "Tr",    "sharpness",
+                                           "Km", "Ps", "Pc", "Pcr", "aniso", "anisor"};
     return std::ranges::find(kWords, word) != std::end(kWords);
 }
 
