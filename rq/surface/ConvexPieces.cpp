@@ -20,6 +20,7 @@ struct Pieces
     std::vector<int64_t> sourceVertex;
     std::vector<int64_t> sourceFace;
     std::vector<uint8_t> whole;
+    int64_t forced = 0;
     bool stopped = false;
 
     void addFace(int64_t face, int64_t corners, const RQ_Convexer &convexer)
@@ -33,6 +34,7 @@ struct Pieces
             sourceFace.push_back(face);
             whole.push_back(taken);
         }
+        forced += convexer.getForcedCount();
     }
 
     void keepFace(int64_t face, int64_t first, int64_t corners)
@@ -108,6 +110,8 @@ bool rq::convexToPieces(const ConvexTask &task, RQ_ConvexArrays &arrays)
     if (std::any_of(pieces.begin(), pieces.end(), [](const Pieces &part) { return part.stopped; }))
         return false;
 
+    for (const Pieces &part : pieces)
+        arrays.forcedCount += part.forced;
     const bool small = task.counts.sumCounts() <= std::numeric_limits<int32_t>::max() / 3;
     if (small && task.vertexList->getStorage() != RQ_STORAGE_INT64)
         joinAll<int32_t>(task, pieces, arrays);

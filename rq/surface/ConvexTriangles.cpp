@@ -58,8 +58,12 @@ public:
         triangle_ += triangles;
     }
 
-    /// Behind the last faces.
-    void finish() { ngons_.finish(); }
+    /// Behind the last faces.  Returns the number of triangles for which no proper cut was left.
+    int64_t finish()
+    {
+        ngons_.finish();
+        return ngons_.forcedCount();
+    }
 
 private:
     struct Face
@@ -178,6 +182,7 @@ bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &
     arrays.minCount = arrays.maxCount = 3;
 
     std::atomic<bool> stopped{false};
+    std::atomic<int64_t> forced{0};
     host::parallelFor(jobs, 1, [&](int64_t job) {
         TriangleWriter<Topology, Index> writer(task, topology, outputs, firstTriangle[size_t(job)]);
         const int64_t begin = task.firstFace(job, jobs), end = task.firstFace(job + 1, jobs);
@@ -190,8 +195,9 @@ bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &
             }
             writer.addFaces(face, std::min(face + kFacesPerBlock, end));
         }
-        writer.finish();
+        forced += writer.finish();
     });
+    arrays.forcedCount = forced;
     return !stopped;
 }
 }  // namespace

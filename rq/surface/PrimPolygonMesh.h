@@ -36,6 +36,7 @@ struct RQ_ConvexArrays
     RQ_DataArrayHandle whole;         ///< uint8 a piece: 1 where a face was taken over whole, 0 where it was cut
     int64_t minCount = -1;            ///< fewest corners of a piece
     int64_t maxCount = -1;            ///< most corners of a piece
+    int64_t forcedCount = 0;          ///< pieces that had to be cut off improperly, of faces that cross themselves
 };
 
 /// A mesh of faces with any number of corners that share points.

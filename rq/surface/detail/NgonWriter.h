@@ -46,6 +46,9 @@ public:
                 cutGroup(corners);
     }
 
+    /// Triangles for which no proper cut was left.
+    int64_t forcedCount() const { return forced_; }
+
 private:
     struct Face
     {
@@ -109,6 +112,7 @@ private:
     {
         const int64_t begin = topology_.begin(face.face), corners = topology_.end(face.face) - begin;
         convexer_.processFace(corners, begin, 3, true);
+        forced_ += convexer_.getForcedCount();
         const int64_t *list = convexer_.getVertexList(0);
         for (int64_t i = 0; i < corners - 2; ++i, list += 3)
             put(face.triangle + i, face.face, list[0], list[1], list[2]);
@@ -138,6 +142,7 @@ private:
     const TriangleOutputs<Index> &outputs_;
     host::FaceLanes lanes_;
     RQ_Convexer convexer_;
+    int64_t forced_ = 0;
     Group groups_[host::FaceLanes::kMostCorners + 1];  // by number of corners
 };
 }  // namespace rq

@@ -473,9 +473,9 @@ TEST(ElementArray, MeshesFollowADetailWhoseFacesStay)
             c.change(edit);
             return edit.commit();
         };
-        std::vector<MOD_ConstDetailHandle> samples = {geometry.read()};
+        std::vector<MOD_ConstDetailHandle> samples(c.isSampled ? 2 : 1, geometry.read());
         if (c.isSampled)
-            samples.push_back(next());
+            samples[1] = next();
         RQ_RefineList meshes;
         ASSERT_TRUE(meshes.refine(RQ_PrimitiveHandle(new RQ_MSHDetail(samples)).get(), nullptr));
         ASSERT_EQ(meshes.entries(), 1);

@@ -196,6 +196,14 @@ TEST(Convexer, CountsThePiecesOfFacesThatCrossThemselves)
         convexer.processFace(points, 5, 0, list, 3, true);
         EXPECT_EQ(convexer.getFaceCount(), 3);
         EXPECT_EQ(convexer.getForcedCount() == 0, isPentagon);
+        for (const int limit : {3, 4})
+        {
+            const RQ_AttributeListHandle shared =
+                RQ_AttributeListHandle(new RQ_AttributeList(nullptr))->addAttribute("P", points, true);
+            RQ_ConvexArrays arrays;
+            ASSERT_TRUE(RQ_PrimPolygonMesh(integers({5}), list, shared).getConvexArrays(arrays, limit));
+            EXPECT_EQ(arrays.forcedCount, convexer.getForcedCount()) << limit;
+        }
     }
 }
 
