@@ -5,6 +5,7 @@
 
 #include <rq/data/DANumeric.h>
 #include <rq/prim/PrimCollect.h>
+#include <rq/prim/detail/placedCorners.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
@@ -12,16 +13,9 @@ namespace
 {
 constexpr int64_t kCorners = 8, kSides = 6, kSideCorners = 4;
 
-// Corner i of a box lies at its maximum on the axes of the bits of i.
+// Corners as `placedCorner` numbers them.
 constexpr int kSideOfBox[kSides][kSideCorners] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
                                                   {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
-
-BAS_Vec3f cornerOf(const BAS_BoundingBox &box, const BAS_Mat4d &transform, int corner)
-{
-    const BAS_Vec3f ends[2] = {box.minimum(), box.maximum()};
-    const BAS_Vec3d at(ends[corner & 1].x, ends[corner >> 1 & 1].y, ends[corner >> 2 & 1].z);
-    return BAS_Vec3f(host::transformPoint(at, transform));
-}
 
 template <class Index> RQ_DataArrayHandle cornersOfBoxes(int64_t boxes)
 {
@@ -76,7 +70,7 @@ void RQ_MSHPrimCollectBoxes::appendBox(const BAS_BoundingBox &box, const BAS_Mat
     if (box.isEmpty())
         return;
     for (int corner = 0; corner < kCorners; ++corner)
-        boxes_.points.push_back(cornerOf(box, transform, corner));
+        boxes_.points.push_back(rq::placedCorner(box, transform, corner));
     boxes_.primitives.push_back(primitive);
     boxes_.vertices.push_back(vertex);
     boxes_.pointOffsets.push_back(point);

@@ -2,6 +2,7 @@
 
 #include <rq/bridge/MSHPrimPacked.h>
 #include <rq/bridge/MSHPrimitive.h>
+#include <rq/bridge/detail/packedLevels.h>
 
 RQ_MSHPrimCollectPackedData::RQ_MSHPrimCollectPackedData(const RQ_RefineParms *parms)
     : usesOwnLevel_(parms && parms->getPackedViewportLOD())
@@ -11,18 +12,17 @@ RQ_MSHPrimCollectPackedData::~RQ_MSHPrimCollectPackedData() = default;
 
 bool RQ_MSHPrimCollectPackedData::take(const MOD_PrimPacked &packed)
 {
-    constexpr int kNothing = 0, kCentroid = 1, kBox = 2;
     if (!usesOwnLevel_)
         return false;
     const ELM_Offset primitive = packed.offset(), vertex = packed.vertexOrNone(), point = packed.pointOrNone();
     switch (packed.viewportLOD())
     {
-    case kNothing:
+    case rq::kPackedNothing:
         return true;
-    case kCentroid:
+    case rq::kPackedCentroid:
         boxes_.appendCentroid(packed.bounds(), packed.fullTransform(), primitive, vertex, point);
         return true;
-    case kBox:
+    case rq::kPackedBox:
         boxes_.appendBox(packed.bounds(), packed.fullTransform(), primitive, vertex, point);
         return true;
     default:

@@ -8,6 +8,7 @@
 #include <rq/bridge/MSHDetail.h>
 #include <rq/bridge/MSHPrimCollectBoxes.h>
 #include <rq/bridge/detail/PlacedPrimitives.h>
+#include <rq/bridge/detail/packedLevels.h>
 #include <rq/bridge/detail/packedPlacements.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/PrimCollect.h>
@@ -18,9 +19,6 @@
 
 namespace
 {
-// The levels that are not all of the geometry.
-constexpr int64_t kNothing = 0, kCentroid = 1, kBox = 2, kPoints = 3;
-
 constexpr int64_t kFull = -1, kGreatestLevel = 6;
 
 RQ_MSHOffsetList listOf(ELM_Offset offset) { return RQ_MSHOffsetList(ELM_OffsetList(offset, 1)); }
@@ -78,13 +76,13 @@ RQ_PrimitiveHandle RQ_MSHPrimPacked::geometryAt(int64_t level, const RQ_RefinePa
 {
     switch (level)
     {
-    case kNothing:
+    case rq::kPackedNothing:
         return nullptr;
-    case kCentroid:
+    case rq::kPackedCentroid:
         return getCentroidGeometry(parms);
-    case kBox:
+    case rq::kPackedBox:
         return getBoxGeometry(parms);
-    case kPoints:
+    case rq::kPackedPoints:
         return copyPackedAttributesToGeometry(getPointCloud(parms));
     default:
         break;
@@ -107,7 +105,7 @@ bool RQ_MSHPrimPacked::refine(RQ_Refine &sink, const RQ_RefineParms *parms) cons
     geometryAndTransform(geometry, transform, parms);
     if (geometry)
         sink.addPrimitive(geometry->copyTransformed(transform)->copyTransformed(getPrimitiveTransform()));
-    return geometry || levelFor(parms) == kNothing || getPackedDetail();
+    return geometry || levelFor(parms) == rq::kPackedNothing || getPackedDetail();
 }
 
 MOD_ConstDetailHandle RQ_MSHPrimPacked::getPackedDetail() const

@@ -4,7 +4,7 @@
 #include <host/bas/Options.h>
 #include <rq/bridge/MSHPrimPacked.h>
 #include <rq/prim/PrimitiveJSON.h>
-#include <rq/prim/detail/enlargeByCorners.h>
+#include <rq/prim/detail/placedCorners.h>
 
 // What is told about packed primitives without refining them: where they are, how large, and their saved form.
 

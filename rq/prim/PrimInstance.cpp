@@ -5,7 +5,7 @@
 
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
-#include <rq/prim/detail/enlargeByCorners.h>
+#include <rq/prim/detail/placedCorners.h>
 #include <rq/prim/detail/enlargeInBlocks.h>
 
 namespace
