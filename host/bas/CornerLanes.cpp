@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <host/bas/detail/faceRows.h>
+
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
@@ -25,6 +27,17 @@ inline void readFour(const float *a, const float *b, const float *c, const float
     _mm_store_ps(y, _mm_shuffle_ps(xyOfTwo, xyOfOthers, _MM_SHUFFLE(3, 1, 3, 1)));
     _mm_store_ps(z, _mm_shuffle_ps(yzOfTwo, yzOfOthers, _MM_SHUFFLE(3, 1, 3, 1)));
 }
+
+// The same of four points that lie one after the other.
+inline void readRow(const float *from, float *x, float *y, float *z)
+{
+    const __m128 a = _mm_loadu_ps(from), b = _mm_loadu_ps(from + 4), c = _mm_loadu_ps(from + 8);
+    const __m128 xyOfOthers = _mm_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2));
+    const __m128 yzOfTwo = _mm_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));
+    _mm_store_ps(x, _mm_shuffle_ps(a, xyOfOthers, _MM_SHUFFLE(2, 0, 3, 0)));
+    _mm_store_ps(y, _mm_shuffle_ps(yzOfTwo, xyOfOthers, _MM_SHUFFLE(3, 1, 2, 0)));
+    _mm_store_ps(z, _mm_shuffle_ps(yzOfTwo, c, _MM_SHUFFLE(3, 0, 3, 1)));
+}
 #else
 inline void readFour(const float *a, const float *b, const float *c, const float *d, float *x, float *y, float *z)
 {
@@ -35,6 +48,11 @@ inline void readFour(const float *a, const float *b, const float *c, const float
         y[i] = points[i][1];
         z[i] = points[i][2];
     }
+}
+
+inline void readRow(const float *from, float *x, float *y, float *z)
+{
+    readFour(from, from + 3, from + 6, from + 9, x, y, z);
 }
 #endif
 
@@ -50,7 +68,11 @@ void readFaces(const float *values, const Index *points, host::CornerLanes<float
     for (; i + 4 <= lanes.faces; i += 4)
     {
         const Index *const face = points + i * kCorners;
-        readAt(i, face, face + kCorners, face + 2 * kCorners, face + 3 * kCorners);
+        if (host::areInRow<kCorners, 4>(face))
+            for (int k = 0; k < kCorners; ++k)
+                readRow(values + 3 * int64_t(face[k]), lanes.at[k][0] + i, lanes.at[k][1] + i, lanes.at[k][2] + i);
+        else
+            readAt(i, face, face + kCorners, face + 2 * kCorners, face + 3 * kCorners);
     }
     // The last face fills what is left of its four lanes.
     const auto faceAt = [&](int64_t face) { return points + std::min(face, lanes.faces - 1) * kCorners; };

@@ -41,9 +41,10 @@ bool readCorners(const Topology &topology, const Position &position, int64_t fir
         position.read(topology.points + begin, lanes);
     else
         for (int64_t corner = 0; corner < lanes.corners; ++corner)
-            for (int64_t i = 0; i < lanes.faces; ++i)
+            for (int64_t i = 0; i < (lanes.faces + 3) / 4 * 4; ++i)
             {
-                const BAS_Vec3d at = position(topology.point(begin + i * lanes.corners + corner));
+                const int64_t face = std::min(i, lanes.faces - 1);
+                const BAS_Vec3d at = position(topology.point(begin + face * lanes.corners + corner));
                 for (int axis = 0; axis < 3; ++axis)
                     lanes.at[corner][axis][i] = at[axis];
             }

@@ -1,6 +1,9 @@
 #include <host/bas/normalLanes.h>
 
+#include <cstring>
+
 #include <host/bas/clones.h>
+#include <host/bas/detail/LaneVector.h>
 #include <host/bas/faceGeometry.h>
 
 namespace
@@ -55,45 +58,65 @@ struct Found
     bool arePlain, areTrusted;
 };
 
+// As many doubles as fill a register.
+constexpr int64_t kSome = 4;
+
+using Doubles = host::Lanes<double, kSome>;
+using Mask = host::Lanes<int64_t, kSome>;
+
+template <class Value> HOST_LANES Doubles load(const Value *values)
+{
+    Doubles some;
+    for (int64_t i = 0; i < kSome; ++i)
+        some[i] = double(values[i]);
+    return some;
+}
+
+HOST_LANES void store(const Doubles &values, double *to) { std::memcpy(to, &values, sizeof(values)); }
+
 // The directions and lengths of these products, and whether all are complete and were good without the diagonals.
 template <Cross kCross, class Value>
-HOST_CLONES Found crossPlain(const CornerLanes<Value> &corners, VectorLanes &normals, double *lengthsTo)
+HOST_CLONES Found crossPlain(const CornerLanes<Value> &corners, VectorLanes &normals, double *lengths)
 {
-    double *__restrict const xs = normals.x, *__restrict const ys = normals.y, *__restrict const zs = normals.z;
-    double *__restrict const lengths = lengthsTo;
-    const int64_t faces = corners.faces;
-    int64_t plain = 0, trusted = 0;
-    for (int64_t i = 0; i < faces; ++i)
+    Mask plain = Mask{} - 1, trusted = plain;
+    for (int64_t i = 0; i < corners.faces; i += kSome)
     {
-        const auto edge = [&](int axis, int from, int to) {
-            return double(corners.at[to][axis][i]) - double(corners.at[from][axis][i]);
-        };
-        const auto product = [&](int axis, bool isDiagonal) {
-            const int y = (axis + 1) % 3, z = (axis + 2) % 3;
-            const int from = isDiagonal ? 1 : 0, to = isDiagonal ? 3 : 2, first = isDiagonal ? 2 : 1;
-            return edge(y, 0, first) * edge(z, from, to) - edge(z, 0, first) * edge(y, from, to);
-        };
-        double x = product(0, kCross == Cross::diagonals);
-        double y = product(1, kCross == Cross::diagonals);
-        double z = product(2, kCross == Cross::diagonals);
-        if constexpr (kCross != Cross::diagonals)
+        const auto at = [&](int corner) __attribute__((always_inline))
         {
-            const double squared = x * x + y * y + z * z;
-            const bool isTrusted = (squared > host::kLeastTrustedSquare) & (squared <= std::numeric_limits<double>::max());
-            trusted += isTrusted;
+            const auto &axes = corners.at[corner];
+            return host::LaneVector<Doubles>{load(axes[0] + i), load(axes[1] + i), load(axes[2] + i)};
+        };
+        const auto diagonals = [&]() __attribute__((always_inline)) { return cross(at(2) - at(0), at(3) - at(1)); };
+        host::LaneVector<Doubles> normal;
+        if constexpr (kCross == Cross::diagonals)
+            normal = diagonals();
+        else
+        {
+            const auto origin = at(0);
+            normal = cross(at(1) - origin, at(2) - origin);
+            const Doubles squared = dot(normal, normal);
+            const Mask isTrusted = (squared > host::kLeastTrustedSquare) & (squared <= std::numeric_limits<double>::max());
+            trusted &= isTrusted;
             if constexpr (kCross == Cross::trusted)
             {
-                x = isTrusted ? x : product(0, true);
-                y = isTrusted ? y : product(1, true);
-                z = isTrusted ? z : product(2, true);
+                const auto other = diagonals();
+                normal = {isTrusted ? normal.x : other.x, isTrusted ? normal.y : other.y, isTrusted ? normal.z : other.z};
             }
         }
-        plain += scaleToUnit(x, y, z, lengths[i]);
-        xs[i] = x;
-        ys[i] = y;
-        zs[i] = z;
+        const Doubles squared = dot(normal, normal);
+        const Mask isPlain = (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare);
+        plain &= isPlain;
+        const Doubles known = isPlain ? squared : Doubles{} + 1.0;
+        Doubles length;
+        for (int64_t k = 0; k < kSome; ++k)
+            length[k] = std::sqrt(known[k]);
+        const Doubles inverse = 1.0 / length;
+        store(normal.x * inverse, normals.x + i);
+        store(normal.y * inverse, normals.y + i);
+        store(normal.z * inverse, normals.z + i);
+        store(length, lengths + i);
     }
-    return {plain == faces, trusted == faces};
+    return {!host::isAny(~plain), !host::isAny(~trusted)};
 }
 
 // From each corner to the next one.
@@ -143,23 +166,43 @@ HOST_CLONES bool anglesBetween(const double *across, const double *along, int64_
     return repeats == 0;
 }
 
-template <class Real> HOST_CLONES void weigh(const VectorLanes &vectors, const Real *weights, int64_t count, double *partsTo)
+template <class Real> HOST_CLONES void weigh(const VectorLanes &vectors, const Real *weights, int64_t count, double *parts)
 {
-    double *__restrict const parts = partsTo;
-    for (int64_t i = 0; i < count; ++i)
+    // Rounded all at once: of one conversion after the other by lanes, GCC 12 makes none.
+    const auto rounded = [](const double *values) __attribute__((always_inline))
     {
-        const double weight = double(weights[i]);
-        parts[4 * i] = double(Real(vectors.x[i])) * weight;
-        parts[4 * i + 1] = double(Real(vectors.y[i])) * weight;
-        parts[4 * i + 2] = double(Real(vectors.z[i])) * weight;
-        parts[4 * i + 3] = weight;
+        const auto kept = host::convertLanes<Real>(load(values));
+        Doubles some;
+        for (int64_t i = 0; i < kSome; ++i)
+            some[i] = double(kept[i]);
+        return some;
+    };
+    for (int64_t i = 0; i < count; i += kSome)
+    {
+        Doubles weight = load(weights + i);
+        Doubles x = rounded(vectors.x + i) * weight, y = rounded(vectors.y + i) * weight,
+                z = rounded(vectors.z + i) * weight;
+        host::transpose(x, y, z, weight);
+        store(x, parts + 4 * i);
+        store(y, parts + 4 * i + 4);
+        store(z, parts + 4 * i + 8);
+        store(weight, parts + 4 * i + 12);
     }
 }
 
-HOST_CLONES void load(const double *vectorsFrom, int64_t count, double *x, double *y, double *z)
+HOST_CLONES void loadVectors(const double *vectors, int64_t count, double *x, double *y, double *z)
 {
-    const double *__restrict const vectors = vectorsFrom;
-    for (int64_t i = 0; i < count; ++i)
+    int64_t i = 0;
+    for (; i + kSome <= count; i += kSome)
+    {
+        Doubles a = load(vectors + 4 * i), b = load(vectors + 4 * i + 4);
+        Doubles c = load(vectors + 4 * i + 8), d = load(vectors + 4 * i + 12);
+        host::transpose(a, b, c, d);
+        store(a, x + i);
+        store(b, y + i);
+        store(c, z + i);
+    }
+    for (; i < count; ++i)
     {
         x[i] = vectors[4 * i];
         y[i] = vectors[4 * i + 1];
@@ -199,7 +242,7 @@ void weighLanes(const VectorLanes &vectors, const double *weights, int64_t count
 
 void loadLanes(const BAS_Vec4d *vectors, int64_t count, VectorLanes &lanes)
 {
-    load(&vectors->x, count, lanes.x, lanes.y, lanes.z);
+    loadVectors(&vectors->x, count, lanes.x, lanes.y, lanes.z);
 }
 
 void storeLanes(const VectorLanes &vectors, int64_t count, float *to) { store(vectors, count, to); }

@@ -54,4 +54,16 @@ template <class T, class From> HOST_LANES auto convertLanes(const From &from)
     else
         return __builtin_convertvector(from, Lanes<T, int(sizeof(From) / sizeof(from[0]))>);
 }
+
+/// Let lanes change places with the four that they stand in: the first of each become the first four.
+template <class Four> HOST_LANES void transpose(Four &a, Four &b, Four &c, Four &d)
+{
+    const Four evenOfTwo = __builtin_shufflevector(a, b, 0, 4, 2, 6), oddOfTwo = __builtin_shufflevector(a, b, 1, 5, 3, 7);
+    const Four evenOfOthers = __builtin_shufflevector(c, d, 0, 4, 2, 6),
+               oddOfOthers = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+    a = __builtin_shufflevector(evenOfTwo, evenOfOthers, 0, 1, 4, 5);
+    b = __builtin_shufflevector(oddOfTwo, oddOfOthers, 0, 1, 4, 5);
+    c = __builtin_shufflevector(evenOfTwo, evenOfOthers, 2, 3, 6, 7);
+    d = __builtin_shufflevector(oddOfTwo, oddOfOthers, 2, 3, 6, 7);
+}
 }  // namespace host
