@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <host/bas/clones.h>
 #include <host/bas/detail/faceRows.h>
 
 #if defined(__SSE2__)
@@ -56,41 +57,42 @@ inline void readRow(const float *from, float *x, float *y, float *z)
 }
 #endif
 
-template <int kCorners, class Index>
-void readFaces(const float *values, const Index *points, host::CornerLanes<float> &lanes)
+template <int kCorners, int kKnown, class Index>
+HOST_CLONES void readFaces(const float *values, const Index *points, host::CornerLanes<float> &lanes)
 {
-    const auto readAt = [&](int64_t first, const Index *a, const Index *b, const Index *c, const Index *d) {
-        for (int k = 0; k < kCorners; ++k)
-            readFour(values + 3 * int64_t(a[k]), values + 3 * int64_t(b[k]), values + 3 * int64_t(c[k]),
-                     values + 3 * int64_t(d[k]), lanes.at[k][0] + first, lanes.at[k][1] + first, lanes.at[k][2] + first);
-    };
-    int64_t i = 0;
-    for (; i + 4 <= lanes.faces; i += 4)
+    // The last face fills what is left of its four lanes.
+    for (int64_t i = 0; i < lanes.faces; i += 4)
     {
         const Index *const face = points + i * kCorners;
-        if (host::areInRow<kCorners, 4>(face))
-            for (int k = 0; k < kCorners; ++k)
+        const bool isWhole = i + 4 <= lanes.faces;
+        if (isWhole && host::areInRow<kCorners, 4>(face))
+            for (int k = 0; k < kKnown; ++k)
                 readRow(values + 3 * int64_t(face[k]), lanes.at[k][0] + i, lanes.at[k][1] + i, lanes.at[k][2] + i);
         else
-            readAt(i, face, face + kCorners, face + 2 * kCorners, face + 3 * kCorners);
+        {
+            const auto at = [&](int64_t own, int k) {
+                return values + 3 * int64_t(points[std::min(i + own, lanes.faces - 1) * kCorners + k]);
+            };
+            for (int k = 0; k < kKnown; ++k)
+                readFour(at(0, k), at(1, k), at(2, k), at(3, k), lanes.at[k][0] + i, lanes.at[k][1] + i, lanes.at[k][2] + i);
+        }
     }
-    // The last face fills what is left of its four lanes.
-    const auto faceAt = [&](int64_t face) { return points + std::min(face, lanes.faces - 1) * kCorners; };
-    if (i < lanes.faces)
-        readAt(i, faceAt(i), faceAt(i + 1), faceAt(i + 2), faceAt(i + 3));
 }
 
 template <class Index> void readLanes(const float *values, const Index *points, host::CornerLanes<float> &lanes)
 {
-    if (lanes.corners == 4)
-        readFaces<4>(values, points, lanes);
+    if (lanes.corners == 3)
+        readFaces<3, 3>(values, points, lanes);
+    else if (lanes.known == 3)
+        readFaces<4, 3>(values, points, lanes);
     else
-        readFaces<3>(values, points, lanes);
+        readFaces<4, 4>(values, points, lanes);
 }
 }  // namespace
 
 namespace host
 {
 void PackedPositions::read(const int32_t *points, CornerLanes<float> &lanes) const { readLanes(values, points, lanes); }
+
 void PackedPositions::read(const int64_t *points, CornerLanes<float> &lanes) const { readLanes(values, points, lanes); }
 }  // namespace host

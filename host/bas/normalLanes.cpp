@@ -256,13 +256,18 @@ template <class Value> void CornerLanes<Value>::normals(VectorLanes &normals, do
         normalizeOthers(normals, faces, lengths);
 }
 
-template <class Value> void CornerLanes<Value>::fastNormals(VectorLanes &normals, double *lengths) const
+template <class Value> bool CornerLanes<Value>::fastNormals(VectorLanes &normals, double *lengths) const
 {
     Found found = crossPlain<Cross::firstEdges>(*this, normals, lengths);
     if (corners == 4 && !found.areTrusted)
+    {
+        if (known < corners)
+            return false;
         found = crossPlain<Cross::trusted>(*this, normals, lengths);
+    }
     if (!found.arePlain)
         normalizeOthers(normals, faces, lengths);
+    return true;
 }
 
 template <class Value> bool CornerLanes<Value>::angles(double *angles) const

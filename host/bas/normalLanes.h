@@ -50,13 +50,15 @@ template <class Value> struct HOST_API CornerLanes
 
     int64_t faces;    // at most VectorLanes::kCount
     int64_t corners;  // of each face: 3 or 4
+    int64_t known;    // so many, from the first one, are here: 3 or 4
     alignas(64) Value at[kMost][3][VectorLanes::kCount];
 
     /// The directions and lengths of the faces' Newell vectors.
     void normals(VectorLanes &normals, double *lengths) const;
 
-    /// The same of the vectors along their fast normals.
-    void fastNormals(VectorLanes &normals, double *lengths) const;
+    /// The same of the vectors along their fast normals, for which three corners suffice mostly.  False when
+    /// some face needs a fourth one that is not known; what is written is void then.
+    bool fastNormals(VectorLanes &normals, double *lengths) const;
 
     /// The angle at each corner, face after face, as `cornerAngle` gives it.  False when some corner lies on both its
     /// neighbours or on one of them: its angle is not known from these alone.

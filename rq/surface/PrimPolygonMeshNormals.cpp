@@ -112,9 +112,10 @@ void writeFaceLanes(Real *values, const Topology topology, const Position positi
     host::CornerLanes<host::LaneOf<Position>> corners;
     host::VectorLanes normals;
     double lengths[host::VectorLanes::kCount];
-    if (host::readCorners(topology, position, first, last, corners))
-        corners.fastNormals(normals, lengths);
-    else
+    const auto isDoneWith = [&](int64_t known) {
+        return host::readCorners(topology, position, first, last, corners, known) && corners.fastNormals(normals, lengths);
+    };
+    if (!isDoneWith(3) && !isDoneWith(4))
     {
         for (int64_t face = first; face < last; ++face)
         {
