@@ -6,6 +6,7 @@
 
 #include <host/bas/clones.h>
 #include <host/bas/detail/EarLanesCut.h>
+#include <host/bas/detail/LaneVector.h>
 #include <host/bas/faceGeometry.h>
 
 namespace host
@@ -18,15 +19,7 @@ constexpr int kSome = 4;
 using Doubles = Lanes<double, kSome>;
 using Longs = Lanes<int64_t, kSome>;
 using Ears = EarLanes<float, FaceLanes::kCount>;
-
-/// A vector of each of some faces.
-struct Vectors
-{
-    Doubles x, y, z;
-};
-
-HOST_LANES Vectors operator-(const Vectors &a, const Vectors &b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-HOST_LANES Doubles dot(const Vectors &a, const Vectors &b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+using Vectors = LaneVector<Doubles>;
 
 HOST_LANES Doubles load(const double *values)
 {
@@ -41,10 +34,8 @@ HOST_LANES Vectors newellOf(const Vectors *offsets, int corners)
     Vectors sum = {};
     for (int i = 2; i < corners; ++i)
     {
-        const Vectors &last = offsets[i - 1], &next = offsets[i];
-        sum.x += last.y * next.z - last.z * next.y;
-        sum.y += last.z * next.x - last.x * next.z;
-        sum.z += last.x * next.y - last.y * next.x;
+        const Vectors product = cross(offsets[i - 1], offsets[i]);
+        sum = {sum.x + product.x, sum.y + product.y, sum.z + product.z};
     }
     return sum;
 }
