@@ -153,7 +153,7 @@ private:
         }
     }
 
-    VectorLanes normals_;
+    VectorLanes normals_ = {};
     std::array<Real, kFaces> factors_;
     std::array<BAS_Vec4d, kFaces> parts_;
     bool weighsCorners_ = false;

@@ -44,7 +44,7 @@ public:
             addOne(start + i, i, corner);
     }
 
-    /// The same for two corners, where each face's `corner` is the next one's `next`: most points have their sums read and
+    /// The same for two corners, where the `corner` of each face is the `next` of the face after it: most sums are read and
     /// written once.
     HOST_LANES void addBoth(int corner, int next) const
     {
