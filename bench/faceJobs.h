@@ -89,11 +89,11 @@ inline void addTriangulation(std::initializer_list<const char *> meshes, const D
             prepare);
 }
 
-/// Enter the row of cutting faces of five corners and more; its items are their corners.
-inline void addLargeFaces(const Doer &doer, const FaceWork &prepare)
+/// Enter a row of cutting faces of five corners and more; its items are their corners.
+inline void addLargeFaces(const char *job, const Doer &doer, const FaceWork &prepare)
 {
     addFaceJob(
-        "convex3", "ngons", doer,
+        job, "ngons", doer,
         [](const FaceMesh &input) {
             return Traffic{double(input.corners.size()), readOnce(input) + 28.0 * double(input.triangles())};
         },
