@@ -48,8 +48,8 @@ HOST_LANES void frameOf(const Vectors &newell, Vectors &axisX, Vectors &axisY)
     for (int i = 0; i < kSome; ++i)
         length[i] = std::sqrt(squared[i]);
     const auto isPlain = (squared > kLeastPlainSquare) & (squared < kGreatestPlainSquare);
-    length = isPlain ? length : Doubles{} + std::numeric_limits<double>::quiet_NaN();
-    const Vectors normal = {newell.x / length, newell.y / length, newell.z / length};
+    const Doubles inverse = isPlain ? 1.0 / length : Doubles{} + std::numeric_limits<double>::quiet_NaN();
+    const Vectors normal = {newell.x * inverse, newell.y * inverse, newell.z * inverse};
     const Longs signBit = std::bit_cast<Longs>(normal.z) & std::numeric_limits<int64_t>::min();
     const Doubles sign = std::bit_cast<Doubles>(signBit | std::bit_cast<int64_t>(1.0));
     const Doubles a = -1.0 / (sign + normal.z);
