@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <span>
 
 #include <host/bas/detail/EarCutter.h>
 #include <host/bas/detail/PieceMerger.h>
@@ -18,14 +19,14 @@ struct BAS_Convex::Work
     };
 
     Shape read(const BAS_Convex &polygon, int count);
-    const std::vector<host::EarCutter::Triangle> &cut();
+    std::span<const host::EarCutter::Triangle> cut();
     bool normalize();
     bool isClockwise() const;
     bool isConcave();
 
     std::vector<BAS_Vec2d> points, distinct;
-    std::vector<host::EarCutter::Triangle> triangles;
     host::SmallPolygon small;
+    host::EarCutter::Triangle smallCuts[host::SmallPolygon::kMostCorners - 2];
     bool isSmall = false;   // `small` has taken the polygon
     bool isStrict = false;  // convex without straight corners and repeated points
     host::EarCutter ears;
@@ -77,9 +78,13 @@ BAS_Convex::Work::Shape BAS_Convex::Work::read(const BAS_Convex &polygon, int co
     points.resize(count);
     for (int i = 0; i < count; ++i)
         points[i] = polygon.getPoint(i);
-    if (!normalize())
-        return Shape::kNowhere;
-    isSmall = small.begin(points.data(), count);
+    isSmall = small.beginPlain(points.data(), count);
+    if (!isSmall)
+    {
+        if (!normalize())
+            return Shape::kNowhere;
+        isSmall = small.begin(points.data(), count);
+    }
     if (isSmall)
     {
         isStrict = !small.hasReflexCorner() && windsOnce(points);
@@ -91,18 +96,12 @@ BAS_Convex::Work::Shape BAS_Convex::Work::read(const BAS_Convex &polygon, int co
     return concave ? Shape::kConcave : Shape::kConvex;
 }
 
-const std::vector<host::EarCutter::Triangle> &BAS_Convex::Work::cut()
+std::span<const host::EarCutter::Triangle> BAS_Convex::Work::cut()
 {
     if (isSmall)
     {
-        host::SmallPolygon::Triangle cuts[host::SmallPolygon::kMostCorners];
-        if (small.cut(cuts))
-        {
-            triangles.clear();
-            for (size_t i = 0; i + 2 < points.size(); ++i)
-                triangles.push_back({cuts[i].a, cuts[i].b, cuts[i].c, false});
-            return triangles;
-        }
+        if (small.cut(smallCuts))
+            return {smallCuts, points.size() - 2};
         ears.begin(points.data(), int(points.size()));
     }
     return ears.cut();

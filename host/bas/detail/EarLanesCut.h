@@ -26,7 +26,6 @@ template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::cut(Tr
             mark(ear, found);
             ear = bestEar();
         }
-        // The rank of an ear that must not be cut may change with others, and would not be found again.
         if (!hasHope())
             return;
         *triangles++ = cutOff(ear);
@@ -34,35 +33,20 @@ template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::cut(Tr
     cutQuad(triangles);
 }
 
-/// Visit the slots where an ear of this rank may be, with whether it is: all of them, as it is another one in every lane.
-template <class Real, int kLanes>
-template <class Visit>
-HOST_LANES void EarLanes<Real, kLanes>::visitEar(const Ints &rank, Visit &&visit)
+template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::bestEar() const -> Ear
 {
-    Slot *slot = slots_ + kAround, *const end = slot + left_;
-    if constexpr (kLanes == 1)
-    {
-        while (slot->rank != rank)
-            ++slot;
-        visit(true, slot);
-    }
-    else
-        for (; slot != end; ++slot)
-            visit(slot->rank == rank, slot);
-}
-
-template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::bestEar() -> Ear
-{
+    const Slot *const first = slots_ + kAround, *const end = first + left_;
     Ear ear = {};
-    ear.rank = slots_[kAround].rank;
-    for (int i = 1; i < left_; ++i)
-        ear.rank = least(ear.rank, slots_[kAround + i].rank);
-    visitEar(
-        ear.rank, [&](const auto &isHere, const Slot *slot) __attribute__((always_inline)) {
-            ear.before = choose(isHere, slot[-1], ear.before);
-            ear.at = choose(isHere, slot->at, ear.at);
-            ear.after = choose(isHere, slot[1], ear.after);
-        });
+    ear.rank = first->rank;
+    for (const Slot *slot = first + 1; slot != end; ++slot)
+        ear.rank = least(ear.rank, slot->rank);
+    for (const Slot *slot = first; slot != end; ++slot)
+    {
+        const auto isHere = slot->rank == ear.rank;
+        ear.before = choose(isHere, slot[-1], ear.before);
+        ear.at = choose(isHere, slot->at, ear.at);
+        ear.after = choose(isHere, slot[1], ear.after);
+    }
     return ear;
 }
 
@@ -75,8 +59,6 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::flaws(
     for (int i = 0; i < left_; ++i)
     {
         const Slot &slot = slots_[kAround + i];
-        if (kLanes == 1 && !isAny(slot.rank >= kReflex))
-            continue;
         const auto isOther = (slot.rank >= kReflex) & (slot.rank != ear.before.rank) & (slot.rank != ear.after.rank);
         const Spot fromTip = slot.at - ear.at;
         const Reals within = least(cross(in, fromTip), cross(out, fromTip));
@@ -86,7 +68,7 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::flaws(
     }
     const auto isInside = deepest > unclear_;
     failed_ |= (ear.rank >= kBlocked) | ((!isInside) & (!(deepest < -unclear_)));
-    const auto isNear = (nearest > -kNear * square(back)) & ((ear.rank & kPutOff) == 0);
+    const auto isNear = (nearest > -Rank::kNear * square(back)) & ((ear.rank & kPutOff) == 0);
     const Ints flags = isInside ? Ints{} + kBlocked : isNear ? Ints{} + kPutOff : Ints{};
     return failed_ != 0 ? Ints{} : flags;
 }
@@ -105,41 +87,38 @@ template <class Real, int kLanes> HOST_LANES auto EarLanes<Real, kLanes>::cutOff
 {
     const Ints a = ear.before.rank & kCornerMask, c = ear.after.rank & kCornerMask;
     Spot beforeA = {}, behindC = {};
-    visitEar(
-        ear.rank, [&](const auto &isHere, const Slot *slot) __attribute__((always_inline)) {
-            beforeA = choose(isHere, slot[-2].at, beforeA);
-            behindC = choose(isHere, slot[2].at, behindC);
-        });
+    for (Slot *slot = slots_ + kAround, *const end = slot + left_; slot != end; ++slot)
+    {
+        const auto isHere = slot->rank == ear.rank;
+        beforeA = choose(isHere, slot[-2].at, beforeA);
+        behindC = choose(isHere, slot[2].at, behindC);
+    }
     const Spot cut = ear.after.at - ear.before.at, in = ear.before.at - beforeA, out = behindC - ear.after.at;
     const Reals length = square(cut), sideA = cross(in, cut), sideC = cross(cut, out);
     failed_ |= (!(magnitude(sideA) > unclear_)) | (!(magnitude(sideC) > unclear_));
-    const Ints rankA = rankOf(sideA, square(ear.after.at - beforeA), square(in) + length, a);
-    const Ints rankC = rankOf(sideC, square(behindC - ear.before.at), length + square(out), c);
+    const Ints rankA = Rank::template of<kLanes>(sideA, square(ear.after.at - beforeA), square(in) + length, a);
+    const Ints rankC = Rank::template of<kLanes>(sideC, square(behindC - ear.before.at), length + square(out), c);
     // Ears wait no longer once there is a reflex corner less.
     const Ints released = (((rankA ^ ear.before.rank) | (rankC ^ ear.after.rank)) & kReflex) >> 1;
 
-    for (int i = 0; i < left_; ++i)
+    const auto renewed = [&](const Slot &slot) __attribute__((always_inline))
     {
-        Ints &rank = slots_[kAround + i].rank;
-        rank = rank == ear.before.rank ? rankA : rank == ear.after.rank ? rankC : rank & ~released;
+        const Ints rank = slot.rank == ear.before.rank ? rankA : slot.rank == ear.after.rank ? rankC : slot.rank & ~released;
+        return Slot{slot.at, rank};
+    };
+    Slot *slot = slots_ + kAround;
+    Slot here = renewed(*slot);
+    auto isBehind = slot->rank == ear.rank;
+    for (Slot *const end = slot + left_ - 1; slot != end; ++slot)
+    {
+        const Slot next = renewed(slot[1]);
+        isBehind |= slot->rank == ear.rank;
+        *slot = choose(isBehind, next, here);
+        here = next;
     }
-    takeOut(ear.rank);
-    return {a, ear.rank & kCornerMask, c};
-}
-
-template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::takeOut(const Ints &rank)
-{
-    const Slot *const last = slots_ + kAround + left_ - 1;
-    auto isBehind = Ints{} != 0;
-    visitEar(
-        rank, [&](const auto &isHere, Slot *slot) __attribute__((always_inline)) {
-            isBehind |= isHere;
-            do
-                *slot = choose(isBehind, slot[1], *slot);
-            while (kLanes == 1 && slot++ != last);
-        });
     --left_;
     closeRow();
+    return {a, ear.rank & kCornerMask, c};
 }
 
 /// The last four corners: a reflex one leaves no choice.

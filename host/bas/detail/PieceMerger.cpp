@@ -2,7 +2,7 @@
 
 namespace host
 {
-void PieceMerger::merge(const BAS_Vec2d *points, int count, const std::vector<EarCutter::Triangle> &triangles, int limit)
+void PieceMerger::merge(const BAS_Vec2d *points, int count, std::span<const EarCutter::Triangle> triangles, int limit)
 {
     connect(count, triangles);
     const int pieces = int(triangles.size());
@@ -22,7 +22,7 @@ void PieceMerger::merge(const BAS_Vec2d *points, int count, const std::vector<Ea
 }
 
 /// Replay the cuts: each triangle meets, at its first two sides, what was cut off there before.
-void PieceMerger::connect(int count, const std::vector<EarCutter::Triangle> &triangles)
+void PieceMerger::connect(int count, std::span<const EarCutter::Triangle> triangles)
 {
     outer_.assign(count, -1);
     edges_.resize(3 * triangles.size());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include <host/bas/detail/EarCutter.h>
@@ -14,7 +15,7 @@ class PieceMerger
 {
 public:
     /// Merge the triangles that `EarCutter` made of a polygon of `count` corners.
-    void merge(const BAS_Vec2d *points, int count, const std::vector<EarCutter::Triangle> &triangles, int limit);
+    void merge(const BAS_Vec2d *points, int count, std::span<const EarCutter::Triangle> triangles, int limit);
 
     /// Call `emit(corners, count, forced)` for each piece until it answers false.
     template <class Emit> void forEachPiece(Emit &&emit);
@@ -28,7 +29,7 @@ private:
         bool gone = false;  // taken out or, while pieces are listed, seen
     };
 
-    void connect(int count, const std::vector<EarCutter::Triangle> &triangles);
+    void connect(int count, std::span<const EarCutter::Triangle> triangles);
     void takeOut(const BAS_Vec2d *points, int edge, int limit);
     bool staysConvex(const BAS_Vec2d *points, int in, int out) const;
     int pieceOf(int edge);
