@@ -14,4 +14,10 @@ HOST_API void splitQuads(const float *positions, const int32_t *points, const in
                          uint8_t *splits);
 HOST_API void splitQuads(const float *positions, const int64_t *points, const int64_t *firsts, int64_t quads,
                          uint8_t *splits);
+
+/// The same for both diagonals: `convex[i]` becomes 1 where each of them serves, so that quad i is convex.
+HOST_API void convexQuads(const float *positions, const int32_t *points, const int64_t *firsts, int64_t quads,
+                          uint8_t *convex);
+HOST_API void convexQuads(const float *positions, const int64_t *points, const int64_t *firsts, int64_t quads,
+                          uint8_t *convex);
 }  // namespace host

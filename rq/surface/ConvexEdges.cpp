@@ -5,7 +5,8 @@
 #include <rq/data/DANumeric.h>
 #include <rq/data/Values.h>
 
-RQ_DataArrayHandle rq::convexEdgeFlags(const RQ_CountArray &faces, const RQ_CountArray &pieces, const RQ_ConvexArrays &arrays)
+RQ_DataArrayHandle rq::convexEdgeFlags(const RQ_CountArray &faces, const RQ_CountArray &pieces,
+                                       const RQ_ConvexArrays &arrays)
 {
     // A piece of three corners costs some 5 ns here.
     constexpr int64_t kPiecesPerTask = 8192;

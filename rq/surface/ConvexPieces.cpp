@@ -1,77 +1,142 @@
 #include <rq/surface/detail/convexing.h>
 
 #include <algorithm>
-#include <limits>
 
+#include <host/bas/LargeBlocks.h>
 #include <host/bas/Parallel.h>
-#include <rq/data/Counts.h>
+#include <host/bas/quadSplits.h>
 #include <rq/data/DANumeric.h>
-#include <rq/data/Values.h>
 #include <rq/surface/Convexer.h>
+#include <rq/surface/detail/topology.h>
 
 namespace
 {
-constexpr int64_t kFacesPerPoll = 1024;
+// Faces between two polls of the interrupt: what is noted of them stays in the first cache.
+constexpr int64_t kFacesPerBlock = 512;
 
-/// What one job collects: 64-bit positions in the vertex list, narrowed when the jobs are joined.
-struct Pieces
+template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
+
+/// What one job collects.
+template <class Index> struct Pieces
 {
-    std::vector<int32_t> counts;
-    std::vector<int64_t> sourceVertex;
-    std::vector<int64_t> sourceFace;
-    std::vector<uint8_t> whole;
+    Row<int32_t> counts;
+    Row<Index> sourceVertex;
+    Row<Index> sourceFace;
+    Row<uint8_t> whole;
     int64_t forced = 0;
     bool stopped = false;
 
+    void add(int64_t face, const int64_t *corners, int64_t count, bool isWhole)
+    {
+        Index *const to = addPiece(face, count, isWhole);
+        for (int64_t i = 0; i < count; ++i)
+            to[i] = Index(corners[i]);
+    }
+
     void addFace(int64_t face, int64_t corners, const RQ_Convexer &convexer)
     {
-        const bool taken = convexer.getFaceCount() == 1 && convexer.getVertexCount() == corners;
+        const bool isWhole = convexer.getFaceCount() == 1 && convexer.getVertexCount() == corners;
         for (int64_t piece = 0; piece < convexer.getFaceCount(); ++piece)
-        {
-            const int64_t *list = convexer.getVertexList(piece);
-            sourceVertex.insert(sourceVertex.end(), list, list + convexer.getVertexCount(piece));
-            counts.push_back(int32_t(convexer.getVertexCount(piece)));
-            sourceFace.push_back(face);
-            whole.push_back(taken);
-        }
+            add(face, convexer.getVertexList(piece), convexer.getVertexCount(piece), isWhole);
         forced += convexer.getForcedCount();
     }
 
     void keepFace(int64_t face, int64_t first, int64_t corners)
     {
-        for (int64_t corner = 0; corner < corners; ++corner)
-            sourceVertex.push_back(first + corner);
+        Index *const to = addPiece(face, corners, true);
+        for (int64_t i = 0; i < corners; ++i)
+            to[i] = Index(first + i);
+    }
+
+private:
+    /// The place of its corners.
+    Index *addPiece(int64_t face, int64_t corners, bool isWhole)
+    {
         counts.push_back(int32_t(corners));
-        sourceFace.push_back(face);
-        whole.push_back(1);
+        sourceFace.push_back(Index(face));
+        whole.push_back(isWhole);
+        sourceVertex.resize(sourceVertex.size() + size_t(corners));
+        return sourceVertex.data() + sourceVertex.size() - corners;
     }
 };
 
-Pieces collect(const rq::ConvexTask &task, int64_t begin, int64_t end)
+/// Cuts the faces of one job, block by block.
+template <class Topology> class PieceCollector
 {
-    Pieces pieces;
-    const rq::Counts counts(task.counts);
-    RQ_Convexer convexer;
-    convexer.setSource(task.positions, task.vertexList);
-    for (int64_t face = begin; face < end; ++face)
+public:
+    using Index = typename Topology::Index;
+
+    PieceCollector(const rq::ConvexTask &task, const Topology &topology)
+        : task_(task), topology_(topology), flat_(task.positions.flat())
     {
-        if ((face - begin) % kFacesPerPoll == 0 && task.progress.interrupted(double(face - begin) / double(end - begin)))
-        {
-            pieces.stopped = true;
-            break;
-        }
-        const int64_t first = counts.begin(face), corners = counts.count(face);
-        if (task.subset && !task.subset->contains(face))
-            pieces.keepFace(face, first, corners);
-        else if (convexer.processFace(corners, first, task.limit, task.triangulate))
-            pieces.addFace(face, corners, convexer);
+        convexer_.setSource(task.positions, task.vertexList);
     }
-    return pieces;
-}
+
+    Pieces<Index> collect(int64_t begin, int64_t end)
+    {
+        reserve(begin, end);
+        for (int64_t face = begin; face < end; face += kFacesPerBlock)
+        {
+            pieces_.stopped = task_.progress.interrupted(double(face - begin) / double(end - begin));
+            if (pieces_.stopped)
+                break;
+            addFaces(face, std::min(face + kFacesPerBlock, end));
+        }
+        return std::move(pieces_);
+    }
+
+private:
+    /// Enough when all faces stay as they are.
+    void reserve(int64_t begin, int64_t end)
+    {
+        pieces_.counts.reserve(size_t(end - begin));
+        pieces_.sourceFace.reserve(size_t(end - begin));
+        pieces_.whole.reserve(size_t(end - begin));
+        pieces_.sourceVertex.reserve(size_t(topology_.begin(end) - topology_.begin(begin)));
+    }
+
+    void addFaces(int64_t begin, int64_t end)
+    {
+        if (task_.limit > 3 && flat_)
+            lookAtQuads(begin, end);
+        const uint8_t *isConvex = convexQuads_;
+        for (int64_t face = begin; face < end; ++face)
+        {
+            const int64_t first = topology_.begin(face), corners = topology_.end(face) - first;
+            const bool isConvexQuad = task_.limit > 3 && flat_ && corners == 4 && *isConvex++;
+            if (isConvexQuad || corners == 3 || (task_.subset && !task_.subset->contains(face)))
+                pieces_.keepFace(face, first, corners);
+            else if (convexer_.processFace(corners, first, task_.limit, task_.triangulate))
+                pieces_.addFace(face, corners, convexer_);
+        }
+    }
+
+    void lookAtQuads(int64_t begin, int64_t end)
+    {
+        int64_t quads = 0;
+        for (int64_t face = begin; face < end; ++face)
+        {
+            const int64_t first = topology_.begin(face);
+            firsts_[quads] = first;
+            quads += topology_.end(face) - first == 4;
+        }
+        host::convexQuads(flat_, topology_.points, firsts_, quads, convexQuads_);
+    }
+
+    const rq::ConvexTask &task_;
+    const Topology &topology_;
+    const float *const flat_;
+    RQ_Convexer convexer_;
+    Pieces<Index> pieces_;
+
+    // Of the block.
+    int64_t firsts_[kFacesPerBlock + 1];  // corner of each quad
+    uint8_t convexQuads_[kFacesPerBlock];
+};
 
 /// Join one member of all jobs into one array, in job order; `value(x)` turns a collected value into an entry.
-template <class T, class Member, class Value>
-RQ_DataArrayHandle join(const std::vector<Pieces> &jobs, Member member, Value &&value)
+template <class T, class Index, class Member, class Value>
+RQ_DataArrayHandle join(const std::vector<Pieces<Index>> &jobs, Member member, Value &&value)
 {
     std::vector<int64_t> starts(jobs.size() + 1, 0);
     for (size_t job = 0; job < jobs.size(); ++job)
@@ -85,37 +150,43 @@ RQ_DataArrayHandle join(const std::vector<Pieces> &jobs, Member member, Value &&
     return handle;
 }
 
-template <class T> void joinAll(const rq::ConvexTask &task, const std::vector<Pieces> &jobs, RQ_ConvexArrays &arrays)
+template <class T> RQ_DataArrayHandle joinAs(const auto &jobs, auto member)
 {
-    const auto narrow = [](int64_t value) { return T(value); };
-    const rq::Values<T> points(*task.vertexList);
-    arrays.vertexList = join<T>(jobs, &Pieces::sourceVertex, [&points](int64_t vertex) { return points[vertex]; });
+    return join<T>(jobs, member, [](T value) { return value; });
+}
+
+template <class Topology> bool cut(const rq::ConvexTask &task, const Topology &topology, RQ_ConvexArrays &arrays)
+{
+    using Index = typename Topology::Index;
+    using JobPieces = Pieces<Index>;
+    const int64_t jobs = task.jobs();
+    std::vector<JobPieces> pieces(static_cast<size_t>(jobs));
+    host::parallelFor(jobs, 1, [&](int64_t job) {
+        PieceCollector<Topology> collector(task, topology);
+        pieces[size_t(job)] = collector.collect(task.firstFace(job, jobs), task.firstFace(job + 1, jobs));
+    });
+    if (std::any_of(pieces.begin(), pieces.end(), [](const JobPieces &part) { return part.stopped; }))
+        return false;
+
+    for (const JobPieces &part : pieces)
+        arrays.forcedCount += part.forced;
+    arrays.vertexList =
+        join<Index>(pieces, &JobPieces::sourceVertex, [&topology](Index vertex) { return topology.points[vertex]; });
     if (task.wanted.sourceVertex)
-        arrays.sourceVertex = join<T>(jobs, &Pieces::sourceVertex, narrow);
+        arrays.sourceVertex = joinAs<Index>(pieces, &JobPieces::sourceVertex);
     if (task.wanted.sourceFace)
-        arrays.sourceFace = join<T>(jobs, &Pieces::sourceFace, narrow);
+        arrays.sourceFace = joinAs<Index>(pieces, &JobPieces::sourceFace);
     if (task.wanted.whole)
-        arrays.whole = join<uint8_t>(jobs, &Pieces::whole, [](uint8_t value) { return value; });
-    arrays.counts = join<int32_t>(jobs, &Pieces::counts, [](int32_t value) { return value; });
+        arrays.whole = joinAs<uint8_t>(pieces, &JobPieces::whole);
+    arrays.counts = joinAs<int32_t>(pieces, &JobPieces::counts);
+    return true;
 }
 }  // namespace
 
 bool rq::convexToPieces(const ConvexTask &task, RQ_ConvexArrays &arrays)
 {
-    const int64_t jobs = task.jobs();
-    std::vector<Pieces> pieces(static_cast<size_t>(jobs));
-    host::parallelFor(jobs, 1, [&](int64_t job) {
-        pieces[size_t(job)] = collect(task, task.firstFace(job, jobs), task.firstFace(job + 1, jobs));
-    });
-    if (std::any_of(pieces.begin(), pieces.end(), [](const Pieces &part) { return part.stopped; }))
-        return false;
-
-    for (const Pieces &part : pieces)
-        arrays.forcedCount += part.forced;
-    const bool small = task.counts.sumCounts() <= std::numeric_limits<int32_t>::max() / 3;
-    if (small && task.vertexList->getStorage() != RQ_STORAGE_INT64)
-        joinAll<int32_t>(task, pieces, arrays);
-    else
-        joinAll<int64_t>(task, pieces, arrays);
-    return true;
+    bool done = false;
+    // Sources are corners and faces of the mesh, which fit the topology's index.
+    visitTopology(task.counts, *task.vertexList, [&](const auto &topology) { done = cut(task, topology, arrays); });
+    return done;
 }

@@ -38,17 +38,35 @@ bool RQ_Convexer::processFace(int64_t count, int64_t first, int maxVertices, boo
         return false;
     first_ = first;
     const int limit = std::max(maxVertices, 3);
-    corners_.resize(size_t(count));
-    for (int64_t i = 0; i < count; ++i)
-        corners_[size_t(i)] = positions_[point(first + i)];
+    readCorners(count);
 
+    vertices_.resize(size_t(3 * (count - 2)));
+    nextVertex_ = vertices_.data();
     if (count == 3)
         emit({0, 1, 2});
     else if (count == 4)
         processQuad(limit);
     else
         processPolygon(limit, triangulate);
+    vertices_.resize(size_t(nextVertex_ - vertices_.data()));
     return true;
+}
+
+void RQ_Convexer::readCorners(int64_t count)
+{
+    corners_.resize(size_t(count));
+    const auto read = [&](const auto &pointOf) {
+        positions_.visit([&](const auto &position) {
+            for (int64_t i = 0; i < count; ++i)
+                corners_[size_t(i)] = BAS_Vec3d(position(pointOf(first_ + i)));
+        });
+    };
+    if (points32_)
+        read([this](int64_t i) { return int64_t(points32_[i]); });
+    else if (points64_)
+        read([this](int64_t i) { return points64_[i]; });
+    else
+        read([](int64_t i) { return i; });
 }
 
 void RQ_Convexer::emit(std::initializer_list<int> corners)
@@ -92,11 +110,11 @@ BAS_Vec2d RQ_Convexer::getPoint(int i) const
 
 void RQ_Convexer::beginPolygon(int corners, bool forced)
 {
-    ends_.push_back(int32_t(vertices_.size()) + corners);
+    ends_.push_back(int32_t(nextVertex_ - vertices_.data()) + corners);
     forced_ += forced;
 }
 
-void RQ_Convexer::polyVertex(int corner) { vertices_.push_back(first_ + corner); }
+void RQ_Convexer::polyVertex(int corner) { *nextVertex_++ = first_ + corner; }
 
 RQ_DataArrayHandle RQ_Convexer::getPolyMeshFaceList() const
 {

@@ -52,7 +52,7 @@ private:
     bool earlyTermination() override { return false; }
 
     int64_t begin(int64_t face) const { return face > 0 ? ends_[size_t(face) - 1] : 0; }
-    int64_t point(int64_t i) const { return points32_ ? int64_t(points32_[i]) : points64_ ? points64_[i] : i; }
+    void readCorners(int64_t count);
     void emit(std::initializer_list<int> corners);
     void processQuad(int limit);
     void processPolygon(int limit, bool triangulate);
@@ -69,7 +69,8 @@ private:
     BAS_Vec3d axisX_;
     BAS_Vec3d axisY_;
 
-    std::vector<int64_t> vertices_;
+    std::vector<int64_t> vertices_;  // while a face is cut, with room for all that it may become
+    int64_t *nextVertex_ = nullptr;
     std::vector<int32_t> ends_;
     int64_t forced_ = 0;
 };
