@@ -86,13 +86,20 @@ public:
     }
 
 private:
-    /// Enough when all faces stay as they are.
+    /// Enough while quads stay whole: what has more corners may fall into triangles.
     void reserve(int64_t begin, int64_t end)
     {
-        pieces_.counts.reserve(size_t(end - begin));
-        pieces_.sourceFace.reserve(size_t(end - begin));
-        pieces_.whole.reserve(size_t(end - begin));
-        pieces_.sourceVertex.reserve(size_t(topology_.begin(end) - topology_.begin(begin)));
+        size_t pieces = 0, corners = 0;
+        for (int64_t face = begin; face < end; ++face)
+        {
+            const size_t count = size_t(topology_.end(face) - topology_.begin(face));
+            pieces += count > 4 ? count - 2 : 1;
+            corners += count > 4 ? 3 * (count - 2) : count;
+        }
+        pieces_.counts.reserve(pieces);
+        pieces_.sourceFace.reserve(pieces);
+        pieces_.whole.reserve(pieces);
+        pieces_.sourceVertex.reserve(corners);
     }
 
     void addFaces(int64_t begin, int64_t end)

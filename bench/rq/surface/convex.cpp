@@ -69,21 +69,33 @@ bench::Work makeAlone(const bench::FaceMeshPtr &faces)
             }};
 }
 
+/// How far the pieces' areas, seen from above, and the triangles in them are from those of the faces, whichever is worse.
+double errorOfPieces(const bench::FaceMesh &faces, const RQ_PrimPolygonMesh &pieces)
+{
+    const RQ_CountArray &counts = pieces.getFaceCountArray();
+    double area = 0.0, triangles = 0.0;
+    for (int64_t piece = 0; piece < pieces.getFaceCount(); ++piece)
+    {
+        const auto [first, count] = counts.getOffsetCount(piece);
+        const auto at = [&](int64_t i) { return faces.position(pieces.getVertexList()->getI64(first + i)); };
+        double twice = 0.0;
+        for (int64_t i = 0; i < count; ++i)
+        {
+            const float *const a = at(i), *const b = at((i + 1) % count);
+            twice += double(a[0]) * b[1] - double(a[1]) * b[0];
+        }
+        area += 0.5 * std::abs(twice);
+        triangles += double(count - 2);
+    }
+    return std::max(std::abs(area - faces.area) / faces.area, std::abs(triangles / double(faces.triangles()) - 1.0));
+}
+
 /// Pieces of up to eight corners.
 bench::Work makePieces(const bench::FaceMeshPtr &faces)
 {
     const RQ_PolygonMeshHandle mesh = bench::makeMesh(*faces);
-    const auto run = [mesh] { return bench::keep(mesh->convex(8, false)); };
-    return {run, [=] {
-                const RQ_PolygonMeshHandle cut = mesh->convex(8, false);
-                const RQ_CountArray &counts = cut->getFaceCountArray();
-                std::vector<int64_t> fans;
-                for (int64_t piece = 0; piece < cut->getFaceCount(); ++piece)
-                    for (int64_t i = 2; i < counts.getCount(piece); ++i)
-                        for (const int64_t corner : {int64_t(0), i - 1, i})
-                            fans.push_back(cut->getVertexList()->getI64(counts.getOffset(piece) + corner));
-                return bench::areaErrorOfPoints(*faces, int64_t(fans.size()), [&](int64_t i) { return fans[size_t(i)]; });
-            }};
+    return {[mesh] { return bench::keep(mesh->convex(8, false)); },
+            [=] { return errorOfPieces(*faces, *mesh->convex(8, false)); }};
 }
 
 /// Per triangle that the faces could be cut into, to be set beside those rows.  Written: the corners of pieces, where they

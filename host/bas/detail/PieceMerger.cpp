@@ -5,79 +5,67 @@ namespace host
 void PieceMerger::merge(const BAS_Vec2d *points, int count, std::span<const EarCutter::Triangle> triangles, int limit)
 {
     connect(count, triangles);
-    const int pieces = int(triangles.size());
-    piece_.resize(pieces);
-    sizes_.resize(pieces);
-    forced_.resize(pieces);
-    for (int i = 0; i < pieces; ++i)
+    nodes_.clear();
+    pieces_.clear();
+    // Beyond a triangle's cut lies one that came later, so that backwards each meets pieces that are done up to there.
+    for (int i = int(triangles.size()) - 1; i >= 0; --i)
     {
         const EarCutter::Triangle &t = triangles[i];
-        piece_[i] = i;
-        sizes_[i] = orientation(points[t.a], points[t.b], points[t.c]) > 0.0 ? 3 : 0;
-        forced_[i] = t.forced;
+        const bool isProper = !t.forced && orientation(points[t.a], points[t.b], points[t.c]) > 0.0;
+        if (!isProper || !join(points, t, places_[i]))
+            begin(t, places_[i], isProper ? limit - 3 : 0);
     }
-    // The last triangle closes the polygon; every other one ends in a cut of its own.
-    for (int i = pieces - 2; i >= 0; --i)
-        takeOut(points, 3 * i + 2, limit);
 }
 
-/// Replay the cuts: each triangle meets, at its first two sides, what was cut off there before.
+/// Replay the cuts: each triangle meets, at its first two sides, what was cut off there before; the last one at all three.
 void PieceMerger::connect(int count, std::span<const EarCutter::Triangle> triangles)
 {
-    outer_.assign(count, -1);
-    edges_.resize(3 * triangles.size());
-    const auto meet = [this](int edge, int corner) {
-        edges_[edge].twin = outer_[corner];
-        if (outer_[corner] >= 0)
-            edges_[outer_[corner]].twin = edge;
+    cutAt_.assign(count, -1);
+    places_.resize(triangles.size());
+    const auto meet = [this](int corner, int side) {
+        if (cutAt_[corner] >= 0)
+            places_[cutAt_[corner]].outer = side;
     };
     for (int i = 0; i < int(triangles.size()); ++i)
     {
         const EarCutter::Triangle &t = triangles[i];
-        const int first = 3 * i;
-        edges_[first] = {t.a, first + 2, first + 1};
-        edges_[first + 1] = {t.b, first, first + 2};
-        edges_[first + 2] = {t.c, first + 1, first};
-        meet(first, t.a);
-        meet(first + 1, t.b);
-        outer_[t.a] = first + 2;
+        meet(t.a, 3 * i);
+        meet(t.b, 3 * i + 1);
+        cutAt_[t.a] = i;
+        places_[i].outer = -1;
     }
     const int last = int(triangles.size()) - 1;
-    meet(3 * last + 2, triangles[last].c);
+    meet(triangles[last].c, 3 * last + 2);
 }
 
-/// Take one cut out if that is allowed.
-void PieceMerger::takeOut(const BAS_Vec2d *points, int edge, int limit)
+/// Take a triangle's cut out if that is allowed: the piece beyond it gets one more corner.
+bool PieceMerger::join(const BAS_Vec2d *points, const EarCutter::Triangle &triangle, Place &place)
 {
-    const int twin = edges_[edge].twin;
-    const int here = pieceOf(edge), there = pieceOf(twin);
-    if (sizes_[here] == 0 || sizes_[there] == 0 || sizes_[here] + sizes_[there] - 2 > limit || forced_[here] ||
-        forced_[there])
-        return;
-    Edge &e = edges_[edge], &t = edges_[twin];
-    if (!staysConvex(points, e.prev, t.next) || !staysConvex(points, t.prev, e.next))
-        return;
-    edges_[e.prev].next = t.next;
-    edges_[t.next].prev = e.prev;
-    edges_[t.prev].next = e.next;
-    edges_[e.next].prev = t.prev;
-    e.gone = t.gone = true;
-    piece_[there] = here;
-    sizes_[here] += sizes_[there] - 2;
+    if (place.outer < 0)
+        return false;
+    const Place &beyond = places_[place.outer / 3];
+    if (pieces_[beyond.piece].room == 0)
+        return false;
+    const int a = beyond.nodes[place.outer % 3], c = nodes_[a].next;
+    const BAS_Vec2d &b = points[triangle.b];
+    if (orientation(points[nodes_[nodes_[a].prev].corner], points[triangle.a], b) < 0.0 ||
+        orientation(b, points[triangle.c], points[nodes_[nodes_[c].next].corner]) < 0.0)
+        return false;
+    const int added = int(nodes_.size());
+    nodes_.push_back({triangle.b, a, c});
+    nodes_[a].next = nodes_[c].prev = added;
+    --pieces_[beyond.piece].room;
+    place = {place.outer, beyond.piece, {a, added, -1}};
+    return true;
 }
 
-/// True when the edge `out` may follow the edge `in` around a convex piece.
-bool PieceMerger::staysConvex(const BAS_Vec2d *points, int in, int out) const
+void PieceMerger::begin(const EarCutter::Triangle &triangle, Place &place, int room)
 {
-    const BAS_Vec2d &a = points[edges_[in].from], &b = points[edges_[out].from], &c = points[edges_[edges_[out].next].from];
-    return orientation(a, b, c) >= 0.0;
-}
-
-int PieceMerger::pieceOf(int edge)
-{
-    int piece = edge / 3;
-    while (piece_[piece] != piece)
-        piece = piece_[piece] = piece_[piece_[piece]];
-    return piece;
+    const int first = int(nodes_.size());
+    nodes_.push_back({triangle.a, first + 2, first + 1});
+    nodes_.push_back({triangle.b, first, first + 2});
+    nodes_.push_back({triangle.c, first + 1, first});
+    place = {place.outer, int(pieces_.size()), {first, first + 1, first + 2}};
+    pieces_.push_back({first, room, triangle.forced});
 }
 }  // namespace host

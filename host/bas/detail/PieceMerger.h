@@ -21,40 +21,51 @@ public:
     template <class Emit> void forEachPiece(Emit &&emit);
 
 private:
-    struct Edge
+    /// A corner of a piece.
+    struct Node
     {
-        int from;           // corner
-        int prev, next;     // around the piece
-        int twin = -1;      // the other side of a cut, -1 for an edge of the polygon
-        bool gone = false;  // taken out or, while pieces are listed, seen
+        int corner;
+        int prev, next;
+    };
+
+    struct Piece
+    {
+        int first;
+        int room;  // corners that may be added
+        bool forced;
+    };
+
+    /// Of one triangle, once it belongs to a piece.
+    struct Place
+    {
+        int outer;  // the side that its cut is of another triangle, -1 for the last triangle
+        int piece;
+        int nodes[3];  // where its sides begin
     };
 
     void connect(int count, std::span<const EarCutter::Triangle> triangles);
-    void takeOut(const BAS_Vec2d *points, int edge, int limit);
-    bool staysConvex(const BAS_Vec2d *points, int in, int out) const;
-    int pieceOf(int edge);
+    bool join(const BAS_Vec2d *points, const EarCutter::Triangle &triangle, Place &place);
+    void begin(const EarCutter::Triangle &triangle, Place &place, int room);
 
-    std::vector<Edge> edges_;  // three per triangle
-    std::vector<int> outer_;   // per corner: the cut that is the edge of what is left of the polygon there
-    std::vector<int> piece_;   // per triangle: one that it was merged with, itself for the first
-    std::vector<int> sizes_;   // per piece: corners; 0 for a triangle that is not to be merged
-    std::vector<uint8_t> forced_;
+    std::vector<Node> nodes_;
+    std::vector<Piece> pieces_;
+    std::vector<Place> places_;  // per triangle
+    std::vector<int> cutAt_;     // per corner: the triangle whose cut is the edge of what is left of the polygon there
     std::vector<int> corners_;
 };
 
 template <class Emit> void PieceMerger::forEachPiece(Emit &&emit)
 {
-    for (size_t first = 0; first < edges_.size(); ++first)
+    for (const Piece &piece : pieces_)
     {
-        if (edges_[first].gone)
-            continue;
         corners_.clear();
-        for (int edge = int(first); !edges_[edge].gone; edge = edges_[edge].next)
+        int node = piece.first;
+        do
         {
-            edges_[edge].gone = true;
-            corners_.push_back(edges_[edge].from);
-        }
-        if (!emit(corners_.data(), int(corners_.size()), forced_[first / 3] != 0))
+            corners_.push_back(nodes_[node].corner);
+            node = nodes_[node].next;
+        } while (node != piece.first);
+        if (!emit(corners_.data(), int(corners_.size()), piece.forced))
             return;
     }
 }
