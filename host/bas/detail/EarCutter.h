@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <utility>
 #include <vector>
 
-#include <host/bas/detail/CornerTree.h>
+#include <host/bas/detail/EarObstacles.h>
+#include <host/bas/detail/EarQueue.h>
 
 namespace host
 {
@@ -71,20 +71,18 @@ private:
     void findSlits();
     void look(int corner, bool mayBeSlit);
     void lookAgain(int corner, bool mayBeSlit);
-    bool isInsideLeftOf(int from, int to, bool ifTooMuchWork);
-    int best();
     bool isReady(int ear);
+    void cutOff(int ear, bool forced);
+    void release(int corner, int list);
+    void removeObstacle(int corner);
+
+    // In EarVerdict.cpp.
     Verdict test(int ear, bool strict);
     bool testCorner(int ear, int corner, bool strict, Verdict &verdict);
     bool isWayBack(int ear, int corner) const;
-    void cutOff(int ear, bool forced);
-    void setRank(int corner, uint64_t rank);
-    void release(int corner, int list);
-    void addObstacle(int corner);
-    void removeObstacle(int corner);
-    bool large() const { return count_ > kSmall; }
+    bool isInsideLeftOf(int from, int to, bool ifTooMuchWork);
 
-    // Up to here the corners are searched one by one instead of through the queue and the tree.
+    // Up to here corners are searched one by one instead of through a heap and a tree.
     static constexpr int kSmall = 48;
 
     const BAS_Vec2d *points_ = nullptr;
@@ -92,13 +90,10 @@ private:
     int kinds_[5] = {};
     int64_t testsLeft_ = 0;
     int64_t windingWork_ = 0;  // edges that may still be walked to tell slits from spikes
-    int obstacles_ = 0;        // corners that are not convex: what may lie in an ear
     std::vector<Corner> corners_;
-    std::vector<uint64_t> ranks_;
     std::vector<Waiting> waiting_;
-    std::vector<int> obstacleList_, placeInList_;  // small polygons
-    std::vector<std::pair<uint64_t, int>> queue_;  // large polygons; an entry with an outdated rank is void
-    CornerTree tree_;                              // large polygons
+    EarQueue queue_;
+    EarObstacles obstacles_;
     std::vector<Triangle> triangles_;
 };
 }  // namespace host
