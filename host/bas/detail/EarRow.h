@@ -54,7 +54,8 @@ public:
 private:
     using Rank = EarRank<Real>;
     using Int = typename Rank::Int;
-    static constexpr int kLanes = 32 / sizeof(Real);
+    // Wider registers gain nothing, and in ones wider than the processor's a compiler compares number by number.
+    static constexpr int kLanes = 4;
     using Reals = Lanes<Real, kLanes>;
     using Ints = Lanes<Int, kLanes>;
     using Spot = LaneSpot<Real>;
@@ -94,6 +95,14 @@ private:
         return foldLanes(flags, [](const auto &a, const auto &b) { return a | b; });
     }
 
+    /// Call `act` with as many parts as the corners take.
+    template <class Act> HOST_LANES bool withParts(Act &&act) const
+    {
+        return count_ <= 2 * kLanes   ? act(std::integral_constant<int, 2>())
+               : count_ <= 3 * kLanes ? act(std::integral_constant<int, 3>())
+                                      : act(std::integral_constant<int, kMostParts>());
+    }
+
     // Inlined where they are declared, as where they are defined is too late for the clones of their callers.
     template <int kParts> HOST_LANES bool place(const EarCorners &corners);
     template <int kParts> HOST_LANES bool look();
@@ -118,7 +127,7 @@ private:
 template <class Real> HOST_LANES bool EarRow<Real>::begin(const EarCorners &corners, int count)
 {
     count_ = count;
-    return count <= kLanes ? place<1>(corners) && look<1>() : place<kMostParts>(corners) && look<kMostParts>();
+    return withParts([&](auto parts) __attribute__((always_inline)) { return place<parts>(corners) && look<parts>(); });
 }
 
 template <class Real> template <int kParts> HOST_LANES bool EarRow<Real>::place(const EarCorners &corners)

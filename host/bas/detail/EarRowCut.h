@@ -13,7 +13,7 @@ template <class Real> HOST_LANES bool EarRow<Real>::cut(Triangle *triangles)
         *triangles = {0, 1, 2, false};
         return (reflex_ & 2) == 0;
     }
-    return count_ <= kLanes ? cutBy<1>(triangles) : cutBy<kMostParts>(triangles);
+    return withParts([&](auto parts) __attribute__((always_inline)) { return cutBy<parts>(triangles); });
 }
 
 template <class Real> template <int kParts> HOST_LANES bool EarRow<Real>::cutBy(Triangle *triangles)
@@ -116,7 +116,7 @@ template <class Real> template <int kParts> HOST_LANES bool EarRow<Real>::cutOff
             some = some == kGone ? some : some & ~kBlocked;
         ear = lowest(ranks);
     }
-    return (magnitude(sideA) > unclear_) & (magnitude(sideC) > unclear_);
+    return magnitude(sideA) > unclear_ && magnitude(sideC) > unclear_;
 }
 
 /// The last four corners: a reflex one leaves no choice.
@@ -127,6 +127,6 @@ template <class Real> HOST_LANES bool EarRow<Real>::cutQuad(Int ear, Triangle *t
     const Spot first = at(a), diagonal = at(c) - first;
     triangles[0] = {a, b, c, false};
     triangles[1] = {c, d, a, false};
-    return (cross(at(b) - first, diagonal) > unclear_) & (cross(diagonal, at(d) - first) > unclear_);
+    return cross(at(b) - first, diagonal) > unclear_ && cross(diagonal, at(d) - first) > unclear_;
 }
 }  // namespace host

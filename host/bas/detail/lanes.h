@@ -46,19 +46,12 @@ template <class Mask> HOST_LANES bool isAny(const Mask &mask)
     }
 }
 
-/// One number from four or eight, by an operation on some and some that may come in any order.
-template <class Some, class Fold> HOST_LANES auto foldLanes(const Some &some, Fold &&fold)
+/// One number from four, by an operation on some and some that may come in any order.
+template <class Four, class Fold> HOST_LANES auto foldLanes(const Four &four, Fold &&fold)
 {
-    constexpr int kCount = int(sizeof(Some) / sizeof(some[0]));
-    if constexpr (kCount == 8)
-        return foldLanes(
-            fold(__builtin_shufflevector(some, some, 0, 1, 2, 3), __builtin_shufflevector(some, some, 4, 5, 6, 7)), fold);
-    else
-    {
-        static_assert(kCount == 4);
-        const Some two = fold(some, __builtin_shufflevector(some, some, 2, 3, 0, 1));
-        return fold(two, __builtin_shufflevector(two, two, 1, 0, 3, 2))[0];
-    }
+    static_assert(sizeof(four) == 4 * sizeof(four[0]));
+    const Four two = fold(four, __builtin_shufflevector(four, four, 2, 3, 0, 1));
+    return fold(two, __builtin_shufflevector(two, two, 1, 0, 3, 2))[0];
 }
 
 /// The same values as another type of number.
