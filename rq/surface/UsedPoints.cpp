@@ -4,6 +4,8 @@
 #include <cstring>
 #include <mutex>
 #include <numeric>
+#include <span>
+#include <utility>
 
 #include <host/bas/clones.h>
 #include <rq/data/Values.h>
@@ -36,17 +38,25 @@ public:
     explicit Marks(UsedPoints &used) : words_(used.words_.data()), flags_(size_t(used.points_ + kWordBytes - 1) / kWordBytes)
     {}
 
-    template <class Index> void add(const Index *points, int64_t count)
+    /// Add the points of a list.  Given `aside`, every other row of a grid is put there instead: the rows beside it have
+    /// most of its points.
+    template <class Index> void add(std::span<const Index> points, std::vector<std::span<const Index>> *aside = nullptr)
     {
-        visitStretches(
-            points, count,
-            [this](const Index *some, const PointStretch &stretch) {
-                for (const PointProgression &progression : StretchProgressions(some, stretch))
-                    addProgression(progression);
-            },
-            [this](const Index *some, int64_t entries) {
-                entries > PointStretch::kLeastEntries ? addMany(some, entries) : addFew(some, entries);
-            });
+        const Index *const end = points.data() + points.size();
+        int64_t before = 0;
+        const auto addStretch = [&](const Index *some, const PointStretch &stretch) {
+            for (const PointProgression &progression : StretchProgressions(some, stretch))
+                addProgression(progression);
+            const Index *const next = some + stretch.entries;
+            const bool isGrid = stretch.entries == std::exchange(before, stretch.entries);
+            const int64_t passed = aside && isGrid ? std::min(stretch.entries, end - next) : 0;
+            if (passed > 0)
+                aside->emplace_back(next, size_t(passed));
+            return stretch.entries + passed;
+        };
+        visitStretches(points.data(), int64_t(points.size()), addStretch, [this](const Index *some, int64_t entries) {
+            entries > PointStretch::kLeastEntries ? addMany(some, entries) : addFew(some, entries);
+        });
     }
 
     /// Add what bytes tell of the points [begin, end) to their bits.
@@ -71,15 +81,33 @@ private:
     void addProgression(const PointProgression &progression)
     {
         const auto [first, count, step] = progression;
+        const int64_t end = first + count * step;
+        step == 1 ? addRun(first, end) : addSpaced(first, end, step);
+    }
+
+    void addRun(int64_t begin, int64_t end)
+    {
+        const int64_t first = begin / kWordBits, last = (end - 1) / kWordBits;
+        const uint64_t head = ~uint64_t(0) << begin % kWordBits,
+                       tail = ~uint64_t(0) >> (kWordBits - 1 - (end - 1) % kWordBits);
+        if (first == last)
+            return addBits(first, head & tail);
+        addBits(first, head);
+        for (int64_t word = first + 1; word < last; ++word)
+            addBits(word, ~uint64_t(0));
+        addBits(last, tail);
+    }
+
+    void addSpaced(int64_t begin, int64_t end, int64_t step)
+    {
         uint64_t pattern = 0;
         for (int64_t bit = 0; bit < kWordBits; bit += step)
             pattern |= uint64_t(1) << bit;
-        const int64_t end = first + count * step;
-        for (int64_t point = first; point < end;)
+        for (int64_t point = begin; point < end;)
         {
             const int64_t start = point / kWordBits * kWordBits, stop = std::min(end, start + kWordBits);
             addBits(start / kWordBits, pattern << (point - start) & ~uint64_t(0) >> (start + kWordBits - stop));
-            point += step == 1 ? stop - point : (stop - point + step - 1) / step * step;
+            point += (stop - point + step - 1) / step * step;
         }
     }
 
@@ -132,14 +160,37 @@ UsedPoints::UsedPoints(const RQ_DataArray &vertexList, int64_t points)
       before_(size_t((points + kItemsPerTask - 1) / kItemsPerTask) + 1)
 {
     Marks marks(*this);
-    const auto addAll = [&marks](const auto &list) {
-        host::parallelForRange(list.size(), kItemsPerTask,
-                               [&](int64_t begin, int64_t end) { marks.add(list.data() + begin, end - begin); });
-    };
     if (vertexList.getStorage() == RQ_STORAGE_INT64)
-        addAll(Values<int64_t>(vertexList));
+        add<int64_t>(marks, vertexList);
     else
-        addAll(Values<int32_t>(vertexList));
+        add<int32_t>(marks, vertexList);
+}
+
+template <class Index> void UsedPoints::add(Marks &marks, const RQ_DataArray &vertexList)
+{
+    using Points = std::span<const Index>;
+    // Four corners share a point of a grid, or six.  Where fewer do, points are left over, and half the rows cannot tell.
+    constexpr int64_t kFewCorners = 3;
+    constexpr int64_t kRowsPerTask = 16;
+    const Values<Index> list(vertexList);
+    const bool hasMany = list.size() > kFewCorners * points_;
+    std::vector<Points> aside;
+    std::mutex mutex;
+    host::parallelForRange(list.size(), kItemsPerTask, [&](int64_t begin, int64_t end) {
+        std::vector<Points> some;
+        marks.add(Points(list.data() + begin, size_t(end - begin)), hasMany ? &some : nullptr);
+        const std::lock_guard lock(mutex);
+        aside.insert(aside.end(), some.begin(), some.end());
+    });
+    countBlocks(marks);
+    if (count() == points_ || aside.empty())
+        return;
+    host::parallelFor(int64_t(aside.size()), kRowsPerTask, [&](int64_t i) { marks.add(aside[size_t(i)]); });
+    countBlocks(marks);
+}
+
+void UsedPoints::countBlocks(Marks &marks)
+{
     std::vector<int64_t> counts(before_.size());
     forEachBlock([&](int64_t begin, int64_t end, int64_t) {
         marks.collect(begin, end);

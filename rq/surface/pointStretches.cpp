@@ -15,7 +15,7 @@ HOST_CLONES int64_t follow(const Index *points, int64_t at, int64_t count, int p
 {
     // With the differences or-ed together this is as fast as the list can be read, and that is faster when asked for early:
     // the processor itself does not read on beyond the page.
-    constexpr int64_t kBlock = 32, kAhead = 8192, kLine = 64;
+    constexpr int64_t kBlock = 32, kAhead = 2048, kLine = 64;
     for (; at + kBlock <= count; at += kBlock)
     {
         const Index *here = points + at, *before = here - period;

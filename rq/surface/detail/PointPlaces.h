@@ -31,6 +31,7 @@ public:
                 T *const to = places + (some - points);
                 areSpaced(StretchProgressions(some, stretch)) ? copyStretch(to, some, stretch)
                                                               : copyEach(to, some, stretch.entries);
+                return stretch.entries;
             },
             [&](const T *some, int64_t entries) { copyEach(places + (some - points), some, entries); });
     }

@@ -77,6 +77,8 @@ private:
     class Marks;
     static constexpr int64_t kWordBits = 64;
 
+    template <class Index> void add(Marks &marks, const RQ_DataArray &vertexList);
+    void countBlocks(Marks &marks);
     bool isUsed(int64_t point) const { return words_[size_t(point / kWordBits)] >> point % kWordBits & 1; }
 
     int64_t points_;

@@ -79,7 +79,8 @@ private:
     int size_ = 0;
 };
 
-/// Call `onStretch(points, stretch)` for the stretches of a list and `onOthers(points, count)` for what lies between.
+/// Call `onStretch(points, stretch)` for the stretches of a list and `onOthers(points, count)` for what lies between.  The
+/// first answers how many entries it has seen to: those of the stretch, and more that are then passed over.
 template <class Index, class Stretch, class Others>
 void visitStretches(const Index *points, int64_t count, Stretch &&onStretch, Others &&onOthers)
 {
@@ -91,8 +92,7 @@ void visitStretches(const Index *points, int64_t count, Stretch &&onStretch, Oth
         int64_t taken = std::min(count, others);
         if (const PointStretch stretch = findStretch(points, count); stretch.entries > 0)
         {
-            onStretch(points, stretch);
-            taken = stretch.entries;
+            taken = onStretch(points, stretch);
             others = PointStretch::kLeastEntries;
         }
         else

@@ -69,6 +69,8 @@ TEST(UnusedPoints, AreFoundInListsOfAnyOrder)
         {"backwards", {quads.rbegin(), quads.rend()}},
         {"one face again and again", changed(quads, [](int i, int) { return 3 * (i % 4); })},
         {"rows with gaps", changed(quads, [](int i, int point) { return i % 997 ? point : 7; })},
+        {"rows with points of their own",
+         changed(quads, [](int i, int point) { return i / (4 * kSide) % 2 || i < 600 * kSide ? point : point + 11000; })},
         {"far apart", changed(quads, [](int i, int) { return int(int64_t(i) * 7919 % 70001) + kFirst; })},
         {"in no order", changed(quads, [](int i, int) { return int(uint32_t(i) * 2654435761u >> 15) + kFirst; })},
     };
@@ -99,6 +101,9 @@ TEST(UnusedPoints, AreFoundInListsOfAnyOrder)
             EXPECT_TRUE(valuesOf(mesh.getUsedPointList()) == used);
             EXPECT_TRUE(valuesOf(kept->getVertexList()) == renumbered);
             EXPECT_EQ(kept->getPointCount(), int64_t(used.size()));
+            const RQ_PolygonMeshHandle same =
+                new RQ_PrimPolygonMesh(kept->getFaceCountArray(), kept->getVertexList(), kept->getShared());
+            EXPECT_EQ(same->removeUnusedPoints(), same);
         }
 }
 
