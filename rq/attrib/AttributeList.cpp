@@ -13,28 +13,25 @@ namespace
 {
 // What a list accounts for itself, beside the handle in every slot.
 constexpr int64_t kListBytes = 24;
-
-int64_t trackedBytes(const BAS_Array<RQ_DataArrayHandle> &slots)
-{
-    return int64_t(slots.size() * sizeof(RQ_DataArrayHandle)) + kListBytes;
-}
 }  // namespace
+
+int64_t RQ_AttributeList::trackedBytes() const { return int64_t(data_.size() * sizeof(RQ_DataArrayHandle)) + kListBytes; }
 
 RQ_AttributeList::RQ_AttributeList(const RQ_AttributeMapHandle &map, int segments)
     : segments_(std::max(1, segments)), entries_(map ? map->entries() : 0), map_(map),
       data_(size_t(segments_) * size_t(entries_))
 {
-    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes(data_));
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes());
 }
 
 RQ_AttributeList::RQ_AttributeList(const RQ_AttributeList &other)
     : BAS_IntrusiveRefCounter<RQ_AttributeList>(), segments_(other.segments_), entries_(other.entries_), map_(other.map_),
       data_(other.data_)
 {
-    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes(data_));
+    BAS_MemoryTracker::add(BAS_MEMORY_LIST, trackedBytes());
 }
 
-RQ_AttributeList::~RQ_AttributeList() { BAS_MemoryTracker::add(BAS_MEMORY_LIST, -trackedBytes(data_)); }
+RQ_AttributeList::~RQ_AttributeList() { BAS_MemoryTracker::add(BAS_MEMORY_LIST, -trackedBytes()); }
 
 const RQ_DataArrayHandle &RQ_AttributeList::noArray()
 {

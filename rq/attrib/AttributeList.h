@@ -1,5 +1,7 @@
 #pragma once
 
+#include <boost/container/small_vector.hpp>
+
 #include <rq/attrib/AttributeMap.h>
 #include <rq/data/DataArray.h>
 
@@ -174,12 +176,18 @@ private:
     size_t slot(int index, int segment) const { return size_t(clampSegment(segment)) * size_t(entries_) + size_t(index); }
     int clampSegment(int segment) const { return segment < 0 ? 0 : segment < segments_ ? segment : segments_ - 1; }
 
+    // Segment by segment.  The lists of single faces mostly hold no more than a position, and have it in themselves.
+    using Slots = boost::container::small_vector<RQ_DataArrayHandle, 1>;
+
+    // What the list accounts for.
+    int64_t trackedBytes() const;
+
     // Fill `to` with make(array) for every slot of this list.  Segments mostly share an array, and then what is made of it.
-    template <class Make> void makeSlots(BAS_Array<RQ_DataArrayHandle> &to, Make &&make) const;
+    template <class Make> void makeSlots(Slots &to, Make &&make) const;
     template <class Make> RQ_AttributeListHandle derived(Make &&make) const;
 
     int32_t segments_;
     int32_t entries_;  // of the map when the list was made
     RQ_AttributeMapHandle map_;
-    BAS_Array<RQ_DataArrayHandle> data_;  // segment by segment
+    Slots data_;
 };

@@ -17,7 +17,7 @@ RQ_AttributeMapHandle copyOf(const RQ_AttributeMapHandle &map)
 }
 }  // namespace
 
-template <class Make> void RQ_AttributeList::makeSlots(BAS_Array<RQ_DataArrayHandle> &to, Make &&make) const
+template <class Make> void RQ_AttributeList::makeSlots(Slots &to, Make &&make) const
 {
     const size_t width = size_t(entries_);
     to.resize(data_.size());
@@ -39,7 +39,7 @@ template <class Make> RQ_AttributeListHandle RQ_AttributeList::derived(Make &&ma
 
 void RQ_AttributeList::harden()
 {
-    BAS_Array<RQ_DataArrayHandle> hard;
+    Slots hard;
     makeSlots(hard, [](const RQ_DataArrayHandle &array) {
         const RQ_DataArrayHandle copy = array->harden();
         return copy ? copy : array;

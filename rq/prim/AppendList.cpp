@@ -1,5 +1,6 @@
 #include <rq/prim/detail/AppendList.h>
 
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -105,8 +106,7 @@ void rq::AppendList::handOver(Aside &aside) const
     if (aside.primitives.empty())
         return;
     const Lock lock(mutex_);
-    for (RQ_PrimitiveHandle &primitive : aside.primitives)
-        primitives_.push_back(std::move(primitive));
+    primitives_.grow_by(std::make_move_iterator(aside.primitives.begin()), std::make_move_iterator(aside.primitives.end()));
     entries_.store(entries_.load(std::memory_order_relaxed) + int64_t(aside.primitives.size()), std::memory_order_release);
     waiting_.fetch_sub(1, std::memory_order_release);
     aside.primitives.clear();

@@ -1,6 +1,7 @@
 #include <rq/surface/PrimPolygon.h>
 
 #include <optional>
+#include <utility>
 
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
@@ -10,8 +11,8 @@
 
 RQ_PrimPolygon::RQ_PrimPolygon() = default;
 
-RQ_PrimPolygon::RQ_PrimPolygon(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform)
-    : vertex_(vertex), uniform_(uniform)
+RQ_PrimPolygon::RQ_PrimPolygon(RQ_AttributeListHandle vertex, RQ_AttributeListHandle uniform)
+    : vertex_(std::move(vertex)), uniform_(std::move(uniform))
 {}
 
 RQ_PrimPolygon::RQ_PrimPolygon(const RQ_PrimPolygon &other) = default;

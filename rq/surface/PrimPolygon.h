@@ -15,7 +15,7 @@ class RQ_API RQ_PrimPolygon final : public RQ_Primitive
 {
 public:
     RQ_PrimPolygon();
-    RQ_PrimPolygon(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform);
+    RQ_PrimPolygon(RQ_AttributeListHandle vertex, RQ_AttributeListHandle uniform);
     RQ_PrimPolygon(const RQ_PrimPolygon &other);
     ~RQ_PrimPolygon() override;
 

@@ -95,7 +95,7 @@ bool RQ_PrimPolygonMesh::refine(RQ_Refine &sink, const RQ_RefineParms *) const
             const FaceRun run(*this, corner, whole, first, last);
             for (int64_t face = first; face < last; ++face)
             {
-                const RQ_PolygonHandle polygon = run.make(face);
+                const RQ_PrimitiveHandle polygon = run.make(face);
                 polygon->refineCopyTransformFrom(*this);
                 sink.addPrimitive(polygon);
             }
