@@ -1,6 +1,9 @@
 #include <apps/exchangeFaces.h>
 
+#include <cstdio>
 #include <numeric>
+
+#include <fmt/format.h>
 
 #include <apps/preparedMesh.h>
 #include <host/mod/Edit.h>
@@ -140,6 +143,17 @@ private:
     MOD_Edit &edit_;
 };
 
+void warnOfPacked(const MSH_Detail &detail, const std::string &file)
+{
+    int64_t packed = 0;
+    for (int64_t i = 0; i < ELM_PrimitiveFactory::count(); ++i)
+        if (const ELM_PrimitiveDefinition *type = ELM_PrimitiveFactory::at(i); type->isPacked)
+            packed += detail.primitiveCount(type->id);
+    if (packed > 0)
+        fmt::print(stderr, "{}: warning: {} as it is: packed geometry is neither subdivided nor cut\n", file,
+                   packed == 1 ? "1 primitive stays" : fmt::format("{} primitives stay", packed));
+}
+
 /// Number the primitives, for their faces to be known by.
 MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
 {
@@ -154,6 +168,7 @@ bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options,
 {
     const MOD_ConstDetailHandle before = numbered(detail);
     const MSH_Detail &from = *before.readLock();
+    warnOfPacked(from, file);
     const auto faces = std::make_shared<const ELM_Range>(facesOf(from));
     RQ_RefineParms all;
     all.setSkipHidden(false);

@@ -122,12 +122,12 @@ void OBJText::writePrimitive(ELM_Offset primitive, const char *word)
 
 void OBJText::writeCorner(ELM_Offset vertex, bool isFace)
 {
-    // Only the corners of faces have more than a point in every reader's eyes.
-    const auto numberOf = [&](const OBJCorners &values) {
+    // Only the corners of faces have more than a point in every reader's eyes; and beside others, zeros are no normal.
+    const auto numberOf = [&](const OBJCorners &values, bool takesZeros) {
         const int64_t number = values.isEmpty() ? 0 : values.number(vertex);
-        return number > 0 && !isFace && values.isZero(number) ? 0 : number;
+        return number > 0 && !takesZeros && values.isZero(number) ? 0 : number;
     };
-    const int64_t uv = numberOf(uvs_), normal = numberOf(normals_);
+    const int64_t uv = numberOf(uvs_, isFace), normal = numberOf(normals_, isFace && normals_.count() == 1);
     text_ += ' ' + std::to_string(detail_.vertexPoint(vertex) + 1);
     if (uv > 0 || normal > 0)
         text_ += '/';
@@ -168,7 +168,7 @@ void OBJText::warnOfTheRest(const OBJNames &names)
 bool writeOBJ(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages,
               std::string *materials)
 {
-    return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
+    return writeUnpacked(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
         bytes = OBJText(*whole.readLock(), name, messages).write(materials);
         return true;
     });

@@ -71,7 +71,7 @@ private:
 bool writePLY(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, std::string &bytes,
               Messages &messages)
 {
-    return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
+    return writeUnpacked(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
         const MSH_Detail &d = *whole.readLock();
         Leftovers leftovers(d, name, messages);
         bytes = PLYBytes(d, form, leftovers).write();

@@ -100,7 +100,7 @@ void warnOfElements(const MSH_Detail &detail, const std::vector<int32_t> &triang
 
 bool writeSTL(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages)
 {
-    return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
+    return writeUnpacked(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
         const MSH_Detail &d = *whole.readLock();
         const std::vector<int32_t> triangles = faceTriangles(whole);
         if (triangles.size() / 3 > UINT32_MAX)

@@ -1,11 +1,8 @@
 #include <io/detail/GLTFMaterials.h>
 
 #include <algorithm>
-#include <optional>
 
-#include <io/detail/JSONText.h>
 #include <io/detail/rowReader.h>
-#include <io/detail/screenColour.h>
 
 namespace rq::io
 {
@@ -19,9 +16,16 @@ Color colorAt(const ELM_Attribute &colors, int64_t row)
     readRow(colors, row, color.data(), 3);
     return color;
 }
+
+bool hasOfAny(const MSH_Detail &detail, std::string_view name)
+{
+    return detail.find(ELM_OWNER_VERTEX, name) || detail.find(ELM_OWNER_POINT, name) ||
+           detail.find(ELM_OWNER_PRIMITIVE, name);
+}
 }  // namespace
 
-GLTFMaterials::GLTFMaterials(const MSH_Detail &detail, Leftovers &leftovers) : detail_(detail)
+GLTFMaterials::GLTFMaterials(const MSH_Detail &detail, Leftovers &leftovers)
+    : detail_(detail), hasNames_(hasOfAny(detail, "material")), hasColors_(hasOfAny(detail, "Cd"))
 {
     const ELM_Attribute *names = detail.find(ELM_OWNER_PRIMITIVE, "material");
     if (names && names->strings() && names->tupleSize() == 1)
@@ -35,13 +39,15 @@ GLTFMaterials::GLTFMaterials(const MSH_Detail &detail, Leftovers &leftovers) : d
         }
     }
     const ELM_Attribute *colors = detail.find(ELM_OWNER_PRIMITIVE, "Cd");
-    if (!colors || colors->storageClass() != ELM_STORAGE_CLASS_FLOAT || colors->tupleSize() != 3 ||
-        detail.primitiveCount() == 0)
-        return;
-    if (isOneEach(*colors))
-        leftovers.hold(colors_ = colors);
-    else
-        otherColors_ = colors;
+    if (colors && colors->storageClass() == ELM_STORAGE_CLASS_FLOAT && colors->tupleSize() == 3 &&
+        detail.primitiveCount() > 0)
+    {
+        if (isOneEach(*colors))
+            leftovers.hold(colors_ = colors);
+        else
+            otherColors_ = colors;
+    }
+    readAll();
 }
 
 bool GLTFMaterials::isOneEach(const ELM_Attribute &colors) const
@@ -59,43 +65,38 @@ bool GLTFMaterials::isOneEach(const ELM_Attribute &colors) const
     return true;
 }
 
-std::vector<Material> GLTFMaterials::all() const
+void GLTFMaterials::readAll()
 {
-    std::vector<Material> materials(count());
-    for (size_t i = 0; names_ && i < materials.size(); ++i)
-        if (const auto found = findMaterial(told_.options(), names_->table()[i]))
-            materials[i] = *found;
+    for (size_t i = 0; names_ && i < names_->table().size(); ++i)
+        all_.emplace_back(names_->table()[i].view(), findMaterial(told_.options(), names_->table()[i]).value_or(Material{}));
+    if (!names_ && colors_)
+        all_.emplace_back();
     for (ELM_Offset primitive = 0; colors_ && primitive < detail_.primitiveCount(); ++primitive)
-        std::ranges::copy(colorAt(*colors_, primitive), materials[size_t(of(primitive))].colour.begin());
-    return materials;
+        std::ranges::copy(colorAt(*colors_, primitive), all_[size_t(of(primitive))].second.colour.begin());
 }
 
-void GLTFMaterials::write(BAS_JSONWriter &json) const
+void GLTFMaterials::list(GLTFMaterialList &file) const
 {
-    if (count() == 0)
-        return;
-    json.key("materials");
-    json.beginArray();
-    const std::vector<Material> materials = all();
-    for (size_t i = 0; i < materials.size(); ++i)
+    for (const auto &[name, material] : all_)
+        file.add(name, material);
+}
+
+int GLTFMaterials::inFile(int material, const GLTFGiven &given, GLTFMaterialList &file) const
+{
+    const bool takesName = !hasNames_ && given.material, takesColour = !hasColors_ && given.colour;
+    if (material < 0 && !takesName && !takesColour)
+        return -1;
+    auto [name, made] = material < 0 ? std::pair<std::string, Material>() : all_[size_t(material)];
+    if (takesName)
     {
-        const Material &material = materials[i];
-        json.beginMap();
-        if (names_)
-            json.writeKeyString("name", toJSONText(names_->table()[i].view()));
-        json.key("pbrMetallicRoughness");
-        json.beginMap();
-        json.key("baseColorFactor");
-        double factor[] = {0.0, 0.0, 0.0, 1.0};
-        std::ranges::transform(material.colour, factor, toLight);
-        json.uniformArray(factor, 4);
-        json.writeKeyReal("metallicFactor", std::clamp(material.metalness, 0.0, 1.0));
-        if (material.roughness >= 0.0)
-            json.writeKeyReal("roughnessFactor", std::min(material.roughness, 1.0));
-        json.endMap();
-        json.writeKeyBool("doubleSided", true);
-        json.endMap();
+        // Colours of its own count more than what the name means.
+        const auto colour = material < 0 ? given.told.colour : made.colour;
+        name = *given.material;
+        made = given.told;
+        made.colour = colour;
     }
-    json.endArray();
+    if (takesColour)
+        made.colour = *given.colour;
+    return file.add(name, made);
 }
 }  // namespace rq::io

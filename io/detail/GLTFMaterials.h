@@ -1,11 +1,21 @@
 #pragma once
 
-#include <host/bas/JSONWriter.h>
+#include <optional>
+
+#include <io/detail/GLTFMaterialList.h>
 #include <io/detail/Leftovers.h>
-#include <io/detail/Materials.h>
 
 namespace rq::io
 {
+/// What packed geometry has from those that place it.
+struct GLTFGiven
+{
+    std::optional<std::string> object{};
+    std::optional<std::string> material{};
+    Material told{};  ///< what the name of the material means
+    std::optional<std::array<double, 3>> colour{};
+};
+
 /// The materials of primitives: the texts of "material", as the dictionary "materials" tells them, with the colours "Cd" of
 /// primitives instead where each has one only.
 class GLTFMaterials
@@ -20,18 +30,22 @@ public:
     /// Colours of primitives that materials cannot tell; null when there are none.
     const ELM_Attribute *otherColors() const { return otherColors_; }
 
-    /// Write the member "materials"; nothing without any.
-    void write(BAS_JSONWriter &json) const;
+    /// Put all into the list of a file.
+    void list(GLTFMaterialList &file) const;
+
+    /// What a material becomes in a file, given what the detail has none of; -1 for none.
+    int inFile(int material, const GLTFGiven &given, GLTFMaterialList &file) const;
 
 private:
     bool isOneEach(const ELM_Attribute &colors) const;
-    std::vector<Material> all() const;
-    size_t count() const { return names_ ? names_->table().size() : colors_ ? 1 : 0; }
+    void readAll();
 
     const MSH_Detail &detail_;
     BAS_OptionsHolder told_;
     const ELM_StringTuple *names_ = nullptr;
     const ELM_Attribute *colors_ = nullptr;
     const ELM_Attribute *otherColors_ = nullptr;
+    bool hasNames_, hasColors_;  // of any owner
+    std::vector<std::pair<std::string, Material>> all_;
 };
 }  // namespace rq::io

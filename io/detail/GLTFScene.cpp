@@ -49,8 +49,8 @@ public:
             }
             if (isAbove_[size_t(number)])
                 return fail(fmt::format("expected no node under itself, found node {}", number));
-            if (++visits > kMostPlaced)
-                return fail(fmt::format("expected at most {} nodes, counting those under several, found more", kMostPlaced));
+            if (++visits > kMostGLTFNodes)
+                return fail(fmt::format("expected at most {} nodes, counting those under several, found more", kMostGLTFNodes));
             isAbove_[size_t(number)] = true;
             path_.push_back(stack_.size());
             const tinygltf::Node &node = model_.nodes[size_t(number)];
@@ -63,9 +63,6 @@ public:
     }
 
 private:
-    // Few numbers can tell of nodes without end.
-    static constexpr int64_t kMostPlaced = 1 << 20;
-
     void push(const std::vector<int> &nodes, const BAS_Mat4d &above)
     {
         for (auto node = nodes.rbegin(); node != nodes.rend(); ++node)

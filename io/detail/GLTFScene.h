@@ -7,6 +7,9 @@
 
 namespace rq::io
 {
+/// How many nodes a scene may have, counting those under several for each: few numbers can tell of nodes without end.
+constexpr int64_t kMostGLTFNodes = 1 << 20;
+
 /// A mesh where a node places it.
 struct GLTFPlacedMesh
 {

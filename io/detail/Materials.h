@@ -13,6 +13,8 @@ struct Material
     std::array<double, 3> colour{1.0, 1.0, 1.0};  ///< red, green and blue as they look on a screen
     double roughness = -1.0;                      ///< from 0, polished, to 1, dull; negative for a matt surface
     double metalness = 0.0;                       ///< 0 to 1
+
+    bool operator==(const Material &) const = default;
 };
 
 // The dictionary "materials" of a detail tells what the names of materials mean: under each name stand red, green and blue,

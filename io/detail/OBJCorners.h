@@ -17,6 +17,9 @@ public:
 
     bool isEmpty() const { return !attribute_; }
 
+    /// How many different ones there are.
+    int64_t count() const { return std::ssize(rows_); }
+
     /// The number of a vertex's value, from 1 on.
     int64_t number(ELM_Offset vertex) const;
 

@@ -5,6 +5,7 @@
 
 #include <io/Message.h>
 #include <io/detail/compacted.h>
+#include <io/detail/unpacked.h>
 
 namespace rq::io
 {
@@ -20,5 +21,15 @@ bool writeWhole(const MOD_ConstDetailHandle &detail, const std::string &name, Me
     {
         return messages.fail(name, {}, "needs more memory than there is");
     }
+}
+
+/// The same with a detail without packed geometry.
+template <class Write>
+bool writeUnpacked(const MOD_ConstDetailHandle &detail, const std::string &name, Messages &messages, Write &&write)
+{
+    return writeWhole(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
+        const MOD_ConstDetailHandle flat = unpacked(whole, name, messages);
+        return flat && write(flat);
+    });
 }
 }  // namespace rq::io
