@@ -150,8 +150,8 @@ void warnOfPacked(const MSH_Detail &detail, const std::string &file)
         if (const ELM_PrimitiveDefinition *type = ELM_PrimitiveFactory::at(i); type->isPacked)
             packed += detail.primitiveCount(type->id);
     if (packed > 0)
-        fmt::print(stderr, "{}: warning: {} as it is: packed geometry is neither subdivided nor cut\n", file,
-                   packed == 1 ? "1 primitive stays" : fmt::format("{} primitives stay", packed));
+        fmt::print(stderr, "{}: warning: {} of packed geometry neither subdivided nor cut\n", file,
+                   packed == 1 ? "1 primitive is" : fmt::format("{} primitives are", packed));
 }
 
 /// Number the primitives, for their faces to be known by.

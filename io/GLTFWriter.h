@@ -19,8 +19,7 @@ namespace rq::io
 ///          Materials are what the dictionary "materials" of the detail tells, but of the colour of their primitives where
 ///          these have one each; other colours of primitives are those of corners.  Each detail that packed geometry places
 ///          is written once, and each of its places is a node with a matrix (docs/files.md)
-/// Failure  false with an error when memory is exhausted, the file would have 4 GiB, or packed geometry more than 2^20
-/// copies.
+/// Failure  false with an error when memory is exhausted, the file would have 4 GiB, or more than 2^20 copies are packed.
 ///          Warned of: every attribute, group and type of primitives that glTF cannot hold, by name; values that it does not
 ///          allow and what becomes of them; faces that are cut, and points that nothing uses
 RQ_API bool writeGLTF(const MOD_ConstDetailHandle &detail, NumberForm form, const std::string &name, std::string &bytes,

@@ -16,9 +16,8 @@ namespace rq::io
 ///          what it places (docs/files.md).  `materials`, if given, receives the text of `materialFileOf(name)`, which is
 ///          named by "mtllib" then: colours as "Kd", roughness and metalness as "Pr" and "Pm"; it stays empty where the
 ///          dictionary "materials" of the detail tells none
-/// Failure  false with an error when memory is exhausted, or there is too much packed geometry.  Warned of: every attribute,
-/// group and type of primitives that
-///          OBJ cannot hold, by name; vertices without a point
+/// Failure  false with an error when memory is exhausted, or there is too much packed geometry.  Warned of: every
+///          attribute, group and type of primitives that OBJ cannot hold, by name; vertices without a point
 RQ_API bool writeOBJ(const MOD_ConstDetailHandle &detail, const std::string &name, std::string &bytes, Messages &messages,
                      std::string *materials = nullptr);
 

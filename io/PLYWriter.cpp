@@ -4,6 +4,7 @@
 
 #include <io/detail/Leftovers.h>
 #include <io/detail/PLYColumns.h>
+#include <io/detail/materialColours.h>
 #include <io/detail/writeWhole.h>
 
 namespace rq::io
@@ -72,7 +73,8 @@ bool writePLY(const MOD_ConstDetailHandle &detail, NumberForm form, const std::s
               Messages &messages)
 {
     return writeUnpacked(detail, name, messages, [&](const MOD_ConstDetailHandle &whole) {
-        const MSH_Detail &d = *whole.readLock();
+        const MOD_ConstDetailHandle coloured = withMaterialColours(whole);
+        const MSH_Detail &d = *coloured.readLock();
         Leftovers leftovers(d, name, messages);
         bytes = PLYBytes(d, form, leftovers).write();
         return true;

@@ -8,6 +8,7 @@
 #include <io/detail/Tally.h>
 #include <io/detail/bytes.h>
 #include <io/detail/rowReader.h>
+#include <io/detail/screenColour.h>
 
 namespace rq::io
 {
@@ -182,6 +183,8 @@ void GLTFAttributes::writeReals(Planned &planned, const GLTFVertices &vertices, 
         if (planned.role == Role::UV)
             row[1] = 1.0f - row[1];
         mend(planned.role, row, size);
+        if (planned.role == Role::Color)
+            std::transform(row, row + 3, row, toLight);
         for (int c = 0; c < size; ++c)
             appendBytes(buffer.bytes, row[c]);
         for (size_t c = 0; c < rows.least.size(); ++c)

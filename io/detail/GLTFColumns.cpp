@@ -2,10 +2,16 @@
 
 #include <algorithm>
 
+#include <host/bas/Parallel.h>
+#include <io/detail/screenColour.h>
+
 namespace rq::io
 {
 namespace
 {
+// A channel costs about 30 ns.
+constexpr int64_t kChannelsPerTask = 2048;
+
 // The number behind a name such as "TEXCOORD_1"; -1 when the name is another.
 int setOf(const std::string &semantic, std::string_view name)
 {
@@ -120,6 +126,10 @@ bool GLTFColumns::writeReals(MOD_Edit &edit, const Column &column) const
             continue;
         }
         piece.values.read(rows, column.size);
+        if (column.role == Role::Color)
+            host::parallelForRange(piece.points.count * column.size, kChannelsPerTask, [rows](int64_t begin, int64_t end) {
+                std::transform(rows + begin, rows + end, rows + begin, toScreenFloat);
+            });
         place(column, piece, rows);
     }
     return true;

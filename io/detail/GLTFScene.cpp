@@ -50,7 +50,8 @@ public:
             if (isAbove_[size_t(number)])
                 return fail(fmt::format("expected no node under itself, found node {}", number));
             if (++visits > kMostGLTFNodes)
-                return fail(fmt::format("expected at most {} nodes, counting those under several, found more", kMostGLTFNodes));
+                return fail(
+                    fmt::format("expected at most {} nodes, counting those under several, found more", kMostGLTFNodes));
             isAbove_[size_t(number)] = true;
             path_.push_back(stack_.size());
             const tinygltf::Node &node = model_.nodes[size_t(number)];

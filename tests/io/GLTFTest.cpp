@@ -54,6 +54,12 @@ const ReadCase kReadCases[] = {
      "f 0 1 2,f 0 1 2 0,\npoint P real32: 0 0 0; 5 5 5; 0 0 0;\npoint F real32: 0; 0; 0.00392157;\npoint I int32: 0; 1; 2;"
      "\nface object\nface material\ndetail materials "
      R"({"m":[1,1,1,1,1],"m.1":[1,0.537098730483,0],"material2":[1,1,1,0.25]})"},
+    {"colours of linear light, with an alpha",
+     file(kBuffers + R"("accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"},
+        {"bufferView": 0, "byteOffset": 12, "componentType": 5121, "normalized": true, "count": 3, "type": "VEC4"}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0, "COLOR_0": 1}}]}])"),
+     "f 0 1 2,\npoint P real32: 0 0 0; 1 0 0; 0 1 0;\npoint Cd real32: 0 0 0.736647; 0 0 0; 0 0 0;"
+     "\npoint Alpha real32: 0.247059; 0; 0;"},
     {"no JSON", R"({"asset": {"version" "2.0"}})", "x:1:22: error: a colon is missing\n"},
     {"no version", R"({"asset": {}})",
      "x: error: expected glTF: \"asset\" object not found in .gltf or not an object type\n"},

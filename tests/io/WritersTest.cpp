@@ -151,6 +151,29 @@ TEST(Writers, NameWhatTheyLeaveOut)
     }
 }
 
+// Materials that PLY cannot hold leave their colours: with points where these have one each.
+TEST(PLYWriter, WritesColoursOfMaterials)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"[0, 1, 2, 3, 4, 5]", "point Cd real32: 1 0.501961 0; 1 0.501961 0; 1 0.501961 0; 1 1 1; 1 1 1; 1 1 1;"},
+        {"[0, 1, 2, 2, 1, 3]", "face Cd real32: 1 0.501961 0; 1 1 1;"}};
+    for (const auto &[points, expected] : cases)
+    {
+        const MOD_DetailHandle first =
+            fromJSON(std::string(R"("primitives": [{"type": "polygon", "corners": [3, 3], "points": )") + points + R"(}],
+              "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0,0,0, 1,0,0, 0,1,0, 1,1,0, 2,1,0, 2,2,0]}],
+                "primitive": [{"name": "material", "storage": "string", "values": ["a", null]}],
+                "detail": [{"name": "materials", "storage": "dict", "value": [{"floatarray a": [1, 0.5, -1, 0.2]}]}]})");
+        MOD_DetailHandle second;
+        Messages messages;
+        std::string written;
+        ASSERT_TRUE(writePLY(first.read(), NumberForm::Text, "x", written, messages));
+        EXPECT_NE(written.find("property uchar red"), std::string::npos) << written;
+        ASSERT_TRUE(readPLY(written, "x", second, messages)) << messages.toString();
+        EXPECT_NE(tests::dump(*second.read().readLock()).find(expected), std::string::npos) << written;
+    }
+}
+
 // What glTF can hold as it is, comes back the same, from either form.
 TEST(GLTFWriter, WritesWhatTheReaderReads)
 {
