@@ -38,7 +38,7 @@ std::vector<RQ_PrimitiveHandle> rq::DetailWalk::run()
         makeLoosePointMeshes(*details_, parms_, progress, result);
     if (!progress.isInterrupted())
         append(result, slots.takeGathered());
-    if (progress.isInterrupted())
+    if (progress.isInterrupted() || slots.isInterrupted())
         result.clear();
     return result;
 }

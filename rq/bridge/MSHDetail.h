@@ -28,7 +28,7 @@ public:
     static RQ_PrimitiveHandle makeMoving(const MOD_ConstDetailHandle &detail, int segments, double secondsApart,
                                          const RangeHandle &range = {});
 
-    /// Only the faces, as one mesh; null when there are none.
+    /// Only the faces, as one mesh; null when there are none, or when it is interrupted.
     static RQ_PrimitiveHandle makePolygonMesh(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {},
                                               const RQ_RefineParms *parms = nullptr);
 

@@ -11,6 +11,14 @@ class RQ_API RQ_MSHPrimCollectData
 {
 public:
     virtual ~RQ_MSHPrimCollectData();
+
+    /// Note that the user interrupted what a collector did with this data: the refinement then gives nothing at all, rather
+    /// than a part that looks like the whole.
+    void setInterrupted() { interrupted_ = true; }
+    bool isInterrupted() const { return interrupted_; }
+
+private:
+    bool interrupted_ = false;
 };
 
 /// Gathers the offsets of primitives.

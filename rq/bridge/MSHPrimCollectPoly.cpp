@@ -28,6 +28,8 @@ void RQ_MSHPrimCollectPoly::collectAll(const RQ_MSHDetailListHandle &, RQ_MSHPri
 {
     BAS_Progress progress("Collecting polygons");
     static_cast<RQ_MSHPrimCollectPolyData *>(data)->append(detail, rq::selectPrimitives(range, nullptr, skip), progress);
+    if (progress.isInterrupted())
+        data->setInterrupted();
 }
 
 void RQ_MSHPrimCollectPoly::mergeData(RQ_MSHPrimCollectData *into, RQ_MSHPrimCollectData *from) const

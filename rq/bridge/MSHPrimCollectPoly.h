@@ -31,12 +31,12 @@ public:
     /// Append what other data gathered.
     void append(RQ_MSHPrimCollectPolyData &following);
 
-    /// The mesh of all faces, null without any: with face sets, normals and tangents as the options ask for them, without
-    /// points that it does not use.
+    /// The mesh of all faces, null without any or when it is interrupted: with face sets, normals and tangents as the
+    /// options ask for them, without points that it does not use.
     RQ_PolygonMeshHandle makeMesh(const RQ_MSHDetailListHandle &details);
 
     /// What the options make of the mesh: a subdivision mesh, single polygons, or pieces of limited size.  Null without
-    /// faces.
+    /// faces or when it is interrupted.
     RQ_PrimitiveHandle makeFaces(const RQ_MSHDetailListHandle &details);
 
     /// The curves of all open polygons, in several meshes where their size is limited.  Null without any.

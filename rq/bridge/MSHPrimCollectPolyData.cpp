@@ -3,23 +3,11 @@
 #include <rq/bridge/MSHAutoNormalArray.h>
 #include <rq/bridge/MSHPrimCollectPoly.h>
 #include <rq/bridge/detail/curveMeshes.h>
-#include <rq/prim/PrimCollect.h>
+#include <rq/bridge/detail/pieces.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
 
 namespace
 {
-/// A single primitive itself, several in a collection.
-RQ_PrimitiveHandle collected(const BAS_Array<RQ_PrimitiveHandle> &primitives)
-{
-    if (primitives.size() < 2)
-        return primitives.empty() ? nullptr : primitives[0];
-    const BAS_IntrusivePtr<RQ_PrimCollect> all(new RQ_PrimCollect);
-    all->reserve(int64_t(primitives.size()));
-    for (const RQ_PrimitiveHandle &primitive : primitives)
-        all->appendPrimitive(primitive);
-    return all;
-}
-
 bool has(const RQ_AttributeListHandle &list, const char *name) { return list && list->get(name); }
 }  // namespace
 
@@ -104,7 +92,11 @@ RQ_PolygonMeshHandle RQ_MSHPrimCollectPolyData::makeMesh(const RQ_MSHDetailListH
     bool changed = false;
     if (wantsNormals && details->movesPoints())
         mesh = mesh->createVertexNormalsIfMissing("P", cuspAngle_, true, changed);
-    return addTangents_ ? mesh->createTangentsIfMissing(changed) : mesh;
+    if (addTangents_)
+        mesh = mesh->createTangentsIfMissing(changed);
+    if (!mesh)
+        setInterrupted();
+    return mesh;
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeFaces(const RQ_MSHDetailListHandle &details)
@@ -115,13 +107,12 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeFaces(const RQ_MSHDetailListHa
     // A surface is not cut in pieces: each would get a boundary of its own.
     if (asSubdivision_)
         return RQ_PrimSubdivisionMesh::createWithStandardTags(*mesh);
-    BAS_Array<RQ_PrimitiveHandle> pieces;
-    if (!RQ_RefineParms::getGeoPolygonMesh(parms_))
-        for (int64_t face = 0; face < mesh->getFaceCount(); ++face)
-            pieces.push_back(mesh->getFace(face));
-    else if (!mesh->splitMesh(RQ_RefineParms::getMaxPolyMeshSize(parms_), pieces))
-        return mesh;
-    return collected(pieces);
+    if (RQ_RefineParms::getGeoPolygonMesh(parms_))
+        return rq::inPieces(mesh, RQ_RefineParms::getMaxPolyMeshSize(parms_));
+    BAS_Array<RQ_PrimitiveHandle> polygons;
+    for (int64_t face = 0; face < mesh->getFaceCount(); ++face)
+        polygons.push_back(mesh->getFace(face));
+    return rq::collected(polygons);
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeCurves(const RQ_MSHDetailListHandle &details)
@@ -132,5 +123,5 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectPolyData::makeCurves(const RQ_MSHDetailListH
     BAS_Array<RQ_PrimitiveHandle> meshes;
     for (const rq::FaceLists &curves : rq::limitVertices(gathered_.open, mostCurveVertices_))
         meshes.push_back(rq::makeCurveMesh(*details, attributes, curves, faceSetMode_));
-    return collected(meshes);
+    return rq::collected(meshes);
 }

@@ -39,6 +39,15 @@ bool hasSameValues(const RQ_AttributeListHandle &a, const RQ_AttributeListHandle
     return true;
 }
 
+constexpr const char *kTangents[] = {"tangentu", "tangentv"};
+
+/// False for those of a piece too, which are views of those of the whole mesh.
+bool hasOwnTangents(const RQ_PrimPolygonMesh &mesh)
+{
+    const RQ_DataArrayHandle tangents = mesh.getVertex() ? mesh.getVertex()->get(kTangents[0]) : nullptr;
+    return tangents && !dynamic_cast<const RQ_DAInherit *>(tangents.get()) && !readsDetail(*tangents);
+}
+
 /// Whether tangents of one mesh are those of another with the same faces and the same attributes.
 bool hasSameTangents(const RQ_PrimPolygonMesh &a, const RQ_PrimPolygonMesh &b)
 {
@@ -56,7 +65,7 @@ int64_t rq::countTangents(const RQ_Primitive &primitive)
         for (int64_t i = 0; i < several->entries(); ++i)
             most = std::max(most, countTangents(*several->getPrim(i)));
     const RQ_AttributeListHandle &vertex = primitive.getVertexAttributes();
-    const RQ_DataArrayHandle &tangents = vertex ? vertex->get("tangentu") : RQ_DataArrayHandle();
+    const RQ_DataArrayHandle &tangents = vertex ? vertex->get(kTangents[0]) : RQ_DataArrayHandle();
     return tangents && !readsDetail(*tangents) ? vertex->getSegments() : most;
 }
 
@@ -74,10 +83,11 @@ RQ_DataArrayHandle rq::Rebinding::makeArray(const RQ_DataArrayHandle &old)
             ++normals_;
         return element->boundTo(to_.getHandle(segment));
     }
-    if (!readsDetail(*old))
-        return old;
     const auto *view = dynamic_cast<const RQ_DAInherit *>(old.get());
-    const RQ_DataArrayHandle source = view ? array(view->source()) : nullptr;
+    const bool hasSource = view && view->source();
+    const RQ_DataArrayHandle source = hasSource ? array(view->source()) : nullptr;
+    if (hasSource ? source == view->source() : !readsDetail(*old))
+        return old;
     if (!source)
         return nullptr;
     RQ_DataArrayHandle made;
@@ -127,15 +137,24 @@ template <class Mesh> RQ_PrimitiveHandle rq::Rebinding::mesh(const Mesh &old)
         !attributes(old.getUniform(), uniform) || !attributes(old.getDetail(), detail))
         return nullptr;
     const RQ_PolygonMeshHandle made(new Mesh(old, point, vertex, uniform, detail));
-    const int64_t tangents = countTangents(old);
-    if (tangents == 0 || hasSameTangents(old, *made))
+    if (!hasOwnTangents(old) || hasSameTangents(old, *made))
         return made;
-    tangents_ += tangents;
-    const RQ_AttributeListHandle others = vertex->removeAttribute("tangentu")->removeAttribute("tangentv");
-    const RQ_PolygonMeshHandle bare(new Mesh(old, point, others, uniform, detail));
+    const RQ_AttributeListHandle others = vertex->removeAttributes({kTangents[0], kTangents[1]});
+    return withTangents(new Mesh(old, point, others, uniform, detail), *old.getVertex());
+}
+
+RQ_PrimitiveHandle rq::Rebinding::withTangents(const RQ_PolygonMeshHandle &bare, const RQ_AttributeList &old)
+{
     bool changed = false;
-    const RQ_PolygonMeshHandle result = bare->createTangentsIfMissing(changed);
-    return changed ? result : nullptr;
+    const RQ_PolygonMeshHandle made = bare->createTangentsIfMissing(changed);
+    interrupted_ = interrupted_ || !made;
+    if (!changed)
+        return nullptr;
+    for (int segment = 0; segment < old.getSegments(); ++segment)
+        for (const char *name : kTangents)
+            made_[old.get(name, segment).get()] = made->getVertex()->get(name, segment);
+    tangents_ += old.getSegments();
+    return made;
 }
 
 RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)

@@ -3,36 +3,8 @@
 #include <algorithm>
 #include <typeinfo>
 
-#include <host/msh/Detail.h>
-#include <rq/bridge/detail/DetailWalk.h>
 #include <rq/bridge/detail/KeyText.h>
-#include <rq/bridge/detail/Rebinding.h>
 #include <rq/bridge/detail/RecentEntries.h>
-#include <rq/bridge/detail/refineKey.h>
-
-/// What a detail refined to, before it is placed.
-struct RQ_RefineCache::Frame final : rq::RecentEntries::Entry
-{
-    RQ_MSHDetailListHandle details;
-    RQ_MSHDetail::RangeHandle range;
-    std::vector<RQ_PrimitiveHandle> primitives;
-    std::string values;  // that became something else than attributes
-
-    Frame(const RQ_MSHDetail &detail, std::vector<RQ_PrimitiveHandle> made, std::string usedUp)
-        : details(detail.getDetails()), range(detail.getRange()), primitives(std::move(made)), values(std::move(usedUp))
-    {}
-
-    int64_t getMemoryUsage() const override
-    {
-        int64_t bytes = int64_t(sizeof(*this));
-        for (const RQ_PrimitiveHandle &made : primitives)
-            bytes += made->getMemoryUsage();
-        for (int segment = 0; segment < details->getSegments(); ++segment)
-            if (segment == 0 || !(details->getHandle(segment) == details->getHandle(segment - 1)))
-                bytes += details->getDetail(segment)->memoryUsage();
-        return bytes;
-    }
-};
 
 /// The faces of a mesh cut into pieces.
 struct RQ_RefineCache::Cut final : rq::RecentEntries::Entry
@@ -72,66 +44,12 @@ struct RQ_RefineCache::Surface final : rq::RecentEntries::Entry
     int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + topology->getMemoryUsage(); }
 };
 
-namespace
-{
-bool addsNormals(const MSH_Detail &detail, const RQ_RefineParms *parms)
-{
-    return RQ_RefineParms::getAddVertexNormals(parms) && detail.primitiveCount() > 0 &&
-           !detail.find(ELM_OWNER_VERTEX, "N") && !detail.find(ELM_OWNER_POINT, "N");
-}
-}  // namespace
-
 RQ_RefineCache::RQ_RefineCache(int64_t mostBytes) : entries_(std::make_unique<rq::RecentEntries>(mostBytes)) {}
 RQ_RefineCache::~RQ_RefineCache() = default;
 
 RQ_RefineCache::Work RQ_RefineCache::getWork() const { return {walks_, convexings_, normals_, subdivisions_, tangents_}; }
 void RQ_RefineCache::clear() { entries_->clear(); }
 int64_t RQ_RefineCache::getMemoryUsage() const { return int64_t(sizeof(*this)) + entries_->getMemoryUsage(); }
-
-std::vector<RQ_PrimitiveHandle> RQ_RefineCache::refine(const RQ_MSHDetail &detail, const RQ_RefineParms *parms)
-{
-    std::vector<RQ_PrimitiveHandle> primitives = makeFrame(detail, parms);
-    for (RQ_PrimitiveHandle &primitive : primitives)
-        primitive = primitive->copyTransformed(detail.getPrimitiveTransform());
-    return primitives;
-}
-
-std::vector<RQ_PrimitiveHandle> RQ_RefineCache::makeFrame(const RQ_MSHDetail &detail, const RQ_RefineParms *parms)
-{
-    const RQ_MSHDetailListHandle &details = detail.getDetails();
-    if (!details->getDetail())
-        return {};
-    const bool isKept = rq::isRepeatable(*details);
-    const std::string key = isKept ? rq::refineKey(*details, detail.getRange().get(), parms) : std::string();
-    std::string values = isKept ? rq::usedUpValues(*details, parms) : std::string();
-    std::vector<RQ_PrimitiveHandle> primitives;
-    const auto before = std::static_pointer_cast<const Frame>(isKept ? entries_->find(key) : nullptr);
-    if (before && before->values == values)
-    {
-        rq::Rebinding rebinding(*before->details, *details);
-        for (const RQ_PrimitiveHandle &old : before->primitives)
-            if (RQ_PrimitiveHandle made = rebinding.primitive(old))
-                primitives.push_back(std::move(made));
-        normals_ += rebinding.normals();
-        tangents_ += rebinding.tangents();
-        if (primitives.size() != before->primitives.size())
-            primitives.clear();
-    }
-    if (primitives.empty())
-    {
-        ++walks_;
-        primitives = rq::DetailWalk(details, detail.getRange().get(), parms).run();
-        std::erase(primitives, nullptr);
-        if (isKept && addsNormals(*details->getDetail(), parms))
-            normals_ += details->getSegments();
-        if (RQ_RefineParms::getAddMikkT(parms))
-            for (const RQ_PrimitiveHandle &made : primitives)
-                tangents_ += rq::countTangents(*made);
-    }
-    if (isKept && !primitives.empty())
-        entries_->store(key, std::make_shared<Frame>(detail, primitives, std::move(values)));
-    return primitives;
-}
 
 std::shared_ptr<const RQ_RefineCache::Cut> RQ_RefineCache::cut(const RQ_PrimPolygonMesh &mesh, int maxVertices,
                                                                bool triangulate)

@@ -27,7 +27,7 @@ class RecentEntries;
 ///
 /// Shape      results are what the operations without a cache give, but for the cut of `convex`: it is that of the first
 ///            frame as long as the topology stays, so triangles do not jump from one diagonal to the other
-/// Failure    as of the operations; interrupted ones are not kept
+/// Failure    as of the operations; an interrupted one gives nothing, and nothing of it is kept
 /// Ownership  keeps the latest frame of every topology and set of options, and with it the snapshot that it reads; what was
 ///            not asked for the longest is dropped when all together, snapshots included, pass the limit
 /// Threads    safe from any thread; two that ask for the same at the same time may both make it
@@ -85,6 +85,7 @@ private:
     struct Normals;
     struct Surface;
 
+    void countWalk(const std::vector<RQ_PrimitiveHandle> &made, const RQ_RefineParms *parms);
     std::vector<RQ_PrimitiveHandle> makeFrame(const RQ_MSHDetail &detail, const RQ_RefineParms *parms);
     std::shared_ptr<const Cut> cut(const RQ_PrimPolygonMesh &mesh, int maxVertices, bool triangulate);
 

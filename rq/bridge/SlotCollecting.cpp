@@ -162,6 +162,8 @@ void rq::SlotCollecting::merge(Piece &piece)
     {
         Slot &slot = slots_[i];
         Piece::Part &part = piece.parts[i];
+        if (slot.data && part.data && part.data->isInterrupted())
+            slot.data->setInterrupted();
         if (slot.data && part.data)
             slot.collector->mergeData(slot.data.get(), part.data.get());
         else if (part.data)
@@ -187,4 +189,10 @@ std::vector<RQ_PrimitiveHandle> rq::SlotCollecting::takeGathered() const
         if (slot.begun)
             primitives.push_back(slot.collector->endCollecting(details_, slot.data.get()));
     return primitives;
+}
+
+bool rq::SlotCollecting::isInterrupted() const
+{
+    return std::any_of(slots_.begin(), slots_.end(),
+                       [](const Slot &slot) { return slot.data && slot.data->isInterrupted(); });
 }

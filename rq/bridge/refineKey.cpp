@@ -30,9 +30,6 @@ bool isUsedUp(const ELM_Attribute &attribute, const RQ_RefineParms *parms)
     if (parms && parms->getPolysAsSubdivision() &&
         (isOneOf({"crease", "corner", "hole"}) || name.starts_with("osd_") || name.ends_with("interpolateboundary")))
         return true;
-    // Pieces show parts of the tangents of the whole mesh, which is gone.
-    if (RQ_RefineParms::getAddMikkT(parms) && RQ_RefineParms::getMaxPolyMeshSize(parms) > 0 && isOneOf({"P", "N", "uv"}))
-        return true;
     return parms && parms->getPointInstanceEnable() && isOneOf({ELM_INSTANCE_FILE_NAME});
 }
 

@@ -199,11 +199,11 @@ public:
     /// corners are cut into triangles first.
     /// Threads  runs in parallel; the result does not depend on the number of threads
     /// Shape    3 components a face-vertex
-    /// Failure  false without "P" and "uv"
+    /// Failure  false without "P" and "uv", and when the cutting of large faces is interrupted
     bool createFastTangents(RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;
 
     /// The mesh with these as vertex attributes "tangentu" and "tangentv" in every motion segment, or this one when it has
-    /// one of them already or they cannot be made.
+    /// one of them already or has no "P" or "uv".  Null when it is interrupted.
     RQ_PolygonMeshHandle createTangentsIfMissing(bool &changed) const;
 
     /// Cut into meshes of this one's class of at most `maxFaces` faces each, in order, without the points that a piece does

@@ -17,6 +17,13 @@ using Numbers = BAS_IntrusivePtr<RQ_DANumeric<float>>;
 
 BAS_Vec3f *vectors(const Numbers &numbers) { return reinterpret_cast<BAS_Vec3f *>(numbers->data()); }
 
+/// Whether nothing but an interruption keeps tangents from being made.
+bool canHaveTangents(const RQ_PrimPolygonMesh &mesh, int segment)
+{
+    return mesh.getShared() && mesh.getVertexList() && rq::Positions(mesh.getShared()->get("P", segment)).isValid() &&
+           rq::CornerValues(mesh, "uv", segment).has(2);
+}
+
 template <class Topology>
 void writeTangents(const rq::TangentInput &input, const Topology &topology,
                    const host::CornerAdjacency<typename Topology::Index> &points, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV)
@@ -124,7 +131,7 @@ RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createTangentsIfMissing(bool &changed) 
     std::vector<RQ_DataArrayHandle> tangentU(static_cast<size_t>(segments)), tangentV(static_cast<size_t>(segments));
     for (int segment = 0; segment < segments; ++segment)
         if (!makeTangents(segment, tangentU[size_t(segment)], tangentV[size_t(segment)]))
-            return self;
+            return canHaveTangents(*this, segment) ? nullptr : self;
     if (segments == 0)
         return self;
     const RQ_AttributeListHandle base =

@@ -25,6 +25,9 @@ public:
     std::vector<RQ_PrimitiveHandle> takeEmitted();
     std::vector<RQ_PrimitiveHandle> takeGathered() const;
 
+    /// Whether a collector says so of its data.
+    bool isInterrupted() const;
+
 private:
     struct Slot
     {

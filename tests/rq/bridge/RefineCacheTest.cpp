@@ -5,6 +5,7 @@
 #include <rq/prim/PrimCollect.h>
 #include <rq/prim/RefineCollect.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
+#include <tests/interrupter.h>
 #include <tests/rq/bridge/Fixture.h>
 
 using namespace tests;
@@ -63,31 +64,30 @@ struct OptionCase
 {
     const char *what;
     std::function<void(RQ_RefineParms &)> set;
-    int64_t positionWalks;  // when positions change
-    int64_t creaseWalks;    // when sharpness does
+    int64_t creaseWalks;  // when sharpness changes
 };
 
 const OptionCase kOptions[] = {
-    {"defaults", [](RQ_RefineParms &) {}, 0, 0},
-    {"normals", [](RQ_RefineParms &parms) { parms.setAddVertexNormals(true); }, 0, 0},
-    {"tangents", [](RQ_RefineParms &parms) { parms.setAddMikkT(true); }, 0, 0},
+    {"defaults", [](RQ_RefineParms &) {}, 0},
+    {"normals", [](RQ_RefineParms &parms) { parms.setAddVertexNormals(true); }, 0},
+    {"tangents", [](RQ_RefineParms &parms) { parms.setAddMikkT(true); }, 0},
     {"tangents of pieces",
      [](RQ_RefineParms &parms) {
          parms.setAddMikkT(true);
          parms.setMaxPolyMeshSize(3);
      },
-     1, 0},
+     0},
     {"a surface with tangents",
      [](RQ_RefineParms &parms) {
          parms.setPolysAsSubdivision(true);
          parms.setAddVertexNormals(true);
          parms.setAddMikkT(true);
      },
-     0, 1},
-    {"pieces", [](RQ_RefineParms &parms) { parms.setMaxPolyMeshSize(3); }, 0, 0},
-    {"a surface", [](RQ_RefineParms &parms) { parms.setPolysAsSubdivision(true); }, 0, 1},
-    {"face sets", [](RQ_RefineParms &parms) { parms.setFaceSetMode(1); }, 0, 0},
-    {"points", [](RQ_RefineParms &parms) { parms.setGeoPointMesh(true); }, 0, 0},
+     1},
+    {"pieces", [](RQ_RefineParms &parms) { parms.setMaxPolyMeshSize(3); }, 0},
+    {"a surface", [](RQ_RefineParms &parms) { parms.setPolysAsSubdivision(true); }, 1},
+    {"face sets", [](RQ_RefineParms &parms) { parms.setFaceSetMode(1); }, 0},
+    {"points", [](RQ_RefineParms &parms) { parms.setGeoPointMesh(true); }, 0},
 };
 
 TEST(RefineCache, GivesWhatARefinementGivesAndWalksOnlyWhenItMust)
@@ -97,6 +97,7 @@ TEST(RefineCache, GivesWhatARefinementGivesAndWalksOnlyWhenItMust)
         const char *what;
         Change change;
         int64_t walks;
+        bool moves = false;
     };
     for (const OptionCase &option : kOptions)
     {
@@ -107,20 +108,49 @@ TEST(RefineCache, GivesWhatARefinementGivesAndWalksOnlyWhenItMust)
         const std::vector<RQ_PrimitiveHandle> first = cache.refine(RQ_MSHDetail(geometry.read()), &parms);
         const std::string firstText = textOf(first);
         EXPECT_EQ(cache.getWork().walks, 1);
-        for (const ChangeCase &c :
-             {ChangeCase{"colours", colour, 0}, ChangeCase{"positions", moveFirstPoint, option.positionWalks},
-              ChangeCase{"sharpness", crease, option.creaseWalks}, ChangeCase{"a group", regroup, 1},
-              ChangeCase{"what is hidden", hide, 1}, ChangeCase{"an attribute", addAttribute, 1},
-              ChangeCase{"faces", addFace, 1}, ChangeCase{"colours again", colour, 0}})
+        for (const ChangeCase &c : {ChangeCase{"colours", colour, 0}, ChangeCase{"positions", moveFirstPoint, 0, true},
+                                    ChangeCase{"sharpness", crease, option.creaseWalks}, ChangeCase{"a group", regroup, 1},
+                                    ChangeCase{"what is hidden", hide, 1}, ChangeCase{"an attribute", addAttribute, 1},
+                                    ChangeCase{"faces", addFace, 1}, ChangeCase{"colours again", colour, 0}})
         {
             SCOPED_TRACE(std::string(option.what) + ", " + c.what);
             const RQ_RefineCache::Work before = cache.getWork();
             const MOD_ConstDetailHandle frame = changed(geometry, c.change);
             EXPECT_EQ(textOf(cache.refine(RQ_MSHDetail(frame), &parms)), textOf(refine(frame, &parms)));
-            EXPECT_EQ(cache.getWork().walks - before.walks, c.walks);
+            const RQ_RefineCache::Work after = cache.getWork();
+            EXPECT_EQ(after.walks - before.walks, c.walks);
+            EXPECT_EQ(after.tangents - before.tangents, parms.getAddMikkT() && (c.walks || c.moves));
         }
         EXPECT_EQ(textOf(first), firstText) << "what was handed out has changed";
     }
+}
+
+TEST(RefineCache, KeepsNothingThatWasInterrupted)
+{
+    const MOD_DetailHandle geometry = makeScene();
+    const MOD_ConstDetailHandle first = geometry.read(), second = changed(geometry, moveFirstPoint);
+    for (const OptionCase &option : kOptions)
+        for (const bool follows : {false, true})
+        {
+            RQ_RefineParms parms;
+            option.set(parms);
+            const std::string whole = textOf(refine(second, &parms));
+            bool isDone = false;
+            for (int poll = 0; !isDone; ++poll)
+            {
+                SCOPED_TRACE(std::string(option.what) + (follows ? ", following, " : ", ") + std::to_string(poll));
+                RQ_RefineCache cache;
+                if (follows)
+                    cache.refine(RQ_MSHDetail(first), &parms);
+                {
+                    const Interrupter interrupter(poll);
+                    const std::string text = textOf(cache.refine(RQ_MSHDetail(second), &parms));
+                    isDone = !interrupter.saidStop();
+                    EXPECT_EQ(text, isDone ? whole : "");
+                }
+                EXPECT_EQ(textOf(cache.refine(RQ_MSHDetail(second), &parms)), whole);
+            }
+        }
 }
 
 /// What a viewport asks for in each frame.

@@ -9,12 +9,12 @@
 
 #include <host/bas/CopyCounter.h>
 #include <host/bas/Parallel.h>
-#include <host/bas/Progress.h>
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Faces.h>
 #include <rq/bridge/detail/ManyFaces.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCurveMesh.h>
+#include <tests/interrupter.h>
 #include <tests/rq/bridge/Fixture.h>
 
 using namespace tests;
@@ -374,18 +374,11 @@ TEST(Walk, CopiesNoAttributeAndStoresNoMoreThanItsLists)
 
 TEST(Walk, GivesNothingWhenItIsInterrupted)
 {
-    class Stopper final : public BAS_ProgressHandler
-    {
-    public:
-        bool update(const char *, double) override { return ++polls_ > 3; }
-
-    private:
-        std::atomic<int> polls_{0};
-    } stopper;
     const Refinement refinement(kVariants[0], makeMixedDetail(1, 30000, 40000, false, false));
-    BAS_ProgressHandler *const before = BAS_ProgressHandler::install(&stopper);
-    EXPECT_TRUE(refinement.run().empty());
-    BAS_ProgressHandler::install(before);
+    {
+        const Interrupter interrupter(3);
+        EXPECT_TRUE(refinement.run().empty());
+    }
     EXPECT_FALSE(refinement.run().empty());
 }
 

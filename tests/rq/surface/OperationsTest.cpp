@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <atomic>
 #include <bit>
 
 #include <gtest/gtest.h>
 
 #include <host/bas/Parallel.h>
-#include <host/bas/Progress.h>
 #include <rq/prim/RefineList.h>
+#include <tests/interrupter.h>
 #include <tests/json.h>
 #include <tests/rq/surface/Fixture.h>
 
@@ -121,25 +120,6 @@ const Operation kOthers[] = {
          return text;
      }},
 };
-
-/// Interrupts at the poll of a number.
-class Interrupter : public BAS_ProgressHandler
-{
-public:
-    explicit Interrupter(int poll) : left_(poll), before_(install(this)) {}
-    ~Interrupter() override { install(before_); }
-
-    bool update(const char *label, double) override
-    {
-        EXPECT_STREQ(label, "Convexing display geometry");
-        return left_-- <= 0;
-    }
-    bool wasAsked() const { return left_ < 0; }
-
-private:
-    std::atomic<int> left_;
-    BAS_ProgressHandler *before_;
-};
 }  // namespace
 
 TEST(Operations, GiveTheSameForAnyNumberOfWorkers)
@@ -172,9 +152,9 @@ TEST(Operations, GiveNothingWhereverConvexingIsInterrupted)
         int polls = 0;
         for (bool isDone = false; !isDone; ++polls)
         {
-            const Interrupter interrupter(polls);
+            const Interrupter interrupter(polls, "Convexing display geometry");
             const std::string text = operation.run(*mesh);
-            isDone = !interrupter.wasAsked();
+            isDone = !interrupter.saidStop();
             EXPECT_EQ(text, isDone ? whole : "") << operation.what << ", poll " << polls;
         }
         EXPECT_GT(polls, 3);
