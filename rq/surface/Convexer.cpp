@@ -12,6 +12,7 @@ RQ_Convexer::~RQ_Convexer() = default;
 void RQ_Convexer::setSource(const rq::Positions &positions, const RQ_DataArrayHandle &vertexList)
 {
     const bool wide = vertexList && vertexList->getStorage() == RQ_STORAGE_INT64;
+    source_.reset();
     positions_ = positions;
     vertexList_ = vertexList;
     points64_ = wide ? vertexList->getArray<int64_t>(points_) : nullptr;
@@ -21,10 +22,10 @@ void RQ_Convexer::setSource(const rq::Positions &positions, const RQ_DataArrayHa
 bool RQ_Convexer::processFace(const RQ_DataArrayHandle &positions, int64_t count, int64_t first,
                               const RQ_DataArrayHandle &vertexList, int maxVertices, bool triangulate)
 {
-    if (positions != source_ || vertexList != vertexList_)
+    if (!positions || positions != source_ || vertexList != vertexList_)
     {
-        source_ = positions;
         setSource(rq::Positions(positions), vertexList);
+        source_ = positions;
     }
     return processFace(count, first, maxVertices, triangulate);
 }
@@ -34,7 +35,7 @@ bool RQ_Convexer::processFace(int64_t count, int64_t first, int maxVertices, boo
     vertices_.clear();
     ends_.clear();
     forced_ = 0;
-    if (count < 3)
+    if (count < 3 || !positions_.isValid())
         return false;
     first_ = first;
     const int limit = std::max(maxVertices, 3);

@@ -38,13 +38,15 @@ RQ_FaceSetMapHandle RQ_FaceSetMap::followFaces(const RQ_DataArrayHandle &sources
 {
     const RQ_FaceSetMapHandle result(new RQ_FaceSetMap);
     const rq::Values<int64_t> from(sources);
+    // Sets may name faces that no mesh has.
+    const int64_t known = from.entries() > 0 ? 1 + *std::max_element(from.begin(), from.end()) : 0;
     for (const auto &[name, set] : sets_)
     {
         if (!set)
             continue;
-        BAS_BitArray members(set->entries() > 0 ? set->end()[-1] + 1 : 0);
-        for (const int64_t face : *set)
-            members.set(face, true);
+        const int64_t *const last = std::lower_bound(set->begin(), set->end(), known);
+        BAS_BitArray members(last > set->begin() ? last[-1] + 1 : 0);
+        std::for_each(set->begin(), last, [&members](int64_t face) { members.set(face); });
         const RQ_FaceSetHandle followed(new RQ_FaceSet);
         for (int64_t face = 0; face < from.entries(); ++face)
             if (from[face] >= 0 && from[face] < members.size() && members.get(from[face]))

@@ -37,7 +37,8 @@ public:
     /// \name The geometry of one face
     ///
     /// Of all entries of `positions` in order, or, as a face lies in a mesh, of the `count` corners whose points are named
-    /// from entry `first` of `vertexList` on.  Indices are not checked; an array that holds no positions has no corners.
+    /// from entry `first` of `vertexList` on (-1, and more than there are: all that are left).  Indices are not checked; an
+    /// array that holds no positions has no corners.
     ///@{
 
     /// The sum of the corners' cross products (Newell): at right angles to the face and twice its area long.
@@ -46,8 +47,8 @@ public:
     static void computeNormal(BAS_Vec3d &normal, const RQ_DataArrayHandle &positions,
                               const RQ_DataArrayHandle &vertexList = {}, int64_t count = -1, int64_t first = 0);
 
-    /// The unit normal from the first three corners, or from all where these are degenerate; (0, 0, 1) for fewer than three,
-    /// the zero vector for a face without area.
+    /// The unit normal from the first three corners, or from all where these are degenerate; (0, 0, 1) for fewer than three
+    /// corners or positions, the zero vector for a face without area.
     static void computeFastNormal(BAS_Vec3f &normal, const RQ_DataArrayHandle &positions,
                                   const RQ_DataArrayHandle &vertexList = {}, int64_t count = -1, int64_t first = 0);
     static void computeFastNormal(BAS_Vec3d &normal, const RQ_DataArrayHandle &positions,

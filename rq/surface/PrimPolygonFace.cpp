@@ -1,5 +1,7 @@
 #include <rq/surface/PrimPolygon.h>
 
+#include <algorithm>
+
 #include <host/bas/faceGeometry.h>
 #include <rq/data/Positions.h>
 
@@ -13,7 +15,9 @@ public:
          const BAS_Mat4d *transform = nullptr)
         : positions_(positions), points_(vertexList.get()), first_(first), transform_(transform)
     {
-        count_ = count < 0 || !positions_.isValid() ? positions_.entries() : count;
+        const int64_t rows = vertexList ? vertexList->entries() : positions_.entries();
+        const int64_t most = positions_.isValid() ? std::max<int64_t>(0, rows - first) : 0;
+        count_ = count < 0 ? most : std::min(count, most);
     }
 
     int64_t corners() const { return count_; }
@@ -25,7 +29,7 @@ public:
     }
 
     BAS_Vec3d normal() const { return host::newellVector(corners(), *this); }
-    BAS_Vec3d fastNormal() const { return host::fastNormal(corners(), *this); }
+    BAS_Vec3d fastNormal() const { return host::fastNormal(positions_.entries() < 3 ? 0 : corners(), *this); }
     void frame(BAS_Vec3d &axisX, BAS_Vec3d &axisY) const { host::faceFrame(normal(), axisX, axisY); }
     double perimeter() const { return host::facePerimeter(corners(), *this); }
     double area() const { return 0.5 * normal().length(); }

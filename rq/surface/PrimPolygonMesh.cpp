@@ -1,7 +1,5 @@
 #include <rq/surface/PrimPolygonMesh.h>
 
-#include <algorithm>
-
 #include <host/bas/JSONWriter.h>
 #include <rq/data/DARange.h>
 #include <rq/prim/PrimitiveJSON.h>
@@ -9,6 +7,7 @@
 #include <rq/surface/detail/SharedTopology.h>
 #include <rq/surface/detail/counts.h>
 #include <rq/surface/detail/faceMerges.h>
+#include <rq/surface/detail/lists.h>
 
 RQ_PrimPolygonMesh::RQ_PrimPolygonMesh() = default;
 
@@ -100,15 +99,9 @@ void RQ_PrimPolygonMesh::setVertexList(const RQ_DataArrayHandle &vertexList)
     topology_ = new rq::SharedTopology;
 }
 
-int64_t RQ_PrimPolygonMesh::getPointCount() const
-{
-    return shared_ && shared_->entries() > 0 && shared_->get(0, 0) ? shared_->get(0, 0)->entries() : 0;
-}
+int64_t RQ_PrimPolygonMesh::getPointCount() const { return rq::entriesOf(shared_); }
 
-RQ_DataArrayHandle RQ_PrimPolygonMesh::getFaceCounts(RQ_IndexingMode mode) const
-{
-    return rq::countsOfWidth(counts_, mode);
-}
+RQ_DataArrayHandle RQ_PrimPolygonMesh::getFaceCounts(RQ_IndexingMode mode) const { return rq::countsOfWidth(counts_, mode); }
 
 void RQ_PrimPolygonMesh::getEdgePoints(int64_t face, int64_t edge, int64_t &p0, int64_t &p1) const
 {
@@ -129,11 +122,7 @@ int RQ_PrimPolygonMesh::getPrimitiveType() const { return RQ_PRIM_POLYGON_MESH; 
 
 int RQ_PrimPolygonMesh::getMotionSegments() const
 {
-    int segments = getPrimitiveTransform() ? std::max(1, getPrimitiveTransform()->getSegments()) : 1;
-    for (const RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
-        if (*list)
-            segments = std::max(segments, (*list)->getSegments());
-    return segments;
+    return rq::motionSegments(*this, {&shared_, &vertex_, &uniform_, &detail_});
 }
 
 int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
@@ -141,9 +130,7 @@ int64_t RQ_PrimPolygonMesh::getMemoryUsage() const
     int64_t bytes = int64_t(sizeof(*this)) + counts_.getMemoryUsage();
     if (vertexList_)
         bytes += vertexList_->getMemoryUsage();
-    for (const RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
-        if (*list)
-            bytes += (*list)->getMemoryUsage();
+    bytes += rq::memoryUsage({&shared_, &vertex_, &uniform_, &detail_});
     if (faceSets_)
         bytes += faceSets_->getMemoryUsage();
     if (topology_)
@@ -171,17 +158,7 @@ bool RQ_PrimPolygonMesh::save(BAS_JSONWriter &writer) const
     return saveFaces(*record) && saveListsAndSets(*record);
 }
 
-void RQ_PrimPolygonMesh::hardenAttributes()
-{
-    for (RQ_AttributeListHandle *list : {&shared_, &vertex_, &uniform_, &detail_})
-        if (*list)
-        {
-            // The list itself may be shared with other meshes: harden a copy.
-            RQ_AttributeListHandle copy(new RQ_AttributeList(**list));
-            copy->harden();
-            *list = copy;
-        }
-}
+void RQ_PrimPolygonMesh::hardenAttributes() { rq::hardenLists({&shared_, &vertex_, &uniform_, &detail_}); }
 
 RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
 {
@@ -196,8 +173,7 @@ RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
 RQ_PrimitiveHandle RQ_PrimPolygonMesh::doSoftCopy() const { return clone(shared_, vertex_, uniform_, detail_); }
 
 RQ_PrimitiveHandle RQ_PrimPolygonMesh::doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
-                                                        const BAS_StringMMPattern *point,
-                                                        const BAS_StringMMPattern *uniform,
+                                                        const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
                                                         const BAS_StringMMPattern *detail) const
 {
     bool changed = false;

@@ -1,5 +1,7 @@
 #include <rq/surface/PrimitiveBuilder.h>
 
+#include <rq/surface/detail/lists.h>
+
 namespace
 {
 bool isIntegers(const RQ_DataArrayHandle &array)
@@ -41,6 +43,11 @@ RQ_PolygonMeshHandle RQ_PrimitiveBuilder::polygonMesh(const RQ_DataArrayHandle &
     if (!checkCounts("Polygon mesh", "face", "corners", counts))
         return {};
     const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(counts, vertexList, shared, vertex, uniform, detail));
+    if (mesh->getFaceCount() != faces)
+    {
+        status_.addError("Polygon mesh: its faces have more corners than can be numbered");
+        return {};
+    }
     if (std::string why; !mesh->validate(&why))
     {
         status_.addError("Polygon mesh: %s", why.c_str());
@@ -51,10 +58,17 @@ RQ_PolygonMeshHandle RQ_PrimitiveBuilder::polygonMesh(const RQ_DataArrayHandle &
 
 RQ_PolygonHandle RQ_PrimitiveBuilder::polygon(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform)
 {
-    RQ_PolygonHandle polygon(new RQ_PrimPolygon(vertex, uniform));
-    if (polygon->getVertexCount() >= 3)
+    const RQ_PolygonHandle polygon(new RQ_PrimPolygon(vertex, uniform));
+    const int64_t corners = polygon->getVertexCount();
+    std::string why = rq::checkLengths("vertex", vertex, corners);
+    if (why.empty())
+        why = rq::checkLengths("uniform", uniform, 1);
+    if (corners < 3)
+        status_.addWarning("Polygon with %d points", int(corners));
+    else if (!why.empty())
+        status_.addError("Polygon: %s", why.c_str());
+    else
         return polygon;
-    status_.addWarning("Polygon with %d points", int(polygon->getVertexCount()));
     return {};
 }
 

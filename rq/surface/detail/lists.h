@@ -16,9 +16,13 @@ namespace rq
 {
 using Lists = std::initializer_list<const RQ_AttributeListHandle *>;
 
+/// The length of the first array that is there.
 inline int64_t entriesOf(const RQ_AttributeListHandle &list)
 {
-    return list && list->entries() > 0 && list->get(0, 0) ? list->get(0, 0)->entries() : 0;
+    for (int i = 0; list && i < list->entries(); ++i)
+        if (const RQ_DataArrayHandle &array = list->get(i, 0))
+            return array->entries();
+    return 0;
 }
 
 /// The most segments of the primitive's transform and its lists.

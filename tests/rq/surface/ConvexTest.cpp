@@ -41,6 +41,17 @@ TEST(Convex, FailsWithoutUsablePositions)
     const RQ_PolygonMeshHandle blind(new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices),
                                                             oneAttribute("Cd", positions(cube.positions))));
     EXPECT_FALSE(blind->convex(3));
+    const RQ_DataArrayHandle flat = makeArray(std::vector<float>(10), 2);
+    EXPECT_FALSE(RQ_PolygonHandle(new RQ_PrimPolygon(oneAttribute("P", flat), {}))->convex(3));
+    RQ_Convexer convexer;
+    EXPECT_FALSE(convexer.processFace(5, 0, 3, false));
+    const RQ_DataArrayHandle points = positions(cube.positions);
+    EXPECT_TRUE(convexer.processFace(points, 5, 0, {}, 3, false));
+    for (const RQ_DataArrayHandle &none : {flat, RQ_DataArrayHandle()})
+        EXPECT_FALSE(convexer.processFace(none, 5, 0, {}, 3, false));
+    EXPECT_TRUE(convexer.processFace(points, 5, 0, {}, 3, false));
+    convexer.setSource(rq::Positions(flat), {});
+    EXPECT_TRUE(convexer.processFace(points, 5, 0, {}, 3, false)) << "another source was named in between";
 }
 
 TEST(Convex, CutsAFaceOfAMeshAsIfItWereAlone)

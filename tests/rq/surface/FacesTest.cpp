@@ -202,6 +202,11 @@ TEST(FaceSets, AreSortedOnceAndKnowTheirWidth)
     const RQ_DataArrayHandle remap = integers({0, 1, 2, 6, 3, 4, -1, -1, -1, 5});
     EXPECT_EQ(membersOf(*set->deleteFaces(*deleted, remap)), (std::vector<int64_t>{5, 6}));
 
+    const RQ_FaceSetMapHandle far(new RQ_FaceSetMap);
+    far->add("beyond every mesh", new RQ_FaceSet)->addFace(int64_t(1) << 50);
+    far->find("beyond every mesh")->addFace(2);
+    EXPECT_EQ(membersOf(*far->followFaces(integers({4, 2, -1}))->find("beyond every mesh")), (std::vector<int64_t>{1}));
+
     const int64_t large = 0x40000001;
     set->addFaces(&large, 1);
     EXPECT_EQ(set->extractMembers()->getStorage(), RQ_STORAGE_INT64);
@@ -239,20 +244,32 @@ TEST(Builder, RefusesWhatDoesNotHoldTogether)
     EXPECT_FALSE(builder.polygonMesh(integers({3, -1}), integers({0, 1}), shared));
     EXPECT_FALSE(builder.polygonMesh(integers({3}), integers({0, 1, 8}), shared));
     EXPECT_FALSE(builder.polygonMesh(integers({3}), positions({0, 1, 2}), shared));
-    EXPECT_EQ(status.errors().size(), 3u);
+    EXPECT_FALSE(builder.polygon(shared->addAttribute("Cd", integers({1, 2}), false)));
+    EXPECT_FALSE(builder.polygonMesh(makeArray(std::vector<int64_t>{int64_t(1) << 62}), integers({}), shared));
+    EXPECT_EQ(status.errors().size(), 5u);
 }
 
 TEST(Polygon, GeometryOfDegenerateFaces)
 {
     BAS_Vec3d normal, axisX, axisY;
-    RQ_PrimPolygon::computeFastNormal(normal, positions({0, 0, 0, 1, 0, 0}));
-    EXPECT_EQ(normal, BAS_Vec3d(0.0, 0.0, 1.0));
+    const RQ_DataArrayHandle pair = positions({0, 0, 0, 1, 0, 0});
+    for (const RQ_DataArrayHandle &list : {RQ_DataArrayHandle(), integers({0, 1, 0})})
+    {
+        RQ_PrimPolygon::computeFastNormal(normal, pair, list);
+        EXPECT_EQ(normal, BAS_Vec3d(0.0, 0.0, 1.0));
+    }
     const RQ_DataArrayHandle line = positions({0, 0, 0, 1, 1, 1, 2, 2, 2});
     RQ_PrimPolygon::computeFastNormal(normal, line);
     EXPECT_EQ(normal, BAS_Vec3d(0.0));
     RQ_PrimPolygon::computeFrameOfReference(axisX, axisY, line);
     EXPECT_EQ(axisX, BAS_Vec3d(1.0, 0.0, 0.0));
     EXPECT_EQ(axisY, BAS_Vec3d(0.0, 0.0, 1.0));
+
+    // A list has corners of its own.
+    const RQ_DataArrayHandle corners = positions({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 7, 7, 7});
+    RQ_PrimPolygon::computeNormal(normal, corners, integers({9, 2, 1, 0}), -1, 1);
+    EXPECT_EQ(normal, BAS_Vec3d(0.0, 0.0, -1.0));
+    EXPECT_EQ(RQ_PrimPolygon::faceSurfaceArea(corners, integers({2, 1, 0}), 100, 0), 0.5);
 
     // A face inside a mesh, placed by a matrix.
     const RQ_DataArrayHandle square = positions({9, 9, 9, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0});

@@ -164,6 +164,10 @@ TEST(Mesh, ValidateNamesWhatDoesNotFit)
     const Case cases[] = {
         {"sound", makeMesh(cube), ""},
         {"empty", new RQ_PrimPolygonMesh, ""},
+        {"first array missing",
+         new RQ_PrimPolygonMesh(integers(cube.counts), integers(cube.indices),
+                                oneAttribute("Cd", {})->addAttribute("P", positions(cube.positions), false)),
+         ""},
         {"point beyond the last", new RQ_PrimPolygonMesh(integers(cube.counts), integers(outside), shared),
          "corner 5 uses point 8"},
         {"negative point", new RQ_PrimPolygonMesh(integers(cube.counts), integers(negative), shared),
