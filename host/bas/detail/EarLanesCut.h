@@ -26,8 +26,6 @@ template <class Real, int kLanes> HOST_LANES void EarLanes<Real, kLanes>::cut(Tr
             mark(ear, found);
             ear = bestEar();
         }
-        if (!hasHope())
-            return;
         *triangles++ = cutOff(ear);
     }
     cutQuad(triangles);

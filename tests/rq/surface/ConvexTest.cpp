@@ -75,29 +75,34 @@ TEST(Convex, CutsAFaceOfAMeshAsIfItWereAlone)
         }
         shape.addFace(corners);
     }
-    for (const RQ_DataArrayHandle &points :
-         {positions(shape.positions), makeArray(std::vector<double>(shape.positions.begin(), shape.positions.end()), 3)})
-    {
-        const RQ_PrimPolygonMesh mesh(integers(shape.counts), integers(shape.indices), oneAttribute("P", points));
-        RQ_ConvexArrays arrays;
-        ASSERT_TRUE(mesh.getConvexArrays(arrays, 3));
-        std::vector<double> corners, faces, whole;
-        RQ_Convexer alone;
-        for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
+    const RQ_DataArrayHandle doubles = makeArray(std::vector<double>(shape.positions.begin(), shape.positions.end()), 3);
+    for (const RQ_DataArrayHandle &points : {positions(shape.positions), doubles})
+        for (const int limit : {3, 6})
         {
-            const int64_t count = shape.counts[size_t(face)];
-            alone.processFace(points, count, mesh.getVertexOffset(face), mesh.getVertexList(), 3, true);
-            EXPECT_EQ(alone.getFaceCount(), std::max<int64_t>(count - 2, 0));
-            corners.insert(corners.end(), alone.getVertexList(0), alone.getVertexList(0) + alone.getVertexCount());
-            faces.insert(faces.end(), size_t(alone.getFaceCount()), double(face));
-            whole.insert(whole.end(), size_t(alone.getFaceCount()), count == 3);
+            SCOPED_TRACE(limit);
+            const RQ_PrimPolygonMesh mesh(integers(shape.counts), integers(shape.indices), oneAttribute("P", points));
+            RQ_ConvexArrays arrays;
+            ASSERT_TRUE(mesh.getConvexArrays(arrays, limit, limit == 3));
+            std::vector<double> counts, corners, faces, whole;
+            RQ_Convexer alone;
+            for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
+            {
+                const int64_t count = shape.counts[size_t(face)];
+                alone.processFace(points, count, mesh.getVertexOffset(face), mesh.getVertexList(), limit, limit == 3);
+                EXPECT_TRUE(limit > 3 || alone.getFaceCount() == std::max<int64_t>(count - 2, 0));
+                for (int64_t piece = 0; piece < alone.getFaceCount(); ++piece)
+                    counts.push_back(double(alone.getVertexCount(piece)));
+                corners.insert(corners.end(), alone.getVertexList(0), alone.getVertexList(0) + alone.getVertexCount());
+                faces.insert(faces.end(), size_t(alone.getFaceCount()), double(face));
+                whole.insert(whole.end(), size_t(alone.getFaceCount()), alone.getVertexCount() == count);
+            }
+            EXPECT_EQ(valuesOf(arrays.counts), counts);
+            EXPECT_EQ(valuesOf(arrays.sourceVertex), corners);
+            EXPECT_EQ(valuesOf(arrays.sourceFace), faces);
+            EXPECT_EQ(valuesOf(arrays.whole), whole);
+            for (size_t i = 0; i < corners.size(); ++i)
+                ASSERT_EQ(arrays.vertexList->getI64(int64_t(i)), shape.indices[size_t(corners[i])]) << "corner " << i;
         }
-        EXPECT_EQ(valuesOf(arrays.sourceVertex), corners);
-        EXPECT_EQ(valuesOf(arrays.sourceFace), faces);
-        EXPECT_EQ(valuesOf(arrays.whole), whole);
-        for (size_t i = 0; i < corners.size(); ++i)
-            ASSERT_EQ(arrays.vertexList->getI64(int64_t(i)), shape.indices[size_t(corners[i])]) << "corner " << i;
-    }
 }
 
 /// Generated faces, each in a plane of its own, of any size and somewhere.
