@@ -42,21 +42,40 @@ public:
     /// most of its points.
     template <class Index> void add(std::span<const Index> points, std::vector<std::span<const Index>> *aside = nullptr)
     {
-        const Index *const end = points.data() + points.size();
-        int64_t before = 0;
+        std::span<const Index> passed;  // the row behind the last one, if it is passed over
+        int64_t length = 0, first = 0, apart = 0;
+        const auto settle = [&](bool isBetweenRows) {
+            isBetweenRows ? aside->push_back(passed) : add(passed);
+            passed = {};
+        };
         const auto addStretch = [&](const Index *some, const PointStretch &stretch) {
             for (const PointProgression &progression : StretchProgressions(some, stretch))
                 addProgression(progression);
-            const Index *const next = some + stretch.entries;
-            const bool isGrid = stretch.entries == std::exchange(before, stretch.entries);
-            const int64_t passed = aside && isGrid ? std::min(stretch.entries, end - next) : 0;
-            if (passed > 0)
-                aside->emplace_back(next, size_t(passed));
-            return stretch.entries + passed;
+            if (!aside)
+                return stretch.entries;
+            const int64_t before = std::exchange(first, *some);
+            bool isGrid = stretch.entries == std::exchange(length, stretch.entries);
+            if (passed.empty())
+                apart = first - before;
+            else
+            {
+                // The last row of a grid has points of its own: no other follows as far behind it.
+                const bool goesOn = first == before + 2 * apart;
+                isGrid = isGrid && goesOn;
+                settle(goesOn);
+            }
+            if (isGrid)
+            {
+                const std::span rest = points.subspan(size_t(some - points.data() + stretch.entries));
+                passed = rest.first(std::min(rest.size(), size_t(stretch.entries)));
+            }
+            return stretch.entries + int64_t(passed.size());
         };
         visitStretches(points.data(), int64_t(points.size()), addStretch, [this](const Index *some, int64_t entries) {
             entries > PointStretch::kLeastEntries ? addMany(some, entries) : addFew(some, entries);
         });
+        if (!passed.empty())
+            settle(false);
     }
 
     /// Add what bytes tell of the points [begin, end) to their bits.
