@@ -1,11 +1,11 @@
 #include <io/GLTFWriter.h>
 
 #include <limits>
-#include <set>
 
 #include <io/detail/GLTFNodes.h>
 #include <io/detail/GLTFScene.h>
 #include <io/detail/bytes.h>
+#include <io/detail/sayOnce.h>
 #include <io/detail/writeWhole.h>
 
 namespace rq::io
@@ -41,16 +41,12 @@ public:
     }
 
 private:
-    // What several parts have to say alike is said once.
     void writeMeshes(Messages &messages)
     {
         Messages said;
         for (const PackedParts::Part &part : parts_.all())
             meshes_.emplace_back(part.own, !part.placements.empty(), name_, buffer_, said);
-        std::set<std::string> known;
-        for (const Message &message : said.all())
-            if (known.insert(message.text).second)
-                messages.warn(message.file, message.place, message.text);
+        sayOnce(said, messages);
     }
 
     std::string inChunks(std::string text)

@@ -1,5 +1,7 @@
 #include <io/Message.h>
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 namespace rq::io
@@ -24,6 +26,12 @@ bool Messages::fail(const std::string &file, Place place, std::string text)
 {
     messages_.push_back({Message::Error, file, place, std::move(text)});
     return false;
+}
+
+void Messages::noteFile(const std::string &path)
+{
+    if (std::ranges::find(files_, path) == files_.end())
+        files_.push_back(path);
 }
 
 std::string Messages::toString() const

@@ -48,6 +48,12 @@ public:
     /// Always false, so that a reader can end with `return messages.fail(...)`.
     bool fail(const std::string &file, Place place, std::string text);
 
+    /// Note a file that reading led to, besides the one that was asked for: whether it is there or not, each once.
+    void noteFile(const std::string &path);
+
+    /// All of them, as they were opened.
+    const std::vector<std::string> &files() const { return files_; }
+
     const std::vector<Message> &all() const { return messages_; }
     int64_t warnings() const { return warnings_; }
     int64_t errors() const { return int64_t(messages_.size()) - warnings_; }
@@ -57,6 +63,7 @@ public:
 
 private:
     std::vector<Message> messages_;
+    std::vector<std::string> files_;
     int64_t warnings_ = 0;
 };
 }  // namespace rq::io

@@ -90,7 +90,7 @@ Buffers::Source Buffers::readSource(const RQ_DataArray &array, Seen seen, RQ_Dat
         source.format = GL_R32I;
         source.values = valuesOf<int32_t>(array, keep, source.copied);
     }
-    else if (seen == Seen::Bits || array.getStorage() == RQ_STORAGE_UINT8)
+    else if (seen == Seen::Bits || (seen == Seen::Numbers && array.getStorage() == RQ_STORAGE_UINT8))
     {
         // A shader that asks for floats sees a byte as a part of 255.
         source.size = 1;
@@ -129,6 +129,8 @@ const Buffer *Buffers::find(const RQ_DataArrayHandle &array, Seen seen, DisplayS
 {
     if (!array)
         return nullptr;
+    if (seen == Seen::Floats && array->getStorage() != RQ_STORAGE_UINT8)
+        seen = Seen::Numbers;
     // What has no id is known by its place, as long as the scene holds it.
     const int64_t id = array->getDataId();
     const Key key(id >= 0 ? id : -int64_t(std::bit_cast<uintptr_t>(array.get())), seen);

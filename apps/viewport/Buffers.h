@@ -31,6 +31,7 @@ struct Buffer
 enum class Seen
 {
     Numbers,  ///< floats: 16 and 32 bits and bytes as they are, everything else converted
+    Floats,   ///< the same, but bytes converted: for shaders that know of no scale
     Rows,     ///< 32-bit floats, four at a time: matrices
     Indices,  ///< 32-bit integers
     Bits,     ///< 8-bit integers

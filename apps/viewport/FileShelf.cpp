@@ -7,7 +7,8 @@ namespace rq::viewport
 const LoadedFile *FileShelf::find(const std::string &path, const FileStamp &stamp)
 {
     const auto found = std::find_if(places_.begin(), places_.end(), [&](const Place &place) {
-        return place.file.path == path && place.file.stamp == stamp;
+        return place.file.path == path && place.file.stamp == stamp &&
+               std::ranges::none_of(place.file.others, &StampedFile::hasChanged);
     });
     if (found == places_.end())
         return nullptr;

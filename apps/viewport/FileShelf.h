@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <vector>
 
 #include <apps/viewport/FileStamp.h>
 #include <host/mod/DetailHandle.h>
@@ -14,6 +15,7 @@ struct LoadedFile
     FileStamp stamp;  ///< from before it was read
     MOD_ConstDetailHandle detail;
     std::string warnings;
+    std::vector<StampedFile> others{};  ///< that reading it led to
 };
 
 /// Files that were read, so that an animation that is played again is not read again.  Those that were not asked for the
@@ -23,7 +25,7 @@ class FileShelf
 public:
     explicit FileShelf(int64_t mostBytes = int64_t(2) << 30) : mostBytes_(mostBytes) {}
 
-    /// Null when there is no such file, or it has been written since.
+    /// Null when there is no such file, or it, or one that it led to, has been written since.
     const LoadedFile *find(const std::string &path, const FileStamp &stamp);
 
     /// Keep a file, in place of what was read from there before.

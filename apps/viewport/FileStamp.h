@@ -18,4 +18,14 @@ struct FileStamp
     bool exists() const { return !(*this == FileStamp()); }
     bool operator==(const FileStamp &) const = default;
 };
+
+/// A file as it was.
+struct StampedFile
+{
+    std::string path;
+    FileStamp stamp;
+
+    /// Whether it was written since, or is there at last; what is gone has not changed.
+    bool hasChanged() const;
+};
 }  // namespace rq::viewport

@@ -92,7 +92,7 @@ bool ItemPainter::bind(const Item &item, const Frame &frame, Shader &shader, boo
     const Form &form = *item.form;
     shader.use();
     glBindVertexArray(vertices_);
-    bindArray(UnitPositions, form.positions, Seen::Numbers, complete, error);
+    bindArray(UnitPositions, form.positions, Seen::Floats, complete, error);
     const bool hasCopies = item.copies() > 1;
     if (hasCopies)
         bindArray(UnitPlacements, item.matrices, Seen::Rows, complete, error);
@@ -130,7 +130,7 @@ void ItemPainter::bindColour(const Item &item, const Frame &frame, Shader &shade
 
 void ItemPainter::bindNormals(const Form &form, Shader &shader, bool &complete, std::string &error)
 {
-    if (bindArray(UnitNormals, form.normals, Seen::Numbers, complete, error))
+    if (bindArray(UnitNormals, form.normals, Seen::Floats, complete, error))
         shader.set("normalForm", int(form.normals->getTupleSize()), int(normalLookup(form)));
 }
 
@@ -145,7 +145,7 @@ bool ItemPainter::drawSegments(const Item &item, const Frame &frame, std::string
     bindArray(UnitFaceSources, form.faceSources, Seen::Indices, complete, error);
     bindColour(item, frame, *shader, complete, error);
     const Found width = widthOf(item);
-    if (bindArray(UnitWidths, width.array, Seen::Numbers, complete, error))
+    if (bindArray(UnitWidths, width.array, Seen::Floats, complete, error))
         shader->set("widthForm", int(width.array->getTupleSize()), int(width.lookup));
     shader->set("pixelWidth", kLineWidth);
     glDrawArraysInstanced(GL_TRIANGLES, 0, GLsizei(6 * form.elements), GLsizei(item.copies()));
@@ -169,7 +169,7 @@ bool ItemPainter::drawPoints(const Item &item, const Frame &frame, std::string &
     {
         bindColour(item, frame, *shader, complete, error);
         const Found width = widthOf(item);
-        if (bindArray(UnitWidths, width.array, Seen::Numbers, complete, error))
+        if (bindArray(UnitWidths, width.array, Seen::Floats, complete, error))
             shader->set("widthForm", int(width.array->getTupleSize()), int(width.lookup));
     }
     else

@@ -1,5 +1,6 @@
 #include <apps/viewport/SceneLoader.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include <apps/refineShared.h>
@@ -40,6 +41,8 @@ bool SceneLoader::readFile(LoadedFile &file, std::string &error) const
     io::Messages messages;
     const bool isRead = io::load(file.path, detail, messages);
     (isRead ? file.warnings : error) = messages.toString();
+    for (const std::string &other : messages.files())
+        file.others.push_back({other, FileStamp::of(other)});
     if (!isRead && cancelled_)
         error = "cancelled";
     file.detail = detail.read();
@@ -53,16 +56,19 @@ bool SceneLoader::loadFiles(const Order &order, LoadedFiles &loaded, std::string
     {
         const std::string &path = order.files[i];
         const FileStamp stamp = FileStamp::of(path);
-        tried_.emplace_back(path, stamp);
+        tried_.push_back({path, stamp});
         // What is no file, such as standard input, can be read but once.
         if (const LoadedFile *kept = order.readsAgain && stamp.exists() ? nullptr : shelf_.find(path, stamp))
         {
             loaded.push_back(*kept);
+            tried_.insert(tried_.end(), kept->others.begin(), kept->others.end());
             continue;
         }
         // A file that changes while it is read is seen again, with its new stamp.
         LoadedFile &file = loaded.emplace_back(LoadedFile{path, stamp, {}, {}});
-        if (!readFile(file, error))
+        const bool isRead = readFile(file, error);
+        tried_.insert(tried_.end(), file.others.begin(), file.others.end());
+        if (!isRead)
             return false;
         if (i < loaded_.size())
             file.detail = followFrame(loaded_[i].detail, file.detail);
@@ -142,11 +148,5 @@ ResultHandle SceneLoader::load(const Order &order, std::string &error)
     return last_ = result;
 }
 
-bool SceneLoader::haveFilesChanged() const
-{
-    for (const auto &[path, stamp] : tried_)
-        if (const FileStamp now = FileStamp::of(path); now.exists() && !(now == stamp))
-            return true;
-    return false;
-}
+bool SceneLoader::haveFilesChanged() const { return std::ranges::any_of(tried_, &StampedFile::hasChanged); }
 }  // namespace rq::viewport

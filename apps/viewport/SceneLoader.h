@@ -36,7 +36,7 @@ public:
 
     ResultHandle load(const Order &order, std::string &error);
 
-    /// Whether a file was written since it was last read, successfully or not.
+    /// Whether a file, or one that reading it led to, was written since it was last read, successfully or not.
     bool haveFilesChanged() const;
 
 private:
@@ -52,7 +52,7 @@ private:
     RQ_RefineCache cache_;
     FileShelf shelf_;
     LoadedFiles loaded_;
-    std::vector<std::pair<std::string, FileStamp>> tried_;
+    std::vector<StampedFile> tried_;
     ResultHandle last_;
 };
 }  // namespace rq::viewport

@@ -96,12 +96,21 @@ bool checkJSON(const Source &source, std::string_view json)
     return true;
 }
 
+struct Folder
+{
+    std::string path;
+    Messages &messages;
+};
+
 // Buffers in files: only beside the file, and never a pipe.
 bool isBeside(const std::string &path, void *base)
 {
     std::error_code ignored;
-    return path.starts_with(*static_cast<const std::string *>(base) + '/') &&
-           std::filesystem::is_regular_file(path, ignored);
+    const Folder &folder = *static_cast<const Folder *>(base);
+    if (!path.starts_with(folder.path + '/'))
+        return false;
+    folder.messages.noteFile(path);
+    return std::filesystem::is_regular_file(path, ignored);
 }
 
 std::string asItIs(const std::string &path, void *) { return path; }
@@ -152,10 +161,11 @@ bool parseGLTF(const Source &source, tinygltf::Model &model)
     if (!checkJSON(source, chunks.json))
         return false;
 
-    std::string base = std::filesystem::path(source.name).parent_path().string();
+    Folder folder{std::filesystem::path(source.name).parent_path().string(), source.messages};
+    std::string &base = folder.path;
     base = base.empty() ? "." : base;
     tinygltf::TinyGLTF parser;
-    parser.SetFsCallbacks({isBeside, asItIs, readAll, writeNothing, &base});
+    parser.SetFsCallbacks({isBeside, asItIs, readAll, writeNothing, &folder});
     parser.SetImageLoader(passOverImage, nullptr);
     std::string error, warning;
     bool good = false;

@@ -54,9 +54,12 @@ private:
         std::string path = (std::filesystem::path(source_.name).parent_path() / name).string();
         if (!isFile(path))
             std::ranges::replace(path, '\\', '/');
-        if (isFromStandardInput() || !isFile(path))
+        if (isFromStandardInput())
             return false;
         path = std::filesystem::path(path).lexically_normal().string();
+        messages_.noteFile(path);
+        if (!isFile(path))
+            return false;
         if (std::ranges::find(paths_, path) != paths_.end())
             return true;
         paths_.push_back(path);

@@ -1,8 +1,6 @@
 #include <io/detail/UnpackedColumns.h>
 
 #include <algorithm>
-#include <cmath>
-#include <set>
 
 #include <fmt/format.h>
 
@@ -45,6 +43,8 @@ RQ_Type meaningOf(std::string_view name, ELM_Storage storage, int size)
                                      : RQ_TYPE_NONE;
 }
 
+bool isColumn(const ELM_Attribute &attribute) { return attribute.numericTuple() || attribute.strings(); }
+
 bool isColor(const BAS_StringHolder &name) { return name.view() == "Cd" || name.view() == "Alpha"; }
 
 template <class T> void makeUnits(T *rows, int64_t count, int size)
@@ -69,16 +69,18 @@ UnpackedColumns::UnpackedColumns(const PackedCopies &copies, const std::vector<M
 
 void UnpackedColumns::take(size_t part)
 {
-    const MSH_Detail &plain = *plain_[part].readLock();
+    const MSH_Detail &plain = *plain_[part].readLock(), &root = *plain_.back().readLock();
     for (const ELM_Owner owner : kOwners)
         for (const ELM_Attribute &attribute : plain.attributes(owner))
         {
             // What only says where something is placed ends with the placing.
             const bool isGiven = isOfPlaced(attribute) && !copies_.parts().all()[part].placements.empty();
-            const bool isPublic = attribute.scope() == ELM_SCOPE_PUBLIC;
-            if (isPublic && (attribute.numericTuple() || attribute.strings()) && (plain.count(owner) > 0 || isGiven))
+            if (attribute.scope() != ELM_SCOPE_PUBLIC || (plain.count(owner) == 0 && !isGiven))
+                continue;
+            const ELM_Attribute *known = root.count(owner) > 0 ? root.find(owner, attribute.name().view()) : nullptr;
+            if (isColumn(attribute) && (!known || isColumn(*known)))
                 take(attribute);
-            else if (isPublic && plain.count(owner) > 0 && part + 1 < plain_.size())
+            else if (part + 1 < plain_.size())
                 messages_.warn(name_, {},
                                fmt::format("attribute \"{}\" of {} in packed geometry is left out", attribute.name().c_str(),
                                            Leftovers::nameOf(owner)));

@@ -1,12 +1,15 @@
 #include <io/detail/unpacked.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include <fmt/format.h>
 
+#include <io/detail/AppendedRuns.h>
 #include <io/detail/Materials.h>
 #include <io/detail/Tally.h>
 #include <io/detail/UnpackedColumns.h>
+#include <io/detail/sayOnce.h>
 
 namespace rq::io
 {
@@ -20,66 +23,6 @@ bool isCopied(const MSH_Detail &detail, ELM_Offset primitive)
     return detail.typeOf(primitive) == ELM_PRIMITIVE_POLYGON || detail.typeOf(primitive) == ELM_PRIMITIVE_PARTICLES;
 }
 
-/// Primitives of one type that are appended at once.
-struct Run
-{
-    ELM_PrimitiveTypeId type = ELM_PRIMITIVE_NONE;
-    bool isClosed = false;
-    std::vector<int32_t> corners{}, points{};
-};
-
-/// Appends primitives, and keeps those that the edit has not yet.
-class Appending
-{
-public:
-    explicit Appending(MOD_Edit &edit) : edit_(edit), vertex_(edit.vertexCount()) {}
-
-    bool add(const MSH_Detail &detail, int64_t firstPoint)
-    {
-        for (ELM_Offset primitive = 0; primitive < detail.primitiveCount(); ++primitive)
-        {
-            const bool isClosed = detail.isClosed(primitive);
-            if ((detail.typeOf(primitive) != run_.type || isClosed != run_.isClosed) && !finish())
-                return false;
-            run_.type = detail.typeOf(primitive);
-            run_.isClosed = isClosed;
-            const auto [start, count] = detail.vertexRun(primitive);
-            run_.corners.push_back(int32_t(count));
-            for (ELM_Offset vertex = start; vertex < start + count; ++vertex, ++vertex_)
-            {
-                const ELM_Offset point = detail.vertexPoint(vertex);
-                if (point < 0)
-                    loose_.push_back(vertex_);
-                run_.points.push_back(point < 0 ? 0 : int32_t(firstPoint + point));
-            }
-        }
-        return true;
-    }
-
-    bool finish()
-    {
-        const std::span<const int32_t> corners = run_.corners;
-        if (!corners.empty() && !edit_.append({.type = run_.type,
-                                               .count = std::ssize(corners),
-                                               .corners = corners,
-                                               .points = run_.points,
-                                               .isClosed = run_.isClosed}))
-            return false;
-        run_ = {};
-        for (const ELM_Offset vertex : loose_)
-            if (!edit_.setVertexPoint(vertex, -1))
-                return false;
-        loose_.clear();
-        return true;
-    }
-
-private:
-    MOD_Edit &edit_;
-    int64_t vertex_;  // the next one
-    Run run_;
-    std::vector<ELM_Offset> loose_;
-};
-
 /// Puts copies of all parts into one detail.
 class Unpacking
 {
@@ -92,8 +35,8 @@ public:
 
 private:
     const MSH_Detail &plain(size_t part) const { return *plain_[part].readLock(); }
+    bool fits();
     void makePlain();
-    bool fits() const;
     bool appendElements(MOD_Edit &edit, PackedCopies &copies) const;
     void joinGroups(MOD_Edit &edit, const PackedCopies &copies) const;
     bool turnMirrored(MOD_Edit &edit, const PackedCopies &copies) const;
@@ -111,7 +54,6 @@ private:
 
 MOD_ConstDetailHandle Unpacking::build()
 {
-    makePlain();
     if (!fits())
         return fail(fmt::format("expected packed geometry of at most {:.0f} copies and {} points, found more", kMostCopies,
                                 INT32_MAX));
@@ -125,6 +67,19 @@ MOD_ConstDetailHandle Unpacking::build()
     if (!turnMirrored(edit, copies))
         return fail(edit.message());
     return edit.commit();
+}
+
+bool Unpacking::fits()
+{
+    if (parts_.copies() > kMostCopies)
+        return false;
+    makePlain();
+    return std::ranges::all_of(kOwners, [this](ELM_Owner owner) {
+        double sum = 0.0;
+        for (size_t part = 0; part < plain_.size(); ++part)
+            sum += parts_.all()[part].copies * double(plain(part).count(owner));
+        return sum <= double(INT32_MAX);
+    });
 }
 
 void Unpacking::makePlain()
@@ -155,19 +110,6 @@ void Unpacking::makePlain()
     }
 }
 
-bool Unpacking::fits() const
-{
-    bool all = parts_.copies() <= kMostCopies;
-    for (const ELM_Owner owner : kOwners)
-    {
-        double sum = 0.0;
-        for (size_t part = 0; part < plain_.size(); ++part)
-            sum += parts_.all()[part].copies * double(plain(part).count(owner));
-        all = all && sum <= double(INT32_MAX);
-    }
-    return all;
-}
-
 bool Unpacking::appendElements(MOD_Edit &edit, PackedCopies &copies) const
 {
     std::array<int64_t, 3> next{};
@@ -179,7 +121,7 @@ bool Unpacking::appendElements(MOD_Edit &edit, PackedCopies &copies) const
     }
     if (!edit.appendPoints(next[ELM_OWNER_POINT] - edit.pointCount()))
         return false;
-    Appending appending(edit);
+    AppendedRuns appending(edit);
     for (size_t i = 1; i < copies.all.size(); ++i)
         if (!appending.add(plain(copies.all[i].part), copies.all[i].first[ELM_OWNER_POINT]))
             return false;
@@ -245,6 +187,11 @@ MOD_ConstDetailHandle unpacked(const MOD_ConstDetailHandle &detail, const std::s
     if (!hasPacked(*detail.readLock()))
         return detail;
     PackedParts parts(name, messages);
-    return parts.collect(detail) ? Unpacking(parts, name, messages).build() : MOD_ConstDetailHandle();
+    if (!parts.collect(detail))
+        return {};
+    Messages said;
+    const MOD_ConstDetailHandle all = Unpacking(parts, name, said).build();
+    sayOnce(said, messages);
+    return all;
 }
 }  // namespace rq::io

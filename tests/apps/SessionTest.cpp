@@ -138,6 +138,41 @@ TEST_F(SessionTest, FollowsAFileAndKeepsWhatItHadOfAWrongOne)
     waitForError(session, "nowhere.obj: error: cannot be read");
 }
 
+TEST_F(SessionTest, FollowsTheFilesThatAFileNames)
+{
+    const auto redOf = [](const SessionResult *result) {
+        std::vector<double> colour = {-1.0};
+        const ELM_Attribute *told = result ? result->details[0].readLock()->find(ELM_OWNER_DETAIL, "materials") : nullptr;
+        if (told)
+            told->dicts()->get(0).options().import("m", colour);
+        return colour[0];
+    };
+    write("a.obj", "mtllib a.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n");
+    Session session;
+    session.open({path("a.obj")});
+    EXPECT_EQ(redOf(waitForResult(session).get()), -1.0) << "there are no materials yet";
+    for (const double red : {0.25, 0.75})
+    {
+        write("a.mtl", fmt::format("newmtl m\nKd {} 0 0\n", red));
+        waitFor(session, [&](const SessionResult *result) { return redOf(result) == red; });
+    }
+
+    write("b.gltf", R"({"asset": {"version": "2.0"}, "buffers": [{"byteLength": 36, "uri": "b.bin"}],
+        "bufferViews": [{"buffer": 0, "byteLength": 36}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}]})");
+    session.open({path("b.gltf")});
+    waitForError(session, "b.bin");
+    for (const float height : {1.0f, 2.0f})
+    {
+        const std::vector<float> places = {0, 0, height, 1, 0, height, 0, 1, height};
+        write("b.bin", std::string(reinterpret_cast<const char *>(places.data()), 36));
+        waitFor(session, [&](const SessionResult *result) {
+            return result && result->details[0].readLock()->positions().pages<float>()->value(0, 2) == height;
+        });
+    }
+}
+
 TEST_F(SessionTest, FramesOfOneTopologyCostTheirDataAlone)
 {
     for (int frame = 0; frame < 4; ++frame)

@@ -159,6 +159,32 @@ TEST_F(Viewport, ColoursByAttributesOfEveryOwner)
         }
 }
 
+// Bytes of colours are parts of 255, those of places and widths are not.
+TEST_F(Viewport, DrawsPlacesInAnyStorage)
+{
+    Squares squares;
+    const std::vector<float> places = {0, 0, 0, 1, 0, 0, 2, 0, 0, 0, 1, 0, 1, 1, 0, 2, 1, 0};
+    const auto in = [&](auto like) {
+        return makeArray(std::vector<decltype(like)>(places.begin(), places.end()), 3, RQ_TYPE_POINT);
+    };
+    const auto cloud = [](const RQ_DataArrayHandle &points, const RQ_DataArrayHandle &widths) {
+        const RQ_AttributeListHandle list = oneAttribute("P", points);
+        return RQ_PrimitiveHandle(new RQ_PrimPointMesh(list->addAttribute("width", widths, true), nullptr));
+    };
+    squares.points = in(float());
+    const Picture expected = draw(squares.with({})),
+                  balls = draw(cloud(in(float()), makeArray<float>(std::vector<float>(6, 1.0f), 1)));
+    EXPECT_GT(coverage(expected), 0.1);
+    EXPECT_GT(coverage(balls), 0.1);
+    for (const RQ_DataArrayHandle &points : {in(uint8_t()), in(int8_t()), in(int32_t()), in(double())})
+    {
+        SCOPED_TRACE(points->getStorage());
+        squares.points = points;
+        EXPECT_EQ(draw(squares.with({})).pixels, expected.pixels);
+        EXPECT_EQ(draw(cloud(points, makeArray<uint8_t>(std::vector<uint8_t>(6, 1), 1))).pixels, balls.pixels);
+    }
+}
+
 TEST_F(Viewport, MapsNumbersAndTellsTextsApart)
 {
     const Squares squares;
