@@ -1,14 +1,28 @@
 #include <io/detail/GLTFAssembly.h>
 
 #include <algorithm>
+#include <bit>
 #include <numeric>
 
+#include <host/bas/hashBytes.h>
 #include <io/detail/GLTFMaterialsRead.h>
 #include <io/detail/Materials.h>
 #include <io/detail/Tally.h>
 
 namespace rq::io
 {
+namespace
+{
+// Equal for the same positions in the same place: a mesh may lie in a hundred thousand.
+uint64_t keyOf(int positions, const BAS_Mat4d &matrix)
+{
+    uint64_t key = uint64_t(positions);
+    for (int i = 0; i < 16; ++i)
+        key = host::hashWord(key, std::bit_cast<uint64_t>(matrix[i / 4][i % 4]));
+    return key;
+}
+}  // namespace
+
 bool GLTFAssembly::build(const std::vector<GLTFPlacedMesh> &placed, MOD_DetailHandle &detail)
 {
     for (const std::string &extension : model_.extensionsRequired)
@@ -68,7 +82,7 @@ bool GLTFAssembly::takePrimitive(const GLTFPlacedMesh &placed, const tinygltf::P
 // Primitives with the same attributes in the same place have the same points, also those of several meshes.
 const GLTFPoints *GLTFAssembly::findPoints(const GLTFPlacedMesh &placed, const tinygltf::Primitive &primitive)
 {
-    std::vector<const GLTFPoints *> &known = known_[primitive.attributes.at("POSITION")];
+    std::vector<const GLTFPoints *> &known = known_[keyOf(primitive.attributes.at("POSITION"), placed.matrix)];
     for (const GLTFPoints *points : known)
         if (*points->matrix == placed.matrix && *points->attributes == primitive.attributes)
             return points;

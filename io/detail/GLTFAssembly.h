@@ -45,7 +45,7 @@ private:
     const Source &source_;
     const tinygltf::Model &model_;
     std::deque<GLTFPoints> sets_;
-    std::unordered_map<int, std::vector<const GLTFPoints *>> known_;  // sets by the accessor of their positions
+    std::unordered_map<uint64_t, std::vector<const GLTFPoints *>> known_;  // sets by what `keyOf` tells
     GLTFColumns columns_;
     std::vector<Part> parts_;
     int64_t points_ = 0;
