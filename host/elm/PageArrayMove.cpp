@@ -1,5 +1,7 @@
 #include <host/elm/PageArray.h>
 
+#include <host/elm/detail/pages.h>
+
 template <class T> void ELM_PageArray<T>::rearrange(const ELM_OffsetList &rows)
 {
     ELM_PageArray gathered(tupleSize(), defaults());
@@ -31,35 +33,14 @@ template <class T> void ELM_PageArray<T>::adopt(const host::PageSlabHandle &memo
     const T *values = reinterpret_cast<const T *>(memory->data());
     for (int64_t page = 0; page < adopted.pageCount(); ++page)
     {
-        adopted.table_->pages[size_t(page)] = {values + (page << ELM_PAGE_BITS) * tupleSize(), ELM_PAGE_SIZE - 1};
+        adopted.table_->pages[size_t(page)] = {values + (page << ELM_PAGE_BITS) * tupleSize(), host::kRawPage};
         adopted.table_->slabOf[size_t(page)] = slab;
     }
     table_ = std::move(adopted.table_);
 }
 
-template void ELM_PageArray<uint8_t>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<int8_t>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<int16_t>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<int32_t>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<int64_t>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<PLT_Half>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<float>::rearrange(const ELM_OffsetList &);
-template void ELM_PageArray<double>::rearrange(const ELM_OffsetList &);
-
-template void ELM_PageArray<uint8_t>::reverse(int64_t, int64_t);
-template void ELM_PageArray<int8_t>::reverse(int64_t, int64_t);
-template void ELM_PageArray<int16_t>::reverse(int64_t, int64_t);
-template void ELM_PageArray<int32_t>::reverse(int64_t, int64_t);
-template void ELM_PageArray<int64_t>::reverse(int64_t, int64_t);
-template void ELM_PageArray<PLT_Half>::reverse(int64_t, int64_t);
-template void ELM_PageArray<float>::reverse(int64_t, int64_t);
-template void ELM_PageArray<double>::reverse(int64_t, int64_t);
-
-template void ELM_PageArray<uint8_t>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<int8_t>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<int16_t>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<int32_t>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<int64_t>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<PLT_Half>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<float>::adopt(const host::PageSlabHandle &, int64_t);
-template void ELM_PageArray<double>::adopt(const host::PageSlabHandle &, int64_t);
+#define INSTANTIATE(T)                                                                                                      \
+    template void ELM_PageArray<T>::rearrange(const ELM_OffsetList &);                                                      \
+    template void ELM_PageArray<T>::reverse(int64_t, int64_t);                                                              \
+    template void ELM_PageArray<T>::adopt(const host::PageSlabHandle &, int64_t);
+ELM_EACH_PAGE_TYPE(INSTANTIATE)

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include <host/elm/detail/pages.h>
+
 namespace
 {
 // Copy tuples of a size known to the compiler (0: any); components past the tuple are 0.
@@ -59,11 +61,6 @@ void ELM_PageArray<T>::copyOut(T *to, const ELM_OffsetList &rows, int64_t first,
     });
 }
 
-template void ELM_PageArray<uint8_t>::copyOut(uint8_t *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<int8_t>::copyOut(int8_t *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<int16_t>::copyOut(int16_t *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<int32_t>::copyOut(int32_t *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<int64_t>::copyOut(int64_t *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<PLT_Half>::copyOut(PLT_Half *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<float>::copyOut(float *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
-template void ELM_PageArray<double>::copyOut(double *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
+#define INSTANTIATE(T)                                                                                                      \
+    template void ELM_PageArray<T>::copyOut(T *, const ELM_OffsetList &, int64_t, int64_t, int, int64_t) const;
+ELM_EACH_PAGE_TYPE(INSTANTIATE)
