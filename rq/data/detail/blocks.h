@@ -87,4 +87,16 @@ inline void readTexts(const RQ_DataArray &array, int64_t entry, BAS_Array<BAS_Op
         for (int c = 0; c < array.getTupleSize(); ++c)
             values.push_back(array.getDict(entry, c));
 }
+
+/// Call `visit(tag)` with the type of the array's values, texts and dictionaries included.
+template <class Visitor> bool dispatchValues(RQ_Storage storage, Visitor &&visit)
+{
+    if (storage == RQ_STORAGE_STRING)
+        visit(std::type_identity<BAS_StringHolder>());
+    else if (storage == RQ_STORAGE_DICTIONARY)
+        visit(std::type_identity<BAS_OptionsHolder>());
+    else
+        return dispatchStorage(storage, visit);
+    return true;
+}
 }  // namespace rq
