@@ -8,11 +8,13 @@ bool matches(const BAS_StringMMPattern *pattern, const BAS_StringHolder &name)
     return pattern && pattern->matches(name.view());
 }
 
-// The length of the first attribute, -1 when there is none.
+// The length of the first array that is there, -1 when there is none.
 int64_t lengthOf(const RQ_AttributeListHandle &list)
 {
-    const bool any = list && list->entries() > 0 && list->get(0, 0);
-    return any ? list->get(0, 0)->entries() : -1;
+    for (int i = 0; list && i < list->entries(); ++i)
+        if (const RQ_DataArrayHandle &array = list->get(i, 0))
+            return array->entries();
+    return -1;
 }
 }  // namespace
 

@@ -20,7 +20,10 @@ bool RQ_PrimitiveBuilder::checkCounts(const char *mesh, const char *item, const 
                              element);
             return false;
         }
-    return true;
+    if (RQ_CountArray(counts).entries() == counts->entries())
+        return true;
+    status_.addError("%s: more %s than can be numbered", mesh, element);
+    return false;
 }
 
 RQ_PolygonMeshHandle RQ_PrimitiveBuilder::polygonMesh(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
@@ -43,11 +46,6 @@ RQ_PolygonMeshHandle RQ_PrimitiveBuilder::polygonMesh(const RQ_DataArrayHandle &
     if (!checkCounts("Polygon mesh", "face", "corners", counts))
         return {};
     const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(counts, vertexList, shared, vertex, uniform, detail));
-    if (mesh->getFaceCount() != faces)
-    {
-        status_.addError("Polygon mesh: its faces have more corners than can be numbered");
-        return {};
-    }
     if (std::string why; !mesh->validate(&why))
     {
         status_.addError("Polygon mesh: %s", why.c_str());

@@ -606,9 +606,12 @@ TEST(Curves, AreBuiltOnlyOfWhatFits)
     EXPECT_FALSE(builder.curveMesh(RQ_BASIS_BEZIER, integers({-1, 5}), four));
     EXPECT_FALSE(builder.curveMesh(RQ_BASIS_INVALID, integers({4}), four));
     EXPECT_FALSE(builder.curve(RQ_BASIS_BEZIER, ragged));
+    EXPECT_FALSE(builder.curveMesh(RQ_BASIS_LINEAR, makeArray(std::vector<int64_t>{int64_t(1) << 62}),
+                                   oneAttribute("n", integers({}))));
     EXPECT_EQ(status.errors(), (BAS_Array<std::string>{"Curve mesh: vertex attribute n has 4 entries, expected 5",
                                                        "Curve mesh: curve 0 has -1 vertices", "Curve mesh: basis -1 is none",
-                                                       "Curve: its attributes differ in length"}));
+                                                       "Curve: its attributes differ in length",
+                                                       "Curve mesh: more vertices than can be numbered"}));
     EXPECT_FALSE(RQ_CurveHandle(new RQ_PrimCurve)->init(RQ_BASIS_LINEAR, four, four));
 }
 

@@ -229,6 +229,12 @@ TEST(Mesh, TakesOverAttributesByOwnerAndIsSavedWithThem)
     EXPECT_EQ(result.getShared(), mesh->getShared());
     EXPECT_EQ(valuesOf(result.getUniform()->get("face")), std::vector<double>{0});
 
+    // Of three points, though the first array is missing; the source has an array of one.
+    const RQ_PolygonMeshHandle holey(new RQ_PrimPolygonMesh(
+        *mesh, oneAttribute("Cd", {})->addAttribute("P", positions(shape.positions), false), {}, {}, {}));
+    const RQ_PolygonMeshHandle other(new RQ_PrimPolygonMesh(*mesh, oneAttribute("a", integers({1})), {}, {}, {}));
+    EXPECT_EQ(holey->attributeMerge(*other, nullptr, &anything, nullptr, nullptr), holey);
+
     const std::string text = jsonOf(result);
     for (const char *part : {"\"PolygonMesh\"", "[0,1,2]", "\"P\"", "\"face\"", "\"id\"", "\"facesets\":{\"all\":[0]}"})
         EXPECT_NE(text.find(part), std::string::npos) << part << " in " << text;
