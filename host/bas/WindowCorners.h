@@ -55,18 +55,21 @@ public:
     /// Work out the normals of the points, and which are smooth.
     void finishPoints(const CuspCosines &cusp, bool normalize)
     {
-        VectorLanes sums, units;
+        VectorLanes units, sums;
         double lengths[VectorLanes::kCount];
+        Vector normals[VectorLanes::kCount];
         for (int64_t begin = 0; begin < sums_.count(); begin += VectorLanes::kCount)
         {
             const int64_t count = std::min(VectorLanes::kCount, sums_.count() - begin);
-            loadLanes(sums_.sums(begin), count, sums);
-            units = sums;
+            loadLanes(sums_.sums(begin), count, units);
+            if (!normalize)
+                sums = units;
             normalizeLanes(units, count, lengths);
+            storeLanes(normalize ? units : sums, count, &normals->x);
             for (int64_t i = 0; i < count; ++i)
             {
                 const bool isSmooth = cusp.isSmooth(lengths[i], sums_.sums(begin)[i].w, sums_.least(begin + i));
-                points_[size_t(begin + i)] = {Vector(normalize ? units[i] : sums[i]), isSmooth ? kSmooth : kNone};
+                points_[size_t(begin + i)] = {normals[i], isSmooth ? kSmooth : kNone};
             }
         }
         faces_ = 0;
