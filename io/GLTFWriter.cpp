@@ -43,10 +43,9 @@ public:
 private:
     void writeMeshes(Messages &messages)
     {
-        Messages said;
         for (const PackedParts::Part &part : parts_.all())
-            meshes_.emplace_back(part.own, !part.placements.empty(), name_, buffer_, said);
-        sayOnce(said, messages);
+            meshes_.emplace_back(part.own, !part.placements.empty(), name_, buffer_, said_);
+        sayOnce(said_, messages);
     }
 
     std::string inChunks(std::string text)
@@ -75,6 +74,7 @@ private:
     bool inText_;
     const std::string &name_;
     GLTFBuffer buffer_;
+    Messages said_;
     std::deque<GLTFMeshes> meshes_;
 };
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <host/bas/Parallel.h>
 #include <io/detail/Leftovers.h>
+#include <io/detail/coloursOfPoints.h>
 #include <io/detail/rowReader.h>
 #include <rq/bridge/MSHElementArray.h>
 #include <rq/data/DANumeric.h>
@@ -138,6 +139,9 @@ RQ_DataArrayHandle UnpackedColumns::sourceOf(size_t part, const Column &column) 
 {
     const MOD_ConstDetailHandle &plain = plain_[part];
     const ELM_Attribute *found = plain.readLock()->count(column.owner) > 0 ? find(part, column) : nullptr;
+    const ELM_Attribute *ofPrimitives = plain.readLock()->find(ELM_OWNER_PRIMITIVE, column.name.view());
+    if (!found && column.owner == ELM_OWNER_POINT && isColor(column.name) && ofPrimitives && ofPrimitives->numericTuple())
+        return coloursOfPoints(*plain.readLock(), *ofPrimitives);
     if (!found)
         return nullptr;
     const RQ_MSHOffsetList all(*plain.readLock(), column.owner);

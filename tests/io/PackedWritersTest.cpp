@@ -200,6 +200,31 @@ TEST(PackedGeometry, HasWhatItsPlacesSay)
                                                                                                     : " (0 1 0 )");
 }
 
+// Colours of points, which count more, do not hide those that faces have elsewhere.
+TEST(PackedGeometry, KeepsColoursOfEveryOwner)
+{
+    const MOD_DetailHandle detail = fromJSON(R"("details": [
+        {"primitives": [{"type": "polygon", "points": [0, 1, 2]}],
+         "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0, 1, 0, 0, 0, 1, 0]}],
+                        "primitive": [{"name": "Cd", "storage": "real32", "size": 3, "value": [1, 0, 0]}]}},
+        {"primitives": [{"type": "polygon", "points": [0, 1, 2]}],
+         "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0, 1, 0, 0, 0, 1, 0]}]}}],
+      "primitives": [{"type": "PackedGeometry", "points": [0], "payload": {"detail": [0]}},
+                     {"type": "PackedGeometry", "points": [1], "payload": {"detail": [1]}},
+                     {"type": "polygon", "points": [2, 3, 4]}],
+      "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 3, 1, 0]},
+                               {"name": "Cd", "storage": "real32", "size": 3, "values": [0, 1, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 1]}]})");
+    Messages messages;
+    std::string bytes;
+    MOD_DetailHandle read;
+    ASSERT_TRUE(writePLY(detail.read(), NumberForm::Text, "x", bytes, messages));
+    ASSERT_TRUE(readPLY(bytes, "x", read, messages)) << messages.toString();
+    for (ELM_Offset point = 0; point < 9; ++point)
+        EXPECT_EQ(textOf(*read.read().readLock(), ELM_OWNER_POINT, "Cd", point), point < 3   ? " (0 0 1 )"
+                                                                                 : point < 6 ? " (1 0 0 )"
+                                                                                             : " (0 1 0 )");
+}
+
 // Whatever is packed in whatever way, writing ends well, and what was written can be read.
 TEST(PackedGeometry, OfAnyKindCanBeWritten)
 {
