@@ -190,6 +190,9 @@ bool RQ_PrimPolygonMesh::writeVertexNormals(void *normals, RQ_Storage storage, i
 
 RQ_DataArrayHandle RQ_PrimPolygonMesh::faceNormals(int segment, const char *positions, RQ_Storage storage) const
 {
+    // Without positions nothing tells that there is room for as many.
+    if (!positionsOf(*this, segment, positions).isValid())
+        return nullptr;
     return makeNormals(storage, getFaceCount(),
                        [&](auto *values) { return writeFaceNormals(values, storage, segment, positions); });
 }
@@ -216,6 +219,8 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::createVertexNormals(int segment, const ch
         const RQ_DataArrayHandle faces = faceNormals(segment, positions, storage);
         return faces ? RQ_DAIndirect::createIndirect(faces, counts_.buildRepeatList()) : nullptr;
     }
+    if (!positionsOf(*this, segment, positions).isValid())
+        return nullptr;
     return makeNormals(storage, getVertexCount(), [&](auto *values) {
         return writeVertexNormals(values, storage, segment, positions, cuspAngle, normalize, RQ_NORMAL_WEIGHTS_ANGLE);
     });
