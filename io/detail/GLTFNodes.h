@@ -16,8 +16,6 @@ public:
     /// `meshes` are those of each part.
     GLTFNodes(const PackedParts &parts, const std::deque<GLTFMeshes> &meshes);
 
-    int64_t count() const { return std::ssize(nodes_); }
-
     /// Write the members "materials", "meshes", "nodes", "scenes" and "scene"; nothing without nodes.
     void write(BAS_JSONWriter &json) const;
 
