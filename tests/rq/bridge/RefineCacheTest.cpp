@@ -251,6 +251,8 @@ TEST(RefineCache, ServesThreadsAndSegments)
     for (int i = 0; i < 4; ++i)
         frames.push_back(changed(geometry, i % 2 ? colour : moveFirstPoint));
     RQ_RefineParms parms;
+    parms.setAddMikkT(true);
+    parms.setMaxPolyMeshSize(3);
     RQ_RefineCache cache;
     // Samples that become equal and different again share arrays in between.
     const auto sampled = [&](size_t i) {
