@@ -26,11 +26,11 @@ struct CuspCosines
 
     /// True when unit vectors of such weights, whose sum has this length, surely lie within the angle of each other.
     ///
-    /// What the sum lacks of the weights' sum is the sum of what each lacks of pointing its way.  When all together lack
-    /// little, so does every one; a millionth is for rounding.
+    /// What the sum lacks of the weights' sum is the sum of what each lacks of pointing its way.  Two that lie further than
+    /// the angle from each other lack least together when both lie half of it from the sum; a millionth is for rounding.
     bool isSmooth(double length, double weights, double least) const
     {
-        return (1.0 + 1e-6) * weights - length < (1.0 - mean) * least;
+        return (1.0 + 1e-6) * weights - length < 2.0 * (1.0 - mean) * least;
     }
 };
 

@@ -104,6 +104,7 @@ private:
     template <class PlaceOf>
     void separateWindows(const PointWindows &windows, const CuspCosines &cusp, bool normalize, const PlaceOf &placeOf) const
     {
+        const bool streams = topology_.begin(topology_.faces()) * int64_t(sizeof(Vector)) >= kStreamedBytes;
         parallelFor(windows.count(), 1, [&](int64_t window) {
             int64_t faces = 0, count = 0;
             const auto eachBlock = [&](auto &&visit) {
@@ -123,9 +124,13 @@ private:
             });
             corners.finishPoints(cusp, normalize);
             eachBlock([&](int64_t first, int64_t last, int64_t index) {
-                corners.write(topology_, first, last, windows.contains(window, index), placeOf);
+                corners.noteCreased(topology_, first, last, windows.contains(window, index));
             });
-            corners.separate(topology_, cusp, normalize, placeOf);
+            corners.separate(cusp, normalize);
+            eachBlock([&](int64_t first, int64_t last, int64_t index) {
+                corners.write(topology_, first, last, windows.contains(window, index), streams, placeOf);
+            });
+            finishStream();
         });
     }
 
