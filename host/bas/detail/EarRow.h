@@ -84,7 +84,7 @@ private:
 
     HOST_LANES static Ints cornersOf(int part)
     {
-        Ints corners;
+        Ints corners = {};
         for (int i = 0; i < kLanes; ++i)
             corners[i] = Int(part * kLanes + i);
         return corners;
