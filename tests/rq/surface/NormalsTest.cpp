@@ -359,6 +359,29 @@ TEST(Normals, HaveTheSameBitsWhereverPointsLie)
     }
 }
 
+// So many leave the caches before they are used, and are written past them.
+TEST(Normals, OfAHugeMeshAreThoseOfItsParts)
+{
+    const MeshShape part = terraces(false);
+    MeshShape whole{"terraces", {}, {}, {}};
+    while (whole.indices.size() * sizeof(BAS_Vec3f) < size_t(17) << 20)
+    {
+        const int first = whole.pointCount();
+        whole.positions.insert(whole.positions.end(), part.positions.begin(), part.positions.end());
+        whole.counts.insert(whole.counts.end(), part.counts.begin(), part.counts.end());
+        for (const int point : part.indices)
+            whole.indices.push_back(first + point);
+    }
+    const auto normalsOf = [](const MeshShape &shape) {
+        std::vector<BAS_Vec3f> normals(shape.indices.size());
+        EXPECT_TRUE(makeMesh(shape)->vertexNormals(normals.data(), 0, "P", 60.0));
+        return normals;
+    };
+    const std::vector<BAS_Vec3f> normals = normalsOf(whole), expected = normalsOf(part);
+    for (auto copy = normals.begin(); copy != normals.end(); copy += int64_t(expected.size()))
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), copy)) << "from corner " << copy - normals.begin();
+}
+
 TEST(Normals, AreTheSameInTheCallersMemoryAndFollowTheWeights)
 {
     for (const MeshShape &shape : meshShapes())
