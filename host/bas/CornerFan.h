@@ -30,8 +30,10 @@ struct CuspCosines
     /// the angle from each other lack least together when both lie half of it from the sum; a millionth is for rounding.
     bool isSmooth(double length, double weights, double least) const
     {
-        return (1.0 + 1e-6) * weights - length < 2.0 * (1.0 - mean) * least;
+        return kRounding * weights - length < slack() * least;
     }
+    static constexpr double kRounding = 1.0 + 1e-6;
+    double slack() const { return 2.0 * (1.0 - mean); }
 };
 
 /// The corners around one point, some of which may stand on different sides of a crease.

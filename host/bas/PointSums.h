@@ -49,7 +49,9 @@ public:
 
     /// The sums from the i-th point on.
     const BAS_Vec4d *sums(int64_t i) const { return sums_.data() + i; }
-    double least(int64_t i) const { return least_.empty() ? 1.0 : least_[size_t(i)]; }
+
+    /// The least weights from there on; null when they are not kept.
+    const double *least(int64_t i) const { return least_.empty() ? nullptr : least_.data() + i; }
 
     /// Add what the faces of a block, [firstFace, lastFace), give to these points.
     template <class Topology>

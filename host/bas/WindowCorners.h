@@ -6,7 +6,7 @@
 
 #include <host/bas/CreasedCorners.h>
 #include <host/bas/PointSums.h>
-#include <host/bas/gatherVectors.h>
+#include <host/bas/sumNormals.h>
 #include <host/bas/stream.h>
 
 namespace host
@@ -57,25 +57,13 @@ public:
     /// Work out the normals of the points, and which are smooth.
     void finishPoints(const CuspCosines &cusp, bool normalize)
     {
-        VectorLanes units, sums;
-        double lengths[VectorLanes::kCount];
-        Vector normals[VectorLanes::kCount];
-        for (int64_t begin = 0; begin < sums_.count(); begin += VectorLanes::kCount)
+        constexpr int64_t kAtOnce = 64;
+        for (int64_t begin = 0; begin < sums_.count(); begin += kAtOnce)
         {
-            const int64_t count = std::min(VectorLanes::kCount, sums_.count() - begin);
-            loadLanes(sums_.sums(begin), count, units);
-            if (!normalize)
-                sums = units;
-            normalizeLanes(units, count, lengths);
-            storeLanes(normalize ? units : sums, count, &normals->x);
-            uint64_t creased = 0;
-            for (int64_t i = 0; i < count; ++i)
-            {
-                normals_[size_t(begin + i)] = {normals[i].x, normals[i].y, normals[i].z, Real(0)};
-                const bool isSmooth = cusp.isSmooth(lengths[i], sums_.sums(begin)[i].w, sums_.least(begin + i));
-                creased |= uint64_t(!isSmooth) << i;
-            }
-            creased_.flags.words()[begin / VectorLanes::kCount] = creased;
+            const uint64_t creased =
+                sumNormals(sums_.sums(begin), sums_.least(begin), std::min(kAtOnce, sums_.count() - begin), cusp, normalize,
+                           normals_.data() + begin);
+            creased_.flags.words()[begin / kAtOnce] = creased;
             hasCreases_ |= creased != 0;
         }
         faces_ = 0;
