@@ -40,24 +40,22 @@ public:
     void separate(const CuspCosines &cusp, bool normalize, const Vector *faceNormals)
     {
         sortByPoint();
-        Batch batch;
+        std::array<Batch, CreaseLanes::kMostCorners + 1> batches;  // by the number of corners
         CornerFan fan;
         for (size_t i = 0; i + 1 < starts_.size(); ++i)
         {
-            const std::span around(order_.data() + starts_[i], order_.data() + starts_[i + 1]);
+            const Around around(order_.data() + starts_[i], order_.data() + starts_[i + 1]);
             if (around.size() > CreaseLanes::kMostCorners)
                 separateOne(around, cusp, normalize, faceNormals, fan);
-            else if (!batch.takes(around))
-            {
+            else if (Batch &batch = batches[around.size()]; batch.add(around))
                 separateBatch(batch, cusp, normalize, faceNormals);
-                batch = {};
-                batch.takes(around);
-            }
         }
-        separateBatch(batch, cusp, normalize, faceNormals);
+        for (Batch &batch : batches)
+            if (batch.count > 0)
+                separateBatch(batch, cusp, normalize, faceNormals);
     }
 
-    const std::vector<Corner> &corners() const { return corners_; }
+    std::span<const Corner> corners() const { return corners_; }
 
     BAS_BitArray flags;  ///< of the points, and 64 more
 
@@ -70,12 +68,11 @@ private:
         std::array<Around, CreaseLanes::kPoints> points;
         size_t count = 0;
 
-        bool takes(Around around)
+        // True when it is full.
+        bool add(Around around)
         {
-            if (count == points.size() || (count > 0 && around.size() != points[0].size()))
-                return false;
             points[count++] = around;
-            return true;
+            return count == points.size();
         }
     };
 
@@ -97,25 +94,27 @@ private:
         starts_.pop_back();
     }
 
-    void separateBatch(const Batch &batch, const CuspCosines &cusp, bool normalize, const Vector *faceNormals)
+    void separateBatch(Batch &batch, const CuspCosines &cusp, bool normalize, const Vector *faceNormals)
     {
         CreaseLanes lanes;
         VectorLanes sums;
         const size_t corners = batch.points[0].size();
-        const auto eachCorner = [&](auto &&visit) {
-            for (size_t point = 0; point < batch.count; ++point)
+        const auto eachCorner = [&](size_t points, auto &&visit) {
+            for (size_t point = 0; point < points; ++point)
                 for (size_t i = 0; i < corners; ++i)
-                    visit(point, i, corners_[size_t(batch.points[point][i])]);
+                    visit(point, i, corners_[size_t(batch.points[std::min(point, batch.count - 1)][i])]);
         };
-        eachCorner([&](size_t point, size_t i, const Corner &corner) {
+        // The last point fills what is left.
+        eachCorner(CreaseLanes::kPoints, [&](size_t point, size_t i, const Corner &corner) {
             for (int axis = 0; axis < 3; ++axis)
                 lanes.normals[i][axis][point] = double(faceNormals[corner.face][axis]);
             lanes.weights[i][point] = corner.weight;
         });
         lanes.separate(int64_t(corners), cusp.pair, normalize, sums);
-        eachCorner([&](size_t point, size_t i, Corner &corner) {
+        eachCorner(batch.count, [&](size_t point, size_t i, Corner &corner) {
             corner.normal = Vector(sums[int64_t(i * CreaseLanes::kPoints + point)]);
         });
+        batch.count = 0;
     }
 
     void separateOne(Around around, const CuspCosines &cusp, bool normalize, const Vector *faceNormals, CornerFan &fan)
@@ -127,8 +126,10 @@ private:
         fan.separate(cusp, normalize, [&](int64_t i, const BAS_Vec3d &sum) { corner(size_t(i)).normal = Vector(sum); });
     }
 
-    std::vector<Corner> corners_;
-    std::vector<Index, BAS_BlockAllocator<Index>> ranks_;  // of the flagged points among these
-    std::vector<Index> starts_, order_;                    // of each point's corners, among all
+    template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;
+
+    Row<Corner> corners_;
+    Row<Index> ranks_;           // of the flagged points among these
+    Row<Index> starts_, order_;  // of each point's corners, among all
 };
 }  // namespace host

@@ -36,7 +36,36 @@ public:
         : faces_(faces), parts_(parts), count_(count), places_(places)
     {}
 
-    /// To the points of their `corner`-th corners.
+    /// To all points of a single face.
+    HOST_LANES void addFace() const
+    {
+        for (int corner = 0; corner < kCorners; ++corner)
+            if (const int64_t place = placeOf(corner); uint64_t(place) < uint64_t(places_.count))
+                addOne(place, 0, corner);
+    }
+
+    /// To all points of several.
+    HOST_LANES void addAll() const
+    {
+        const Index *const points = faces_.points;
+        std::array<int, kCorners> corners;
+        std::iota(corners.begin(), corners.end(), 0);
+        // A point comes first to the corner that is furthest ahead: it gets the parts in the order of the faces.
+        for (int k = 1; k < kCorners; ++k)
+            for (int i = k; i > 0 && points[corners[i - 1]] < points[corners[i]]; --i)
+                std::swap(corners[i - 1], corners[i]);
+        for (int k = 0; k < kCorners; ++k)
+            if (k + 1 < kCorners && points[corners[k]] - 1 == points[corners[k + 1]])
+            {
+                addBoth(corners[k], corners[k + 1]);
+                ++k;
+            }
+            else
+                add(corners[k]);
+    }
+
+private:
+    // To the points of their `corner`-th corners.
     HOST_LANES void add(int corner) const
     {
         const int64_t start = placeOf(corner);
@@ -44,8 +73,8 @@ public:
             addOne(start + i, i, corner);
     }
 
-    /// The same for two corners, where the `corner` of each face is the `next` of the face after it: most sums are read and
-    /// written once.
+    // The same for two corners, where the `corner` of each face is the `next` of the face after it: most sums are read and
+    // written once.
     HOST_LANES void addBoth(int corner, int next) const
     {
         const int64_t start = placeOf(next);
@@ -62,7 +91,6 @@ public:
             addOne(start + count_, count_ - 1, corner);
     }
 
-private:
     HOST_LANES int64_t placeOf(int corner) const { return int64_t(faces_.points[corner]) - places_.first; }
     HOST_LANES double weight(int64_t face, int corner) const { return faces_.weights[face * kCorners + corner]; }
 
@@ -104,21 +132,11 @@ HOST_CLONES void addFaces(PointSumFaces<Index> faces, const double *parts, const
     {
         const Index *const points = faces.points;
         const int64_t count = host::countInRow<kCorners>(points, faces.count);
-        std::array<int, kCorners> corners;
-        std::iota(corners.begin(), corners.end(), 0);
-        // A point comes first to the corner that is furthest ahead: it gets the parts in the order of the faces.
-        for (int k = 1; k < kCorners && count > 1; ++k)
-            for (int i = k; i > 0 && points[corners[i - 1]] < points[corners[i]]; --i)
-                std::swap(corners[i - 1], corners[i]);
         const RowAdder<kCorners, isWeighted, keepsLeast, Index> row(faces, parts, count, places);
-        for (int k = 0; k < kCorners; ++k)
-            if (count > 1 && k + 1 < kCorners && points[corners[k]] - 1 == points[corners[k + 1]])
-            {
-                row.addBoth(corners[k], corners[k + 1]);
-                ++k;
-            }
-            else
-                row.add(corners[k]);
+        if (count > 1)
+            row.addAll();
+        else
+            row.addFace();
         faces.points += count * kCorners;
         faces.weights += isWeighted ? count * kCorners : 0;
         faces.count -= count;

@@ -21,7 +21,10 @@ uint64_t flagged(const Index *points, int64_t faces, const uint64_t *words, int6
         const int64_t count = host::countInRow<kCorners>(face, faces - i);
         uint64_t row = 0;
         for (int k = 0; k < kCorners; ++k)
-            row |= flagsFrom(words, int64_t(face[k]) - first);
+        {
+            const int64_t point = int64_t(face[k]) - first;
+            row |= count > 1 ? flagsFrom(words, point) : words[point >> 6] >> (point & 63);
+        }
         all |= (row & (~uint64_t(0) >> (64 - count))) << i;
         i += count;
     }

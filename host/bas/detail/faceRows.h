@@ -30,6 +30,9 @@ template <int kCorners, int kFaces, class Index> HOST_LANES bool areInRow(const 
 /// How many of these faces, at least one, begin such a row.
 template <int kCorners, class Index> HOST_LANES int64_t countInRow(const Index *points, int64_t faces)
 {
+    // Of most faces that begin no row the first point tells.
+    if (faces < 2 || int64_t(points[0]) + 1 != int64_t(points[kCorners]))
+        return 1;
     int64_t count = 1;
     while (count + 4 <= faces && areInRow<kCorners, 5>(points + (count - 1) * kCorners))
         count += 4;
