@@ -33,7 +33,7 @@ public:
 
     void note(int64_t corner, int64_t point, int64_t face, double weight)
     {
-        corners_.push_back({Index(corner), Index(face), uint32_t(point), Real(weight), {}});
+        corners_.push_back({Index(corner), Index(face), uint32_t(point), Real(weight), Vector(Real(0))});
     }
 
     /// Work out the normals, from those of the faces.
