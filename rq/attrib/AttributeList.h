@@ -2,6 +2,7 @@
 
 #include <boost/container/small_vector.hpp>
 
+#include <host/bas/SmallBlocks.h>
 #include <rq/attrib/AttributeMap.h>
 #include <rq/data/DataArray.h>
 
@@ -20,7 +21,7 @@ using RQ_TransformHandle = BAS_IntrusivePtr<RQ_Transform>;
 /// Cost       deriving a list costs a handle per attribute and segment.  The same list made again from the same arrays has
 /// the
 ///            same data ids, so that caches recognise it
-class RQ_API RQ_AttributeList : public BAS_IntrusiveRefCounter<RQ_AttributeList>
+class RQ_API RQ_AttributeList : public BAS_IntrusiveRefCounter<RQ_AttributeList>, public BAS_SmallObject
 {
 public:
     /// An empty slot for every name of the map in every segment; fewer than one segment counts as one.

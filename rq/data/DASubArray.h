@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/SmallBlocks.h>
 #include <rq/data/DAInherit.h>
 #include <rq/data/TypedArray.h>
 
@@ -10,7 +11,7 @@
 /// Threads    immutable after construction, safe to read from any thread
 /// Cost       one extra virtual call per value, one per block through `fillArray`; none through `getArray` when the source
 ///            holds contiguous values
-class RQ_API RQ_DASubArray final : public RQ_TypedArray<RQ_DASubArray, RQ_DAInherit>
+class RQ_API RQ_DASubArray final : public RQ_TypedArray<RQ_DASubArray, RQ_DAInherit>, public BAS_SmallObject
 {
 public:
     /// View `length` entries of `source`, starting at entry `first`.

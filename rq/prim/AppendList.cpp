@@ -88,13 +88,8 @@ void rq::AppendList::append(const RQ_PrimitiveHandle &primitive)
 
     Aside &aside = ownAside();
     const Lock lock(aside.mutex);
-    // What is aside came first.
     if (aside.primitives.empty())
-    {
-        if (appendAtOnce(primitive))
-            return;
         waiting_.fetch_add(1, std::memory_order_release);
-    }
     aside.primitives.push_back(primitive);
     if (aside.primitives.size() == kHandedOver)
         handOver(aside);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/SmallBlocks.h>
 #include <rq/prim/Primitive.h>
 
 class RQ_PrimPolygon;
@@ -11,7 +12,7 @@ using RQ_PolygonHandle = BAS_IntrusivePtr<RQ_PrimPolygon>;
 ///            for the whole face
 /// Ownership  shares its lists
 /// Threads    immutable once shared, safe to read from any thread
-class RQ_API RQ_PrimPolygon final : public RQ_Primitive
+class RQ_API RQ_PrimPolygon final : public RQ_Primitive, public BAS_SmallObject
 {
 public:
     RQ_PrimPolygon();

@@ -11,8 +11,8 @@ namespace rq
 {
 /// A list of primitives that any number of threads append to.
 ///
-/// Threads that meet at the list would send its cache lines to and fro for every primitive.  A thread that finds it busy
-/// therefore puts what comes next aside, and hands that over many at a time.
+/// Threads that meet at the list would send its cache lines to and fro for every primitive.  From the first time that one
+/// finds it busy, each therefore puts aside what it brings, and hands that over many at a time.
 ///
 /// Shape    in order of arrival, but for primitives of different threads that arrived at about the same time
 /// Threads  `append` from any thread at any time, also while others read the entries that they counted before
@@ -46,10 +46,10 @@ private:
     // Looking at the list hands over what is aside.
     mutable tbb::spin_mutex mutex_;
     mutable std::atomic<int64_t> entries_{0};                        // those that are complete
+    mutable std::atomic<int> waiting_{0};                            // places where something is aside
     mutable tbb::concurrent_vector<RQ_PrimitiveHandle> primitives_;  // grows without moving what readers look at
 
     // All threads read this all the time: not beside what they write.
     alignas(128) std::atomic<Aside *> asides_{nullptr};
-    mutable std::atomic<int> waiting_{0};  // places where something is aside
 };
 }  // namespace rq
