@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/SmallBlocks.h>
 #include <rq/data/DAInherit.h>
 #include <rq/data/TypedArray.h>
 
@@ -9,7 +10,7 @@
 /// Ownership  shares the source through a handle; `harden` makes an owning copy
 /// Threads    immutable once shared, safe to read from any thread
 /// Cost       the same few bytes for any number of entries
-class RQ_API RQ_DAConstant final : public RQ_TypedArray<RQ_DAConstant, RQ_DAInherit>
+class RQ_API RQ_DAConstant final : public RQ_TypedArray<RQ_DAConstant, RQ_DAInherit>, public BAS_SmallObject
 {
 public:
     RQ_DAConstant() = default;
