@@ -237,3 +237,5 @@ void BAS_SmallBlocks::release(void *block, size_t bytes) noexcept
     if (++cache.count > cache.most)
         giveBackTooMany();
 }
+
+void BAS_SmallObject::operator delete(void *object, size_t bytes) noexcept { BAS_SmallBlocks::release(object, bytes); }

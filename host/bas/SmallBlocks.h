@@ -26,11 +26,11 @@ public:
 };
 
 /// The base of classes whose objects lie in small blocks when they are made with `new`.
-class BAS_SmallObject
+class HOST_API BAS_SmallObject
 {
 public:
     static void *operator new(size_t bytes) { return BAS_SmallBlocks::allocate(bytes); }
     static void *operator new(size_t, void *place) noexcept { return place; }
-    static void operator delete(void *object, size_t bytes) noexcept { BAS_SmallBlocks::release(object, bytes); }
+    static void operator delete(void *object, size_t bytes) noexcept;  // GCC 12 warns without reason where it is inline
     static void operator delete(void *, void *) noexcept {}
 };
