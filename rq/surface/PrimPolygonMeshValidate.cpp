@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <rq/data/Values.h>
+#include <rq/surface/detail/checkVertexList.h>
 #include <rq/surface/detail/lists.h>
 
 namespace
@@ -18,20 +18,7 @@ std::string checkTopology(const RQ_PrimPolygonMesh &mesh)
     for (int64_t face = 0; face < counts; ++face)
         if (mesh.getFaceCountArray().getCount(face) < 0)
             return fmt::format("face {} has {} corners", face, mesh.getFaceCountArray().getCount(face));
-    if (!list)
-        return {};
-    if (list->getTupleSize() != 1 || !RQisInteger(list->getStorage()))
-        return "vertex list is not an array of single integers";
-    const int64_t points = mesh.getPointCount();
-    int64_t least = 0, greatest = 0;
-    list->getRange(least, greatest);
-    if (list->entries() == 0 || (least >= 0 && greatest < points))
-        return {};
-    const rq::Values<int64_t> rows(*list);
-    for (int64_t i = 0; i < list->entries(); ++i)
-        if (rows[i] < 0 || rows[i] >= points)
-            return fmt::format("corner {} uses point {}, there are {}", i, rows[i], points);
-    return {};
+    return rq::checkVertexList(list, mesh.getPointCount());
 }
 }  // namespace
 
