@@ -1,7 +1,6 @@
 #pragma once
 
-#include <host/bas/Progress.h>
-#include <rq/bridge/MSHPrimCollect.h>
+#include <rq/bridge/detail/BatchData.h>
 #include <rq/bridge/detail/PendingPrimitives.h>
 #include <rq/bridge/detail/gatherFaces.h>
 #include <rq/surface/PrimPolygonMesh.h>
@@ -10,7 +9,7 @@
 /// make curves.
 ///
 /// Ownership  details must outlive the data: primitives that come one by one are read together when they are needed
-class RQ_API RQ_MSHPrimCollectPolyData : public RQ_MSHPrimCollectData
+class RQ_API RQ_MSHPrimCollectPolyData : public rq::BatchData
 {
 public:
     explicit RQ_MSHPrimCollectPolyData(const RQ_RefineParms *parms);
@@ -26,7 +25,7 @@ public:
     }
 
     /// Append the primitives of a range, in parallel.  Nothing when it is interrupted.
-    void append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress);
+    void append(const MSH_Detail &detail, const ELM_Range &range, BAS_Progress &progress) override;
 
     /// Append what other data gathered.
     void append(RQ_MSHPrimCollectPolyData &following);

@@ -9,6 +9,7 @@
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DASubArray.h>
 #include <rq/prim/PrimCollect.h>
+#include <rq/surface/PrimCellMesh.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
@@ -181,6 +182,8 @@ RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
         return nullptr;
     if (const auto *curves = exactly<RQ_PrimCurveMesh>(*old))
         return new RQ_PrimCurveMesh(*curves, vertex, uniform, detail);
+    if (const auto *cells = dynamic_cast<const RQ_PrimCellMesh *>(old.get()))
+        return cells->withAttributes(point, vertex, uniform, detail);
     if (exactly<RQ_PrimPointMesh>(*old))
         return new RQ_PrimPointMesh(point, detail);
     return nullptr;

@@ -54,8 +54,8 @@ public:
     };
     Work getWork() const;
 
-    /// What the detail refines to.  Details that hold other primitives than polygons and the types that consist of faces,
-    /// and those whose samples are matched by ids or velocities, are refined anew every time.  An attribute filter must
+    /// What the detail refines to.  Details that hold other primitives than polygons, types that consist of faces, and
+    /// cells, and those whose samples are matched by ids or velocities, are refined anew every time.  An attribute filter must
     /// answer the same for the same attribute, and live as long as the cache.
     std::vector<RQ_PrimitiveHandle> refine(const RQ_MSHDetail &detail, const RQ_RefineParms *parms);
 

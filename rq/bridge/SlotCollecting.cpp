@@ -40,16 +40,16 @@ rq::SlotCollecting::SlotCollecting(const RQ_MSHDetailListHandle &details, const 
         const auto known = std::find_if(slots_.begin(), slots_.end(), same);
         slotOfType_[type] = int(known - slots_.begin());
         if (known == slots_.end())
-            slots_.push_back({collector, collector == builtInPolygonCollector(), collector->canMergeData()});
+            slots_.push_back({collector, gathersBatches(*collector), collector->canMergeData()});
     }
 
-    // The batch takes the primitives of all types that it knows, so none of them may be another collector's.
+    // The batch of polygons takes the primitives of all types that it knows, so none of them may be another collector's.
     const auto isTaken = [&](ELM_PrimitiveTypeId type) {
-        return detail_.primitiveCount(type) > 0 && (!slotOf(type) || !slotOf(type)->inBatch);
+        return detail_.primitiveCount(type) > 0 && (!slotOf(type) || slotOf(type)->collector != builtInPolygonCollector());
     };
     if (std::any_of(rq::kTypesOfFaces.begin(), rq::kTypesOfFaces.end(), isTaken))
         for (Slot &slot : slots_)
-            slot.inBatch = false;
+            slot.inBatch = slot.inBatch && slot.collector != builtInPolygonCollector();
 }
 
 void rq::SlotCollecting::collect(const ELM_Range &range, BAS_Progress &progress)
@@ -70,7 +70,7 @@ void rq::SlotCollecting::collectBatch(const ELM_Range &range, BAS_Progress &prog
         {
             slot.data.reset(slot.collector->beginCollecting(details_, parms_));
             slot.begun = true;
-            static_cast<RQ_MSHPrimCollectPolyData &>(*slot.data).append(detail_, range, progress);
+            static_cast<BatchData &>(*slot.data).append(detail_, range, progress);
         }
 }
 

@@ -3,8 +3,10 @@
 #include <host/elm/PrimitiveFactory.h>
 #include <rq/bridge/MSHCollectPacked.h>
 #include <rq/bridge/MSHPrimCollectCurve.h>
+#include <rq/bridge/MSHPrimCollectHexahedron.h>
 #include <rq/bridge/MSHPrimCollectParticle.h>
 #include <rq/bridge/MSHPrimCollectQuadric.h>
+#include <rq/bridge/MSHPrimCollectTetrahedron.h>
 #include <rq/bridge/MSHPrimCollectTube.h>
 
 const std::shared_ptr<const RQ_MSHPrimCollectPoly> &rq::builtInPolygonCollector()
@@ -13,6 +15,12 @@ const std::shared_ptr<const RQ_MSHPrimCollectPoly> &rq::builtInPolygonCollector(
     static const auto *collector =
         new std::shared_ptr<const RQ_MSHPrimCollectPoly>(std::make_shared<RQ_MSHPrimCollectPoly>());
     return *collector;
+}
+
+bool rq::gathersBatches(const RQ_MSHPrimCollect &collector)
+{
+    return &collector == builtInPolygonCollector().get() || dynamic_cast<const RQ_MSHPrimCollectTetrahedron *>(&collector) ||
+           dynamic_cast<const RQ_MSHPrimCollectHexahedron *>(&collector);
 }
 
 namespace
@@ -34,6 +42,8 @@ const Collectors &collectorsOfFixedTypes()
         {ELM_PRIMITIVE_SPHERE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_SPHERE)},
         {ELM_PRIMITIVE_TUBE, std::make_shared<RQ_MSHPrimCollectTube>()},
         {ELM_PRIMITIVE_PARTICLES, std::make_shared<RQ_MSHPrimCollectParticle>()},
+        {ELM_PRIMITIVE_TETRAHEDRON, std::make_shared<RQ_MSHPrimCollectTetrahedron>()},
+        {ELM_PRIMITIVE_HEXAHEDRON, std::make_shared<RQ_MSHPrimCollectHexahedron>()},
         {ELM_PRIMITIVE_PACKED_GEOMETRY, std::make_shared<RQ_MSHCollectPackedGeometry>()},
         {ELM_PRIMITIVE_PACKED_FRAGMENT, std::make_shared<RQ_MSHCollectPackedFragment>()},
         {ELM_PRIMITIVE_PACKED_DISK, std::make_shared<RQ_MSHCollectPackedDisk>()},

@@ -5,7 +5,6 @@
 
 #include <host/msh/Detail.h>
 #include <rq/bridge/detail/KeyText.h>
-#include <rq/bridge/detail/ManyFaces.h>
 #include <rq/bridge/detail/builtInCollectors.h>
 
 namespace
@@ -73,12 +72,12 @@ bool rq::isRepeatable(const RQ_MSHDetailList &details)
     const MSH_Detail *detail = details.getDetail();
     if (!detail || details.movesPoints())
         return false;
-    const auto isOfFaces = [](ELM_PrimitiveTypeId type) {
-        return std::find(kTypesOfFaces.begin(), kTypesOfFaces.end(), type) != kTypesOfFaces.end() &&
-               RQ_MSHPrimCollect::getCollector(type) == builtInPolygonCollector();
+    const auto isReadInPlace = [](ELM_PrimitiveTypeId type) {
+        const auto collector = RQ_MSHPrimCollect::getCollector(type);
+        return collector && gathersBatches(*collector);
     };
     for (size_t type = ELM_PRIMITIVE_NONE + 1; type < detail->data().typeCounts.size(); ++type)
-        if (detail->primitiveCount(ELM_PrimitiveTypeId(type)) > 0 && !isOfFaces(ELM_PrimitiveTypeId(type)))
+        if (detail->primitiveCount(ELM_PrimitiveTypeId(type)) > 0 && !isReadInPlace(ELM_PrimitiveTypeId(type)))
             return false;
     return true;
 }

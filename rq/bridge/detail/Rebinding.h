@@ -14,7 +14,8 @@ int64_t countTangents(const RQ_Primitive &primitive);
 /// but attribute arrays is shared.  Normals and tangents that were added are computed anew where what they are made of has
 /// changed.
 ///
-/// Failure  null for primitives of other kinds than meshes of polygons, curves and points, and their collections, and for
+/// Failure  null for primitives of other kinds than meshes of polygons, cells, curves and points, and their collections, and
+/// for
 ///          arrays that read a detail in another way than through host attributes and views of them; and
 ///          for those that it is interrupted at
 class Rebinding

@@ -32,7 +32,7 @@ private:
     struct Slot
     {
         std::shared_ptr<const RQ_MSHPrimCollect> collector;
-        bool inBatch;  // the built-in collector of polygons: takes them all at once
+        bool inBatch;  // takes all its primitives at once
         bool merges;
         bool begun = false;
         std::unique_ptr<RQ_MSHPrimCollectData> data = nullptr;

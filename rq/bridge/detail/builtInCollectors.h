@@ -10,6 +10,9 @@ namespace rq
 /// one object.
 std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const RQ_MSHPrimCollect>> builtInCollectors();
 
-/// The one of polygons, which can be given many at once.
+/// Whether a collector's data is `BatchData`.
+bool gathersBatches(const RQ_MSHPrimCollect &collector);
+
+/// The one of polygons.
 const std::shared_ptr<const RQ_MSHPrimCollectPoly> &builtInPolygonCollector();
 }  // namespace rq

@@ -8,7 +8,7 @@
 namespace rq
 {
 /// True when refining these details depends on nothing that `refineKey` does not tell: they hold only what the built-in
-/// collector of polygons takes, and every segment reads its own detail.
+/// collectors of polygons and cells take, and every segment reads its own detail.
 bool isRepeatable(const RQ_MSHDetailList &details);
 
 /// What decides which primitives a refinement makes, of which elements and with which attributes: the topology, the names
