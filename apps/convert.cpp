@@ -5,6 +5,7 @@
 #include <apps/TerminalProgress.h>
 #include <apps/exchangeFaces.h>
 #include <host/mod/DetailHandle.h>
+#include <host/msh/Detail.h>
 #include <io/Reader.h>
 #include <io/Writer.h>
 
@@ -12,6 +13,11 @@ namespace rq::app
 {
 namespace
 {
+bool hasCells(const MSH_Detail &detail)
+{
+    return detail.primitiveCount(ELM_PRIMITIVE_TETRAHEDRON) > 0 || detail.primitiveCount(ELM_PRIMITIVE_HEXAHEDRON) > 0;
+}
+
 ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io::Messages &messages)
 {
     const io::SaveOptions form{options.format, options.ascii ? io::NumberForm::Text : io::NumberForm::Binary};
@@ -21,8 +27,10 @@ ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io:
     MOD_DetailHandle detail;
     if (!io::load(options.input, detail, messages, true))
         return ExitBadInput;
+    const Exchanged exchanged{.polygons = common.subdivide >= 0 || common.convex > 0,
+                              .cells = !io::holdsEverything(options.output, form) && hasCells(*detail.read().readLock())};
     if (std::string error;
-        (common.subdivide >= 0 || common.convex > 0) && !exchangeFaces(detail, common, options.input, error))
+        (exchanged.polygons || exchanged.cells) && !exchangeFaces(detail, exchanged, common, options.input, error))
     {
         std::fprintf(stderr, "rq: error: %s\n", error.c_str());
         return ExitFailure;

@@ -13,6 +13,7 @@
 #include <rq/data/NumericTypes.h>
 #include <rq/data/Values.h>
 #include <rq/prim/RefineList.h>
+#include <rq/surface/PrimCellMesh.h>
 
 namespace rq::app
 {
@@ -21,13 +22,19 @@ namespace
 // The primitive that a new face comes from, while the exchange goes on.
 constexpr const char *kSource = "__source";
 
-/// The closed polygons of a detail.
-ELM_Range facesOf(const MSH_Detail &detail)
+bool isCell(ELM_PrimitiveTypeId type) { return type == ELM_PRIMITIVE_TETRAHEDRON || type == ELM_PRIMITIVE_HEXAHEDRON; }
+
+ELM_Range primitivesOf(const MSH_Detail &detail, Exchanged exchanged)
 {
+    const auto goes = [&](ELM_Offset primitive) {
+        const ELM_PrimitiveTypeId type = detail.typeOf(primitive);
+        return (exchanged.polygons && type == ELM_PRIMITIVE_POLYGON && detail.isClosed(primitive)) ||
+               (exchanged.cells && isCell(type));
+    };
     const ELM_OffsetBitsHandle faces(new ELM_OffsetBits(detail.capacity(ELM_OWNER_PRIMITIVE)));
     for (const auto [begin, end] : detail.range(ELM_OWNER_PRIMITIVE).blocks())
         for (ELM_Offset primitive = begin; primitive < end; ++primitive)
-            if (detail.typeOf(primitive) == ELM_PRIMITIVE_POLYGON && detail.isClosed(primitive))
+            if (goes(primitive))
                 faces->bits.set(primitive);
     return ELM_Range(ELM_OWNER_PRIMITIVE, faces);
 }
@@ -154,6 +161,14 @@ void warnOfPacked(const MSH_Detail &detail, const std::string &file)
                    packed == 1 ? "1 primitive is" : fmt::format("{} primitives are", packed));
 }
 
+/// The faces that a primitive of the library stands for; null when it is of another kind.
+RQ_PolygonMeshHandle facesOf(const RQ_PrimitiveHandle &primitive)
+{
+    if (const auto cells = boost::dynamic_pointer_cast<RQ_PrimCellMesh>(primitive))
+        return cells->getOuterFaces()->removeUnusedPoints();
+    return boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+}
+
 /// Number the primitives, for their faces to be known by.
 MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
 {
@@ -164,12 +179,14 @@ MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
 }
 }  // namespace
 
-bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options, const std::string &file, std::string &error)
+bool exchangeFaces(const MOD_DetailHandle &detail, Exchanged exchanged, const CommonOptions &options,
+                   const std::string &file, std::string &error)
 {
     const MOD_ConstDetailHandle before = numbered(detail);
     const MSH_Detail &from = *before.readLock();
-    warnOfPacked(from, file);
-    const auto faces = std::make_shared<const ELM_Range>(facesOf(from));
+    if (exchanged.polygons)
+        warnOfPacked(from, file);
+    const auto faces = std::make_shared<const ELM_Range>(primitivesOf(from, exchanged));
     RQ_RefineParms all;
     all.setSkipHidden(false);
     RQ_RefineList list;
@@ -179,7 +196,7 @@ bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options,
     FaceExchange exchange(from, edit);
     bool done = exchange.removeFaces(*faces);
     for (int i = 0; done && i < list.entries(); ++i)
-        if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(list.getPrimitive(i)))
+        if (const RQ_PolygonMeshHandle mesh = facesOf(list.getPrimitive(i)))
             done = exchange.append(*preparedMesh(mesh, options, file));
     if (done && exchange.finish(options.subdivide > 0))
     {

@@ -7,13 +7,20 @@
 
 namespace rq::app
 {
-/// Put what the options make of the faces of a detail into their place: subdivided, or cut.
+/// Which primitives of a detail give way to faces.
+struct Exchanged
+{
+    bool polygons = false;  ///< closed ones, to what the options make of them: subdivided, or cut
+    bool cells = false;     ///< tetrahedra and hexahedra, to the faces outside, subdivided or cut as well
+};
+
+/// Put faces into the place of primitives of a detail.
 ///
-/// Shape    every closed polygon goes, with the points that nothing else uses; the new faces follow what is left. Attributes
-///          and groups of primitives come along.  Normals of a cage that is subdivided do not, as they are those of its flat
-///          faces; nor do its creases, corners and holes, which have shaped the surface.  Packed geometry stays as it is,
-///          with a warning
+/// Shape    what is exchanged goes, with the points that nothing else uses; the new faces follow what is left, with their
+///          attributes and groups of primitives.  Normals of a cage that is subdivided do not come along, as they are those
+///          of its flat faces; nor do its creases, corners and holes, which have shaped the surface.  Packed geometry stays
+///          as it is, with a warning
 /// Failure  false with the reason; the detail is of no use then.  `file` names it in complaints, which go to standard error
-bool exchangeFaces(const MOD_DetailHandle &detail, const CommonOptions &options, const std::string &file,
-                   std::string &error);
+bool exchangeFaces(const MOD_DetailHandle &detail, Exchanged exchanged, const CommonOptions &options,
+                   const std::string &file, std::string &error);
 }  // namespace rq::app

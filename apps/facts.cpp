@@ -5,6 +5,7 @@
 #include <rq/bridge/typeFromHost.h>
 #include <rq/prim/PrimInstance.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/PrimCellMesh.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPolygonMesh.h>
 #include <rq/surface/PrimQuadricMesh.h>
@@ -73,6 +74,13 @@ std::vector<AttributeFacts> attributeFacts(const RQ_Primitive &primitive)
     return facts;
 }
 
+void addMeasures(const RQ_PrimPolygonMesh &mesh, PrimitiveFacts &facts)
+{
+    facts.area = mesh.computeSurfaceArea(0);
+    facts.volume = mesh.computeVolume(BAS_Vec3f(0.0f), 0);
+    facts.perimeter = mesh.computePerimeter(0);
+}
+
 void addMeshFacts(const RQ_PrimPolygonMesh &mesh, PrimitiveFacts &facts)
 {
     facts.faces = mesh.getFaceCount();
@@ -83,9 +91,16 @@ void addMeshFacts(const RQ_PrimPolygonMesh &mesh, PrimitiveFacts &facts)
         facts.minCount = mesh.getMinVertexCount();
         facts.maxCount = mesh.getMaxVertexCount();
     }
-    facts.area = mesh.computeSurfaceArea(0);
-    facts.volume = mesh.computeVolume(BAS_Vec3f(0.0f), 0);
-    facts.perimeter = mesh.computePerimeter(0);
+    addMeasures(mesh, facts);
+}
+
+void addCellFacts(const RQ_PrimCellMesh &cells, PrimitiveFacts &facts)
+{
+    facts.cells = cells.getCellCount();
+    facts.vertices = cells.getVertexCount();
+    facts.points = cells.getPointCount();
+    if (const RQ_PolygonMeshHandle outside = cells.getOuterFaces())
+        addMeasures(*outside, facts);
 }
 
 PrimitiveFacts primitiveFacts(const RefinedPrimitive &entry)
@@ -98,6 +113,8 @@ PrimitiveFacts primitiveFacts(const RefinedPrimitive &entry)
     facts.depth = entry.depth;
     if (const auto *mesh = dynamic_cast<const RQ_PrimPolygonMesh *>(&primitive))
         addMeshFacts(*mesh, facts);
+    else if (const auto *cells = dynamic_cast<const RQ_PrimCellMesh *>(&primitive))
+        addCellFacts(*cells, facts);
     else if (const auto *curves = dynamic_cast<const RQ_PrimCurveMesh *>(&primitive))
     {
         facts.curves = curves->getCurveCount();

@@ -48,6 +48,7 @@ struct PrimitiveFacts
     int typeId = -1;
     int depth = 0;
     std::optional<int64_t> faces;
+    std::optional<int64_t> cells;
     std::optional<int64_t> curves;
     std::optional<int64_t> quadrics;
     std::optional<int64_t> instances;

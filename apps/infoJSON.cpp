@@ -101,6 +101,7 @@ void writePrimitive(BAS_JSONWriter &json, const PrimitiveFacts &primitive)
     json.writeKeyInt("type_id", primitive.typeId);
     json.writeKeyInt("depth", primitive.depth);
     writeCount("faces", primitive.faces);
+    writeCount("cells", primitive.cells);
     writeCount("curves", primitive.curves);
     writeCount("quadrics", primitive.quadrics);
     writeCount("instances", primitive.instances);

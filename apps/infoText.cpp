@@ -41,6 +41,8 @@ std::string describe(const PrimitiveFacts &primitive)
         text += fmt::format(": {} faces", *primitive.faces);
     if (primitive.minCount && primitive.maxCount)
         text += fmt::format(" of {} to {} vertices", *primitive.minCount, *primitive.maxCount);
+    if (primitive.cells)
+        text += fmt::format(": {} cells, {} vertices", *primitive.cells, primitive.vertices.value_or(0));
     if (primitive.curves)
         text += fmt::format(": {} curves, {} vertices", *primitive.curves, primitive.vertices.value_or(0));
     if (primitive.quadrics)
@@ -48,7 +50,7 @@ std::string describe(const PrimitiveFacts &primitive)
     if (primitive.instances)
         text += fmt::format(": {} instances", *primitive.instances);
     if (primitive.points)
-        text += fmt::format("{} {} points", primitive.faces ? "," : ":", *primitive.points);
+        text += fmt::format("{} {} points", primitive.faces || primitive.cells ? "," : ":", *primitive.points);
     text += '\n';
 
     const BAS_Vec3f &low = primitive.bounds.minimum(), &high = primitive.bounds.maximum();

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <apps/subdivide.h>
+#include <rq/surface/PrimCellMesh.h>
 
 namespace rq::app
 {
@@ -51,7 +52,11 @@ RQ_PolygonMeshHandle preparedMesh(const RQ_PolygonMeshHandle &mesh, const Common
 RQ_PrimitiveHandle preparedPrimitive(const RQ_PrimitiveHandle &primitive, const CommonOptions &options,
                                      const std::string &file)
 {
-    const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+    auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive);
+    // What is to be done to faces is done to those outside.
+    if (options.subdivide >= 0 || options.convex > 0)
+        if (const auto cells = boost::dynamic_pointer_cast<RQ_PrimCellMesh>(primitive))
+            mesh = cells->getOuterFaces();
     return mesh ? RQ_PrimitiveHandle(preparedMesh(mesh, options, file)) : primitive;
 }
 }  // namespace rq::app

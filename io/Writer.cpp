@@ -122,6 +122,13 @@ bool canSave(const std::string &path, Messages &messages, const SaveOptions &opt
     return findFormat(path, options, messages);
 }
 
+bool holdsEverything(const std::string &path, const SaveOptions &options)
+{
+    Messages unheard;
+    const Format *format = findFormat(path, options, unheard);
+    return format && (format->write == asRQG<RQGForm::Text> || format->write == asRQG<RQGForm::Binary>);
+}
+
 bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages, const SaveOptions &options)
 {
     const Format *format = findFormat(path, options, messages);

@@ -29,6 +29,9 @@ RQ_API const std::vector<std::string> &saveFormats();
 RQ_API bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages,
                  const SaveOptions &options = {});
 
+/// Whether a file of this kind holds everything; false where it is not known what kind is meant.
+RQ_API bool holdsEverything(const std::string &path, const SaveOptions &options = {});
+
 /// False, with an error, when `save` does not know what kind of file is meant.
 RQ_API bool canSave(const std::string &path, Messages &messages, const SaveOptions &options = {});
 }  // namespace rq::io

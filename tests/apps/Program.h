@@ -52,6 +52,10 @@ protected:
         std::ofstream(folder + "mixed.obj") << "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 9 9 9\nvt 0 0\nvn 0 0 1\n"
                                                "g floor\nusemtl stone\nf 1/1/1 2/1/1 3/1/1 4/1/1\nl 1 3\n";
         std::ofstream(folder + "broken.obj") << "v 0 0\n";
+        std::ofstream(folder + "cells.rqg.json")
+            << R"({"rqg": 1, "primitives": [{"type": "hexahedron", "points": [0, 1, 2, 3, 4, 5, 6, 7]},)"
+               R"({"type": "tetrahedron", "points": [4, 5, 7, 8]}], "attributes": {"point": [{"name": "P", "size": 3,)"
+               R"("storage": "real32", "values": [0,0,0,1,0,0,1,1,0,0,1,0,0,0,1,1,0,1,1,1,1,0,1,1,0,0,2]}]}})";
         std::ofstream(folder + "oddity.obj") << "v 0 0 0\nwhat 1\n";
     }
 
