@@ -13,6 +13,8 @@ RQ_RefineParms withoutLevel(const RQ_RefineParms &parms)
     same.setULOD(1.0);
     same.setVLOD(1.0);
     same.setQuadricDivs(1.0);
+    same.setMetaDensity(1.0);
+    same.setMetaMaxDivs(1);
     return same;
 }
 }  // namespace

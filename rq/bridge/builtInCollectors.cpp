@@ -4,6 +4,7 @@
 #include <rq/bridge/MSHCollectPacked.h>
 #include <rq/bridge/MSHPrimCollectCurve.h>
 #include <rq/bridge/MSHPrimCollectHexahedron.h>
+#include <rq/bridge/MSHPrimCollectMeta.h>
 #include <rq/bridge/MSHPrimCollectParticle.h>
 #include <rq/bridge/MSHPrimCollectQuadric.h>
 #include <rq/bridge/MSHPrimCollectTetrahedron.h>
@@ -30,6 +31,7 @@ using Collectors = std::unordered_map<ELM_PrimitiveTypeId, std::shared_ptr<const
 const Collectors &collectorsOfFixedTypes()
 {
     static const auto curves = std::make_shared<RQ_MSHPrimCollectCurve>();
+    static const auto metaballs = std::make_shared<RQ_MSHPrimCollectMeta>();
     static const auto *collectors = new Collectors{
         {ELM_PRIMITIVE_POLYGON, rq::builtInPolygonCollector()},
         {ELM_PRIMITIVE_TRIANGLE_STRIP, rq::builtInPolygonCollector()},
@@ -44,6 +46,11 @@ const Collectors &collectorsOfFixedTypes()
         {ELM_PRIMITIVE_PARTICLES, std::make_shared<RQ_MSHPrimCollectParticle>()},
         {ELM_PRIMITIVE_TETRAHEDRON, std::make_shared<RQ_MSHPrimCollectTetrahedron>()},
         {ELM_PRIMITIVE_HEXAHEDRON, std::make_shared<RQ_MSHPrimCollectHexahedron>()},
+        {ELM_PRIMITIVE_BLOB_ELLIPSOID, metaballs},
+        {ELM_PRIMITIVE_BLOB_QUADRIC, metaballs},
+        {ELM_PRIMITIVE_BLOB_CAPSULE, metaballs},
+        {ELM_PRIMITIVE_BLOB_BOX, metaballs},
+        {ELM_PRIMITIVE_BLOB_EXPRESSION, metaballs},
         {ELM_PRIMITIVE_PACKED_GEOMETRY, std::make_shared<RQ_MSHCollectPackedGeometry>()},
         {ELM_PRIMITIVE_PACKED_FRAGMENT, std::make_shared<RQ_MSHCollectPackedFragment>()},
         {ELM_PRIMITIVE_PACKED_DISK, std::make_shared<RQ_MSHCollectPackedDisk>()},

@@ -1,5 +1,6 @@
 #include <rq/bridge/detail/placedBounds.h>
 
+#include <rq/bridge/MSHPrimCollectMeta.h>
 #include <rq/bridge/MSHPrimCollectQuadric.h>
 #include <rq/bridge/MSHPrimCollectTube.h>
 #include <rq/bridge/MSHPrimPacked.h>
@@ -59,5 +60,8 @@ void rq::enlargeByPlaced(BAS_BoundingBox *boxes, int segments, const RQ_MSHDetai
     for (const ELM_PrimitiveTypeId type : {ELM_PRIMITIVE_CIRCLE, ELM_PRIMITIVE_SPHERE})
         enlargeBy(boxes, segments, gather(details, primitives, type, RQ_MSHPrimCollectQuadric(type)), placement);
     enlargeBy(boxes, segments, gather(details, primitives, ELM_PRIMITIVE_TUBE, RQ_MSHPrimCollectTube()), placement);
+    for (const ELM_PrimitiveTypeId type :
+         {ELM_PRIMITIVE_BLOB_ELLIPSOID, ELM_PRIMITIVE_BLOB_QUADRIC, ELM_PRIMITIVE_BLOB_CAPSULE, ELM_PRIMITIVE_BLOB_BOX})
+        enlargeBy(boxes, segments, gather(details, primitives, type, RQ_MSHPrimCollectMeta()), placement);
     enlargeByPacked(boxes, segments, details, primitives, placement);
 }
