@@ -42,7 +42,7 @@ public:
     const char *className() const override;
     int getPrimitiveType() const override;
 
-    /// Positions, and all of the circles, spheres, tubes, blobs and packed geometry that stands there.
+    /// Positions, and all of the circles, spheres, tubes, blobs, volumes and packed geometry that stands there.
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
     void getVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const BAS_StringHolder &name) const override;
 

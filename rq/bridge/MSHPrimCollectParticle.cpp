@@ -1,25 +1,15 @@
 #include <rq/bridge/MSHPrimCollectParticle.h>
 
 #include <host/msh/Particles.h>
+#include <rq/bridge/detail/RunOptions.h>
 #include <rq/bridge/detail/hasAllPoints.h>
 #include <rq/prim/RefineParms.h>
 #include <rq/surface/PrimPointMesh.h>
 
-namespace
-{
-/// Nothing is gathered: the options are all that a run remembers.
-struct Options : RQ_MSHPrimCollectData
-{
-    explicit Options(const RQ_RefineParms *given) : parms(given) {}
-
-    const RQ_RefineParms *parms;
-};
-}  // namespace
-
 RQ_MSHPrimCollectData *RQ_MSHPrimCollectParticle::beginCollecting(const RQ_MSHDetailListHandle &,
                                                                   const RQ_RefineParms *parms) const
 {
-    return new Options(parms);
+    return new rq::RunOptions(parms);
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectParticle::collect(const RQ_MSHDetailListHandle &details,
@@ -27,7 +17,7 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectParticle::collect(const RQ_MSHDetailListHand
                                                       RQ_MSHPrimCollectData *data) const
 {
     const MSH_Particles system(*primitives[0]);
-    const RQ_RefineParms *parms = static_cast<const Options *>(data)->parms;
+    const RQ_RefineParms *parms = rq::RunOptions::of(data);
     if (system.particles() == 0 || !rq::hasAllPoints(system))
         return nullptr;
     return new RQ_PrimPointMesh(details->createVertex(nullptr, system.offset(), parms, RQ_MSHIncludePoint::INCLUDE),

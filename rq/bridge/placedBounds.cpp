@@ -4,6 +4,8 @@
 #include <rq/bridge/MSHPrimCollectQuadric.h>
 #include <rq/bridge/MSHPrimCollectTube.h>
 #include <rq/bridge/MSHPrimPacked.h>
+#include <rq/bridge/PrimVDB.h>
+#include <rq/bridge/PrimVolume.h>
 #include <rq/prim/PrimCollect.h>
 
 namespace
@@ -41,6 +43,15 @@ RQ_PrimitiveHandle gather(const RQ_MSHDetailListHandle &details, const ELM_Range
     return collector.endCollecting(details, data.get());
 }
 
+template <class Volume>
+void enlargeByVolumes(BAS_BoundingBox *boxes, int segments, const RQ_MSHDetailListHandle &details,
+                      const ELM_Range &primitives, ELM_PrimitiveTypeId type, const RQ_TransformHandle &placement)
+{
+    visitAll(*details->getDetail(), primitives, type, [&](const MSH_Primitive &primitive) {
+        enlargeBy(boxes, segments, RQ_PrimitiveHandle(new Volume(*details, primitive.offset())), placement);
+    });
+}
+
 void enlargeByPacked(BAS_BoundingBox *boxes, int segments, const RQ_MSHDetailListHandle &details,
                      const ELM_Range &primitives, const RQ_TransformHandle &placement)
 {
@@ -63,5 +74,7 @@ void rq::enlargeByPlaced(BAS_BoundingBox *boxes, int segments, const RQ_MSHDetai
     for (const ELM_PrimitiveTypeId type :
          {ELM_PRIMITIVE_BLOB_ELLIPSOID, ELM_PRIMITIVE_BLOB_QUADRIC, ELM_PRIMITIVE_BLOB_CAPSULE, ELM_PRIMITIVE_BLOB_BOX})
         enlargeBy(boxes, segments, gather(details, primitives, type, RQ_MSHPrimCollectMeta()), placement);
+    enlargeByVolumes<RQ_PrimVolume>(boxes, segments, details, primitives, ELM_PRIMITIVE_VOLUME, placement);
+    enlargeByVolumes<RQ_PrimVDB>(boxes, segments, details, primitives, ELM_PRIMITIVE_SPARSE_VOLUME, placement);
     enlargeByPacked(boxes, segments, details, primitives, placement);
 }
