@@ -4,6 +4,7 @@
 
 #include <rq/bridge/detail/BlobField.h>
 #include <rq/bridge/detail/PlacedPrimitives.h>
+#include <rq/bridge/detail/blendAttributes.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/detail/isoSurface.h>
@@ -48,9 +49,11 @@ RQ_PolygonMeshHandle RQ_MSHPrimMetaBall::refineToPolygonMesh(const RQ_RefineParm
     do
         surface = rq::makeIsoSurface(field, field.grid(), isTooLarge);
     while (isTooLarge && field.coarsen());
-    return surface.mesh ? RQ_PolygonMeshHandle(
-                              new RQ_PrimPolygonMesh(*surface.mesh, surface.mesh->getShared(), nullptr, nullptr, detail_))
-                        : nullptr;
+    if (!surface.mesh)
+        return nullptr;
+    const RQ_AttributeListHandle shared =
+        surface.mesh->getShared()->mergeNewAttributes(rq::blendAttributes(field, surface, vertex_));
+    return new RQ_PrimPolygonMesh(*surface.mesh, shared, nullptr, nullptr, detail_);
 }
 
 const char *RQ_MSHPrimMetaBall::className() const { return "RQ_MSHPrimMetaBall"; }

@@ -32,8 +32,9 @@ public:
     int64_t getBlobCount() const { return transforms_->entries(); }
     const RQ_TransformArrayHandle &getTransforms() const { return transforms_; }
 
-    /// The surface as a closed mesh with "P" and "N" that is not placed by this primitive's transform; null when there is
-    /// none, or when it is interrupted.
+    /// The surface as a closed mesh that is not placed by this primitive's transform; null when there is none, or when it is
+    /// interrupted.  Its points have "P", "N" and the attributes of the blobs that hold numbers with a fraction, such as
+    /// colours: the mean of those of the blobs there, weighted by their fields.
     ///
     /// The options "metadensity" times "lod" ask for so many cells across a blob as thick as the blobs are in the geometric
     /// mean, at least 2, and "metamaxdivs" for no more along any side of the whole.  A surface that would not fit some

@@ -35,10 +35,19 @@ public:
     void sample(const Index3 &first, Parts parts, BlockValues &values) const override;
     double at(const BAS_Vec3d &offset, Parts parts) const override;
 
+    /// Call `visit(row among all blobs, field)` for those of the parts whose own field is positive at a point.
+    template <class Visit> void visitBlobs(const BAS_Vec3d &offset, Parts parts, Visit &&visit) const
+    {
+        for (const int32_t part : parts)
+            if (const int32_t row = nodes_[size_t(part)].shape; row >= 0)
+                if (const double value = shapes_[size_t(row)].blob.at(offset - shapes_[size_t(row)].middle); value > 0.0)
+                    visit(int64_t(row), value);
+    }
+
 private:
     struct Node
     {
-        int32_t shape = -1;  // -1: an expression
+        int32_t shape = -1;  // the row among all blobs; -1: an expression
         int32_t operation = MSH_BLOB_SUM;
         int32_t children = 0;
         std::vector<int32_t> parents{};

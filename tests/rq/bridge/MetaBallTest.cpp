@@ -314,6 +314,31 @@ TEST(MetaBalls, UglyInputGivesNothingOrWhatIsLeft)
     EXPECT_EQ(eulerNumber(*surfaceOf(many.read())), 2);
 }
 
+TEST(MetaBalls, AttributesOfBlobsMelt)
+{
+    Blobs blobs;
+    blobs.add({0.0, 0.0, 0.0});
+    blobs.add({1.0, 0.0, 0.0});
+    blobs.add({0.5, 0.0, 0.3}, blobWith(&MSH_BlobData::weight, -0.1));
+    blobs.combine(MSH_BLOB_SUM, {0, 1, 2});
+    MOD_Edit edit(blobs.geometry());
+    double *ramp = edit.attribute(ELM_OWNER_POINT, "ramp", ELM_STORAGE_REAL64)->writeAll<double>();
+    ramp[0] = 0.0, ramp[1] = 1.0, ramp[2] = 100.0;
+    edit.attribute(ELM_OWNER_POINT, "id", ELM_STORAGE_INT32);
+    edit.commit();
+    const RQ_PolygonMeshHandle mesh = surfaceOf(blobs.read());
+    const rq::Values<float> p(mesh->getShared()->get("P")), melted(mesh->getShared()->get("ramp"));
+    EXPECT_FALSE(mesh->getShared()->get("id"));
+    for (int64_t i = 0; i < mesh->getPointCount(); ++i)
+    {
+        const auto field = [&](float x) {
+            const double q = std::pow(p[3 * i] - x, 2) + std::pow(p[3 * i + 1], 2) + std::pow(p[3 * i + 2], 2);
+            return std::pow(std::max(1.0 - q, 0.0), 3);
+        };
+        ASSERT_NEAR(melted[i], field(1.0f) / (field(0.0f) + field(1.0f)), 1e-4);
+    }
+}
+
 TEST(MetaBalls, MoveHardenAndSave)
 {
     const Blobs blobs = makeHeap(20);
