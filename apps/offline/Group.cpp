@@ -13,6 +13,7 @@
 #include <apps/refineShared.h>
 #include <apps/subdivide.h>
 #include <host/bas/Parallel.h>
+#include <rq/bridge/PrimPlacedVolume.h>
 #include <rq/prim/PrimitiveType.h>
 
 namespace rq::offline
@@ -94,8 +95,22 @@ void Group::add(const RQ_PrimitiveHandle &primitive, int depth)
     bool isRefined = false;
     if (depth < kDeepest)
         for (const RQ_PrimitiveHandle &simpler : app::refineShared(*primitive, stage_.parms, &isRefined))
-            add(simpler, depth + 1);
-    stage_.notDrawn += !isRefined;
+            if (simpler != primitive)
+                add(simpler, depth + 1);
+    if (isRefined)
+        return;
+    if (const auto *volume = dynamic_cast<const RQ_PrimPlacedVolume *>(primitive.get()))
+        skip(*volume);
+    else
+        ++stage_.notDrawn;
+}
+
+void Group::skip(const RQ_PrimPlacedVolume &volume)
+{
+    const std::string complaint = std::string(volume.className()) + ": volumes are not drawn";
+    std::vector<std::string> &known = stage_.complaints;
+    if (std::find(known.begin(), known.end(), complaint) == known.end())
+        known.push_back(complaint);
 }
 
 // Normals come first: they belong to the faces of the file, not to the triangles that these are cut into.

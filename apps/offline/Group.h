@@ -9,6 +9,7 @@
 #include <host/bas/BoundingBox.h>
 #include <rq/surface/PrimPolygonMesh.h>
 
+class RQ_PrimPlacedVolume;
 struct RTCSceneTy;
 struct RTCRay;
 struct RTCRayHit;
@@ -72,6 +73,7 @@ public:
 
 private:
     void add(const RQ_PrimitiveHandle &primitive, int depth);
+    void skip(const RQ_PrimPlacedVolume &volume);
     void addMesh(const RQ_PrimPolygonMesh &mesh);
     void addLeaf(const RQ_PrimitiveHandle &leaf);
     std::unique_ptr<Drawable> makeDrawable(const RQ_PrimitiveHandle &leaf);

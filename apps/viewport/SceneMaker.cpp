@@ -8,6 +8,7 @@
 #include <apps/refineShared.h>
 #include <apps/subdivide.h>
 #include <host/bas/hashBytes.h>
+#include <rq/bridge/PrimPlacedVolume.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/RefineParms.h>
 #include <rq/surface/PrimPointMesh.h>
@@ -121,8 +122,13 @@ void SceneMaker::addRefined(const RQ_Primitive &primitive, const Placements &out
     bool isRefined = false;
     if (depth < kDeepest)
         for (const RQ_PrimitiveHandle &simpler : app::refineShared(primitive, parms_, &isRefined))
-            add(simpler, outer, depth + 1);
-    if (!isRefined)
+            if (simpler.get() != &primitive)
+                add(simpler, outer, depth + 1);
+    if (isRefined)
+        return;
+    if (const auto *volume = dynamic_cast<const RQ_PrimPlacedVolume *>(&primitive))
+        addCurves(volume->createOutline(), outer);
+    else
         complain(fmt::format("{}: nothing of this kind can be drawn", primitive.className()));
 }
 
