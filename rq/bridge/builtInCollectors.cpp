@@ -8,6 +8,7 @@
 #include <rq/bridge/MSHPrimCollectParticle.h>
 #include <rq/bridge/MSHPrimCollectQuadric.h>
 #include <rq/bridge/MSHPrimCollectTetrahedron.h>
+#include <rq/bridge/MSHPrimCollectTPSurf.h>
 #include <rq/bridge/MSHPrimCollectTube.h>
 #include <rq/bridge/MSHPrimCollectVDB.h>
 #include <rq/bridge/MSHPrimCollectVolume.h>
@@ -34,6 +35,7 @@ const Collectors &collectorsOfFixedTypes()
 {
     static const auto curves = std::make_shared<RQ_MSHPrimCollectCurve>();
     static const auto metaballs = std::make_shared<RQ_MSHPrimCollectMeta>();
+    static const auto surfaces = std::make_shared<RQ_MSHPrimCollectTPSurf>();
     static const auto *collectors = new Collectors{
         {ELM_PRIMITIVE_POLYGON, rq::builtInPolygonCollector()},
         {ELM_PRIMITIVE_TRIANGLE_STRIP, rq::builtInPolygonCollector()},
@@ -42,6 +44,8 @@ const Collectors &collectorsOfFixedTypes()
         {ELM_PRIMITIVE_GRID, rq::builtInPolygonCollector()},
         {ELM_PRIMITIVE_NURBS_CURVE, curves},
         {ELM_PRIMITIVE_BEZIER_CURVE, curves},
+        {ELM_PRIMITIVE_NURBS_SURFACE, surfaces},
+        {ELM_PRIMITIVE_BEZIER_SURFACE, surfaces},
         {ELM_PRIMITIVE_CIRCLE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_CIRCLE)},
         {ELM_PRIMITIVE_SPHERE, std::make_shared<RQ_MSHPrimCollectQuadric>(ELM_PRIMITIVE_SPHERE)},
         {ELM_PRIMITIVE_TUBE, std::make_shared<RQ_MSHPrimCollectTube>()},

@@ -80,6 +80,24 @@ void rq::knotWeights(const double *knots, int order, double t, double *weights)
         order, [&](int j) { return u - knots[order - 1 - j]; }, [&](int j) { return knots[order - 2 + j] - u; }, weights);
 }
 
+void rq::knotSlopes(const double *knots, int order, double t, double *slopes)
+{
+    // A weight is made of two of the order below, each over the knots between which it lives.
+    const int degree = order - 1;
+    slopes[degree] = 0.0;
+    if (degree == 1)
+        slopes[0] = 1.0;
+    else
+        knotWeights(knots + 1, degree, t, slopes);
+    double before = 0.0;
+    for (int i = 0; i <= degree; ++i)
+    {
+        const double behind = i < degree ? degree * slopes[i] / (knots[i + degree] - knots[i]) : 0.0;
+        slopes[i] = before - behind;
+        before = behind;
+    }
+}
+
 void rq::spreadWeights(const double *steps, double t, double *weights)
 {
     // Breakpoints relative to the second; u runs from there to the third.
@@ -99,13 +117,12 @@ void rq::spreadWeights(const double *steps, double t, double *weights)
     std::copy_n(pyramid[0], 4, weights);
 }
 
-int rq::SpanWeights::nearest(int sample) const
+int rq::heaviest(const double *weights, int count)
 {
     // Weights that are equal but for rounding count as equal.
     constexpr double kRounding = 1e-12;
-    const double *weights = at(sample);
     int best = 0;
-    for (int i = 1; i < order; ++i)
+    for (int i = 1; i < count; ++i)
         if (weights[i] > weights[best] + kRounding)
             best = i;
     return best;

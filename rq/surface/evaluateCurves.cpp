@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include <host/bas/Parallel.h>
-#include <rq/data/DANumeric.h>
-#include <rq/data/convert.h>
 #include <host/bas/stream.h>
+#include <rq/data/DANumeric.h>
 #include <rq/surface/detail/curveKernel.h>
+#include <rq/surface/detail/storedValues.h>
 
 namespace
 {
@@ -20,18 +19,6 @@ constexpr int64_t kBufferValues = 4096;
 
 // Whole numbers up to here are told apart by a double.
 constexpr double kExactIntegers = 9007199254740992.0;
-
-/// A value of the storage: integers are rounded to the nearest and kept in their range.
-template <class Out, class T> Out stored(T value)
-{
-    if constexpr (std::is_integral_v<Out> && sizeof(Out) < sizeof(int64_t))
-        return RQconvert<Out>(
-            std::floor(std::clamp(value, T(std::numeric_limits<Out>::min()), T(std::numeric_limits<Out>::max())) + T(0.5)));
-    else if constexpr (std::is_integral_v<Out>)
-        return RQconvert<Out>(std::floor(value + T(0.5)));
-    else
-        return RQconvert<Out>(value);
-}
 
 /// Collects sums of type T and writes them, converted, to where the samples of some curves begin.
 template <class T, class Out> class Output
@@ -57,36 +44,22 @@ public:
     {
         int64_t values = used_;
         if (width_ != components_)
-            values = divide();
+            values = rq::divideRows(buffer_.data(), used_ / width_, components_);
         if constexpr (std::is_same_v<T, Out>)
         {
             if (streamed_)
                 host::streamCopy(reinterpret_cast<char *>(target_), reinterpret_cast<const char *>(buffer_.data()),
-                               size_t(values) * sizeof(T));
+                                 size_t(values) * sizeof(T));
             else
                 std::copy_n(buffer_.data(), values, target_);
         }
         else
-            std::transform(buffer_.data(), buffer_.data() + values, target_, stored<Out, T>);
+            std::transform(buffer_.data(), buffer_.data() + values, target_, rq::stored<Out, T>);
         target_ += values;
         used_ = 0;
     }
 
 private:
-    /// Divide each row by the weight behind it and close the gaps.
-    int64_t divide()
-    {
-        const T *from = buffer_.data();
-        T *to = buffer_.data();
-        for (const T *end = from + used_; from < end; from += width_)
-        {
-            const T weight = from[components_];
-            for (int c = 0; c < components_; ++c)
-                *to++ = weight == T(0) ? T(0) : from[c] / weight;
-        }
-        return to - buffer_.data();
-    }
-
     Out *target_;
     int components_;
     int width_;
@@ -221,7 +194,7 @@ bool rq::evaluateCurves(const CurveSampling &sampling, const RQ_DataArray &verti
     bool written = false;
     dispatchStorage(vertices.getStorage(), [&](auto tag) {
         using Out = typename decltype(tag)::type;
-        using T = std::conditional_t<std::is_same_v<Out, float> || std::is_same_v<Out, PLT_Half>, float, double>;
+        using T = SumOf<Out>;
         auto *values = dynamic_cast<RQ_DANumeric<Out> *>(&target);
         if (values)
             Evaluation<T>(sampling, vertices, weights).run(values->data() + at * values->getTupleSize());

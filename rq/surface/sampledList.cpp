@@ -15,14 +15,23 @@ const RQ_DataArray *rq::rationalWeights(const RQ_AttributeList &list, int attrib
 
 RQ_AttributeListHandle rq::sampledList(const CurveSampling &sampling, const RQ_AttributeList &vertex)
 {
+    return sampledList({sampling.shapes().vertices(), sampling.points().sumCounts(),
+                        [&](const RQ_DataArray &array, const RQ_DataArray *weights, RQ_DataArray &target) {
+                            evaluateCurves(sampling, array, weights, target);
+                        },
+                        [&] { return sampling.nearestVertices(); }},
+                       vertex);
+}
+
+RQ_AttributeListHandle rq::sampledList(const Sampler &sampler, const RQ_AttributeList &vertex)
+{
     const RQ_AttributeListHandle list(new RQ_AttributeList(vertex.getMap(), vertex.getSegments()));
-    const int64_t vertices = sampling.shapes().vertices();
     RQ_DataArrayHandle nearest;
     for (int i = 0; i < vertex.entries(); ++i)
         for (int segment = 0; segment < vertex.getSegments(); ++segment)
         {
             const RQ_DataArrayHandle &array = vertex.get(i, segment);
-            if (!array || array->entries() < vertices)
+            if (!array || array->entries() < sampler.vertices)
                 continue;
             const RQ_DataArray *weights = rationalWeights(vertex, i, segment);
             // Segments mostly share an array, and then what is made of it.
@@ -30,14 +39,14 @@ RQ_AttributeListHandle rq::sampledList(const CurveSampling &sampling, const RQ_A
                 list->set(i, list->get(i, segment - 1), segment);
             else if (isEvaluated(*array))
             {
-                const RQ_DataArrayHandle values = makeLike(*array, sampling.points().sumCounts());
-                evaluateCurves(sampling, *array, weights, *values);
+                const RQ_DataArrayHandle values = makeLike(*array, sampler.samples);
+                sampler.evaluate(*array, weights, *values);
                 list->set(i, values, segment);
             }
             else
             {
                 if (!nearest)
-                    nearest = sampling.nearestVertices();
+                    nearest = sampler.nearestVertices();
                 list->set(i, RQ_DAIndirect::createIndirect(array, nearest), segment);
             }
         }

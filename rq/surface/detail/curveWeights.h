@@ -19,9 +19,15 @@ void basisWeights(RQ_Basis basis, int order, double t, double *weights);
 /// 1997, algorithm A2.2).
 void knotWeights(const double *knots, int order, double t, double *weights);
 
-/// The same of a Catmull-Rom span whose four vertices lie at breakpoints `steps` apart (Barry, Goldman, A recursive
+/// How fast those weights change with the parameter (the same book, algorithm A2.3, for the first derivative).
+void knotSlopes(const double *knots, int order, double t, double *slopes);
+
+/// The weights of a Catmull-Rom span whose four vertices lie at breakpoints `steps` apart (Barry, Goldman, A recursive
 /// evaluation algorithm for a class of Catmull-Rom splines, 1988).
 void spreadWeights(const double *steps, double t, double *weights);
+
+/// The place of the greatest of some weights, of the first of equal ones.
+int heaviest(const double *weights, int count);
 
 /// The weights of one span at several parameters.
 struct SpanWeights
@@ -39,7 +45,7 @@ struct SpanWeights
     const double *at(int sample) const { return values.data() + int64_t(sample) * order; }
 
     /// The vertex of the greatest weight, the first of equal ones.
-    int nearest(int sample) const;
+    int nearest(int sample) const { return heaviest(at(sample), order); }
 
     int order = 0;
     int samples = 0;
