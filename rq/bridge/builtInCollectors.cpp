@@ -9,6 +9,7 @@
 #include <rq/bridge/MSHPrimCollectQuadric.h>
 #include <rq/bridge/MSHPrimCollectTetrahedron.h>
 #include <rq/bridge/MSHPrimCollectTPSurf.h>
+#include <rq/bridge/MSHPrimCollectTriBez.h>
 #include <rq/bridge/MSHPrimCollectTube.h>
 #include <rq/bridge/MSHPrimCollectVDB.h>
 #include <rq/bridge/MSHPrimCollectVolume.h>
@@ -59,6 +60,7 @@ const Collectors &collectorsOfFixedTypes()
         {ELM_PRIMITIVE_BLOB_EXPRESSION, metaballs},
         {ELM_PRIMITIVE_VOLUME, std::make_shared<RQ_MSHPrimCollectVolume>()},
         {ELM_PRIMITIVE_SPARSE_VOLUME, std::make_shared<RQ_MSHPrimCollectVDB>()},
+        {ELM_PRIMITIVE_TRIANGULAR_PATCH, std::make_shared<RQ_MSHPrimCollectTriBez>()},
         {ELM_PRIMITIVE_PACKED_GEOMETRY, std::make_shared<RQ_MSHCollectPackedGeometry>()},
         {ELM_PRIMITIVE_PACKED_FRAGMENT, std::make_shared<RQ_MSHCollectPackedFragment>()},
         {ELM_PRIMITIVE_PACKED_DISK, std::make_shared<RQ_MSHCollectPackedDisk>()},
