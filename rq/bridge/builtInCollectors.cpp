@@ -2,6 +2,7 @@
 
 #include <host/elm/PrimitiveFactory.h>
 #include <rq/bridge/MSHCollectPacked.h>
+#include <rq/bridge/MSHPrimCollectChannel.h>
 #include <rq/bridge/MSHPrimCollectCurve.h>
 #include <rq/bridge/MSHPrimCollectHexahedron.h>
 #include <rq/bridge/MSHPrimCollectMeta.h>
@@ -61,6 +62,7 @@ const Collectors &collectorsOfFixedTypes()
         {ELM_PRIMITIVE_VOLUME, std::make_shared<RQ_MSHPrimCollectVolume>()},
         {ELM_PRIMITIVE_SPARSE_VOLUME, std::make_shared<RQ_MSHPrimCollectVDB>()},
         {ELM_PRIMITIVE_TRIANGULAR_PATCH, std::make_shared<RQ_MSHPrimCollectTriBez>()},
+        {ELM_PRIMITIVE_CHANNEL, std::make_shared<RQ_MSHPrimCollectChannel>()},
         {ELM_PRIMITIVE_PACKED_GEOMETRY, std::make_shared<RQ_MSHCollectPackedGeometry>()},
         {ELM_PRIMITIVE_PACKED_FRAGMENT, std::make_shared<RQ_MSHCollectPackedFragment>()},
         {ELM_PRIMITIVE_PACKED_DISK, std::make_shared<RQ_MSHCollectPackedDisk>()},
