@@ -136,7 +136,8 @@ TEST(Collectors, OfCallersWinAndSurviveNewTypes)
     ASSERT_NE(builtIn, nullptr);
     const auto recorder = std::make_shared<Recorder>(false);
     RQ_MSHPrimCollect::bind(recorder, ELM_PRIMITIVE_POLYGON);
-    EXPECT_NE(ELM_PrimitiveFactory::add("collectors_test_type", "Test", false), ELM_PRIMITIVE_NONE);
+    const ELM_PrimitiveTypeId added = ELM_PrimitiveFactory::add("collectors_test_type", "Test", false);
+    EXPECT_NE(added, ELM_PRIMITIVE_NONE);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), recorder) << "after a rebuild";
     const RQ_PrimitiveHandle last = refine(edit.commit()).back();
     ASSERT_NE(as<RQ_PrimPointMesh>(last), nullptr);
@@ -145,14 +146,14 @@ TEST(Collectors, OfCallersWinAndSurviveNewTypes)
     // A bare collector may be bound to several types, and again.
     const RQ_MSHPrimCollect *bare = new Recorder(true);
     bare->bind(ELM_PRIMITIVE_POLYGON);
-    bare->bind(ELM_PRIMITIVE_CHANNEL);
+    bare->bind(added);
     bare->bind(ELM_PRIMITIVE_POLYGON);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON).get(), bare);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_CHANNEL).get(), bare);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(added).get(), bare);
 
-    for (const ELM_PrimitiveTypeId type : {ELM_PRIMITIVE_POLYGON, ELM_PRIMITIVE_CHANNEL})
+    for (const ELM_PrimitiveTypeId type : {ELM_PrimitiveTypeId(ELM_PRIMITIVE_POLYGON), added})
         RQ_MSHPrimCollect::bind(nullptr, type);
     EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_POLYGON), builtIn);
-    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(ELM_PRIMITIVE_CHANNEL), nullptr);
+    EXPECT_EQ(RQ_MSHPrimCollect::getCollector(added), nullptr);
 }
 }  // namespace
