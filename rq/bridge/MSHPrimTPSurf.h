@@ -7,8 +7,8 @@
 
 /// A host's NURBS or Bezier surface, with the curves that trim it.
 ///
-/// What lies to the left of an outer loop is left of the refined mesh: cells of its grid are cut along the loops exactly,
-/// and the loops follow their curves at least as closely as the grid follows the surface.
+/// The refined mesh has what lies to the left of outer loops: cells of its grid are cut along the loops, whose curves become
+/// twice as many pieces a span as the grid has steps.
 class RQ_API RQ_MSHPrimTPSurf final : public RQ_PrimTensorPatch
 {
 public:

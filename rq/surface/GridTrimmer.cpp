@@ -49,8 +49,10 @@ void rq::GridTrimmer::keepAlong(int64_t cell, const std::vector<Chain> &chains)
     std::vector<uint8_t> used(chains.size(), 0);
     for (size_t start = 0; start < chains.size(); ++start)
     {
+        if (used[start])
+            continue;
         std::vector<int64_t> corners;
-        std::vector<BAS_Vec2d> outline;
+        std::vector<BAS_Vec2d> outline;  // of the chains alone, for as long as no border is followed
         size_t current = start;
         const auto followBorder = [&](double way) {
             for (int step = 0; step < 4; ++step)
@@ -61,7 +63,7 @@ void rq::GridTrimmer::keepAlong(int64_t cell, const std::vector<Chain> &chains)
                     corners.push_back(border[corner]);
             }
         };
-        while (!used[current])
+        for (size_t next = chains.size(); next != start; current = next)
         {
             used[current] = 1;
             for (const Node &node : chains[current])
@@ -69,22 +71,18 @@ void rq::GridTrimmer::keepAlong(int64_t cell, const std::vector<Chain> &chains)
                 corners.push_back(node.corner);
                 outline.push_back(node.at);
             }
-            size_t next = start;
+            next = start;
             for (size_t c = 0; c < chains.size(); ++c)
                 if (!used[c] && wayFrom(exits[current], entries[c]) < wayFrom(exits[current], entries[next]))
                     next = c;
             const double way = wayFrom(exits[current], entries[next]);
-            const bool closes = next == start;
             if (way > 0.0)
             {
                 followBorder(way);
                 outline.clear();
             }
-            else if (closes && !outline.empty() && corners.size() == outline.size() && signedArea(outline) < 0.0)
+            else if (next == start && corners.size() == outline.size() && signedArea(outline) < 0.0)
                 followBorder(4.0);  // a hole that touches the border: the cell is around it
-            current = next;
-            if (closes)
-                break;
         }
         emit(corners);
     }

@@ -105,10 +105,8 @@ RQ_CurveMeshHandle RQ_PrimChannel::refineToCurve(const RQ_RefineParms *parms) co
 
 void RQ_PrimChannel::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
 {
-    if (getVertex())
-        RQ_PrimNet::enlargeBounds(boxes, segments);
-    else
-        enlargeP(boxes, segments, listOf(graphOf(keys_, 0)));
+    const RQ_AttributeListHandle hull = getVertex() ? getVertex() : listOf(graphOf(keys_, 0));
+    rq::enlargeWithWidths(*this, boxes, segments, [&](BAS_BoundingBox *own) { enlargeP(own, segments, hull); });
 }
 
 bool RQ_PrimChannel::refine(RQ_Refine &sink, const RQ_RefineParms *parms) const

@@ -28,8 +28,8 @@ struct RQ_ChannelKeys
 /// A function of time, drawn as a curve.
 ///
 /// Shape  the curve goes through the vertices, one a key, where there are any.  Without vertices it is the function's graph:
-/// x is the
-///        time, y the value, z is 0; jumps are upright, and cubic stretches are cut into 8 pieces times the option "lod"
+///        x is the time, y the value, z is 0; jumps are upright, and cubic stretches are cut into 8 pieces times the option
+///        "lod"
 class RQ_API RQ_PrimChannel final : public RQ_PrimNet
 {
 public:
@@ -49,6 +49,8 @@ public:
 
     const char *className() const override;
     int getPrimitiveType() const override;
+
+    /// What the curve covers, and around it the largest "width" or "pscale" where there is one.
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
 
     /// Hand over the curve of `refineToCurve`.  False when there is none.

@@ -32,10 +32,7 @@ bool RQ_PrimNet::handOver(const RQ_PrimitiveHandle &made, RQ_Refine &sink) const
     return true;
 }
 
-void RQ_PrimNet::enlargeBounds(BAS_BoundingBox *boxes, int segments) const
-{
-    rq::enlargeWithWidths(*this, boxes, segments, [&](BAS_BoundingBox *own) { enlargeP(own, segments, vertex_); });
-}
+void RQ_PrimNet::enlargeBounds(BAS_BoundingBox *boxes, int segments) const { enlargeP(boxes, segments, vertex_); }
 
 int RQ_PrimNet::getMotionSegments() const { return rq::motionSegments(*this, {&vertex_, &uniform_, &detail_}); }
 

@@ -40,8 +40,8 @@ public:
     /// (Piegl, Tiller, The NURBS Book, 1997, chapters 3 and 4).
     ///
     /// Shape    spans without a length are passed over.  Where a direction wraps, the last points connect to the first.
-    /// Without "N" there are unit
-    ///          normals, which poles take from close by.  Uniform attributes become detail ones
+    ///          Unit normals are added unless there is an "N"; poles take theirs from close by.  Uniform attributes become
+    ///          detail ones
     /// Failure  null when a direction has no span, or attributes are missing
     RQ_PolygonMeshHandle refineToPolygonMesh(const RQ_RefineParms *parms) const;
 
@@ -55,8 +55,8 @@ protected:
 
     bool saveShape(BAS_JSONWriter &writer) const override;
 
-    /// The polygons that cut the surface: what lies to the left of an outer one is kept.  `pieces` is
-    /// how finely curves are to be cut.  None for the whole surface.
+    /// The polygons that cut the surface, none for a whole one: what lies to the left of an outer one is kept.  `pieces` is
+    /// how finely the spans of curves are to be cut.
     virtual Loops trimLoops(int pieces) const;
 
 private:

@@ -106,8 +106,6 @@ RQ_PolygonMeshHandle RQ_PrimTensorPatch::trimmedMesh(const rq::NetSpans &u, cons
     const std::vector<double> linesV = linesOf(v, placesV);
     insertLines(u, rq::GridTrimmer::missingLines(linesOf(u, placesU), linesV, loops), placesU);
     const rq::TrimmedFaces faces = rq::GridTrimmer(linesOf(u, placesU), linesV, u.wraps(), v.wraps()).trim(loops);
-    if (faces.counts.empty())
-        return {};
     rq::NetSampling sampling = samplingOf(u, v, placesU, placesV);
     sampling.others = int64_t(faces.nodes.size());
     sampling.otherSum = [&](int64_t node, rq::NetSum &sum) {

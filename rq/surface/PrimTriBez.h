@@ -5,9 +5,8 @@
 
 /// A triangular Bezier patch.
 ///
-/// Shape    rows of degree + 1, degree, ... 1 control vertices, one row after the other.  The corners, counter-clockwise
-/// seen
-///          from the front, are the first vertex, the last of the first row, and the last of all
+/// Shape    rows of degree + 1, degree, ... 1 control vertices, one row after the other.  The corners are the first vertex,
+///          the last of the first row, and the last of all, counter-clockwise seen from the front
 /// Failure  `init` refuses what does not fit together
 class RQ_API RQ_PrimTriBez final : public RQ_PrimNet
 {

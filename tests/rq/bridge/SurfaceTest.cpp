@@ -303,6 +303,7 @@ TEST(SurfaceCollector, CutsAwayWhatLiesToTheRightOfLoops)
         {"a hole in a cell", {reversed(tiny)}, 1.0 - areaOf(tiny)},
         {"holes in one cell", {reversed(box(0.51, 0.52)), reversed(box(0.53, 0.54)), reversed(box(0.60, 0.61))}, 1.0 - 3e-4},
         {"a point", {{{0.5, 0.5}, {0.5, 0.5}, {0.5, 0.5}}}, 1.0},
+        {"elsewhere", {box(2, 3)}, 0.0},
         {"far away", {{{0.5, 0.5}, {-1e308, 0.5}, {1e308, 0.7}}}, 1.0},
         {"no place", {{{0.5, 0.5}, {std::nan(""), 0.5}, {0.5, 0.7}}}, 1.0},
     };
