@@ -1,14 +1,14 @@
 #include <rq/bridge/MSHPrimCollectChannel.h>
 
 #include <host/msh/Channel.h>
-#include <rq/bridge/detail/CollectOptions.h>
+#include <rq/bridge/detail/RunOptions.h>
 #include <rq/bridge/detail/NetLists.h>
 #include <rq/surface/PrimChannel.h>
 
 RQ_MSHPrimCollectData *RQ_MSHPrimCollectChannel::beginCollecting(const RQ_MSHDetailListHandle &,
                                                                  const RQ_RefineParms *parms) const
 {
-    return new rq::CollectOptions(parms);
+    return new rq::RunOptions(parms);
 }
 
 RQ_PrimitiveHandle RQ_MSHPrimCollectChannel::collect(const RQ_MSHDetailListHandle &details,
@@ -17,7 +17,7 @@ RQ_PrimitiveHandle RQ_MSHPrimCollectChannel::collect(const RQ_MSHDetailListHandl
 {
     static_assert(int(RQ_ChannelKeys::CUBIC) == int(MSH_CHANNEL_CUBIC));
     const MSH_Channel channel(*primitives[0]);
-    const rq::NetLists lists(*details, channel, rq::optionsOf(data));
+    const rq::NetLists lists(*details, channel, rq::RunOptions::of(data));
     const MSH_ChannelData &keys = channel.data();
     const BAS_IntrusivePtr<RQ_PrimChannel> made(new RQ_PrimChannel);
     const bool fits =
