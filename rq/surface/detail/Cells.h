@@ -39,11 +39,14 @@ public:
     /// Whether two corners of a cell are one point.
     static bool isCollapsed(const Point *cell)
     {
-        bool repeats = false;
-        for (int i = 1; i < kCorners; ++i)
-            for (int j = 0; j < i; ++j)
-                repeats |= cell[i] == cell[j];
-        return repeats;
+        // In rounds of all corners at a time.
+        std::array<Point, 2 * kCorners> twice;
+        std::copy_n(cell, kCorners, std::copy_n(cell, kCorners, twice.begin()));
+        int repeats = 0;
+        for (int round = 1; round <= kCorners / 2; ++round)
+            for (int i = 0; i < kCorners; ++i)
+                repeats |= twice[size_t(i)] == twice[size_t(i + round)];
+        return repeats != 0;
     }
 
     /// Of the values that the corners of a cell have, those of a face.
@@ -80,21 +83,15 @@ public:
         return left;
     }
 
-    /// Whether two faces have the same points, in whatever order.
-    static bool areSame(const std::array<Point, kFaceCorners> &a, const std::array<Point, kFaceCorners> &b)
+    /// Whether two faces have the same points, in whatever order and however often.
+    using Face = std::array<Point, kFaceCorners>;
+    static bool areSame(const Face &a, const Face &b)
     {
-        bool same = true;
-        for (int i = 0; i < kFaceCorners; ++i)
-        {
-            bool inB = false, inA = false;
-            for (int j = 0; j < kFaceCorners; ++j)
-            {
-                inB |= a[size_t(i)] == b[size_t(j)];
-                inA |= b[size_t(i)] == a[size_t(j)];
-            }
-            same &= inB & inA;
-        }
-        return same;
+        const auto areIn = [](const Face &some, const Face &others) {
+            return std::all_of(some.begin(), some.end(),
+                               [&](Point point) { return std::find(others.begin(), others.end(), point) != others.end(); });
+        };
+        return sorted(a) == sorted(b) || (areIn(a, b) && areIn(b, a));
     }
 
     /// Whether two cells have the same points, in whatever order.
@@ -111,6 +108,26 @@ public:
     }
 
 private:
+    static Face sorted(Face face)
+    {
+        const auto order = [&face](size_t i, size_t j) {
+            const Point low = std::min(face[i], face[j]), high = std::max(face[i], face[j]);
+            face[i] = low;
+            face[j] = high;
+        };
+        order(0, 1);
+        if constexpr (kFaceCorners == 4)
+        {
+            order(2, 3);
+            order(0, 2);
+            order(1, 3);
+        }
+        order(1, 2);
+        if constexpr (kFaceCorners == 3)
+            order(0, 1);
+        return face;
+    }
+
     const Point *points_;
     int64_t count_;
 };

@@ -59,7 +59,8 @@ private:
 
     // A cell costs 10 ns in a pass; writing to many more parts at a time makes each write wait for its page.
     static constexpr int64_t kCellsPerBlock = 16384, kMostBlocks = 64;
-    static constexpr int64_t kFacesPerPart = 8192, kMostParts = 2048;
+    static constexpr int64_t kFacesPerPart = 2048, kMostParts = 4096;
+    static constexpr int64_t kAhead = 16;  // cells in any order come from memory
 
     void cut(int64_t points)
     {
@@ -75,8 +76,10 @@ private:
     // The part of a face.  A point that is none has one too.
     int64_t partOf(const std::array<Point, Cells::kFaceCorners> &face) const
     {
-        const uint64_t lowest = uint64_t(*std::min_element(face.begin(), face.end()));
-        return int64_t(std::min<uint64_t>(lowest >> shift_, uint64_t(parts_ - 1)));
+        Point lowest = face[0];
+        for (const Point point : face)
+            lowest = std::min(lowest, point);
+        return int64_t(std::min(uint64_t(lowest) >> shift_, uint64_t(parts_ - 1)));
     }
 
     // Call `file(part, cell, face)` for every face of a block.
@@ -163,11 +166,16 @@ private:
     {
         Record *const records = records_.data() + starts_[size_t(part * blocks_)];
         const int64_t count = starts_[size_t((part + 1) * blocks_)] - starts_[size_t(part * blocks_)];
-        const uint64_t mask = std::bit_ceil(uint64_t(2 * count + 1)) - 1;
+        // Most faces come twice, so that half of the table stays empty.
+        const uint64_t mask = std::bit_ceil(uint64_t(count + count / 8 + 1)) - 1;
         table.assign(size_t(mask + 1), kNone);
         for (int64_t i = 0; i < count; ++i)
+        {
+            if (i + kAhead < count && records[i + kAhead].id != kNone)
+                __builtin_prefetch(cells_.corners(cellOf(records[i + kAhead])));
             if (records[i].id != kNone)
                 enter(records, i, table, mask);
+        }
         for (int64_t i = 0; i < count; ++i)
             if (!(records[i].id & kInner))
                 std::atomic_ref(outer_[size_t(cellOf(records[i]))])
