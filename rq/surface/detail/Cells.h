@@ -31,6 +31,8 @@ public:
     static constexpr int kCorners = Shape::kCorners, kFaces = int(Shape::kFaces.size()),
                          kFaceCorners = int(Shape::kFaces[0].size());
 
+    using Face = std::array<Point, kFaceCorners>;
+
     Cells(const Point *points, int64_t count) : points_(points), count_(count) {}
 
     int64_t count() const { return count_; }
@@ -84,7 +86,6 @@ public:
     }
 
     /// Whether two faces have the same points, in whatever order and however often.
-    using Face = std::array<Point, kFaceCorners>;
     static bool areSame(const Face &a, const Face &b)
     {
         const auto areIn = [](const Face &some, const Face &others) {
