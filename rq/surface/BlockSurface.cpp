@@ -20,30 +20,44 @@ void rq::BlockSurface::make(const LevelField &field, const SurfaceGrid &grid, co
 {
     BlockValues values;
     field.sample(first, parts, values);
-    for (size_t i = 0; i < values.size(); ++i)
-        inside_[i] = values[i] > 0.0;
-    if (inside_.none() || inside_.all())
+    if (!findInside(values))
         return;
     findCrossings();
     countFaces();
     placePoints(field, grid, first, parts, values);
 }
 
+/// False when all samples lie on one side.
+bool rq::BlockSurface::findInside(const BlockValues &values)
+{
+    int count = 0;
+    for (int z = 0; z < kBlockSamples; ++z)
+        for (int y = 0; y < kBlockSamples; ++y)
+        {
+            unsigned row = 0;
+            for (int x = 0; x < kBlockSamples; ++x)
+                row |= unsigned(values[sampleAt(x, y, z)] > 0.0) << x;
+            inside_[z][y] = uint16_t(row);
+            count += std::popcount(row);
+        }
+    return count > 0 && count < int(values.size());
+}
+
 void rq::BlockSurface::findCrossings()
 {
-    int32_t count = 0;
+    constexpr unsigned kRow = (1u << kBlockCells) - 1;
+    int64_t count = 0;
     for (int axis = 0; axis < 3; ++axis)
         for (int z = 0; z < kBlockCells; ++z)
         {
-            uint64_t &bits = crossing_[axis][z];
+            uint64_t bits = 0;
             for (int y = 0; y < kBlockCells; ++y)
-                for (int x = 0; x < kBlockCells; ++x)
-                {
-                    const bool differs =
-                        inside_[sampleAt(x, y, z)] != inside_[sampleAt(x + (axis == 0), y + (axis == 1), z + (axis == 2))];
-                    bits |= uint64_t(differs) << (kBlockCells * y + x);
-                }
-            before_[axis][z] = count;
+            {
+                const unsigned row = inside_[z][y];
+                const unsigned next = axis == 0 ? row >> 1 : axis == 1 ? inside_[z][y + 1] : inside_[z + 1][y];
+                bits |= uint64_t((row ^ next) & kRow) << (kBlockCells * y);
+            }
+            layers_[axis][z] = {bits, count};
             count += std::popcount(bits);
         }
 }
@@ -68,7 +82,7 @@ void rq::BlockSurface::placePoints(const LevelField &field, const SurfaceGrid &g
     const double step = kDifferenceStep * grid.cell;
     for (int axis = 0; axis < 3; ++axis)
         for (int z = 0; z < kBlockCells; ++z)
-            for (uint64_t left = crossing_[axis][z]; left; left &= left - 1)
+            for (uint64_t left = layers_[axis][z].cut; left; left &= left - 1)
             {
                 const int bit = std::countr_zero(left), x = bit % kBlockCells, y = bit / kBlockCells;
                 const double near = values[sampleAt(x, y, z)];
@@ -93,14 +107,14 @@ void rq::BlockSurface::placePoints(const LevelField &field, const SurfaceGrid &g
 
 const rq::CubeLoops &rq::BlockSurface::loops(int x, int y, int z) const
 {
-    unsigned corners = 0;
-    for (int c = 0; c < 8; ++c)
-        corners |= unsigned(inside_[sampleAt(x + (c & 1), y + (c >> 1 & 1), z + (c >> 2))]) << c;
+    const auto pair = [&](int j, int k) { return unsigned(inside_[z + k][y + j]) >> x & 3; };
+    const unsigned corners = pair(0, 0) | pair(1, 0) << 2 | pair(0, 1) << 4 | pair(1, 1) << 6;
     return cubeLoops()[corners];
 }
 
 int32_t rq::BlockSurface::pointOf(int axis, int x, int y, int z) const
 {
     const uint64_t earlier = (uint64_t(1) << (kBlockCells * y + x)) - 1;
-    return before_[axis][z] + std::popcount(crossing_[axis][z] & earlier);
+    const Layer &layer = layers_[axis][z];
+    return int32_t(layer.before + std::popcount(layer.cut & earlier));
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <bitset>
-
 #include <rq/surface/detail/CubeLoops.h>
 #include <rq/surface/detail/LevelField.h>
 
@@ -30,14 +28,20 @@ public:
 
 private:
     static size_t sampleAt(int x, int y, int z) { return size_t((z * kBlockSamples + y) * kBlockSamples + x); }
+    bool findInside(const BlockValues &values);
     void findCrossings();
     void countFaces();
     void placePoints(const LevelField &field, const SurfaceGrid &grid, const Index3 &first, LevelField::Parts parts,
                      const BlockValues &values);
 
-    std::bitset<std::tuple_size_v<BlockValues>> inside_;
-    uint64_t crossing_[3][kBlockCells] = {};  // of the edges along an axis from a layer of samples, a bit for each
-    int32_t before_[3][kBlockCells] = {};     // points on edges that come before
+    uint16_t inside_[kBlockSamples][kBlockSamples] = {};  // of the rows of each layer, a bit for each sample
+    // The edges along an axis from a layer of samples.
+    struct Layer
+    {
+        uint64_t cut = 0;    // a bit for each
+        int64_t before = 0;  // points on edges that come before
+    };
+    Layer layers_[3][kBlockCells];
     std::vector<BAS_Vec3f> positions_, normals_;
     int64_t faces_ = 0, corners_ = 0;
 };
