@@ -13,11 +13,6 @@ namespace rq::app
 {
 namespace
 {
-bool hasCells(const MSH_Detail &detail)
-{
-    return detail.primitiveCount(ELM_PRIMITIVE_TETRAHEDRON) > 0 || detail.primitiveCount(ELM_PRIMITIVE_HEXAHEDRON) > 0;
-}
-
 ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io::Messages &messages)
 {
     const io::SaveOptions form{options.format, options.ascii ? io::NumberForm::Text : io::NumberForm::Binary};

@@ -1,5 +1,6 @@
 #include <apps/exchangeFaces.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <numeric>
 
@@ -22,7 +23,9 @@ namespace
 // The primitive that a new face comes from, while the exchange goes on.
 constexpr const char *kSource = "__source";
 
-bool isCell(ELM_PrimitiveTypeId type) { return type == ELM_PRIMITIVE_TETRAHEDRON || type == ELM_PRIMITIVE_HEXAHEDRON; }
+constexpr ELM_PrimitiveTypeId kCells[] = {ELM_PRIMITIVE_TETRAHEDRON, ELM_PRIMITIVE_HEXAHEDRON};
+
+bool isCell(ELM_PrimitiveTypeId type) { return std::find(std::begin(kCells), std::end(kCells), type) != std::end(kCells); }
 
 ELM_Range primitivesOf(const MSH_Detail &detail, Exchanged exchanged)
 {
@@ -178,6 +181,11 @@ MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
     return edit.commit();
 }
 }  // namespace
+
+bool hasCells(const MSH_Detail &detail)
+{
+    return std::any_of(std::begin(kCells), std::end(kCells), [&](auto type) { return detail.primitiveCount(type) > 0; });
+}
 
 bool exchangeFaces(const MOD_DetailHandle &detail, Exchanged exchanged, const CommonOptions &options,
                    const std::string &file, std::string &error)

@@ -14,6 +14,9 @@ struct Exchanged
     bool cells = false;     ///< tetrahedra and hexahedra, to the faces outside, subdivided or cut as well
 };
 
+/// Whether a detail has tetrahedra or hexahedra.
+bool hasCells(const MSH_Detail &detail);
+
 /// Put faces into the place of primitives of a detail.
 ///
 /// Shape    what is exchanged goes, with the points that nothing else uses; the new faces follow what is left, with their

@@ -19,9 +19,10 @@ struct CuspCosines
     double mean;
 
     /// The cosines of 60 and 90 degrees are not exact, and 32-bit positions add 1e-7: the test includes its border.
+    /// Angles below 0 count as 0, such above 180 as 180.
     explicit CuspCosines(double degrees)
-        : pair(std::cos(degrees * std::numbers::pi / 180.0) - 1e-6),
-          mean(std::cos(degrees * std::numbers::pi / 360.0) + 1e-6)
+        : pair(std::cos(std::clamp(degrees, 0.0, 180.0) * std::numbers::pi / 180.0) - 1e-6),
+          mean(std::cos(std::clamp(degrees, 0.0, 180.0) * std::numbers::pi / 360.0) + 1e-6)
     {}
 
     /// True when unit vectors of such weights, whose sum has this length, surely lie within the angle of each other.

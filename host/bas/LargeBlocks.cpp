@@ -101,8 +101,10 @@ public:
         return block;
     }
 
-    // The newest block is the warmest, so older ones make room for it.
+    // The newest block is the warmest, so older ones make room for it.  Without memory for lists of blocks nothing is kept:
+    // memory is given back from where nothing may be thrown.
     bool keep(void *block, SizeClass size)
+    try
     {
         if (size.bytes > bound_ / 2)
             return false;
@@ -115,6 +117,10 @@ public:
         shelf.blocks.push_back(block);
         count(int64_t(size.bytes));
         return true;
+    }
+    catch (const std::bad_alloc &)
+    {
+        return false;
     }
 
     // Large blocks first: they are the fewest calls for the most memory.

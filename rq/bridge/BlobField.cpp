@@ -13,7 +13,7 @@ using rq::Index3;
 
 // Cells along a side that no option goes beyond: blocks have numbers of 17 bits.
 constexpr int64_t kMostDivisions = int64_t(1) << 20;
-constexpr double kLeastDensity = 2.0;
+constexpr double kLeastDensity = 2.0, kGreatestDensity = 1e6;
 
 void addTo(double &sum, double other) { sum += other; }
 void raiseTo(double &most, double other) { most = std::max(most, other); }
@@ -113,7 +113,8 @@ bool rq::BlobField::layGrid(double density, int64_t mostDivisions)
     if (count == 0.0)
         return false;
     const BAS_Vec3d size = high_ - low_;
-    const double wanted = std::exp(logarithms / count) / (density > kLeastDensity ? density : kLeastDensity);
+    const double wanted =
+        std::exp(logarithms / count) / (density > kLeastDensity ? std::min(density, kGreatestDensity) : kLeastDensity);
     const double most = double(std::clamp<int64_t>(mostDivisions, int64_t(kLeastDensity), kMostDivisions));
     setGrid(std::max(wanted, std::max({size.x, size.y, size.z}) / most));
     return true;

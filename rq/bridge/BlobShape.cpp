@@ -135,7 +135,8 @@ void rq::BlobShape::fillRow(double *values, const double *x, int count, double y
 rq::Extent rq::BlobShape::within(const BAS_Vec3d &offset, double radius) const
 {
     const double reach = visitGauge([&](const auto &gauge) { return std::sqrt(gauge(toShape(offset))); });
-    const double nearest = std::max(reach - growth_ * radius, 0.0), farthest = reach + growth_ * radius;
+    // An infinite reach less an infinite growth says nothing: `max` keeps what it is given first.
+    const double nearest = std::max(0.0, reach - growth_ * radius), farthest = reach + growth_ * radius;
     const double a = kernel(nearest * nearest), b = kernel(farthest * farthest), slack = kSlack * std::abs(blob_.weight);
     return {std::min(a, b) - slack, std::max(a, b) + slack};
 }

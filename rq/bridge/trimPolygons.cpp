@@ -22,6 +22,8 @@ bool isPlace(const BAS_Vec2d &place)
     return std::abs(place.x) < kFarthest && std::abs(place.y) < kFarthest;
 }
 
+constexpr int64_t kMostPlaces = int64_t(1) << 25;
+
 /// All curves in pieces, u, v and 0 being the places of their points.
 RQ_CurveMeshHandle linearCurves(const MSH_TrimLoops &trims, int pieces)
 {
@@ -34,8 +36,10 @@ RQ_CurveMeshHandle linearCurves(const MSH_TrimLoops &trims, int pieces)
     RQ_AttributeListHandle list(new RQ_AttributeList(nullptr));
     list = list->addAttribute("P", arrayOf(places, 3), false)->addAttribute("Pw", arrayOf(weights), false);
     const RQ_CurveMeshHandle curves(new RQ_PrimCurveMesh(RQ_BASIS_BSPLINE, arrayOf(trims.counts), list));
+    // Straight curves have most of what is dropped again.
+    const int64_t most = kMostPlaces / int64_t(weights.size() + 1);
     const bool fits = curves->setOrder(arrayOf(trims.orders)) && curves->setKnots(arrayOf(trims.knots));
-    return fits ? curves->refineToLinear(nullptr, pieces) : nullptr;
+    return fits ? curves->refineToLinear(nullptr, int(std::clamp<int64_t>(most, 1, pieces))) : nullptr;
 }
 
 /// Drop points that repeat, or lie straight between, their neighbours.

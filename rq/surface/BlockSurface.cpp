@@ -88,7 +88,9 @@ void rq::BlockSurface::placePoints(const LevelField &field, const SurfaceGrid &g
                 const double near = values[sampleAt(x, y, z)];
                 const double far = values[sampleAt(x + (axis == 0), y + (axis == 1), z + (axis == 2))];
                 BAS_Vec3d offset = BAS_Vec3d(first[0] + x, first[1] + y, first[2] + z) * grid.cell;
-                offset[axis] += std::clamp(near / (near - far), kCornerGap, 1.0 - kCornerGap) * grid.cell;
+                // Between infinite samples any place is as good.
+                const double share = near / (near - far);
+                offset[axis] += std::clamp(share == share ? share : 0.5, kCornerGap, 1.0 - kCornerGap) * grid.cell;
 
                 const double value = field.at(offset, parts);
                 BAS_Vec3d slope;

@@ -27,7 +27,9 @@ int64_t rq::GridTrimmer::crossing(int64_t i, int64_t j) const
 double rq::GridTrimmer::perimeterPlace(int64_t cell, const Node &node) const
 {
     const size_t i = size_t(cell % cellsU()), j = size_t(cell / cellsU());
-    const double s = (node.at.x - us_[i]) / (us_[i + 1] - us_[i]), t = (node.at.y - vs_[j]) / (vs_[j + 1] - vs_[j]);
+    // Far outside, rounding puts a place where the grid is cut beside the cell.
+    const double s = std::clamp((node.at.x - us_[i]) / (us_[i + 1] - us_[i]), 0.0, 1.0);
+    const double t = std::clamp((node.at.y - vs_[j]) / (vs_[j + 1] - vs_[j]), 0.0, 1.0);
     if (node.at.y == vs_[j] && s < 1.0)
         return s;
     if (node.at.x == us_[i + 1] && t < 1.0)

@@ -67,4 +67,6 @@ void rq::NetSpans::weights(const NetPlace &place, double *weights, double *slope
 {
     knotWeights(knotsOf(place.span), order_, place.t, weights);
     knotSlopes(knotsOf(place.span), order_, place.t, slopes);
+    const double length = end(place.span) - begin(place.span);
+    std::transform(slopes, slopes + order_, slopes, [=](double slope) { return slope * length; });
 }

@@ -11,7 +11,7 @@
 
 namespace
 {
-constexpr int64_t kMostPieces = 16384;
+constexpr int64_t kMostPieces = 16384, kMostPoints = int64_t(1) << 24;
 constexpr int kCubic = 4;
 
 using Points = BAS_IntrusivePtr<RQ_DANumeric<double>>;
@@ -94,7 +94,8 @@ bool RQ_PrimChannel::init(RQ_ChannelKeys keys, const RQ_AttributeListHandle &ver
 
 RQ_CurveMeshHandle RQ_PrimChannel::refineToCurve(const RQ_RefineParms *parms) const
 {
-    const int pieces = rq::netDivisions(kCubic, RQ_RefineParms::getLOD(parms), kMostPieces);
+    const int pieces = rq::netDivisions(kCubic, RQ_RefineParms::getLOD(parms),
+                                        std::min(kMostPieces, kMostPoints / std::max<int64_t>(1, keys_.count())));
     const RQ_AttributeListHandle vertex = getVertex() ? getVertex() : listOf(graphOf(keys_, pieces));
     const int64_t count = rq::entriesOf(vertex);
     if (count < 2)

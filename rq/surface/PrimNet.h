@@ -18,7 +18,7 @@ public:
     const RQ_AttributeListHandle &getUniform() const { return uniform_; }
     const RQ_AttributeListHandle &getDetail() const { return detail_; }
 
-    /// The box of the control vertices, which what they shape does not leave unless weights are negative.
+    /// The box of the control vertices, which what they shape does not leave where all weights are positive.
     void enlargeBounds(BAS_BoundingBox *boxes, int segments) const override;
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;

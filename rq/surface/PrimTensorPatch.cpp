@@ -1,5 +1,7 @@
 #include <rq/surface/PrimTensorPatch.h>
 
+#include <limits>
+
 #include <host/bas/Diagnostics.h>
 #include <rq/surface/detail/lists.h>
 
@@ -15,7 +17,9 @@ bool RQ_PrimTensorPatch::init(const RQ_NetDirection &u, const RQ_NetDirection &v
         why = "there are no vertex attributes";
     else if (u.check(why) && v.check(why))
     {
-        why = rq::checkLengths("vertex", vertex, u.vertices * v.vertices);
+        if (u.vertices > std::numeric_limits<int64_t>::max() / v.vertices ||
+            rq::entriesOf(vertex) != u.vertices * v.vertices)
+            why = "the vertex attributes are not as many as rows times columns";
         if (why.empty())
             why = rq::checkLengths("uniform", uniform, 1);
     }

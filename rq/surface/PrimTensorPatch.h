@@ -40,8 +40,8 @@ public:
     /// (Piegl, Tiller, The NURBS Book, 1997, chapters 3 and 4).
     ///
     /// Shape    spans without a length are passed over.  Where a direction wraps, the last points connect to the first.
-    ///          Unit normals are added unless there is an "N"; poles take theirs from close by.  Uniform attributes become
-    ///          detail ones
+    ///          Unit normals are added unless there is an "N", or the mesh has the control vertices themselves; poles take
+    ///          theirs from close by.  Uniform attributes become detail ones
     /// Failure  null when a direction has no span, or attributes are missing
     RQ_PolygonMeshHandle refineToPolygonMesh(const RQ_RefineParms *parms) const;
 

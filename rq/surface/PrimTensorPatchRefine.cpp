@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include <rq/data/DANumeric.h>
@@ -13,6 +14,9 @@ namespace
 {
 // Of all spans of a direction together.
 constexpr int64_t kMostDivisions = 16384;
+
+// And so many in both together: their mesh takes some gigabytes.
+constexpr double kMostPoints = 64e6;
 
 // Trim curves are followed more closely than the grid, whose lines cut them anyway.
 constexpr int kPiecesPerDivision = 2;
@@ -84,7 +88,13 @@ RQ_PolygonMeshHandle RQ_PrimTensorPatch::refineToPolygonMesh(const RQ_RefineParm
 {
     if (!getVertex())
         return {};
-    const int divisionsU = divisions(u_, parms, true), divisionsV = divisions(v_, parms, false);
+    int divisionsU = divisions(u_, parms, true), divisionsV = divisions(v_, parms, false);
+    const double points = double(u_.vertices) * divisionsU * double(v_.vertices) * divisionsV;
+    if (const double share = std::sqrt(kMostPoints / points); share < 1.0)
+    {
+        divisionsU = std::max(1, int(divisionsU * share));
+        divisionsV = std::max(1, int(divisionsV * share));
+    }
     const rq::NetSpans u(u_), v(v_);
     const std::vector<rq::NetPlace> placesU = u.places(divisionsU), placesV = v.places(divisionsV);
     if (u.spans() == 0 || v.spans() == 0)

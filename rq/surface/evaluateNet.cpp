@@ -49,16 +49,17 @@ void evaluateCrossings(const rq::NetSampling &sampling, const rq::NetValues<T> &
 template <class T, class Out>
 void evaluateOthers(const rq::NetSampling &sampling, const rq::NetValues<T> &net, const Writer<T, Out> &writer)
 {
-    host::parallelForRange(sampling.others, kValuesPerTask / 16 / net.width() + 1, [&](int64_t begin, int64_t end) {
-        rq::NetSum sum;
-        std::vector<T> sums(size_t(net.width()));
-        for (int64_t i = begin; i < end; ++i)
-        {
-            sampling.otherSum(i, sum);
-            rq::sumPlace(net, sum.vertices, sum.weights, sums.data());
-            writer.write(sampling.crossings() + i, 1, sums.data());
-        }
-    });
+    host::parallelForRange(sampling.others, kValuesPerTask / 16 / std::max<int64_t>(1, net.width()) + 1,
+                           [&](int64_t begin, int64_t end) {
+                               rq::NetSum sum;
+                               std::vector<T> sums(size_t(net.width()));
+                               for (int64_t i = begin; i < end; ++i)
+                               {
+                                   sampling.otherSum(i, sum);
+                                   rq::sumPlace(net, sum.vertices, sum.weights, sums.data());
+                                   writer.write(sampling.crossings() + i, 1, sums.data());
+                               }
+                           });
 }
 }  // namespace
 

@@ -58,7 +58,10 @@ bool rq::fitNarrow(const UsedPoints &used, const RQ_DataArray &vertexList)
 rq::KeptPoints rq::keepUsedPoints(const UsedPoints &used, const RQ_DataArrayHandle &vertexList,
                                   const RQ_AttributeListHandle &shared)
 {
-    // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids.
+    // What is kept follows from the vertex list alone: meshes made again from the same list get the same ids, if it has one.
+    const auto name = [has = vertexList->getDataId() != -1](RQ_DataArray &array, uint64_t id) {
+        array.setDataId(has ? validId(RQmixId(id)) : -1);
+    };
     const bool narrow = fitNarrow(used, *vertexList), isRun = used.isRun();
     const uint64_t origin = RQmixId(uint64_t(vertexList->getDataId())) + RQmixId(uint64_t(used.points()));
     KeptPoints kept{nullptr, vertexList, nullptr};
@@ -66,11 +69,11 @@ rq::KeptPoints rq::keepUsedPoints(const UsedPoints &used, const RQ_DataArrayHand
         kept.points = new RQ_DARange(used.first(), used.first() + used.count(), 1);
     else
         kept.points = usedRows(used, narrow);
-    kept.points->setDataId(validId(RQmixId(origin)));  // before the views, whose ids come of it
+    name(*kept.points, origin);  // before the views, whose ids come of it
     if (!isRun || used.first() > 0)
     {
         kept.vertexList = narrow ? renumber<int32_t>(*vertexList, used) : renumber<int64_t>(*vertexList, used);
-        kept.vertexList->setDataId(validId(RQmixId(origin + 1)));
+        name(*kept.vertexList, origin + 1);
     }
     kept.shared = isRun ? shared->createSubArray(used.first(), used.count()) : shared->createIndirect(kept.points);
     return kept;

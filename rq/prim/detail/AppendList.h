@@ -14,7 +14,7 @@ namespace rq
 /// Threads that meet at the list would send its cache lines to and fro for every primitive.  From the first time that one
 /// finds it busy, each therefore puts aside what it brings, and hands that over many at a time.
 ///
-/// Shape    in order of arrival, but for primitives of different threads that arrived at about the same time
+/// Shape    in order of arrival; once threads have met, those of each thread, with others in between
 /// Threads  `append` from any thread at any time, also while others read the entries that they counted before
 /// Cost     an uncontended `append` takes one lock, `entries` one load while nothing is aside
 class AppendList

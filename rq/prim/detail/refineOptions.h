@@ -16,7 +16,7 @@
     X(Float, VLOD, "vlod", 1.0, "level of detail along v")                                                                  \
     X(Float, QuadricDivs, "quadricdivs", 20.0, "divisions around a sphere, tube or circle")                                 \
     X(Int, MetaMaxDivs, "metamaxdivs", 4096, "most divisions of a metaball's grid")                                         \
-    X(Float, MetaDensity, "metadensity", 30.0, "divisions of a metaball's grid per unit")                                   \
+    X(Float, MetaDensity, "metadensity", 30.0, "divisions of the grid across a metaball")                                   \
     X(Float, URange0, "urange_min", 0.0, "begin of the part along u that is wanted")                                        \
     X(Float, URange1, "urange_max", 1.0, "end of the part along u that is wanted")                                          \
     X(Float, VRange0, "vrange_min", 0.0, "begin of the part along v that is wanted")                                        \

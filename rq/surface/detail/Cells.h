@@ -88,27 +88,27 @@ public:
     /// Whether two faces have the same points, in whatever order and however often.
     static bool areSame(const Face &a, const Face &b)
     {
-        const auto areIn = [](const Face &some, const Face &others) {
-            return std::all_of(some.begin(), some.end(),
-                               [&](Point point) { return std::find(others.begin(), others.end(), point) != others.end(); });
-        };
-        return sorted(a) == sorted(b) || (areIn(a, b) && areIn(b, a));
+        return sorted(a) == sorted(b) ||
+               (areIn(a.data(), b.data(), kFaceCorners) && areIn(b.data(), a.data(), kFaceCorners));
     }
 
-    /// Whether two cells have the same points, in whatever order.
+    /// Whether two cells have the same points, in whatever order and however often.
     bool areSame(int64_t a, int64_t b) const
     {
-        // Nearly all differ in their sums.
-        uint64_t sumA = 0, sumB = 0;
-        for (int i = 0; i < kCorners; ++i)
-        {
-            sumA += uint64_t(corners(a)[i]);
-            sumB += uint64_t(corners(b)[i]);
-        }
-        return sumA == sumB && std::is_permutation(corners(a), corners(a) + kCorners, corners(b));
+        // Nearly all differ in their lowest points, or the highest.
+        const auto [lowA, highA] = std::minmax_element(corners(a), corners(a) + kCorners);
+        const auto [lowB, highB] = std::minmax_element(corners(b), corners(b) + kCorners);
+        return *lowA == *lowB && *highA == *highB && areIn(corners(a), corners(b), kCorners) &&
+               areIn(corners(b), corners(a), kCorners);
     }
 
 private:
+    static bool areIn(const Point *some, const Point *others, int count)
+    {
+        return std::all_of(some, some + count,
+                           [=](Point point) { return std::find(others, others + count, point) != others + count; });
+    }
+
     static Face sorted(Face face)
     {
         const auto order = [&face](size_t i, size_t j) {

@@ -41,7 +41,7 @@ public:
     /// The vertex that is vertex `i` of those that shape a span.
     int64_t vertex(int64_t span, int64_t i) const { return (spans_[size_t(span)] * step_ + i) % vertices_; }
 
-    /// What these vertices count for, and how fast that changes with the parameter; `order` of each.
+    /// What these vertices count for, and how fast that changes along the span; `order` of each.
     void weights(const NetPlace &place, double *weights, double *slopes) const;
 
 private:

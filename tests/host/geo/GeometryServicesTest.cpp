@@ -34,6 +34,8 @@ TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
     const MOD_ConstDetailHandle snapshot = edit.commit();
 
     const BAS_Vec3f up(0, 0, 1), right(1, 0, 0), between(kHalf, 0, kHalf), none(0);
+    const std::vector<BAS_Vec3f> sharp = {up, up, up, up, right, right, right, right, none, none, none},
+                                 soft = {up, between, between, up, between, right, right, between, none, none, none};
     const struct
     {
         const char *what;
@@ -41,11 +43,10 @@ TEST(Normals, FollowTheCuspAngleAndPassOverWhatIsNoFace)
         double cuspAngle;
         std::vector<BAS_Vec3f> normals;
     } cases[] = {
-        {"sharp vertices", ELM_OWNER_VERTEX, 60, {up, up, up, up, right, right, right, right, none, none, none}},
-        {"soft vertices",
-         ELM_OWNER_VERTEX,
-         90,
-         {up, between, between, up, between, right, right, between, none, none, none}},
+        {"sharp vertices", ELM_OWNER_VERTEX, 60, sharp},
+        {"sharp beyond the least angle", ELM_OWNER_VERTEX, -120, sharp},
+        {"soft vertices", ELM_OWNER_VERTEX, 90, soft},
+        {"soft beyond the greatest", ELM_OWNER_VERTEX, 360, soft},
         {"points", ELM_OWNER_POINT, 0, {up, between, between, up, right, right, none, none}},
     };
     for (const auto &c : cases)

@@ -235,6 +235,12 @@ TEST(Patches, RefuseWhatDoesNotFit)
         EXPECT_EQ(RQ_PrimPatchMesh().init(whole, c.direction, sixteen), c.isMesh);
     }
     EXPECT_FALSE(RQ_PrimPatchMesh().init(whole, whole, nullptr));
+    const RQ_NetDirection huge{RQ_BASIS_LINEAR, 2, false, (int64_t(1) << 62) + 4, {}};
+    EXPECT_FALSE(RQ_PrimPatchMesh().init(huge, whole, sixteen)) << "though the product wraps around to sixteen";
+    const RQ_AttributeListHandle empty = sixteen->addAttribute("nothing", new RQ_DANumeric<float>(16, 0), false);
+    RQ_PrimPatchMesh patch;
+    ASSERT_TRUE(patch.init(whole, whole, empty));
+    EXPECT_TRUE(patch.refineToPolygonMesh(nullptr));
     EXPECT_FALSE(RQ_PrimTriBez().init(4, sixteen));
     EXPECT_FALSE(RQ_PrimTriBez().init(31, sixteen));
     EXPECT_FALSE(RQ_PrimChannel().init({{0.0}, {}, {}, {}, {}}, nullptr));

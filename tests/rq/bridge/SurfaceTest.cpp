@@ -394,6 +394,10 @@ TEST(SurfaceCollector, SurvivesWhatIsNoSurface)
             EXPECT_EQ(mesh->getShared()->get("N")->getF64(0, 0), 0.0) << "there is no side";
         }
     }
+    // So far away that a cell is less than what rounding moves the loop by.
+    const RQ_PolygonMeshHandle cut =
+        meshOf(makeSquare(straightLoops({{{-9e15, 4e15}, {9.6e15, 1.8e15}, {-2e15, -6.5e15}}})));
+    EXPECT_TRUE(!cut || cut->validate());
     RQ_MSHPrimTPSurf nothing;
     EXPECT_FALSE(nothing.refineToPolygonMesh(nullptr));
 }

@@ -121,6 +121,7 @@ const SmallCase kSmallCases[] = {
     {"a row", {kRow, {0, 1, 2, 3, 4, 5, 6, 7, 1, 8, 9, 2, 5, 10, 11, 6}}, 10, 10.0, 2.0},
     {"a row, one upside down", {kRow, {4, 5, 6, 7, 0, 1, 2, 3, 1, 8, 9, 2, 5, 10, 11, 6}}, 10, 10.0, 2.0},
     {"wedges that write their end differently", {kRow, {0, 1, 2, 2, 4, 5, 6, 6, 0, 0, 2, 3, 4, 4, 6, 7}}, 8, 6.0, 1.0},
+    {"a wedge written twice", {kRow, {0, 1, 2, 2, 4, 5, 6, 6, 0, 0, 1, 2, 4, 4, 5, 6}}, 5, 3.0 + kRoot2, 0.5},
     {"a wedge and a cube", {kRow, {0, 1, 2, 3, 4, 5, 6, 7, 1, 8, 2, 2, 5, 10, 6, 6}}, 9, 7.0 + kRoot2, 1.5},
     {"a pyramid", {kRow, {0, 1, 2, 3, 4, 4, 4, 4}}, 5, 2.0 + kRoot2, 1.0 / 3.0},
     {"a cube without thickness", {kRow, {0, 1, 2, 3, 0, 1, 2, 3}}, 0, 0.0, 0.0},
