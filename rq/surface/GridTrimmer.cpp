@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace
 {
@@ -42,16 +43,17 @@ void rq::GridTrimmer::keepAlong(int64_t cell, const std::vector<Chain> &chains)
     const int64_t i = cell % cellsU(), j = cell / cellsU();
     const int64_t border[] = {crossing(i, j), crossing(i + 1, j), crossing(i + 1, j + 1), crossing(i, j + 1)};
     std::vector<double> entries, exits;
-    for (const Chain &chain : chains)
+    std::set<std::pair<double, size_t>> waiting;  // where chains enter, and which, without those taken
+    for (size_t c = 0; c < chains.size(); ++c)
     {
-        entries.push_back(perimeterPlace(cell, chain.front()));
-        exits.push_back(perimeterPlace(cell, chain.back()));
+        entries.push_back(perimeterPlace(cell, chains[c].front()));
+        exits.push_back(perimeterPlace(cell, chains[c].back()));
+        waiting.insert({entries[c], c});
     }
     const auto wayFrom = [](double from, double to) { return to < from ? to - from + 4.0 : to - from; };
-    std::vector<uint8_t> used(chains.size(), 0);
     for (size_t start = 0; start < chains.size(); ++start)
     {
-        if (used[start])
+        if (waiting.erase({entries[start], start}) == 0)
             continue;
         std::vector<int64_t> corners;
         std::vector<BAS_Vec2d> outline;  // of the chains alone, for as long as no border is followed
@@ -67,16 +69,21 @@ void rq::GridTrimmer::keepAlong(int64_t cell, const std::vector<Chain> &chains)
         };
         for (size_t next = chains.size(); next != start; current = next)
         {
-            used[current] = 1;
             for (const Node &node : chains[current])
             {
                 corners.push_back(node.corner);
                 outline.push_back(node.at);
             }
             next = start;
-            for (size_t c = 0; c < chains.size(); ++c)
-                if (!used[c] && wayFrom(exits[current], entries[c]) < wayFrom(exits[current], entries[next]))
-                    next = c;
+            auto nearest = waiting.lower_bound({exits[current], 0});
+            if (nearest == waiting.end())
+                nearest = waiting.begin();
+            if (nearest != waiting.end() &&
+                wayFrom(exits[current], nearest->first) < wayFrom(exits[current], entries[start]))
+            {
+                next = nearest->second;
+                waiting.erase(nearest);
+            }
             const double way = wayFrom(exits[current], entries[next]);
             if (way > 0.0)
             {
