@@ -11,6 +11,9 @@ using rq::BlockValues;
 using rq::Extent;
 using rq::Index3;
 
+/// The samples of a block along x.
+using Row = std::array<double, rq::kBlockSamples>;
+
 // Cells along a side that no option goes beyond: blocks have numbers of 17 bits.
 constexpr int64_t kMostDivisions = int64_t(1) << 20;
 constexpr double kLeastDensity = 2.0, kGreatestDensity = 1e6;
@@ -19,14 +22,14 @@ void addTo(double &sum, double other) { sum += other; }
 void raiseTo(double &most, double other) { most = std::max(most, other); }
 void lowerTo(double &least, double other) { least = std::min(least, other); }
 
-template <void (*change)(double &, double)> void changeAll(BlockValues &values, const BlockValues &others)
+template <void (*change)(double &, double)> void changeAll(Row &values, const Row &others)
 {
     for (size_t i = 0; i < values.size(); ++i)
         change(values[i], others[i]);
 }
-void addTo(BlockValues &sum, const BlockValues &other) { changeAll<addTo>(sum, other); }
-void raiseTo(BlockValues &most, const BlockValues &other) { changeAll<raiseTo>(most, other); }
-void lowerTo(BlockValues &least, const BlockValues &other) { changeAll<lowerTo>(least, other); }
+void addTo(Row &sum, const Row &other) { changeAll<addTo>(sum, other); }
+void raiseTo(Row &most, const Row &other) { changeAll<raiseTo>(most, other); }
+void lowerTo(Row &least, const Row &other) { changeAll<lowerTo>(least, other); }
 
 /// What an expression has gathered so far.
 template <class Value> struct Gathered
@@ -222,30 +225,33 @@ bool rq::BlobField::narrow(const SampleBox &box, Parts parts, std::vector<int32_
     return !isOneSided;
 }
 
-void rq::BlobField::fill(const Shape &shape, const Index3 &first, BlockValues &values) const
+void rq::BlobField::fillRow(const Shape &shape, const Index3 &first, double *values) const
 {
-    values.fill(0.0);
-    int begin[3], end[3];
-    for (size_t axis = 0; axis < 3; ++axis)
-    {
-        begin[axis] = std::max(shape.reach.first[axis] - first[axis], 0);
-        end[axis] = std::min(shape.reach.last[axis] - first[axis] + 1, kBlockSamples);
-    }
+    std::fill_n(values, kBlockSamples, 0.0);
+    for (size_t axis = 1; axis < 3; ++axis)
+        if (first[axis] < shape.reach.first[axis] || first[axis] > shape.reach.last[axis])
+            return;
     const auto along = [&](int axis, int i) { return double(first[size_t(axis)] + i) * grid_.cell - shape.middle[axis]; };
+    const int begin = std::max(shape.reach.first[0] - first[0], 0),
+              end = std::min(shape.reach.last[0] - first[0] + 1, kBlockSamples);
     double x[kBlockSamples];
-    for (int i = begin[0]; i < end[0]; ++i)
+    for (int i = begin; i < end; ++i)
         x[i] = along(0, i);
-    for (int k = begin[2]; k < end[2]; ++k)
-        for (int j = begin[1]; j < end[1]; ++j)
-            shape.blob.fillRow(values.data() + (k * kBlockSamples + j) * kBlockSamples + begin[0], x + begin[0],
-                               end[0] - begin[0], along(1, j), along(2, k));
+    if (begin < end)
+        shape.blob.fillRow(values + begin, x + begin, end - begin, along(1, 0), along(2, 0));
 }
 
+// Row by row, as there may be a million expressions that each keep what they gather.
 void rq::BlobField::sample(const Index3 &first, Parts parts, BlockValues &values) const
 {
-    values = evaluate<BlockValues>(parts, [&](const Shape &shape, BlockValues &own) { fill(shape, first, own); });
-    for (double &value : values)
-        value -= kLevel;
+    auto out = values.begin();
+    for (int32_t k = 0; k < kBlockSamples; ++k)
+        for (int32_t j = 0; j < kBlockSamples; ++j)
+        {
+            const Index3 at = {first[0], first[1] + j, first[2] + k};
+            const Row row = evaluate<Row>(parts, [&](const Shape &shape, Row &own) { fillRow(shape, at, own.data()); });
+            out = std::transform(row.begin(), row.end(), out, [](double value) { return value - kLevel; });
+        }
 }
 
 double rq::BlobField::at(const BAS_Vec3d &offset, Parts parts) const

@@ -61,7 +61,7 @@ private:
 
     template <class Value, class ValueOf> Value evaluate(Parts parts, ValueOf &&valueOf) const;
     void setGrid(double cell);
-    void fill(const Shape &shape, const Index3 &first, BlockValues &values) const;
+    void fillRow(const Shape &shape, const Index3 &first, double *values) const;
 
     std::vector<Node> nodes_;
     std::vector<Shape> shapes_;
