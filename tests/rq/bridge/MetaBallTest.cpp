@@ -202,8 +202,9 @@ TEST(MetaBalls, ExpressionsStandInForTheirChildren)
         Blobs blobs;
         blobs.add({0.0, 0.0, 0.0});
         blobs.add({c.apart, 0.0, 0.0}, blobWith(&MSH_BlobData::weight, c.weight));
-        const int first = blobs.combine(c.operation, {0, 1});
-        blobs.combine(MSH_BLOB_MAXIMUM, {first});  // which has no other child
+        int last = blobs.combine(c.operation, {0, 1});
+        for (int i = 0; i < 50; ++i)
+            last = blobs.combine(MSH_BLOB_MAXIMUM, {last});  // which has no other child
         const RQ_PolygonMeshHandle mesh = surfaceOf(blobs.read(), 60.0);
         EXPECT_EQ(mesh ? eulerNumber(*mesh) : 0, c.euler);
         const double ball = 4.0 / 3.0 * kPi * kRadius * kRadius * kRadius;

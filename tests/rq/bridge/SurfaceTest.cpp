@@ -282,6 +282,14 @@ TEST(SurfaceCollector, CutsAwayWhatLiesToTheRightOfLoops)
     const Loop touching = {{0.5, 0.5}, {0.7, 0.2}, {0.9, 0.6}},
                corner = {{0.375, 0.375}, {0.5, 0.2}, {0.5, 0.5}, {0.2, 0.5}},
                tiny = {{0.51, 0.52}, {0.515, 0.52}, {0.51, 0.53}};
+    // A ribbon that goes to and fro between neighbouring cells.
+    Loop ribbon, farSide;
+    for (int i = 0; i <= 4000; ++i)
+    {
+        ribbon.push_back({i % 2 ? 0.61 : 0.31, 0.52 - 2.5e-6 * i});
+        farSide.push_back(ribbon.back() + BAS_Vec2d(0.1, 0.0));
+    }
+    ribbon.insert(ribbon.end(), farSide.rbegin(), farSide.rend());
     const struct
     {
         const char *what;
@@ -302,6 +310,7 @@ TEST(SurfaceCollector, CutsAwayWhatLiesToTheRightOfLoops)
         {"a loop in a cell", {tiny}, areaOf(tiny)},
         {"a hole in a cell", {reversed(tiny)}, 1.0 - areaOf(tiny)},
         {"holes in one cell", {reversed(box(0.51, 0.52)), reversed(box(0.53, 0.54)), reversed(box(0.60, 0.61))}, 1.0 - 3e-4},
+        {"a cell entered many times", {ribbon}, 0.1 * 0.01},
         {"a point", {{{0.5, 0.5}, {0.5, 0.5}, {0.5, 0.5}}}, 1.0},
         {"elsewhere", {box(2, 3)}, 0.0},
         {"far away", {{{0.5, 0.5}, {-1e308, 0.5}, {1e308, 0.7}}}, 1.0},
