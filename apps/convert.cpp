@@ -23,9 +23,9 @@ ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io:
     if (!io::load(options.input, detail, messages, true))
         return ExitBadInput;
     const Exchanged exchanged{.polygons = common.subdivide >= 0 || common.convex > 0,
-                              .cells = !io::holdsEverything(options.output, form) && hasCells(*detail.read().readLock())};
+                              .shapes = !io::holdsEverything(options.output, form) && hasShapes(*detail.read().readLock())};
     if (std::string error;
-        (exchanged.polygons || exchanged.cells) && !exchangeFaces(detail, exchanged, common, options.input, error))
+        (exchanged.polygons || exchanged.shapes) && !exchangeFaces(detail, exchanged, common, options.input, error))
     {
         std::fprintf(stderr, "rq: error: %s\n", error.c_str());
         return ExitFailure;

@@ -11,11 +11,12 @@ namespace rq::app
 struct Exchanged
 {
     bool polygons = false;  ///< closed ones, to what the options make of them: subdivided, or cut
-    bool cells = false;     ///< tetrahedra and hexahedra, to the faces outside, subdivided or cut as well
+    bool shapes = false;    ///< all else that stands for faces, from strips of triangles to spheres and metaballs; cells to
+                            ///< the faces outside.  Subdivided or cut as well
 };
 
-/// Whether a detail has tetrahedra or hexahedra.
-bool hasCells(const MSH_Detail &detail);
+/// Whether a detail has shapes other than polygons that stand for faces.
+bool hasShapes(const MSH_Detail &detail);
 
 /// Put faces into the place of primitives of a detail.
 ///

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <sstream>
 
 #include <fmt/format.h>
 
@@ -73,4 +74,40 @@ TEST_F(Program, SubdividesByTheSchemeThatIsAskedFor)
     EXPECT_NEAR(volumeBy("bilinear"), 1.0 / 6.0, 1e-6);
     EXPECT_LT(volumeBy("catmull-clark"), 0.9 / 6.0);
     EXPECT_GT(std::abs(volumeBy("loop") - volumeBy("catmull-clark")), 0.01);
+}
+
+TEST_F(Program, WritesShapesAsFacesWithAllThatBelongsToThem)
+{
+    const std::string shapes[] = {
+        R"({"type": "triangle_strip", "points": [1, 2, 3, 4]})",
+        R"({"type": "tetrahedron", "points": [1, 2, 3, 0]})",
+        R"({"type": "sphere", "points": [0]})",
+        R"({"type": "tube", "points": [0], "payload": {"taper": 0.5, "caps": true}})",
+        R"({"type": "blob_ellipsoid", "points": [0]})",
+    };
+    for (const std::string &shape : shapes)
+    {
+        SCOPED_TRACE(shape);
+        std::ofstream(testFolder() + "shape.rqg.json")
+            << R"({"rqg": 1, "primitives": [{"type": "polygon", "points": [1, 2, 5]}, )" << shape << R"(], "attributes": {)"
+            << R"("point": [{"name": "P", "storage": "real32", "size": 3,)"
+            << R"( "values": [0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 0, 9]}],)"
+            << R"("primitive": [{"name": "heat", "storage": "real32", "values": [1.5, 2.5]}]},)"
+            << R"("groups": {"primitive": [{"name": "shapes", "members": [1]}]}})";
+        const auto facesOf = [](const std::string &text, const std::string &ending) {
+            int64_t faces = 0;
+            std::istringstream lines(text);
+            for (std::string line; std::getline(lines, line);)
+                faces += line.ends_with(ending);
+            return faces;
+        };
+        const Outcome ply("convert @shape.rqg.json - --to ply --ascii");
+        EXPECT_EQ(ply.code, 0);
+        EXPECT_EQ(facesOf(ply.out, " 1.5"), 1) << ply.out;
+        EXPECT_GE(facesOf(ply.out, " 2.5"), 2) << ply.out;
+        EXPECT_EQ(ply.error, "<stdout>: warning: group \"shapes\" of primitives is left out\n");
+        // A metaball is one of all, so that its faces are in no group.
+        const Outcome obj("convert @shape.rqg.json - --to obj");
+        EXPECT_EQ(obj.out.find("g shapes\nf ") == std::string::npos, shape.find("blob") != std::string::npos) << obj.out;
+    }
 }
