@@ -3,9 +3,8 @@
 #include <cstdio>
 
 #include <apps/TerminalProgress.h>
-#include <apps/exchangeFaces.h>
+#include <apps/exchangeShapes.h>
 #include <host/mod/DetailHandle.h>
-#include <host/msh/Detail.h>
 #include <io/Reader.h>
 #include <io/Writer.h>
 
@@ -22,10 +21,11 @@ ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io:
     MOD_DetailHandle detail;
     if (!io::load(options.input, detail, messages, true))
         return ExitBadInput;
+    const io::Holding holding = io::holdingOf(options.output, form);
     const Exchanged exchanged{.polygons = common.subdivide >= 0 || common.convex > 0,
-                              .shapes = !io::holdsEverything(options.output, form) && hasShapes(*detail.read().readLock())};
-    if (std::string error;
-        (exchanged.polygons || exchanged.shapes) && !exchangeFaces(detail, exchanged, common, options.input, error))
+                              .shapes = holding != io::Holding::Everything,
+                              .curves = holding == io::Holding::Lines};
+    if (std::string error; !exchangeShapes(detail, exchanged, common, options.input, error))
     {
         std::fprintf(stderr, "rq: error: %s\n", error.c_str());
         return ExitFailure;

@@ -35,6 +35,7 @@ struct Format
     const char *name;
     const char *ending;
     Write write;
+    Holding holding;
 };
 
 template <RQGForm form>
@@ -73,14 +74,14 @@ bool asOBJ(const MOD_ConstDetailHandle &detail, NumberForm, const std::string &n
 }
 
 const Format kFormats[] = {
-    {"json", ".rqg.json", asRQG<RQGForm::Text>},
-    {"rqg", ".rqg", asRQG<RQGForm::Binary>},
-    {"json", ".json", asRQG<RQGForm::Text>},
-    {"obj", ".obj", asOBJ},
-    {"ply", ".ply", asPLY},
-    {"stl", ".stl", asSTL},
-    {"glb", ".glb", asGLTF<NumberForm::Binary>},
-    {"gltf", ".gltf", asGLTF<NumberForm::Text>},
+    {"json", ".rqg.json", asRQG<RQGForm::Text>, Holding::Everything},
+    {"rqg", ".rqg", asRQG<RQGForm::Binary>, Holding::Everything},
+    {"json", ".json", asRQG<RQGForm::Text>, Holding::Everything},
+    {"obj", ".obj", asOBJ, Holding::Lines},
+    {"ply", ".ply", asPLY, Holding::Faces},
+    {"stl", ".stl", asSTL, Holding::Faces},
+    {"glb", ".glb", asGLTF<NumberForm::Binary>, Holding::Lines},
+    {"gltf", ".gltf", asGLTF<NumberForm::Text>, Holding::Lines},
 };
 
 bool isStandardOutput(const std::string &path) { return path == "-"; }
@@ -122,11 +123,11 @@ bool canSave(const std::string &path, Messages &messages, const SaveOptions &opt
     return findFormat(path, options, messages);
 }
 
-bool holdsEverything(const std::string &path, const SaveOptions &options)
+Holding holdingOf(const std::string &path, const SaveOptions &options)
 {
     Messages unheard;
     const Format *format = findFormat(path, options, unheard);
-    return format && (format->write == asRQG<RQGForm::Text> || format->write == asRQG<RQGForm::Binary>);
+    return format ? format->holding : Holding::Faces;
 }
 
 bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages, const SaveOptions &options)

@@ -29,8 +29,16 @@ RQ_API const std::vector<std::string> &saveFormats();
 RQ_API bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages &messages,
                  const SaveOptions &options = {});
 
-/// Whether a file of this kind holds everything; false where it is not known what kind is meant.
-RQ_API bool holdsEverything(const std::string &path, const SaveOptions &options = {});
+/// What of a detail's geometry a kind of file can hold.
+enum class Holding
+{
+    Faces,      ///< polygons
+    Lines,      ///< polygons, also open ones
+    Everything  ///< every primitive as it is
+};
+
+/// That of the file that `save` would write; the least where it is not known what kind is meant.
+RQ_API Holding holdingOf(const std::string &path, const SaveOptions &options = {});
 
 /// False, with an error, when `save` does not know what kind of file is meant.
 RQ_API bool canSave(const std::string &path, Messages &messages, const SaveOptions &options = {});

@@ -1,4 +1,4 @@
-#include <apps/exchangeFaces.h>
+#include <apps/exchangeShapes.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -6,11 +6,12 @@
 
 #include <fmt/format.h>
 
-#include <apps/FaceExchange.h>
+#include <apps/ShapeExchange.h>
 #include <apps/preparedMesh.h>
 #include <rq/bridge/MSHDetail.h>
 #include <rq/prim/RefineList.h>
 #include <rq/surface/PrimCellMesh.h>
+#include <rq/surface/PrimCurveMesh.h>
 
 namespace rq::app
 {
@@ -26,17 +27,34 @@ constexpr ELM_PrimitiveTypeId kShapes[] = {
     ELM_PRIMITIVE_TETRAHEDRON,    ELM_PRIMITIVE_HEXAHEDRON,
 };
 
-bool isShape(ELM_PrimitiveTypeId type)
+// What stands for lines.
+constexpr ELM_PrimitiveTypeId kCurves[] = {ELM_PRIMITIVE_NURBS_CURVE, ELM_PRIMITIVE_BEZIER_CURVE, ELM_PRIMITIVE_CHANNEL};
+
+/// The types that give way whatever the primitive.
+std::vector<ELM_PrimitiveTypeId> typesOf(Exchanged exchanged)
 {
-    return std::find(std::begin(kShapes), std::end(kShapes), type) != std::end(kShapes);
+    std::vector<ELM_PrimitiveTypeId> types;
+    if (exchanged.shapes)
+        types.assign(std::begin(kShapes), std::end(kShapes));
+    if (exchanged.curves)
+        types.insert(types.end(), std::begin(kCurves), std::end(kCurves));
+    return types;
+}
+
+bool hasAny(const MSH_Detail &detail, Exchanged exchanged)
+{
+    const std::vector<ELM_PrimitiveTypeId> types = typesOf(exchanged);
+    return exchanged.polygons ||
+           std::any_of(types.begin(), types.end(), [&](auto type) { return detail.primitiveCount(type) > 0; });
 }
 
 ELM_Range primitivesOf(const MSH_Detail &detail, Exchanged exchanged)
 {
+    const std::vector<ELM_PrimitiveTypeId> types = typesOf(exchanged);
     const auto goes = [&](ELM_Offset primitive) {
         const ELM_PrimitiveTypeId type = detail.typeOf(primitive);
         return (exchanged.polygons && type == ELM_PRIMITIVE_POLYGON && detail.isClosed(primitive)) ||
-               (exchanged.shapes && isShape(type));
+               std::find(types.begin(), types.end(), type) != types.end();
     };
     const ELM_OffsetBitsHandle faces(new ELM_OffsetBits(detail.capacity(ELM_OWNER_PRIMITIVE)));
     for (const auto [begin, end] : detail.range(ELM_OWNER_PRIMITIVE).blocks())
@@ -57,18 +75,27 @@ void warnOfPacked(const MSH_Detail &detail, const std::string &file)
                    packed == 1 ? "1 primitive is" : fmt::format("{} primitives are", packed));
 }
 
-/// Append the faces that a primitive of the library stands for, if it stands for any.
-void appendFaces(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms &parms, std::vector<RQ_PolygonMeshHandle> &meshes)
+/// What primitives of the library stand for.
+struct Pieces
 {
-    if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive))
-        return meshes.push_back(mesh);
-    if (const auto cells = boost::dynamic_pointer_cast<RQ_PrimCellMesh>(primitive))
-        return meshes.push_back(cells->getOuterFaces()->removeUnusedPoints());
-    RQ_RefineList list;
-    list.refine(primitive.get(), &parms);
-    for (int i = 0; i < list.entries(); ++i)
-        appendFaces(list.getPrimitive(i), parms, meshes);
-}
+    std::vector<RQ_PolygonMeshHandle> meshes;
+    std::vector<RQ_CurveMeshHandle> lines;
+
+    void append(const RQ_PrimitiveHandle &primitive, const RQ_RefineParms &parms)
+    {
+        if (const auto mesh = boost::dynamic_pointer_cast<RQ_PrimPolygonMesh>(primitive))
+            return meshes.push_back(mesh);
+        if (const auto cells = boost::dynamic_pointer_cast<RQ_PrimCellMesh>(primitive))
+            return meshes.push_back(cells->getOuterFaces()->removeUnusedPoints());
+        const auto curves = boost::dynamic_pointer_cast<RQ_PrimCurveMesh>(primitive);
+        if (curves && curves->getBasis() == RQ_BASIS_LINEAR)
+            return lines.push_back(curves);
+        RQ_RefineList list;
+        list.refine(primitive.get(), &parms);
+        for (int i = 0; i < list.entries(); ++i)
+            append(list.getPrimitive(i), parms);
+    }
+};
 
 /// Number the primitives, for their faces to be known by.
 MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
@@ -80,29 +107,28 @@ MOD_ConstDetailHandle numbered(const MOD_DetailHandle &detail)
 }
 }  // namespace
 
-bool hasShapes(const MSH_Detail &detail)
+bool exchangeShapes(const MOD_DetailHandle &detail, Exchanged exchanged, const CommonOptions &options,
+                    const std::string &file, std::string &error)
 {
-    return std::any_of(std::begin(kShapes), std::end(kShapes), [&](auto type) { return detail.primitiveCount(type) > 0; });
-}
-
-bool exchangeFaces(const MOD_DetailHandle &detail, Exchanged exchanged, const CommonOptions &options,
-                   const std::string &file, std::string &error)
-{
+    if (!hasAny(*detail.read().readLock(), exchanged))
+        return true;
     const MOD_ConstDetailHandle before = numbered(detail);
     const MSH_Detail &from = *before.readLock();
     if (exchanged.polygons)
         warnOfPacked(from, file);
-    const auto faces = std::make_shared<const ELM_Range>(primitivesOf(from, exchanged));
+    const auto going = std::make_shared<const ELM_Range>(primitivesOf(from, exchanged));
     RQ_RefineParms all;
     all.setSkipHidden(false);
-    std::vector<RQ_PolygonMeshHandle> meshes;
-    appendFaces(RQ_MSHDetail::makeDetail(before, faces), all, meshes);
+    Pieces pieces;
+    pieces.append(RQ_MSHDetail::makeDetail(before, going), all);
 
     MOD_Edit edit(detail);
-    FaceExchange exchange(from, edit);
-    bool done = exchange.remove(*faces);
-    for (const RQ_PolygonMeshHandle &mesh : meshes)
+    ShapeExchange exchange(from, edit);
+    bool done = exchange.remove(*going);
+    for (const RQ_PolygonMeshHandle &mesh : pieces.meshes)
         done = done && exchange.append(*preparedMesh(mesh, options, file));
+    for (const RQ_CurveMeshHandle &lines : pieces.lines)
+        done = done && exchange.append(*lines);
     if (done && exchange.finish(options.subdivide > 0))
     {
         edit.commit();
