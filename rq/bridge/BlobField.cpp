@@ -22,14 +22,15 @@ void addTo(double &sum, double other) { sum += other; }
 void raiseTo(double &most, double other) { most = std::max(most, other); }
 void lowerTo(double &least, double other) { least = std::min(least, other); }
 
-template <void (*change)(double &, double)> void changeAll(Row &values, const Row &others)
+template <void (*change)(double &, double), class Values> void changeAll(Values &values, const Values &others)
 {
     for (size_t i = 0; i < values.size(); ++i)
         change(values[i], others[i]);
 }
-void addTo(Row &sum, const Row &other) { changeAll<addTo>(sum, other); }
-void raiseTo(Row &most, const Row &other) { changeAll<raiseTo>(most, other); }
-void lowerTo(Row &least, const Row &other) { changeAll<lowerTo>(least, other); }
+template <size_t n> using Numbers = std::array<double, n>;
+template <size_t n> void addTo(Numbers<n> &sum, const Numbers<n> &other) { changeAll<addTo>(sum, other); }
+template <size_t n> void raiseTo(Numbers<n> &most, const Numbers<n> &other) { changeAll<raiseTo>(most, other); }
+template <size_t n> void lowerTo(Numbers<n> &least, const Numbers<n> &other) { changeAll<lowerTo>(least, other); }
 
 /// What an expression has gathered so far.
 template <class Value> struct Gathered
@@ -83,6 +84,7 @@ rq::BlobField::BlobField(const BlobTree &tree, const RQ_TransformArray &placemen
         const BlobNode &node = tree.nodes[i];
         if (node.isExpression())
         {
+            isSum_ = isSum_ && i + 1 == nodes_.size();
             nodes_[i].operation = node.operation;
             nodes_[i].children = int32_t(node.children.size());
             for (const int32_t child : node.children)
@@ -162,10 +164,20 @@ std::vector<int32_t> rq::BlobField::allParts() const
     return parts;
 }
 
-// Values go from children to parents, which come behind them; the last node is the whole.
+// Values go from children to parents, which come behind them; the last node is the whole, and the only expression mostly.
 template <class Value, class ValueOf> Value rq::BlobField::evaluate(Parts parts, ValueOf &&valueOf) const
 {
-    // Mostly there is only the whole.
+    if (isSum_)
+    {
+        Gathered<Value> sum;
+        for (const int32_t part : parts.first(parts.size() - 1))
+        {
+            Value value;
+            valueOf(shapes_[size_t(nodes_[size_t(part)].shape)], value);
+            sum.take(value, MSH_BLOB_SUM);
+        }
+        return sum.value;
+    }
     boost::container::small_vector<int32_t, 8> list;
     for (const int32_t part : parts)
         if (nodes_[size_t(part)].shape < 0)
@@ -204,6 +216,8 @@ bool rq::BlobField::narrow(const SampleBox &box, Parts parts, std::vector<int32_
         for (const int32_t parent : node.parents)
             reaches[size_t(find(parts, parent))] = true;
     }
+    if (kept.size() == before)
+        return false;
     Index3 sides;
     BAS_Vec3d middle;
     for (size_t axis = 0; axis < 3; ++axis)
@@ -219,44 +233,68 @@ bool rq::BlobField::narrow(const SampleBox &box, Parts parts, std::vector<int32_
             value = {std::min(value.low, 0.0), std::max(value.high, 0.0)};
     });
     // The comparisons are false for what is not a number.
-    const bool isOneSided = seen.empty() || extent.high < kLevel || extent.low > kLevel;
+    const bool isOneSided = extent.high < kLevel || extent.low > kLevel;
     if (isOneSided)
         kept.resize(before);
     return !isOneSided;
 }
 
-void rq::BlobField::fillRow(const Shape &shape, const Index3 &first, double *values) const
+void rq::BlobField::addSamples(const Shape &shape, const Index3 &first, const Index3 &sides, double *values) const
 {
-    std::fill_n(values, kBlockSamples, 0.0);
-    for (size_t axis = 1; axis < 3; ++axis)
-        if (first[axis] < shape.reach.first[axis] || first[axis] > shape.reach.last[axis])
+    Index3 begin, end;
+    for (size_t axis = 0; axis < 3; ++axis)
+    {
+        begin[axis] = std::max(shape.reach.first[axis] - first[axis], 0);
+        end[axis] = std::min(shape.reach.last[axis] - first[axis] + 1, sides[axis]);
+        if (begin[axis] >= end[axis])
             return;
+    }
     const auto along = [&](int axis, int i) { return double(first[size_t(axis)] + i) * grid_.cell - shape.middle[axis]; };
-    const int begin = std::max(shape.reach.first[0] - first[0], 0),
-              end = std::min(shape.reach.last[0] - first[0] + 1, kBlockSamples);
-    double x[kBlockSamples];
-    for (int i = begin; i < end; ++i)
+    double x[kBlockSamples] = {};
+    for (int i = begin[0]; i < end[0]; ++i)
         x[i] = along(0, i);
-    if (begin < end)
-        shape.blob.fillRow(values + begin, x + begin, end - begin, along(1, 0), along(2, 0));
+    for (int k = begin[2]; k < end[2]; ++k)
+        for (int j = begin[1]; j < end[1]; ++j)
+            shape.blob.addRow(values + (k * sides[1] + j) * sides[0] + begin[0], x + begin[0], end[0] - begin[0],
+                              along(1, j), along(2, k));
 }
 
-// Row by row, as there may be a million expressions that each keep what they gather.
+// Row by row where there are expressions: of these there may be a million that each keep what they gather.
 void rq::BlobField::sample(const Index3 &first, Parts parts, BlockValues &values) const
 {
+    if (isSum_)
+    {
+        values.fill(0.0);
+        for (const int32_t part : parts.first(parts.size() - 1))
+            addSamples(shapes_[size_t(nodes_[size_t(part)].shape)], first, {kBlockSamples, kBlockSamples, kBlockSamples},
+                       values.data());
+        for (double &value : values)
+            value -= kLevel;
+        return;
+    }
     auto out = values.begin();
     for (int32_t k = 0; k < kBlockSamples; ++k)
         for (int32_t j = 0; j < kBlockSamples; ++j)
         {
-            const Index3 at = {first[0], first[1] + j, first[2] + k};
-            const Row row = evaluate<Row>(parts, [&](const Shape &shape, Row &own) { fillRow(shape, at, own.data()); });
+            const Index3 start = {first[0], first[1] + j, first[2] + k};
+            const Row row = evaluate<Row>(parts, [&](const Shape &shape, Row &own) {
+                own.fill(0.0);
+                addSamples(shape, start, {kBlockSamples, 1, 1}, own.data());
+            });
             out = std::transform(row.begin(), row.end(), out, [](double value) { return value - kLevel; });
         }
 }
 
-double rq::BlobField::at(const BAS_Vec3d &offset, Parts parts) const
+std::array<double, 4> rq::BlobField::at(const Places &places, Parts parts) const
 {
-    return evaluate<double>(parts,
-                            [&](const Shape &shape, double &value) { value = shape.blob.at(offset - shape.middle); }) -
-           kLevel;
+    std::array<double, 4> values =
+        evaluate<std::array<double, 4>>(parts, [&](const Shape &shape, std::array<double, 4> &own) {
+            Places offsets = places;
+            for (BAS_Vec3d &offset : offsets)
+                offset -= shape.middle;
+            own = shape.blob.at(offsets);
+        });
+    for (double &value : values)
+        value -= kLevel;
+    return values;
 }

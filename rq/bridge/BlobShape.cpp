@@ -111,32 +111,59 @@ template <class Visit> auto rq::BlobShape::visitGauge(Visit &&visit) const
     return visit(BallGauge());
 }
 
-double rq::BlobShape::kernel(double squared) const
+template <class Visit> auto rq::BlobShape::visitKernel(Visit &&visit) const
 {
-    const double left = squared < 1.0 ? 1.0 - squared : 0.0, two = left * left;
-    return blob_.weight * (blob_.kernel == MSH_KERNEL_QUADRATIC ? two
-                           : blob_.kernel == MSH_KERNEL_CUBIC   ? two * left
-                                                                : two * two);
+    const auto power = [&](auto &&ofLeft) {
+        return visit([ofLeft, weight = blob_.weight](double squared) {
+            const double left = 1.0 - squared;
+            return weight * ofLeft(left > 0.0 ? left : 0.0);
+        });
+    };
+    if (blob_.kernel == MSH_KERNEL_QUADRATIC)
+        return power([](double left) { return left * left; });
+    if (blob_.kernel == MSH_KERNEL_CUBIC)
+        return power([](double left) { return left * left * left; });
+    return power([](double left) { return (left * left) * (left * left); });
+}
+
+// The field has copies of all that it needs, so that loops over it keep them in registers.
+template <class Visit> auto rq::BlobShape::visitField(Visit &&visit) const
+{
+    return visitGauge([&](const auto &gauge) {
+        return visitKernel([&](const auto &kernel) {
+            return visit(
+                [gauge, kernel, toShape = inverse_](const BAS_Vec3d &offset) { return kernel(gauge(offset * toShape)); });
+        });
+    });
 }
 
 double rq::BlobShape::at(const BAS_Vec3d &offset) const
 {
-    return visitGauge([&](const auto &gauge) { return kernel(gauge(toShape(offset))); });
+    return visitField([&](const auto &field) { return field(offset); });
 }
 
-void rq::BlobShape::fillRow(double *values, const double *x, int count, double y, double z) const
+std::array<double, 4> rq::BlobShape::at(const std::array<BAS_Vec3d, 4> &offsets) const
 {
-    visitGauge([&](const auto &gauge) {
+    return visitField([&](const auto &field) {
+        return std::array{field(offsets[0]), field(offsets[1]), field(offsets[2]), field(offsets[3])};
+    });
+}
+
+void rq::BlobShape::addRow(double *values, const double *x, int count, double y, double z) const
+{
+    visitField([&](const auto &field) {
         for (int i = 0; i < count; ++i)
-            values[i] = kernel(gauge(toShape({x[i], y, z})));
+            values[i] += field({x[i], y, z});
     });
 }
 
 rq::Extent rq::BlobShape::within(const BAS_Vec3d &offset, double radius) const
 {
-    const double reach = visitGauge([&](const auto &gauge) { return std::sqrt(gauge(toShape(offset))); });
+    const double reach = visitGauge([&](const auto &gauge) { return std::sqrt(gauge(offset * inverse_)); });
     // An infinite reach less an infinite growth says nothing: `max` keeps what it is given first.
     const double nearest = std::max(0.0, reach - growth_ * radius), farthest = reach + growth_ * radius;
-    const double a = kernel(nearest * nearest), b = kernel(farthest * farthest), slack = kSlack * std::abs(blob_.weight);
+    const auto [a, b] =
+        visitKernel([&](const auto &kernel) { return std::pair(kernel(nearest * nearest), kernel(farthest * farthest)); });
+    const double slack = kSlack * std::abs(blob_.weight);
     return {std::min(a, b) - slack, std::max(a, b) + slack};
 }

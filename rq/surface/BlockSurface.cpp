@@ -92,14 +92,11 @@ void rq::BlockSurface::placePoints(const LevelField &field, const SurfaceGrid &g
                 const double share = near / (near - far);
                 offset[axis] += std::clamp(share == share ? share : 0.5, kCornerGap, 1.0 - kCornerGap) * grid.cell;
 
-                const double value = field.at(offset, parts);
-                BAS_Vec3d slope;
+                LevelField::Places places = {offset, offset, offset, offset};
                 for (int along = 0; along < 3; ++along)
-                {
-                    BAS_Vec3d beside = offset;
-                    beside[along] += step;
-                    slope[along] = (field.at(beside, parts) - value) / step;
-                }
+                    places[size_t(along) + 1][along] += step;
+                const auto [value, besideX, besideY, besideZ] = field.at(places, parts);
+                const BAS_Vec3d slope = BAS_Vec3d(besideX - value, besideY - value, besideZ - value) / step;
                 if (const double steepness = slope.length(); std::abs(value) < kLongestStep * grid.cell * steepness)
                     offset -= slope * (value / (steepness * steepness));
                 positions_.push_back(BAS_Vec3f(grid.origin + offset));

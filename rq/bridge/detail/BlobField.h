@@ -33,7 +33,7 @@ public:
     std::vector<int32_t> allParts() const override;
     bool narrow(const SampleBox &box, Parts parts, std::vector<int32_t> &kept) const override;
     void sample(const Index3 &first, Parts parts, BlockValues &values) const override;
-    double at(const BAS_Vec3d &offset, Parts parts) const override;
+    std::array<double, 4> at(const Places &places, Parts parts) const override;
 
     /// Call `visit(row among all blobs, field)` for those of the parts whose own field is positive at a point.
     template <class Visit> void visitBlobs(const BAS_Vec3d &offset, Parts parts, Visit &&visit) const
@@ -61,9 +61,10 @@ private:
 
     template <class Value, class ValueOf> Value evaluate(Parts parts, ValueOf &&valueOf) const;
     void setGrid(double cell);
-    void fillRow(const Shape &shape, const Index3 &first, double *values) const;
+    void addSamples(const Shape &shape, const Index3 &first, const Index3 &sides, double *values) const;
 
     std::vector<Node> nodes_;
+    bool isSum_ = true;  // there is no expression but the whole
     std::vector<Shape> shapes_;
     BAS_Vec3d low_{0.0}, high_{0.0};  // of all blobs that could have a surface
     SurfaceGrid grid_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Meta.h>
 #include <rq/bridge/detail/Extent.h>
@@ -31,17 +33,18 @@ public:
 
     /// The field at a point, counted from the middle.
     double at(const BAS_Vec3d &offset) const;
+    std::array<double, 4> at(const std::array<BAS_Vec3d, 4> &offsets) const;
 
-    /// The field at `count` points of a row along x.  Every point has the same bits as if it were asked for by itself.
-    void fillRow(double *values, const double *x, int count, double y, double z) const;
+    /// Add the field at `count` points of a row along x.
+    void addRow(double *values, const double *x, int count, double y, double z) const;
 
     /// What the field can be within `radius` of a point.
     Extent within(const BAS_Vec3d &offset, double radius) const;
 
 private:
     template <class Visit> auto visitGauge(Visit &&visit) const;
-    double kernel(double squared) const;
-    BAS_Vec3d toShape(const BAS_Vec3d &offset) const { return offset * inverse_; }
+    template <class Visit> auto visitKernel(Visit &&visit) const;
+    template <class Visit> auto visitField(Visit &&visit) const;
     bool invert(const BAS_Mat3d &matrix);
     double growth() const;
 

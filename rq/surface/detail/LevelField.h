@@ -55,7 +55,8 @@ public:
     /// The samples of a block, the first of which is given.
     virtual void sample(const Index3 &first, Parts parts, BlockValues &values) const = 0;
 
-    /// The value anywhere, `offset` being counted from the grid's origin.
-    virtual double at(const BAS_Vec3d &offset, Parts parts) const = 0;
+    /// The values at some places anywhere, which are counted from the grid's origin: so many make a slope.
+    using Places = std::array<BAS_Vec3d, 4>;
+    virtual std::array<double, 4> at(const Places &places, Parts parts) const = 0;
 };
 }  // namespace rq
