@@ -4,7 +4,8 @@
 
 RQ_DABool::RQ_DABool(int64_t size, int64_t tupleSize, RQ_Type type)
     : bits_(size_t(std::max<int64_t>(0, tupleSize)), BAS_BitArray(std::max<int64_t>(0, size))),
-      tupleSize_(std::max<int64_t>(0, tupleSize)), type_(type)
+      tupleSize_(std::max<int64_t>(0, tupleSize)), type_(type),
+      tracked_(bits_.empty() ? 0 : bits_[0].getMemoryUsage() * tupleSize_)
 {}
 
 const char *RQ_DABool::className() const { return "RQ_DABool"; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <host/bas/BitArray.h>
+#include <host/bas/TrackedBytes.h>
 #include <rq/data/DANumbers.h>
 #include <rq/data/TypedArray.h>
 
@@ -47,6 +48,7 @@ private:
     BAS_Array<BAS_BitArray> bits_;
     int64_t tupleSize_;
     RQ_Type type_;
+    BAS_TrackedBytes<BAS_MEMORY_ARRAY> tracked_;
 };
 
 extern template class RQ_TypedArray<RQ_DABool, RQ_DANumbers>;

@@ -6,7 +6,8 @@
 template <class Value>
 RQ_DAIndexedText<Value>::RQ_DAIndexedText(BAS_Array<Value> distinct, BAS_ValArray<int32_t> indices, int64_t tupleSize,
                                           RQ_Type type)
-    : RQ_DATexts<Value>(tupleSize, type), distinct_(std::move(distinct)), indices_(std::move(indices))
+    : RQ_DATexts<Value>(tupleSize, type), distinct_(std::move(distinct)), indices_(std::move(indices)),
+      tracked_(int64_t(distinct_.capacity() * sizeof(Value) + indices_.capacity() * sizeof(int32_t)))
 {}
 
 template <class Value>

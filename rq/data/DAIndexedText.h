@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/TrackedBytes.h>
 #include <rq/data/DATexts.h>
 
 /// Strings or dictionaries, with every distinct one kept once and an index per value.
@@ -29,6 +30,7 @@ protected:
 private:
     BAS_Array<Value> distinct_;
     BAS_ValArray<int32_t> indices_;
+    BAS_TrackedBytes<BAS_MEMORY_ARRAY> tracked_;
 };
 
 using RQ_DAIndexedString = RQ_DAIndexedText<BAS_StringHolder>;

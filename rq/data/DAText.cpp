@@ -2,7 +2,7 @@
 
 template <class Value>
 RQ_DAText<Value>::RQ_DAText(BAS_Array<Value> values, int64_t tupleSize, RQ_Type type)
-    : RQ_DATexts<Value>(tupleSize, type), values_(std::move(values))
+    : RQ_DATexts<Value>(tupleSize, type), values_(std::move(values)), tracked_(int64_t(values_.capacity() * sizeof(Value)))
 {}
 
 template <class Value> const char *RQ_DAText<Value>::className() const

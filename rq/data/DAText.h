@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/TrackedBytes.h>
 #include <rq/data/DATexts.h>
 
 /// Strings or dictionaries, one handle per value.
@@ -20,6 +21,7 @@ protected:
 
 private:
     BAS_Array<Value> values_;
+    BAS_TrackedBytes<BAS_MEMORY_ARRAY> tracked_;
 };
 
 using RQ_DAString = RQ_DAText<BAS_StringHolder>;

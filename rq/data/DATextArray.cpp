@@ -2,7 +2,8 @@
 
 template <class Value>
 RQ_DATextArray<Value>::RQ_DATextArray(BAS_Array<Value> values, const RQ_CountArray &counts, int64_t tupleSize, RQ_Type type)
-    : RQ_DATexts<Value>(tupleSize, type), values_(std::move(values)), counts_(counts)
+    : RQ_DATexts<Value>(tupleSize, type), values_(std::move(values)), tracked_(int64_t(values_.capacity() * sizeof(Value))),
+      counts_(counts)
 {
     if (counts_.sumCounts() > int64_t(values_.size()))
         counts_.clear();

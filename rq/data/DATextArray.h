@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/bas/TrackedBytes.h>
 #include <rq/data/CountArray.h>
 #include <rq/data/DATexts.h>
 
@@ -31,6 +32,7 @@ private:
     template <class Wanted> bool copyEntry(BAS_Array<Wanted> &values, int64_t offset) const;
 
     BAS_Array<Value> values_;
+    BAS_TrackedBytes<BAS_MEMORY_ARRAY> tracked_;
     RQ_CountArray counts_;
 };
 

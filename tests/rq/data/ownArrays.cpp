@@ -1,15 +1,19 @@
 #include <cmath>
+#include <functional>
 #include <numeric>
 
+#include <host/bas/MemoryTracker.h>
 #include <rq/data/DABool.h>
 #include <rq/data/DAClamp.h>
 #include <rq/data/DAConstant.h>
+#include <rq/data/DAIndexedText.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DAList.h>
 #include <rq/data/DANumericArray.h>
 #include <rq/data/DARandom.h>
 #include <rq/data/DARange.h>
 #include <rq/data/DASubArray.h>
+#include <rq/data/DAText.h>
 #include <rq/data/DATextArray.h>
 #include <rq/data/Values.h>
 #include <rq/data/convert.h>
@@ -268,5 +272,24 @@ TEST(DATextArray, KnowsWhereEntriesEnd)
     BAS_Array<BAS_OptionsHolder> dicts;
     EXPECT_FALSE(array->import(0, dicts));
     EXPECT_EQ(make({2, 2})->entries(), 0) << "fewer values than the counts want";
+}
+
+TEST(DataArray, AllKindsThatOwnValuesAccountForThem)
+{
+    using Strings = BAS_Array<BAS_StringHolder>;
+    const auto tracked = [] { return BAS_MemoryTracker::current(BAS_MEMORY_ARRAY); };
+    const int64_t before = tracked();
+    const std::pair<int64_t, std::function<RQ_DataArray *()>> kMakers[] = {
+        {16000, [] { return new RQ_DABool(64000, 2); }},
+        {16000, [] { return new RQ_DAString(Strings(1000)); }},
+        {16000, [] { return new RQ_DAStringArray(Strings(1000), RQ_CountArray(500, 2)); }},
+        {4016, [] { return new RQ_DAIndexedString({"a"}, BAS_ValArray<int32_t>(1000, 0)); }},
+    };
+    for (const auto &[bytes, make] : kMakers)
+    {
+        const RQ_DataArrayHandle array(make());
+        EXPECT_EQ(tracked() - before, bytes) << array->className();
+    }
+    EXPECT_EQ(tracked(), before);
 }
 }  // namespace
