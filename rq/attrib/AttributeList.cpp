@@ -124,9 +124,11 @@ void RQ_AttributeList::dumpList(const char *label, bool values) const
             }
             const char *storage = RQstorage(array->getStorage());
             const std::string type = RQtype(array->getTypeInfo()), suffix = type.empty() ? "" : " " + type;
-            fmt::print("  {}:{}{} {} [{}] ({}) id={} {}b\n", storage ? storage : "", array->getTupleSize(), suffix,
-                       it.getName().view(), array->entries(), array->className(), uint64_t(array->getDataId()),
-                       array->getMemoryUsage());
+            // Printing with the formatting library would throw where the output is full or closed.
+            const std::string line = fmt::format("  {}:{}{} {} [{}] ({}) id={} {}b\n", storage ? storage : "",
+                                                 array->getTupleSize(), suffix, it.getName().view(), array->entries(),
+                                                 array->className(), uint64_t(array->getDataId()), array->getMemoryUsage());
+            std::fwrite(line.data(), 1, line.size(), stdout);
             if (values)
                 array->dumpValues(nullptr);
         }

@@ -18,9 +18,8 @@ using RQ_TransformHandle = BAS_IntrusivePtr<RQ_Transform>;
 /// Ownership  counted; arrays and the map are shared, so that deriving a list copies no values
 /// Threads    `set`, `setAllSegments`, `copySegment`, `harden` and `updateGeoDetail` belong to the one owner of a list
 ///            that is not yet shared; everything else is safe from any thread
-/// Cost       deriving a list costs a handle per attribute and segment.  The same list made again from the same arrays has
-/// the
-///            same data ids, so that caches recognise it
+/// Cost       deriving a list costs a handle per attribute and segment.  The same list made again from the same arrays
+///            has the same data ids, so that caches recognise it
 class RQ_API RQ_AttributeList : public BAS_IntrusiveRefCounter<RQ_AttributeList>, public BAS_SmallObject
 {
 public:
@@ -85,17 +84,18 @@ public:
     RQ_AttributeListHandle removeAttribute(const BAS_StringHolder &name) const { return removeAttributes({name}); }
     RQ_AttributeListHandle removeAttributes(const BAS_Array<BAS_StringHolder> &names) const;
 
-    /// Entry i becomes entry `indices[i]`.  `flatten` composes indirections instead of stacking them.
+    /// Entry i becomes entry `indices[i]`, not checked; null arrays when the indices are not one integer component.
+    /// `flatten` composes indirections instead of stacking them.
     RQ_AttributeListHandle createIndirect(const RQ_DataArrayHandle &indices, bool flatten = false) const;
 
     /// `count` entries from `start` on; a null array where these do not exist.
     RQ_AttributeListHandle createSubArray(int64_t start, int64_t count) const;
 
-    /// `size` times entry `offset`.
+    /// `size` times entry `offset`; a null array where there is no such entry.
     RQ_AttributeListHandle createConstant(int64_t offset, int64_t size) const;
 
-    /// This list with the parametric coordinates of a grid of `nu` by `nv` points, in place of an attribute of that name. Of
-    /// one point, a direction has the lower bound.
+    /// This list with the parametric coordinates of a grid of `nu` by `nv` points, u fastest, in place of an attribute of
+    /// that name: two 32-bit floats (see `RQ_DAParametric`).  Of one point, a direction has the lower bound.
     RQ_AttributeListHandle createUV(int64_t nu, int64_t nv, double u0, double u1, double v0, double v1,
                                     const BAS_StringHolder &name = "uv") const;
 
@@ -123,7 +123,8 @@ public:
                                                const RQ_AttributeListHandle &aConstants = nullptr,
                                                const RQ_AttributeListHandle &bConstants = nullptr);
 
-    /// `count` times entry 0 of `a`, under the merged names; null arrays for those that it lacks.
+    /// `count` times entry 0 of `a`, under the merged names; null arrays for those that it lacks.  Null when one of its
+    /// arrays has no entry to repeat.
     static RQ_AttributeListHandle createConstantMerge(const RQ_AttributeMerge &merge, const RQ_AttributeListHandle &a,
                                                       int64_t count);
 

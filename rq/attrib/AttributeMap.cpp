@@ -33,9 +33,10 @@ int RQ_AttributeMap::remove(const BAS_StringHolder &name)
     const int found = get(name);
     if (found < 0)
         return -1;
+    // The name that was given may be our own.
+    exportNames_.erase(name);
     names_.erase(names_.begin() + found);
     owners_.erase(owners_.begin() + found);
-    exportNames_.erase(name);
     if (!index_.empty())
         rebuildIndex();
     return found;

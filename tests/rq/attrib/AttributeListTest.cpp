@@ -151,5 +151,12 @@ TEST(AttributeList, DumpsAndSavesInTheFixedForm)
 
     const std::string array = R"({"class":"RQ_DANumeric","storage":"real32","type":"point","size":3,"values":[[1,2,3]]})";
     EXPECT_EQ(tests::jsonOf(*list), "{\"P\":[" + array + "," + array + "],\"gone\":[null,null]}");
+
+    const auto dumpToFullDevice = [&] {
+        std::setvbuf(std::freopen("/dev/full", "w", stdout), nullptr, _IONBF, 0);
+        list->dumpList("points");
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(dumpToFullDevice(), testing::ExitedWithCode(0), "");
 }
 }  // namespace
