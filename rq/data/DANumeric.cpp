@@ -51,7 +51,12 @@ template <RQ_NumericValue T> void RQ_DANumeric<T>::append(T value)
 template <RQ_NumericValue T> void RQ_DANumeric<T>::appendTuple(const T *tuple)
 {
     if (size_ == capacity_)
+    {
+        // The tuple may lie in the block that is about to be released.
+        const int64_t inside = getPointerAliasing(tuple) ? tuple - data_ : -1;
         grow();
+        tuple = inside < 0 ? tuple : data_ + inside;
+    }
     setTuple(size_++, tuple);
 }
 
@@ -105,10 +110,9 @@ template <RQ_NumericValue T> void RQ_DANumeric<T>::setTupleBlock(int64_t offset,
 
 template <RQ_NumericValue T> void RQ_DANumeric<T>::reallocate(int64_t capacity)
 {
-    const int64_t tupleBytes = tupleSize_ * int64_t(sizeof(T));
-    const int64_t oldBytes = capacity_ * tupleBytes;
-    int64_t bytes;
-    if (__builtin_mul_overflow(capacity, tupleBytes, &bytes))
+    const int64_t oldBytes = capacity_ * tupleSize_ * int64_t(sizeof(T));
+    int64_t values, bytes;
+    if (__builtin_mul_overflow(capacity, tupleSize_, &values) || __builtin_mul_overflow(values, int64_t(sizeof(T)), &bytes))
         throw std::bad_alloc();
     T *data = nullptr;
     if (bytes > 0)

@@ -82,6 +82,8 @@ bool RQ_DARange::computeMinMax(double *min, double *max) const
     return true;
 }
 
+void RQ_DARange::getRange(double &min, double &max, int) const { RQ_DataArray::getRange(min, max, 0); }
+
 void RQ_DARange::getRange(int64_t &min, int64_t &max, int) const
 {
     const int64_t count = entries();

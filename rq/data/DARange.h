@@ -5,8 +5,11 @@
 
 /// An arithmetic sequence: entry i is `start + i * step`, up to and without `end`; a negative step counts downward.
 ///
-/// Shape  one component; 32-bit integers when start and end lie within ±(2^27 - 1), else 64-bit
-/// Cost   56 bytes for any number of entries
+/// Shape    one component, repeated by whatever asks for more; 32-bit integers when start and end lie within ±(2^27 - 1),
+///          else 64-bit
+/// Failure  more entries than 64 bits count end there
+/// Threads  immutable after construction, safe to read from any thread
+/// Cost     56 bytes for any number of entries
 class RQ_API RQ_DARange final : public RQ_TypedArray<RQ_DARange, RQ_DANumbers>
 {
 public:
@@ -30,7 +33,8 @@ public:
     int64_t end() const { return end_; }
     int64_t step() const { return step_; }
 
-    using RQ_TypedArray<RQ_DARange, RQ_DANumbers>::getRange;
+    // All components have the same range.
+    void getRange(double &min, double &max, int idx = 0) const override;
     void getRange(int64_t &min, int64_t &max, int idx = 0) const override;
 
     static constexpr bool kRepeatsPastTuple = true;

@@ -40,6 +40,10 @@ TEST(DANumeric, AppendsValuesTuplesAndOtherArrays)
     const std::vector<float> expected = {1, 5, 1, 5, 7, 8, 3, 0, 4, 0};
     EXPECT_EQ(std::vector<float>(array.data(), array.data() + 10), expected);
 
+    for (const int64_t full = array.capacity(); array.entries() <= full;)
+        array.append(array.data());
+    EXPECT_EQ(array.getF32(array.entries() - 1, 1), 5.0f) << "a tuple of its own, as it grows";
+
     const RQ_DANumeric<float> copy(array);
     EXPECT_TRUE(copy.isEqual(array));
     EXPECT_NE(copy.getDataId(), array.getDataId());
@@ -61,6 +65,7 @@ TEST(DANumeric, AccountsForItsMemory)
     }
     EXPECT_EQ(BAS_MemoryTracker::current(BAS_MEMORY_ARRAY), before);
     EXPECT_THROW(RQ_DANumeric<double>(int64_t(1) << 61, 3), std::bad_alloc);
+    EXPECT_THROW(RQ_DANumeric<double>(1, int64_t(1) << 61), std::bad_alloc);
     EXPECT_EQ(RQ_DANumeric<double>(-5, 3).entries(), 0);
 }
 
@@ -98,12 +103,15 @@ TEST(DARange, IsHalfOpenInBothDirections)
         range->getRange(min, max);
         EXPECT_EQ(min, c.entries ? std::min(c.first, c.last) : kMax);
         EXPECT_EQ(max, c.entries ? std::max(c.first, c.last) : kMin);
+        double low, high;
+        range->getRange(low, high, 2);
+        EXPECT_EQ(low, c.entries ? double(min) : 1.7014117331926443e38) << "every component is the same";
+        EXPECT_EQ(high, c.entries ? double(max) : -5.877471754111438e-39);
         if (c.entries == 0)
             continue;
         EXPECT_EQ(range->getI64(c.entries - 1), c.last);
         EXPECT_EQ(range->getF64(c.entries - 1), double(c.last));
         EXPECT_EQ(range->getU8(c.entries - 1), uint8_t(c.last));
-        double low, high;
         EXPECT_TRUE(range->getMinMax(&low, &high));
         EXPECT_EQ(low, double(min));
         EXPECT_EQ(high, double(max));
