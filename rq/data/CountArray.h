@@ -23,8 +23,9 @@ public:
 
     void init(int64_t n, int64_t count);
 
-    /// Take the counts from an array.  Minimum and maximum may be given, both at least 1, to skip a scan; they are trusted,
-    /// and equal ones mean that all counts are the same.  No items for a null array and for tuples.
+    /// Take the counts from an array.  Minimum and maximum may be given, both at least 1, and are trusted: they are what
+    /// `getMinCount` and `getMaxCount` answer, and equal ones mean that all counts are the same, which spares reading them.
+    /// No items for a null array and for tuples.
     void init(const RQ_DataArrayHandle &counts, int64_t minCount = -1, int64_t maxCount = -1);
 
     /// Back to no items.

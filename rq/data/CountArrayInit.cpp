@@ -174,9 +174,10 @@ void RQ_CountArray::initTotals(const RQ_DataArray &counts, bool trusted, int64_t
         return init(counts.entries(), all.max);
     minCount_ = trusted ? minCount : all.min;
     maxCount_ = trusted ? maxCount : all.max;
-    // With hints their upper bound decides the width.
-    int64_t bound = all.total;
+    // With hints their upper bound decides the width, and where they are wrong the totals must still fit.
+    int64_t bound = 0;
     if (trusted && __builtin_mul_overflow(counts.entries(), maxCount, &bound))
         bound = std::numeric_limits<int64_t>::max();
-    offsets_ = bound <= kLimit32 ? sumRunning<int32_t, T>(counts, blocks) : sumRunning<int64_t, T>(counts, blocks);
+    offsets_ = std::max(bound, all.total) <= kLimit32 ? sumRunning<int32_t, T>(counts, blocks)
+                                                      : sumRunning<int64_t, T>(counts, blocks);
 }

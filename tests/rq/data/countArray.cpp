@@ -89,6 +89,9 @@ TEST(CountArray, TrustsHintsAndStoresEqualCountsInNoMemory)
     array.init(makeArray<int32_t>({3, 4}), 1, int64_t(1) << 30);
     EXPECT_EQ(array.getStorage(), RQ_STORAGE_INT64) << "entries times the maximum needs 64 bits";
     EXPECT_EQ(array.getOffset(1), 3);
+    array.init(makeArray<int64_t>({3, kHuge, 4}), 1, 5);
+    EXPECT_EQ(array.sumCounts(), kHuge + 7) << "wrong hints do not make totals wrong";
+    array.init(makeArray<int32_t>({3, 4}), 1, 5);
     EXPECT_TRUE(array.isEqual(RQ_CountArray(makeArray<int32_t>({3, 4}))));
 
     array.init(int64_t(1) << 33, 4);
