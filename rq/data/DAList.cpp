@@ -186,8 +186,12 @@ bool RQ_DAList::computeMinMax(double *min, double *max) const
         part->getMinMax(low.data(), high.data());
         for (size_t c = 0; c < tuple; ++c)
         {
-            min[c] = std::min(min[c], low[c]);
-            max[c] = std::max(max[c], high[c]);
+            // A minimum above the maximum is no bound but means that there is no value: infinity lies beyond it.
+            if (low[c] > high[c])
+                continue;
+            const bool first = min[c] > max[c];
+            min[c] = first ? low[c] : std::min(min[c], low[c]);
+            max[c] = first ? high[c] : std::max(max[c], high[c]);
         }
     }
     return true;

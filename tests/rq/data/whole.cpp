@@ -5,6 +5,7 @@
 #include <rq/data/DAConstant.h>
 #include <rq/data/DAIndexedText.h>
 #include <rq/data/DAIndirect.h>
+#include <rq/data/DAList.h>
 #include <rq/data/DARange.h>
 #include <rq/data/DASubArray.h>
 #include <rq/data/Positions.h>
@@ -133,17 +134,20 @@ TEST(DataArray, SkipsNotANumber)
         std::vector<double> values;
         for (int64_t i = 0; i < copies; ++i)
             values.insert(values.end(), {nan, nan, nan, -5.0, nan, INFINITY, 3.0, nan, nan});
-        const RQ_DataArrayHandle array = makeArray(values, 3, RQ_TYPE_POINT);
-        EXPECT_TRUE(array->getMinMax(min, max));
-        EXPECT_EQ(min[0], -5.0);
-        EXPECT_EQ(max[0], 3.0);
-        EXPECT_EQ(min[1], std::numeric_limits<double>::max());
-        EXPECT_EQ(max[1], -std::numeric_limits<double>::max());
-        EXPECT_EQ(min[2], INFINITY);
-        BAS_BoundingBox box;
-        array->enlargeBounds(box);
-        EXPECT_EQ(box.minimum().x, -5.0f);
-        EXPECT_EQ(box.maximum().y, -BAS_BoundingBox::kEmpty);
+        const RQ_DataArrayHandle owned = makeArray(values, 3, RQ_TYPE_POINT);
+        for (const RQ_DataArrayHandle &array : {owned, RQ_DAList::createList({owned, owned})})
+        {
+            EXPECT_TRUE(array->getMinMax(min, max));
+            EXPECT_EQ(min[0], -5.0);
+            EXPECT_EQ(max[0], 3.0);
+            EXPECT_EQ(min[1], std::numeric_limits<double>::max());
+            EXPECT_EQ(max[1], -std::numeric_limits<double>::max());
+            EXPECT_EQ(min[2], INFINITY);
+            BAS_BoundingBox box;
+            array->enlargeBounds(box);
+            EXPECT_EQ(box.minimum().x, -5.0f);
+            EXPECT_EQ(box.maximum().y, -BAS_BoundingBox::kEmpty);
+        }
     }
 }
 
