@@ -4,6 +4,7 @@
 
 #include <rq/data/DASubArray.h>
 #include <rq/data/detail/TypedArrayImpl.h>
+#include <rq/data/detail/repeatRow.h>
 
 RQ_DAClamp::RQ_DAClamp(const RQ_DataArrayHandle &source, int64_t size)
     : RQ_TypedArray(source), last_(source->entries() - 1), size_(size)
@@ -44,10 +45,9 @@ void RQ_DAClamp::fillBlock(T *out, int64_t start, int64_t length, int components
         source_->fillArray(out, start, inside, components, stride);
     if (inside == length)
         return;
-    const T *row = out + inside * stride;
-    source_->fillArray(out + inside * stride, last_, 1, components, stride);
-    for (int64_t i = inside + 1; i < length; ++i)
-        std::copy_n(row, components, out + i * stride);
+    T *rest = out + inside * stride;
+    source_->fillArray(rest, last_, 1, components, stride);
+    rq::repeatRow(rest, length - inside, components, stride);
 }
 
 bool RQ_DAClamp::computeMinMax(double *min, double *max) const

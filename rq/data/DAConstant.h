@@ -26,6 +26,7 @@ public:
 
     const char *className() const override;
     int64_t entries() const override { return size_; }
+    int64_t getTotalArrayEntries() const override { return size_ > 0 ? size_ * itemSize(0) : 0; }
     int64_t getMemoryUsage() const override { return sizeof(*this); }
     int64_t getIndirect(int64_t) const override { return index_; }
 

@@ -9,7 +9,6 @@
 #include <rq/data/Values.h>
 #include <rq/data/convert.h>
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/copyEntries.h>
 
 namespace
 {
@@ -162,11 +161,6 @@ const RQ_DAIndirect *RQ_DAIndirect::flattened() const
     }
     const RQ_DAIndirect *flat = flattened_;
     return flat && flat->getDataId() == source_->getDataId() ? flat : nullptr;
-}
-
-RQ_DataArrayHandle RQ_DAIndirect::harden() const
-{
-    return hasArrayEntries() ? rq::copyEntries(*this) : RQ_TypedArray::harden();
 }
 
 void RQ_DAIndirect::updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment)

@@ -26,7 +26,6 @@ public:
                                              bool flatten = false);
 
     const char *className() const override;
-    RQ_DataArrayHandle harden() const override;
     int64_t entries() const override { return size_; }
     int64_t getMemoryUsage() const override;
     int64_t getIndirect(int64_t offset) const override { return indices32_ ? indices32_[offset] : indices64_[offset]; }

@@ -2,12 +2,18 @@
 
 #include <host/elm/Attribute.h>
 #include <rq/data/detail/blocks.h>
+#include <rq/data/detail/copyEntries.h>
 #include <rq/data/detail/numericTypes.h>
 
 void RQ_DAInherit::setSource(const RQ_DataArrayHandle &source)
 {
     source_ = source;
     sourceId_ = source ? source->getDataId() : -1;
+}
+
+RQ_DataArrayHandle RQ_DAInherit::harden() const
+{
+    return hasArrayEntries() ? rq::copyEntries(*this) : RQ_DataArray::harden();
 }
 
 RQ_Storage RQ_DAInherit::getStorage() const { return source_ ? source_->getStorage() : RQ_STORAGE_INVALID; }
@@ -88,18 +94,12 @@ void RQ_DAInherit::getDictionaries(BAS_Array<BAS_OptionsHolder> &dicts) const
 
 void RQ_DAInherit::fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize, int stride) const
 {
-    const rq::BlockShape shape(*this, tsize, stride);
-    for (int64_t i = 0; i < length; ++i)
-        for (int c = 0; c < shape.components; ++c)
-            data[i * shape.stride + c] = getS(start + i, c);
+    rq::fillTexts(*this, data, start, length, tsize, stride);
 }
 
 void RQ_DAInherit::fillDictionaryArray(BAS_OptionsHolder *data, int64_t start, int64_t length, int tsize, int stride) const
 {
-    const rq::BlockShape shape(*this, tsize, stride);
-    for (int64_t i = 0; i < length; ++i)
-        for (int c = 0; c < shape.components; ++c)
-            data[i * shape.stride + c] = getDict(start + i, c);
+    rq::fillTexts(*this, data, start, length, tsize, stride);
 }
 
 void RQ_DAInherit::updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment)

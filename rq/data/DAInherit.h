@@ -16,6 +16,9 @@ public:
     /// The entry of the source that entry `offset` shows.
     virtual int64_t getIndirect(int64_t offset) const = 0;
 
+    /// A copy that lets the source go, of entries that are arrays too.
+    RQ_DataArrayHandle harden() const override;
+
     RQ_Storage getStorage() const override;
     int64_t itemSize(int64_t offset) const override;
     int64_t getTotalArrayEntries() const override;

@@ -30,6 +30,7 @@ public:
     int64_t getMemoryUsage() const override;
     RQ_Type getTypeInfo() const override { return type_; }
     bool hasArrayEntries() const override { return true; }
+    bool getPointerAliasing(const void *data) const override { return values_ && values_->getPointerAliasing(data); }
 
 private:
     using Entries = RQ_TypedEntries<RQ_DANumericArray<T>, RQ_DANumbers>;

@@ -3,7 +3,6 @@
 #include <typeinfo>
 
 #include <rq/data/detail/TypedArrayImpl.h>
-#include <rq/data/detail/copyEntries.h>
 
 RQ_DASubArray::RQ_DASubArray(const RQ_DataArrayHandle &source, int64_t first, int64_t length)
     : RQ_TypedArray(source), first_(first), length_(length)
@@ -26,11 +25,6 @@ RQ_DataArrayHandle RQ_DASubArray::createSubArray(const RQ_DataArrayHandle &sourc
 }
 
 const char *RQ_DASubArray::className() const { return "RQ_DASubArray"; }
-
-RQ_DataArrayHandle RQ_DASubArray::harden() const
-{
-    return hasArrayEntries() ? rq::copyEntries(*this) : RQ_TypedArray::harden();
-}
 
 const void *RQ_DASubArray::getBackingData() const
 {

@@ -21,7 +21,6 @@ public:
     static RQ_DataArrayHandle createSubArray(const RQ_DataArrayHandle &source, int64_t first, int64_t length);
 
     const char *className() const override;
-    RQ_DataArrayHandle harden() const override;
     int64_t entries() const override { return length_; }
     int64_t getMemoryUsage() const override { return sizeof(*this); }
     const void *getBackingData() const override;

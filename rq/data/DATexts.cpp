@@ -66,10 +66,7 @@ void RQ_DATexts<Value>::getIndexedStrings(BAS_Array<BAS_StringHolder> &strings, 
 template <class Value>
 void RQ_DATexts<Value>::fillStringArray(BAS_StringHolder *data, int64_t start, int64_t length, int tsize, int stride) const
 {
-    const rq::BlockShape shape(*this, tsize, stride);
-    for (int64_t i = 0; i < length; ++i)
-        for (int c = 0; c < shape.components; ++c)
-            data[i * shape.stride + c] = getS(start + i, c);
+    rq::fillTexts(*this, data, start, length, tsize, stride);
 }
 
 template <class Value> int64_t RQ_DATexts<Value>::getDictIndexCount() const
@@ -93,10 +90,7 @@ template <class Value>
 void RQ_DATexts<Value>::fillDictionaryArray(BAS_OptionsHolder *data, int64_t start, int64_t length, int tsize,
                                             int stride) const
 {
-    const rq::BlockShape shape(*this, tsize, stride);
-    for (int64_t i = 0; i < length; ++i)
-        for (int c = 0; c < shape.components; ++c)
-            data[i * shape.stride + c] = getDict(start + i, c);
+    rq::fillTexts(*this, data, start, length, tsize, stride);
 }
 
 template <class Value> const Value &RQ_DATexts<Value>::none()

@@ -1,5 +1,6 @@
 #include <host/bas/CopyCounter.h>
 #include <rq/data/DAIndexedText.h>
+#include <rq/data/detail/blocks.h>
 #include <rq/data/detail/copyValues.h>
 
 namespace
@@ -45,11 +46,9 @@ template <class Value> RQ_DataArrayHandle copyTexts(const RQ_DataArray &array)
     const int64_t entries = array.entries(), tuple = array.getTupleSize();
     if ((kStrings<Value> ? array.getStringIndexCount() : array.getDictIndexCount()) >= 0)
         return copyIndexed<Value>(array);
+    // Not every array has a fill of its own.
     BAS_Array<Value> values(size_t(entries * tuple));
-    if constexpr (kStrings<Value>)
-        array.fillStringArray(values.data(), 0, entries);
-    else
-        array.fillDictionaryArray(values.data(), 0, entries);
+    rq::fillTexts(array, values.data(), 0, entries, -1, -1);
     return RQ_DAIndexedText<Value>::createIndexed(values.data(), entries, tuple, array.getTypeInfo());
 }
 }  // namespace

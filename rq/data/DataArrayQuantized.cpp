@@ -22,10 +22,11 @@ void RQ_DataArray::doFillQuantizedArray(uint8_t *data, int64_t start, int64_t le
 
     // Values of views cost one to ten nanoseconds each.
     host::parallelForRange(length, 16 * rq::kBlockEntries, [&](int64_t begin, int64_t end) {
-        std::vector<double> block(size_t(std::min(end - begin, rq::kBlockEntries) * shape.components));
-        for (int64_t first = begin; first < end; first += rq::kBlockEntries)
+        const int64_t height = rq::blockEntries(shape.components);
+        std::vector<double> block(size_t(std::min(end - begin, height) * shape.components));
+        for (int64_t first = begin; first < end; first += height)
         {
-            const int64_t count = std::min(end - first, rq::kBlockEntries);
+            const int64_t count = std::min(end - first, height);
             fillArray(block.data(), start + first, count, shape.components, shape.components);
             rq::quantiseRows(block.data(), RQ_STORAGE_REAL64, shape.components, data + first * shape.stride, shape.stride,
                              shape.components, count, black, white);

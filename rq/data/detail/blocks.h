@@ -26,6 +26,12 @@ struct BlockShape
 // cache.
 constexpr int64_t kBlockEntries = 1024;
 
+/// The same for entries of many values: fewer of them.
+constexpr int64_t blockEntries(int64_t values)
+{
+    return std::clamp<int64_t>(4 * kBlockEntries / std::max<int64_t>(1, values), 1, kBlockEntries);
+}
+
 /// Call `visit(const T *values, int64_t first, int64_t count)` for entries [begin, end), all components, in order: once over
 /// the array's own memory when it holds T, else block by block.  Stops when `visit` answers false, and answers that.
 template <RQ_NumericValue T, class Visitor>
@@ -37,10 +43,11 @@ bool visitBlocks(const RQ_DataArray &array, int64_t begin, int64_t end, Visitor 
     if (array.getStorage() == RQstorageOf<T>)
         if (const T *values = static_cast<const T *>(array.getBackingData()))
             return visit(values + begin * tuple, begin, end - begin);
-    std::vector<T> block(size_t(std::min(end - begin, kBlockEntries) * tuple));
-    for (int64_t first = begin; first < end; first += kBlockEntries)
+    const int64_t height = blockEntries(tuple);
+    std::vector<T> block(size_t(std::min(end - begin, height) * tuple));
+    for (int64_t first = begin; first < end; first += height)
     {
-        const int64_t count = std::min(end - first, kBlockEntries);
+        const int64_t count = std::min(end - first, height);
         array.fillArray(block.data(), first, count);
         if (!visit(static_cast<const T *>(block.data()), first, count))
             return false;
@@ -67,25 +74,34 @@ bool visitTuples(const RQ_DataArray &array, int64_t begin, int64_t end, Visitor 
     return true;
 }
 
-/// Read the texts or dictionaries of an entry: its components, or its values when entries are arrays.
-inline void readTexts(const RQ_DataArray &array, int64_t entry, BAS_Array<BAS_StringHolder> &values)
+/// Read a text or dictionary.
+template <class Value> Value textAt(const RQ_DataArray &array, int64_t entry, int component)
 {
-    values.clear();
-    if (array.hasArrayEntries())
-        array.import(entry, values);
+    if constexpr (std::same_as<Value, BAS_StringHolder>)
+        return array.getS(entry, component);
     else
-        for (int c = 0; c < array.getTupleSize(); ++c)
-            values.push_back(array.getS(entry, c));
+        return array.getDict(entry, component);
 }
 
-inline void readTexts(const RQ_DataArray &array, int64_t entry, BAS_Array<BAS_OptionsHolder> &values)
+/// Read the texts or dictionaries of an entry: its components, or its values when entries are arrays.
+template <class Value> void readTexts(const RQ_DataArray &array, int64_t entry, BAS_Array<Value> &values)
 {
     values.clear();
     if (array.hasArrayEntries())
         array.import(entry, values);
     else
         for (int c = 0; c < array.getTupleSize(); ++c)
-            values.push_back(array.getDict(entry, c));
+            values.push_back(textAt<Value>(array, entry, c));
+}
+
+/// Read a block of texts or dictionaries after the rules of `fillArray`.
+template <class Value>
+void fillTexts(const RQ_DataArray &array, Value *data, int64_t start, int64_t length, int tsize, int stride)
+{
+    const BlockShape shape(array, tsize, stride);
+    for (int64_t i = 0; i < length; ++i)
+        for (int c = 0; c < shape.components; ++c)
+            data[i * shape.stride + c] = textAt<Value>(array, start + i, c);
 }
 
 /// Call `visit(tag)` with the type of the array's values, texts and dictionaries included.

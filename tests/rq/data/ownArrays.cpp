@@ -146,12 +146,14 @@ TYPED_TEST(EveryOwnArray, ArraysOfNumbersAreReadAlone)
         {RQ_DAIndirect::createIndirect(array, makeArray<int32_t>({3, 1, 0})), {3, 1, 0}},
         {RQ_DAList::createList({array, array}), {0, 1, 2, 3, 0, 1, 2, 3}},
         {RQ_DAConstant::createConstant(array, 2, 3), {2, 2, 2}},
+        {RQ_DAClamp::createClamp(array, 6), {0, 1, 2, 3, 3, 3}},
     };
     const std::vector<float> entries[] = {{1, 2}, {}, {3, 4, 5}, {6}};
     for (const auto &[view, places] : views)
     {
         ASSERT_TRUE(view->hasArrayEntries());
         const RQ_DataArrayHandle owned = view->harden();
+        EXPECT_STREQ(owned->className(), "RQ_DANumericArray");
         EXPECT_TRUE(owned->isEqual(*view));
         EXPECT_EQ(owned->getDataId(), view->getDataId());
         BAS_Array<T> data;
@@ -180,6 +182,9 @@ TYPED_TEST(EveryOwnArray, ArraysOfNumbersAreReadAlone)
     EXPECT_EQ(array->hash(), rag<T>()->hash());
     EXPECT_FALSE(array->isEqual(*rag<T>({T(1.0f), T(2.0f), T(3.0f), T(4.0f), T(5.0f), T(7.0f)})));
     EXPECT_EQ(RQ_DANumericArray<T>({}, RQ_CountArray(2, 3)).entries(), 0) << "fewer values than the counts want";
+    const auto all = countingArray<T>(6, 1);
+    EXPECT_TRUE(RQ_DANumericArray<T>(all, RQ_CountArray(2, 3)).getPointerAliasing(all->data() + 5));
+    EXPECT_EQ(RQ_DAConstant::createConstant(array, 2, int64_t(1) << 40)->getTotalArrayEntries(), int64_t(3) << 40);
 }
 
 // However deep, a flattened indirection reads what the unflattened one does, from the innermost array.

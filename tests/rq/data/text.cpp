@@ -16,6 +16,28 @@ namespace
 {
 using Strings = BAS_Array<BAS_StringHolder>;
 
+/// Text that is made when asked for, in an array that defines no more than it must.
+class Spelled final : public RQ_DANumbers
+{
+public:
+    const char *className() const override { return "Spelled"; }
+    RQ_Storage getStorage() const override { return RQ_STORAGE_STRING; }
+    int64_t entries() const override { return 3; }
+    int64_t getTupleSize() const override { return 1; }
+    int64_t getMemoryUsage() const override { return sizeof(*this); }
+    uint8_t getU8(int64_t, int) const override { return 0; }
+    int32_t getI32(int64_t, int) const override { return 0; }
+    float getF32(int64_t, int) const override { return 0.0f; }
+    BAS_StringHolder getS(int64_t offset, int) const override { return std::to_string(offset); }
+};
+
+TEST(DataArray, HardensTextOfAnyMaking)
+{
+    const RQ_DataArrayHandle spelled(new Spelled), owned = spelled->harden();
+    EXPECT_EQ(owned->getS(2).view(), "2");
+    EXPECT_EQ(owned->getStringIndexCount(), 3);
+}
+
 TEST(DAIndexedString, AnIndexPastTheListIsNoText)
 {
     EXPECT_EQ(RQ_DAIndexedString({"a"}, {0, 5, -7}).getS(1), BAS_StringHolder());
