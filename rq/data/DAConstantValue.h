@@ -5,7 +5,9 @@
 
 /// One stored value for every component of every entry.
 ///
-/// Cost  the same few bytes for any number of entries
+/// Failure  sizes below 0 count as 0
+/// Threads  immutable after construction, safe to read from any thread
+/// Cost     the same few bytes for any number of entries
 template <RQ_NumericValue T>
 class RQ_API RQ_DAConstantValue final : public RQ_TypedArray<RQ_DAConstantValue<T>, RQ_DANumbers>
 {

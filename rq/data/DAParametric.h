@@ -5,10 +5,11 @@
 
 /// Parametric coordinates (u, v) of a grid, computed from the entry's place.
 ///
-/// Shape  two 32-bit floats; u runs fastest: entry i lies in column i % nu of row i / nu.  Column k of n has the parameter
-///        begin + (end - begin) * k / (n - 1), the last one `end` exactly, the only one `begin`; rows likewise
+/// Shape    two 32-bit floats; u runs fastest: entry i lies in column i % nu of row i / nu.  Column k of n has the parameter
+///          begin + (end - begin) * k / (n - 1), the last one `end` exactly, the only one `begin`; rows likewise
 /// Failure  counts below 0 count as 0; more entries than 64 bits hold end there
-/// Cost   the same few bytes for any grid
+/// Threads  immutable after construction, safe to read from any thread
+/// Cost     the same few bytes for any grid
 class RQ_API RQ_DAParametric final : public RQ_TypedArray<RQ_DAParametric, RQ_DANumbers>
 {
 public:

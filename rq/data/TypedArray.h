@@ -4,10 +4,9 @@
 
 /// The layer that answers all typed reads of an array from one function.
 ///
-/// Shape    `Derived` defines `template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const`, exact in every
-/// T,
-///          and may define `fillBlock` to serve whole blocks faster than value by value.  It befriends the layer when these
-///          are private.  `Base` is the array class that the layer is put upon.
+/// Shape    `Derived` defines `template <RQ_NumericValue T> T valueAs(int64_t offset, int component) const`, exact in
+///          every T, and may define `fillBlock` to serve whole blocks faster than value by value.  It befriends the layer
+///          when these are private.  `Base` is the array class that the layer is put upon.
 /// Cost     the bodies lie in detail/TypedArrayImpl.h: the source file of `Derived` includes it and instantiates the layer
 ///          and the class; the header of `Derived` declares both `extern template`, so clients compile none of it
 template <class Derived, class Base = RQ_DataArray> class RQ_API RQ_TypedArray : public Base
