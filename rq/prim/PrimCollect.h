@@ -15,8 +15,7 @@ class AppendList;
 /// themselves.
 ///
 /// Shape      children in order of arrival; once threads have met, those of each thread, with others in between.  A null
-/// child
-///            is kept and counted, and passed over by every operation
+///            child is kept and counted, and passed over by every operation
 /// Threads    `appendPrimitive` from any thread, also during other operations: these see the children that were there when
 ///            they started.  `clear` needs the collection for itself.
 /// Cost       threads that append at the same time do not hold up each other

@@ -135,14 +135,15 @@ public:
     void refineCopyTransformFrom(const RQ_Primitive &source);
 
     /// Move the sides of one box per segment outward by the largest "width" or "pscale", and answer true.  Without either by
-    /// `defaultWidth` (negative: 0.05), and answer false.
+    /// `defaultWidth` (negative: 0.05; 0 for one that is neither negative nor finite), and answer false.
     bool enlargeWidth(BAS_BoundingBox *boxes, int segments, float defaultWidth) const;
 
     /// Range of up to three components.  False, and both zero, when the array is null or holds no floats.
     static bool computeVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const RQ_DataArrayHandle &velocity);
 
     /// Put the attributes of `source` whose name fits one of the patterns into `destination`, replacing those of the same
-    /// name.  Arrays that are not as long as the destination's first are left out.
+    /// name.  Arrays that are not as long as the destination's first are left out.  `changed` becomes true when one was
+    /// taken, and is left alone when the result is `destination` itself.
     static RQ_AttributeListHandle mergeAttributeLists(bool &changed, const RQ_AttributeListHandle &destination,
                                                       const RQ_AttributeListHandle &source, const BAS_StringMMPattern *first,
                                                       const BAS_StringMMPattern *second);

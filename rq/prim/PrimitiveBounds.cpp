@@ -132,7 +132,8 @@ bool RQ_Primitive::enlargeWidth(BAS_BoundingBox *boxes, int segments, float defa
         return true;
     }
 
+    const float width = std::isfinite(defaultWidth) ? defaultWidth : 0.0f;
     for (int s = 0; s < segments; ++s)
-        expand(boxes[s], defaultWidth < 0.0f ? kLeastDefault : defaultWidth);
+        expand(boxes[s], defaultWidth < 0.0f ? kLeastDefault : width);
     return false;
 }

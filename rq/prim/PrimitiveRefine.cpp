@@ -1,3 +1,4 @@
+#include <rq/prim/PrimitiveType.h>
 #include <rq/prim/RefineCollect.h>
 
 namespace
@@ -10,7 +11,8 @@ RQ_PrimitiveHandle refineOnce(const RQ_Primitive &primitive, const RQ_RefineParm
         return sink.getPrim(0);
 
     // A collection that hands out its own children again would go on like this for ever.
-    const auto *collection = dynamic_cast<const RQ_PrimCollect *>(&primitive);
+    const bool isCollection = primitive.getPrimitiveType() == RQ_PRIM_COLLECT;
+    const auto *collection = isCollection ? dynamic_cast<const RQ_PrimCollect *>(&primitive) : nullptr;
     const bool sameAgain = collection && collection->entries() == sink.entries();
     return sameAgain || sink.entries() < 2 ? RQ_PrimitiveHandle() : sink.getPrim();
 }

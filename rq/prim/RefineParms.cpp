@@ -14,7 +14,9 @@ const char *textIn(BAS_WorkBuffer &buffer, std::string_view text)
 {
     buffer.clear();
     buffer.append(text);
+    // Ended for C, though the end is no part of the text.
     buffer.push_back('\0');
+    buffer.resize(text.size());
     return buffer.data();
 }
 }  // namespace

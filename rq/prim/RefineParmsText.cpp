@@ -98,5 +98,6 @@ void RQ_RefineParms::dump() const
 {
     BAS_WorkBuffer text;
     dump(text);
-    std::printf("%.*s\n", int(text.size()), text.data());
+    text.push_back('\n');
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }

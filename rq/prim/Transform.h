@@ -15,8 +15,7 @@ using RQ_TransformHandle = BAS_IntrusivePtr<RQ_Transform>;
 /// Place a primitive in space: one matrix per motion segment.
 ///
 /// Shape      rows are vectors: a point is transformed as v * M and the translation is the fourth row.  A segment past the
-/// end
-///            reads as the last one, a negative one as the first
+///            end reads as the last one, a negative one as the first
 /// Failure    a matrix whose determinant is 0 or not finite has the identity for its inverse; normals still follow its
 ///            cofactors, so that flattening keeps them
 /// Ownership  counted; combining returns a new transform or one of the inputs
@@ -63,7 +62,8 @@ public:
     /// `other` first, then this transform.
     RQ_TransformHandle preMultiply(const RQ_TransformHandle &other) const;
 
-    /// Combine every segment with one matrix.  The caller owns the result: put it into a handle at once.
+    /// Combine every segment with one matrix; a transform without segments counts as one identity.  The caller owns the
+    /// result: put it into a handle at once.
     RQ_Transform *multiply(const BAS_Mat3f &matrix) const;
     RQ_Transform *multiply(const BAS_Mat3d &matrix) const;
     RQ_Transform *multiply(const BAS_Mat4f &matrix) const;

@@ -29,17 +29,19 @@ RQ_Transform *combine(const RQ_Transform &first, const RQ_Transform &second)
     return new RQ_Transform(products.data(), segments);
 }
 
-// The same where one side is a matrix: the segments stay those of `transform`.
+// The same where one side is a matrix: the segments stay those of `transform`.  Without any there is one all the same, or
+// the matrix would be lost.
 template <class Product> RQ_Transform *combineEach(const RQ_Transform &transform, Product &&product)
 {
-    std::vector<BAS_Mat4d> products(static_cast<size_t>(transform.getSegments()));
-    for (int i = 0; i < transform.getSegments(); ++i)
+    const int segments = std::max(transform.getSegments(), 1);
+    std::vector<BAS_Mat4d> products(static_cast<size_t>(segments));
+    for (int i = 0; i < segments; ++i)
     {
         BAS_Mat4d own;
         transform.getMatrix(own, i);
         products[size_t(i)] = product(own);
     }
-    return new RQ_Transform(products.data(), transform.getSegments());
+    return new RQ_Transform(products.data(), segments);
 }
 
 template <class M> RQ_Transform *multiplyEach(const RQ_Transform &transform, const M &matrix)

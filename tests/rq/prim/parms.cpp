@@ -33,6 +33,10 @@ TEST(RefineParms, GettersAreStrictAndImportConverts)
     parms.set("lod", int64_t(1) << 40);
     EXPECT_FALSE(parms.import("lod", integer)) << "does not fit";
     EXPECT_EQ(integer, 5);
+    parms.setGeoRefineGroup("some");
+    BAS_WorkBuffer text;
+    EXPECT_STREQ(parms.getGeoRefineGroup(text), "some");
+    EXPECT_EQ(text.size(), 4u) << "the end of a text is no part of it";
 }
 
 TEST(RefineParms, OverrideLevelHasFiveSignedBits)
@@ -114,6 +118,4 @@ TEST(RefineParms, AreEqualAfterTheyWereDumpedAndLoaded)
     EXPECT_EQ(again.getFlags(), parms.getFlags());
     EXPECT_EQ(dumped(again), dumped(parms));
 }
-
-// What the table says must be what the getters do: it is the command line's only knowledge.
 }  // namespace

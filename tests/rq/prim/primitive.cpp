@@ -112,6 +112,7 @@ TEST(Primitive, WidthsGrowBounds)
         bool found;
     } cases[] = {{"no attribute, no default", nullptr, 0.0f, {0, 0}, false},
                  {"no attribute, negative default", nullptr, -1.0f, {0.05f, 0.05f}, false},
+                 {"no attribute, no number for default", nullptr, NAN, {0, 0}, false},
                  {"no entries", listOf("width", {numbers<float>({})}), 9.0f, {0, 0}, true},
                  {"largest magnitude, whole", listOf("width", {numbers<float>({1, -3, 2})}), 9.0f, {3, 3}, true},
                  {"other name", listOf("pscale", {numbers<double>({2})}), 9.0f, {2, 2}, true},

@@ -93,6 +93,15 @@ TEST(RefinePrimitive, StopsWhenNothingChanges)
     EXPECT_EQ(refined(collectionOf({})), nullptr);
     EXPECT_EQ(refined(collectionOf({a})), a);
     EXPECT_EQ(refined(collectionOf({a, b})), nullptr) << "as many again";
+    struct OtherKind : RQ_PrimCollect
+    {
+        using RQ_PrimCollect::RQ_PrimCollect;
+        int getPrimitiveType() const override { return RQ_PRIM_MSH_LIST; }
+    };
+    const CollectHandle other(new OtherKind);
+    other->appendPrimitive(a);
+    other->appendPrimitive(b);
+    EXPECT_TRUE(refined(other)) << "no collection by its type";
 
     two->setStaticGeometry(true);
     const RQ_PrimitiveHandle both = refined(two);

@@ -92,6 +92,7 @@ TEST(Transform, MultiplyAppliesThisFirst)
         EXPECT_EQ(matrixOf(*before, s), move(s + 1, 0, 0) * scale(2, 2, 2));
     }
     EXPECT_TRUE(*RQ_TransformHandle(three->preMultiply(scale(2, 2, 2))) == *after) << "a bare matrix";
+    EXPECT_TRUE(*RQ_TransformHandle(RQ_Transform().multiply(scale(2, 2, 2))) == *one) << "without segments";
     EXPECT_TRUE(*RQ_TransformHandle(three->multiply(BAS_Mat3f(2, 0, 0, 0, 2, 0, 0, 0, 2))) == *before) << "without offset";
 }
 
