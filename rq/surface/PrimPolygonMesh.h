@@ -52,7 +52,8 @@ class RQ_API RQ_PrimPolygonMesh : public RQ_Primitive
 public:
     RQ_PrimPolygonMesh();
 
-    /// `counts` holds the corners of each face.  Smallest and largest count may be given when known (-1: scan).
+    /// `counts` holds the corners of each face.  Smallest and largest count may be given when known (-1: scan).  `mode` asks
+    /// for a vertex list of 32- or 64-bit integers: one of another width is copied, but for points that need 64 bits.
     RQ_PrimPolygonMesh(const RQ_DataArrayHandle &counts, const RQ_DataArrayHandle &vertexList,
                        const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex = {},
                        const RQ_AttributeListHandle &uniform = {}, const RQ_AttributeListHandle &detail = {},
@@ -144,12 +145,13 @@ public:
     /// there is an edge of a face of this mesh, 0 where it is a cut.  Face sets name the pieces of their faces, unless
     /// `keepFaceSets` is off.  With `faceSubset` only its faces are cut and all others stay as they are.
     ///
-    /// Returns this mesh when all faces are triangles and no subset is given, null when "P" is missing or the user
-    /// interrupted.
+    /// Returns this mesh, without "__edge" and with its face sets, when all faces are triangles and no subset is given: all
+    /// edges are faces' own then.  Null when "P" is missing or the user interrupted.
     RQ_PolygonMeshHandle convex(int maxVertices = 4, bool triangulate = false, bool edgeFlags = false,
                                 bool keepFaceSets = true, const RQ_FaceSet *faceSubset = nullptr) const;
 
-    /// Only the cutting of `convex`, to keep and apply to meshes of the same topology.  False as `convex` gives null.
+    /// Only the cutting of `convex`, to keep and apply to meshes of the same topology.  False, with nothing in the arrays,
+    /// as `convex` gives null.
     bool getConvexArrays(RQ_ConvexArrays &arrays, int maxVertices = 4, bool triangulate = false) const;
 
     /// The mesh that `convex` would give, from arrays made before by a mesh of the same topology.
@@ -183,23 +185,26 @@ public:
                                   weights);
     }
 
-    /// The mesh with point normals "N", or this one when vertices or points have an "N" already.
+    /// The mesh with point normals "N" in every motion segment, or this one when vertices or points have an "N" already or
+    /// there are no positions.  A segment whose positions are those of the one before, or none, shares its normals.
     RQ_PolygonMeshHandle createPointNormalsIfMissing(const char *positions, bool normalize, bool &changed) const;
 
-    /// The mesh with vertex normals "N" by cusp angle (degrees), or this one when vertices or points have an "N" already.
+    /// The same with vertex normals by cusp angle (degrees).
     RQ_PolygonMeshHandle createVertexNormalsIfMissing(const char *positions, double cuspAngle, bool normalize,
                                                       bool &changed) const;
 
     /// Tangents of the texture coordinates "uv" (M. S. Mikkelsen, "Simulation of Wrinkled Surfaces Revisited", 2008): the
-    /// unit way, in the plane of the normal "N", that u grows; and what is at right angles to both, on the side where v grows.
+    /// unit way, in the plane of the normal "N", that u grows; and what is at right angles to both, on the side where v
+    /// grows.
     ///
-    /// Corners that agree in position, "N" and "uv" share a tangent unless the texture is mirrored between them or their faces
-    /// do not hang together.  "uv" and "N" are taken from the vertices, else from the points; without "N" the point normals
-    /// serve.  Where the texture has no direction u's tangent is (1, 0, 0) and counts as mirrored.  Faces of more than four
-    /// corners are cut into triangles first.
-    /// Threads  runs in parallel; the result does not depend on the number of threads
+    /// Corners that agree in position, "N" and "uv" share a tangent unless the texture is mirrored between them or their
+    /// faces do not hang together.  "uv" and "N" are taken from the vertices, else from the points; without "N" the point
+    /// normals serve.  Where the texture has no direction u's tangent is (1, 0, 0) and counts as mirrored.  Faces of more
+    /// than four corners are cut into triangles first.
+    ///
     /// Shape    3 components a face-vertex
     /// Failure  false without "P" and "uv", and when the cutting of large faces is interrupted
+    /// Threads  runs in parallel; the result does not depend on the number of threads
     bool createFastTangents(RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const;
 
     /// The mesh with these as vertex attributes "tangentu" and "tangentv" in every motion segment, or this one when it has
@@ -212,8 +217,9 @@ public:
     bool splitMesh(int64_t maxFaces, BAS_Array<RQ_PrimitiveHandle> &out, bool harden = false) const;
 
     /// Cut into one mesh for each distinct value of `materials`, an integer per face, in increasing order of value; all
-    /// negative ones count as -1.  `ids`, if wanted, receives the values.  A single material gives this mesh itself; else
-    /// pieces are as those of `splitMesh`.  False, with `out` untouched, when `materials` does not fit the faces.
+    /// negative ones count as -1.  `ids`, if wanted, receives the values.  A single material gives this mesh itself, or
+    /// its hardened copy; else pieces are as those of `splitMesh`.  False, with `out` untouched, when `materials` does not
+    /// fit the faces.
     bool partitionByMaterial(const RQ_DataArrayHandle &materials, BAS_Array<RQ_PrimitiveHandle> &out,
                              BAS_Array<int64_t> *ids = nullptr, bool harden = false) const;
 
@@ -281,7 +287,8 @@ protected:
                                        const RQ_AttributeListHandle &detail) const;
 
     // For subclasses that keep more by face and point than attributes.  `followElements` tells a new mesh that is still
-    // numbered as its source what became of it: its face i was face `faces[i]`, its point i point `points[i]` (null: the same).
+    // numbered as its source what became of it: its face i was face `faces[i]`, its point i point `points[i]` (null: as
+    // before).
     virtual bool keepsMoreOfFaces() const { return false; }
     virtual void followElements(const RQ_DataArrayHandle & /*faces*/, const RQ_DataArrayHandle & /*points*/) {}
 

@@ -66,30 +66,6 @@ template <class Visit> void visitMesh(const RQ_PrimPolygonMesh &mesh, const rq::
     });
 }
 
-const RQ_DataArrayHandle &existingNormals(const RQ_PrimPolygonMesh &mesh)
-{
-    static const RQ_DataArrayHandle kNone;
-    for (const RQ_AttributeListHandle *list : {&mesh.getVertex(), &mesh.getShared()})
-        if (*list && (*list)->get("N", 0))
-            return (*list)->get("N", 0);
-    return kNone;
-}
-
-/// `list` with the array of every motion segment under "N"; `make(segment)` builds one, null where it cannot.
-template <class Make> RQ_AttributeListHandle withNormals(const RQ_AttributeListHandle &list, int segments, Make &&make)
-{
-    std::vector<RQ_DataArrayHandle> normals;
-    for (int segment = 0; segment < segments; ++segment)
-        normals.push_back(make(segment));
-    if (!normals.front())
-        return nullptr;
-    const RQ_AttributeListHandle base = list ? list : RQ_AttributeListHandle(new RQ_AttributeList(new RQ_AttributeMap, 1));
-    return base->addAttribute("N", normals.data(), segments, true);
-}
-}  // namespace
-
-namespace
-{
 /// Call `visit(kernel)` with the normal kernel of a mesh.
 template <class Real, class Visit>
 void visitKernel(const RQ_PrimPolygonMesh &mesh, const rq::SharedTopology &shared, const rq::Positions &positions,
@@ -224,34 +200,4 @@ RQ_DataArrayHandle RQ_PrimPolygonMesh::createVertexNormals(int segment, const ch
     return makeNormals(storage, getVertexCount(), [&](auto *values) {
         return writeVertexNormals(values, storage, segment, positions, cuspAngle, normalize, RQ_NORMAL_WEIGHTS_ANGLE);
     });
-}
-
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createPointNormalsIfMissing(const char *positions, bool normalize,
-                                                                     bool &changed) const
-{
-    changed = false;
-    if (existingNormals(*this))
-        return const_cast<RQ_PrimPolygonMesh *>(this);
-    const RQ_AttributeListHandle shared = withNormals(shared_, getMotionSegments(), [&](int segment) {
-        return createPointNormals(segment, positions, normalize, nullptr, RQ_STORAGE_REAL32);
-    });
-    if (!shared)
-        return const_cast<RQ_PrimPolygonMesh *>(this);
-    changed = true;
-    return clone(shared, vertex_, uniform_, detail_);
-}
-
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createVertexNormalsIfMissing(const char *positions, double cuspAngle,
-                                                                      bool normalize, bool &changed) const
-{
-    changed = false;
-    if (existingNormals(*this))
-        return const_cast<RQ_PrimPolygonMesh *>(this);
-    const RQ_AttributeListHandle vertex = withNormals(vertex_, getMotionSegments(), [&](int segment) {
-        return createVertexNormals(segment, positions, cuspAngle, normalize, RQ_STORAGE_REAL32);
-    });
-    if (!vertex)
-        return const_cast<RQ_PrimPolygonMesh *>(this);
-    changed = true;
-    return clone(shared_, vertex, uniform_, detail_);
 }

@@ -17,13 +17,6 @@ using Numbers = BAS_IntrusivePtr<RQ_DANumeric<float>>;
 
 BAS_Vec3f *vectors(const Numbers &numbers) { return reinterpret_cast<BAS_Vec3f *>(numbers->data()); }
 
-/// Whether nothing but an interruption keeps tangents from being made.
-bool canHaveTangents(const RQ_PrimPolygonMesh &mesh, int segment)
-{
-    return mesh.getShared() && mesh.getVertexList() && rq::Positions(mesh.getShared()->get("P", segment)).isValid() &&
-           rq::CornerValues(mesh, "uv", segment).has(2);
-}
-
 template <class Topology>
 void writeTangents(const rq::TangentInput &input, const Topology &topology,
                    const host::CornerAdjacency<typename Topology::Index> &points, BAS_Vec3f *tangentU, BAS_Vec3f *tangentV)
@@ -118,27 +111,4 @@ bool RQ_PrimPolygonMesh::makeTangents(int segment, RQ_DataArrayHandle &tangentU,
 bool RQ_PrimPolygonMesh::createFastTangents(RQ_DataArrayHandle &tangentU, RQ_DataArrayHandle &tangentV) const
 {
     return makeTangents(0, tangentU, tangentV);
-}
-
-RQ_PolygonMeshHandle RQ_PrimPolygonMesh::createTangentsIfMissing(bool &changed) const
-{
-    changed = false;
-    const RQ_PolygonMeshHandle self = const_cast<RQ_PrimPolygonMesh *>(this);
-    for (const RQ_AttributeListHandle *list : {&vertex_, &shared_})
-        if (*list && ((*list)->get("tangentu") || (*list)->get("tangentv")))
-            return self;
-    const int segments = shared_ ? getMotionSegments() : 0;
-    std::vector<RQ_DataArrayHandle> tangentU(static_cast<size_t>(segments)), tangentV(static_cast<size_t>(segments));
-    for (int segment = 0; segment < segments; ++segment)
-        if (!makeTangents(segment, tangentU[size_t(segment)], tangentV[size_t(segment)]))
-            return canHaveTangents(*this, segment) ? nullptr : self;
-    if (segments == 0)
-        return self;
-    const RQ_AttributeListHandle base =
-        vertex_ ? vertex_ : RQ_AttributeListHandle(new RQ_AttributeList(new RQ_AttributeMap));
-    changed = true;
-    return clone(shared_,
-                 base->addAttribute("tangentu", tangentU.data(), segments, true)
-                     ->addAttribute("tangentv", tangentV.data(), segments, true),
-                 uniform_, detail_);
 }

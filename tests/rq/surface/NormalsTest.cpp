@@ -436,6 +436,19 @@ TEST(Normals, OfEverySegmentAreThoseOfItsPositions)
     two->set(0, positions(moved.positions), 1);
     const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(integers(still.counts), integers(still.indices), two));
     EXPECT_EQ(mesh->getMotionSegments(), 2);
+    // Added ones are made once for segments of the same positions, and repeated where there are none.
+    const RQ_AttributeListHandle holey(new RQ_AttributeList(*two));
+    holey->set(0, nullptr, 1);
+    const BAS_Mat4d matrices[2];
+    const RQ_PolygonMeshHandle placed = makeMesh(still), broken(new RQ_PrimPolygonMesh(*mesh, holey, {}, {}, {}));
+    placed->setPrimitiveTransform(new RQ_Transform(matrices, 2));
+    for (const RQ_PolygonMeshHandle &some : {mesh, placed, broken})
+    {
+        bool changed = false;
+        const RQ_AttributeListHandle with = some->createPointNormalsIfMissing("P", true, changed)->getShared();
+        EXPECT_TRUE(changed && with->getSegments() == 2 && with->get("N", 1));
+        EXPECT_EQ(with->get("N", 0) == with->get("N", 1), some != mesh);
+    }
     for (const int segment : {0, 1})
     {
         const RQ_PolygonMeshHandle alone = makeMesh(segment == 0 ? still : moved);
