@@ -20,8 +20,9 @@ public:
     ///
     /// Pieces have at most max(`maxVertices`, 3) corners.  With `triangulate` a face that is cut leaves as triangles,
     /// without it pieces are as large as the limit allows.  False only for a face of fewer than 3 corners, which every face
-    /// is in an array that holds no positions.  Arrays are looked at when they are not those of the call before: whoever
-    /// changes values in place names them anew with `setSource`.
+    /// is in an array that holds no positions.  Neither the range nor the points that it names are checked.  Arrays are
+    /// looked at when they are not those of the call before: whoever changes values in place names them anew with
+    /// `setSource`.
     bool processFace(const RQ_DataArrayHandle &positions, int64_t count, int64_t first, const RQ_DataArrayHandle &vertexList,
                      int maxVertices, bool triangulate);
 

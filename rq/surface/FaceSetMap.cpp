@@ -7,6 +7,37 @@
 #include <host/bas/JSONWriter.h>
 #include <rq/data/Values.h>
 
+namespace
+{
+/// The places in `from`, whose values lie between `least` and `greatest`, of the faces that a set has.
+RQ_FaceSetHandle membersAmong(const rq::Values<int64_t> &from, int64_t least, int64_t greatest, const RQ_FaceSet &set)
+{
+    const RQ_FaceSetHandle found(new RQ_FaceSet);
+    // A mesh may be cut into many pieces: of a large set each looks at no more than it can have.
+    const int64_t *const first = std::lower_bound(set.begin(), set.end(), least);
+    const int64_t *const last = std::upper_bound(first, set.end(), greatest);
+    if (first == last)
+        return found;
+    const int64_t begin = *first, end = last[-1] + 1;
+    const auto addAll = [&](auto &&isMember) {
+        for (int64_t face = 0; face < from.entries(); ++face)
+            if (from[face] >= begin && from[face] < end && isMember(from[face]))
+                found->addFace(face);
+    };
+    // To look up a face costs as much as to note some sixty, or to clear as many words of bits.
+    constexpr int64_t kNotedPerLookup = 64, kWordBits = 64;
+    if ((last - first + (end - begin) / kWordBits) / kNotedPerLookup > from.entries())
+    {
+        addAll([=](int64_t face) { return std::binary_search(first, last, face); });
+        return found;
+    }
+    BAS_BitArray noted(end - begin);
+    std::for_each(first, last, [&](int64_t face) { noted.set(face - begin); });
+    addAll([&](int64_t face) { return noted.get(face - begin); });
+    return found;
+}
+}  // namespace
+
 RQ_FaceSetMap::RQ_FaceSetMap() : sets_(16) { sets_.max_load_factor(1.0f); }
 RQ_FaceSetMap::RQ_FaceSetMap(const RQ_FaceSetMap &other) : BAS_IntrusiveRefCounter<RQ_FaceSetMap>(), sets_(other.sets_) {}
 RQ_FaceSetMap::~RQ_FaceSetMap() = default;
@@ -38,21 +69,11 @@ RQ_FaceSetMapHandle RQ_FaceSetMap::followFaces(const RQ_DataArrayHandle &sources
 {
     const RQ_FaceSetMapHandle result(new RQ_FaceSetMap);
     const rq::Values<int64_t> from(sources);
-    // Sets may name faces that no mesh has.
-    const int64_t known = from.entries() > 0 ? 1 + *std::max_element(from.begin(), from.end()) : 0;
+    const auto [least, greatest] = std::minmax_element(from.begin(), from.end());
+    const bool isEmpty = least == from.end();
     for (const auto &[name, set] : sets_)
-    {
-        if (!set)
-            continue;
-        const int64_t *const last = std::lower_bound(set->begin(), set->end(), known);
-        BAS_BitArray members(last > set->begin() ? last[-1] + 1 : 0);
-        std::for_each(set->begin(), last, [&members](int64_t face) { members.set(face); });
-        const RQ_FaceSetHandle followed(new RQ_FaceSet);
-        for (int64_t face = 0; face < from.entries(); ++face)
-            if (from[face] >= 0 && from[face] < members.size() && members.get(from[face]))
-                followed->addFace(face);
-        result->add(name, followed);
-    }
+        if (set)
+            result->add(name, isEmpty ? RQ_FaceSetHandle(new RQ_FaceSet) : membersAmong(from, *least, *greatest, *set));
     return result;
 }
 

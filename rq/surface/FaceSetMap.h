@@ -41,7 +41,7 @@ public:
 
     int64_t getMemoryUsage() const;
 
-    /// Walks the sets, in no particular order.
+    /// Walk the sets, in no particular order.
     class iterator
     {
     public:

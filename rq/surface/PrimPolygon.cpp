@@ -61,6 +61,8 @@ RQ_PrimitiveHandle RQ_PrimPolygon::convex(int maxVertices) const
     else
         result = new RQ_PrimPolygonMesh(convexer.getPolyMeshFaceList(), order, vertex_, {}, {}, uniform_);
     result->refineCopyTransformFrom(*this);
+    if (isFrameInfoAvailable())
+        result->setStaticGeometry(isStaticGeometry());
     return result;
 }
 

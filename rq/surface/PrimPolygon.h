@@ -38,8 +38,8 @@ public:
     /// \name The geometry of one face
     ///
     /// Of all entries of `positions` in order, or, as a face lies in a mesh, of the `count` corners whose points are named
-    /// from entry `first` of `vertexList` on (-1, and more than there are: all that are left).  Indices are not checked; an
-    /// array that holds no positions has no corners.
+    /// from entry `first` of `vertexList` on (-1, and more than there are: all that are left; none for a negative `first`).
+    /// Indices are not checked; an array that holds no positions has no corners.
     ///@{
 
     /// The sum of the corners' cross products (Newell): at right angles to the face and twice its area long.

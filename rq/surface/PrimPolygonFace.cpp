@@ -16,7 +16,7 @@ public:
         : positions_(positions), points_(vertexList.get()), first_(first), transform_(transform)
     {
         const int64_t rows = vertexList ? vertexList->entries() : positions_.entries();
-        const int64_t most = positions_.isValid() ? std::max<int64_t>(0, rows - first) : 0;
+        const int64_t most = positions_.isValid() && first >= 0 ? std::max<int64_t>(0, rows - first) : 0;
         count_ = count < 0 ? most : std::min(count, most);
     }
 

@@ -69,12 +69,7 @@ void RQ_PrimPolygonMesh::init(const RQ_DataArrayHandle &counts, const RQ_DataArr
     if (counts)
         ends.init(counts, minCount, maxCount);
     init(ends, vertexList, shared, vertex, uniform, detail);
-    if (mode == RQ_INDEXING_64 && vertexList_ && vertexList_->getStorage() != RQ_STORAGE_INT64)
-    {
-        RQ_DataArrayHandle wide;
-        vertexList_->getArray<int64_t>(wide);
-        vertexList_ = wide;
-    }
+    vertexList_ = rq::integersOfWidth(vertexList_, mode);
 }
 
 void RQ_PrimPolygonMesh::init(const RQ_CountArray &counts, const RQ_DataArrayHandle &vertexList,
@@ -164,8 +159,8 @@ RQ_PrimitiveHandle RQ_PrimPolygonMesh::doHarden() const
 {
     const RQ_PolygonMeshHandle copy = clone(shared_, vertex_, uniform_, detail_);
     copy->hardenAttributes();
-    if (copy->vertexList_)
-        copy->vertexList_ = copy->vertexList_->harden();
+    if (const RQ_DataArrayHandle list = copy->vertexList_ ? copy->vertexList_->harden() : nullptr)
+        copy->vertexList_ = list;
     copy->counts_.harden();
     return copy;
 }

@@ -27,7 +27,10 @@ bool cut(const RQ_PrimPolygonMesh &mesh, const rq::ConvexWanted &wanted, int max
     BAS_Progress progress("Convexing display geometry");
     const rq::ConvexTask task{positions,   mesh.getFaceCountArray(), mesh.getVertexList(), std::max(maxVertices, 3),
                               triangulate, subset,                   wanted,               progress};
-    return task.limit == 3 && !subset ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
+    const bool done = task.limit == 3 && !subset ? rq::convexToTriangles(task, arrays) : rq::convexToPieces(task, arrays);
+    if (!done)
+        arrays = {};
+    return done;
 }
 }  // namespace
 

@@ -88,7 +88,7 @@ bool RQ_PrimPolygonMesh::partitionByMaterial(const RQ_DataArrayHandle &materials
     out.assign(parts.size(), nullptr);
     if (parts.size() == 1)
     {
-        out[0] = const_cast<RQ_PrimPolygonMesh *>(this);
+        out[0] = harden ? this->harden() : RQ_PrimitiveHandle(const_cast<RQ_PrimPolygonMesh *>(this));
         return true;
     }
     const RQ_DataArrayHandle counts = getFaceCounts();

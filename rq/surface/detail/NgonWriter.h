@@ -102,9 +102,8 @@ private:
     {
         for (int i = 0; i < corners; ++i)
         {
-            const int64_t point = topology_.point(begin + i);
-            const float *const at = flat_ + 3 * point;
-            lanes_.setCorner(lane, i, flat_ ? BAS_Vec3d(at[0], at[1], at[2]) : positions_[point]);
+            const int64_t point = topology_.point(begin + i), at = 3 * point;
+            lanes_.setCorner(lane, i, flat_ ? BAS_Vec3d(flat_[at], flat_[at + 1], flat_[at + 2]) : positions_[point]);
         }
     }
 

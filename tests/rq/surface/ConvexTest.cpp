@@ -54,6 +54,17 @@ TEST(Convex, FailsWithoutUsablePositions)
     EXPECT_TRUE(convexer.processFace(points, 5, 0, {}, 3, false)) << "another source was named in between";
 }
 
+TEST(Convex, OfAPolygonKeepsItsPlaceAndState)
+{
+    const RQ_PolygonHandle dart(new RQ_PrimPolygon(oneAttribute("P", positions(meshShape("dart").positions)), {}));
+    const BAS_Mat4d twice(2.0);
+    dart->setPrimitiveTransform(new RQ_Transform(&twice, 1));
+    EXPECT_FALSE(dart->convex()->isFrameInfoAvailable());
+    dart->setStaticGeometry(true);
+    EXPECT_TRUE(dart->convex()->isStaticGeometry());
+    EXPECT_EQ(dart->convex()->getPrimitiveTransform(), dart->getPrimitiveTransform());
+}
+
 TEST(Convex, CutsAFaceOfAMeshAsIfItWereAlone)
 {
     // More faces than are cut at a time; tilted, warped, some with corners in one place.

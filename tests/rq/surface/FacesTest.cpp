@@ -146,6 +146,8 @@ TEST(Pieces, AreViewsUnlessTheyAreToOwnTheirData)
                  {meshOf(piece).getVertex()->get("corner"), meshOf(piece).getUniform()->get("face"),
                   meshOf(piece).getShared()->get("P")})
                 EXPECT_EQ(dynamic_cast<const RQ_DAInherit *>(array.get()) == nullptr, harden);
+        ASSERT_TRUE(split[1] && meshOf(split[1]).partitionByMaterial(integers({7, 7, 7, 7}), materials, nullptr, harden));
+        EXPECT_EQ(materials[0] == split[1], !harden) << "a single material";
     }
 }
 
@@ -201,6 +203,14 @@ TEST(FaceSets, AreSortedOnceAndKnowTheirWidth)
     deleted->addFace(4);
     const RQ_DataArrayHandle remap = integers({0, 1, 2, 6, 3, 4, -1, -1, -1, 5});
     EXPECT_EQ(membersOf(*set->deleteFaces(*deleted, remap)), (std::vector<int64_t>{5, 6}));
+
+    // Looked up one by one: few faces, far apart, of a set of many.
+    const RQ_FaceSetMapHandle many(new RQ_FaceSetMap);
+    std::vector<int64_t> odd;
+    for (int64_t face = 1; face < 2000; face += 2)
+        odd.push_back(face);
+    many->add("odd", new RQ_FaceSet)->addFaces(odd.data(), int64_t(odd.size()));
+    EXPECT_EQ(membersOf(*many->followFaces(integers({1999, 4, 5, -1, 2000}))->find("odd")), (std::vector<int64_t>{0, 2}));
 
     const RQ_FaceSetMapHandle far(new RQ_FaceSetMap);
     far->add("beyond every mesh", new RQ_FaceSet)->addFace(int64_t(1) << 50);
@@ -270,6 +280,7 @@ TEST(Polygon, GeometryOfDegenerateFaces)
     RQ_PrimPolygon::computeNormal(normal, corners, integers({9, 2, 1, 0}), -1, 1);
     EXPECT_EQ(normal, BAS_Vec3d(0.0, 0.0, -1.0));
     EXPECT_EQ(RQ_PrimPolygon::faceSurfaceArea(corners, integers({2, 1, 0}), 100, 0), 0.5);
+    EXPECT_EQ(RQ_PrimPolygon::faceSurfaceArea(corners, integers({2, 1, 0}), 3, -1), 0.0);
 
     // A face inside a mesh, placed by a matrix.
     const RQ_DataArrayHandle square = positions({9, 9, 9, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0});

@@ -127,6 +127,21 @@ TEST(UnusedPoints, LeaveAViewWhereTheUsedOnesAreARun)
     }
 }
 
+TEST(UnusedPoints, OfMeshesWithoutAListOrWithoutPoints)
+{
+    const RQ_AttributeListHandle shared = oneAttribute("P", positions({0, 0, 0, 1, 1, 1}));
+    RQ_DataArrayHandle rows;
+    const RQ_PolygonMeshHandle faceless(new RQ_PrimPolygonMesh(integers({0, 0}), nullptr, shared));
+    EXPECT_EQ(faceless->removeUnusedPoints(&rows)->getPointCount(), 0);
+    EXPECT_EQ(valuesOf(rows), (std::vector<double>{-1, -1}));
+    EXPECT_EQ(faceless->getUsedPointList()->entries(), 0);
+
+    const RQ_PolygonMeshHandle pointless(new RQ_PrimPolygonMesh(integers({3}), integers({7, 4, 900}), nullptr));
+    EXPECT_EQ(pointless->removeUnusedPoints(&rows), pointless);
+    EXPECT_EQ(rows->entries(), 0);
+    EXPECT_EQ(valuesOf(pointless->getUsedPointList()), (std::vector<double>{4, 7, 900}));
+}
+
 TEST(Measures, FollowTheTransform)
 {
     const RQ_PolygonMeshHandle mesh = makeMesh(cubeShape());
@@ -189,6 +204,22 @@ TEST(Mesh, ValidateNamesWhatDoesNotFit)
         EXPECT_EQ(c.mesh->validate(&why), *c.message == '\0') << why;
         EXPECT_EQ(why.substr(0, std::string(c.message).size()), c.message);
     }
+}
+
+TEST(Mesh, HasAVertexListOfTheWidthAskedFor)
+{
+    const int64_t far = int64_t(1) << 40;
+    const RQ_DataArrayHandle narrow = integers({0, 1, 2}), wide = makeArray(std::vector<int64_t>{0, 1, 2}),
+                             huge = makeArray(std::vector<int64_t>{0, 1, far});
+    const auto listOf = [](const RQ_DataArrayHandle &list, RQ_IndexingMode mode) {
+        return RQ_PrimPolygonMesh(integers({3}), list, {}, {}, {}, {}, mode).getVertexList();
+    };
+    for (const RQ_DataArrayHandle &list : {narrow, wide, huge})
+        EXPECT_EQ(listOf(list, RQ_INDEXING_AUTO), list);
+    EXPECT_EQ(listOf(narrow, RQ_INDEXING_64)->getStorage(), RQ_STORAGE_INT64);
+    EXPECT_EQ(listOf(narrow, RQ_INDEXING_64)->getDataId(), listOf(narrow, RQ_INDEXING_64)->getDataId()) << "made again";
+    EXPECT_EQ(listOf(wide, RQ_INDEXING_32)->getStorage(), RQ_STORAGE_INT32);
+    EXPECT_EQ(listOf(huge, RQ_INDEXING_32), huge) << "points are not lost";
 }
 
 TEST(Mesh, EdgesLeadBackToTheFirstCorner)

@@ -57,7 +57,9 @@ const Operation kConvexings[] = {
     {"pieces for another mesh",
      [](const RQ_PrimPolygonMesh &mesh) {
          RQ_ConvexArrays arrays;
-         return mesh.getConvexArrays(arrays, 4) ? jsonOf(*mesh.adoptConvexing(arrays)) + jsonOf(*arrays.whole, true) : "";
+         if (mesh.getConvexArrays(arrays, 3))
+             return jsonOf(*mesh.adoptConvexing(arrays)) + jsonOf(*arrays.whole, true);
+         return std::string(arrays.vertexList ? "half an array" : "");
      }},
     {"triangles", convexText<3, false>},
     {"pieces", convexText<5, false>},
