@@ -5,7 +5,7 @@
 #include <rq/bridge/detail/hasAllPoints.h>
 #include <rq/data/DANumeric.h>
 #include <rq/prim/PrimCollect.h>
-#include <rq/surface/PrimCurveMesh.h>
+#include <rq/surface/PrimNURBSCurveMesh.h>
 
 namespace
 {
@@ -16,7 +16,8 @@ bool areEven(const std::vector<double> &knots)
     for (size_t i = 1; i < knots.size(); ++i)
         if (std::abs(knots[i] - knots[i - 1] - step) > 1e-12 * std::abs(knots.back()))
             return false;
-    return true;
+    // Where all are one there is no curve at all.
+    return step > 0.0;
 }
 
 /// The knots of all curves end to end, null when all are even.
@@ -50,9 +51,13 @@ RQ_CurveMeshHandle makeMesh(const RQ_MSHDetailList &details, const RQ_MSHPrimCol
     RQ_AttributeListHandle list = details.getVertexAttributes(nullptr, vertices, parms, RQ_MSHIncludePoint::INCLUDE);
     if (list && !kind.isRational)
         list = list->removeAttribute("Pw");
-    const RQ_CurveMeshHandle mesh(new RQ_PrimCurveMesh(kind.basis, counts, list,
-                                                       details.getPrimitiveAttributes(nullptr, curves, parms),
-                                                       details.getDetailAttributes(nullptr, parms), kind.wraps));
+    const RQ_AttributeListHandle uniform = details.getPrimitiveAttributes(nullptr, curves, parms);
+    const RQ_AttributeListHandle whole = details.getDetailAttributes(nullptr, parms);
+    RQ_CurveMeshHandle mesh;
+    if (kind.basis == RQ_BASIS_BSPLINE)
+        mesh = new RQ_PrimNURBSCurveMesh(counts, list, uniform, whole, kind.wraps);
+    else
+        mesh = new RQ_PrimCurveMesh(kind.basis, counts, list, uniform, whole, kind.wraps);
     if (!mesh->setOrder(kind.order))
         return nullptr;
     if (kind.basis == RQ_BASIS_BSPLINE)

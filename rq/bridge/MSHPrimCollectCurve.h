@@ -37,8 +37,8 @@ private:
     Groups groups_;
 };
 
-/// The collector of host NURBS and Bezier curves: those of one basis, order and form become one curve mesh; several meshes
-/// come in a collection.
+/// The collector of host NURBS and Bezier curves: those of one basis, order and form become one `RQ_PrimNURBSCurveMesh`, or
+/// `RQ_PrimCurveMesh` of Bezier curves; several meshes come in a collection.
 ///
 /// Vertex attributes are those of vertices and their points, read in place; weights only reach meshes of rational curves.
 /// NURBS keep their knots; breakpoints between Bezier spans shape nothing and are left behind.

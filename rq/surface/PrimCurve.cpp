@@ -20,6 +20,7 @@ bool RQ_PrimCurve::init(RQ_Basis basis, const RQ_AttributeListHandle &vertex, co
     basis_ = basis;
     order_ = RQ_CurveEval::defaultOrder(basis);
     knots_.reset();
+    setBreakpoints(false, RQ_PARAMETERIZATION_UNIFORM);
     vertex_ = vertex;
     uniform_ = uniform;
     wrap_ = wrap;

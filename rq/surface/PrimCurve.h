@@ -38,6 +38,15 @@ public:
     void setOrder(int order) { order_ = order; }
     void setKnots(const RQ_DataArrayHandle &knots) { knots_ = knots; }
 
+    /// Whether a Catmull-Rom curve has its breakpoints spread, and how; otherwise they are even.  Set as the order is.
+    bool getUseBreakpoints() const { return useBreakpoints_; }
+    RQ_Parameterization getBreakpointsParameterization() const { return parameterization_; }
+    void setBreakpoints(bool use, RQ_Parameterization parameterization)
+    {
+        useBreakpoints_ = use;
+        parameterization_ = parameterization;
+    }
+
     /// The length of the curve after its transform.  A curve that is not linear is measured along 20 straight pieces a span.
     double curveLength(int segment = 0) const;
 
@@ -68,6 +77,8 @@ private:
     RQ_AttributeListHandle uniform_;
     RQ_DataArrayHandle knots_;
     RQ_Basis basis_ = RQ_BASIS_LINEAR;
+    RQ_Parameterization parameterization_ = RQ_PARAMETERIZATION_UNIFORM;
     int order_ = 2;
     bool wrap_ = false;
+    bool useBreakpoints_ = false;
 };

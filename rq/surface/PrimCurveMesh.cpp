@@ -20,7 +20,8 @@ RQ_PrimCurveMesh::RQ_PrimCurveMesh(RQ_Basis basis, const RQ_DataArrayHandle &cou
 
 RQ_PrimCurveMesh::RQ_PrimCurveMesh(const RQ_PrimCurve &curve)
     : counts_(1, curve.getVertexCount()), vertex_(curve.getVertex()), uniform_(curve.getUniform()), basis_(curve.getBasis()),
-      uniformOrder_(RQ_CurveEval::defaultOrder(curve.getBasis())), wrap_(curve.getWrap())
+      uniformOrder_(RQ_CurveEval::defaultOrder(curve.getBasis())), wrap_(curve.getWrap()),
+      useBreakpoints_(curve.getUseBreakpoints()), parameterization_(curve.getBreakpointsParameterization())
 {
     // Nobody has checked what the curve was given.
     setOrder(curve.getOrder());
@@ -113,7 +114,7 @@ int64_t RQ_PrimCurveMesh::getMemoryUsage() const
 
 bool RQ_PrimCurveMesh::save(BAS_JSONWriter &writer) const
 {
-    const jsonWriter record(writer, RQprimitiveType(RQ_PRIM_CURVE_MESH));
+    const jsonWriter record(writer, RQprimitiveType(getPrimitiveType()));
     bool saved = counts_.save(*record) && record->writeString(RQbasis(basis_)) && record->writeInt(uniformOrder_) &&
                  record->writeBool(wrap_) && saveAttributeLists(*record) && record->beginMap();
     if (varyingOrders_)
@@ -129,7 +130,7 @@ const RQ_ViewportRefineOptions &RQ_PrimCurveMesh::viewportRefineOptions() const 
 
 RQ_PrimitiveHandle RQ_PrimCurveMesh::doHarden() const
 {
-    const RQ_CurveMeshHandle copy(new RQ_PrimCurveMesh(*this, vertex_, uniform_, detail_));
+    const RQ_CurveMeshHandle copy = clone(vertex_, uniform_, detail_);
     rq::hardenLists({&copy->vertex_, &copy->uniform_, &copy->detail_});
     for (RQ_DataArrayHandle *array : {&copy->knots_, &copy->varyingOrders_})
         if (*array)
@@ -139,20 +140,19 @@ RQ_PrimitiveHandle RQ_PrimCurveMesh::doHarden() const
     return copy;
 }
 
-RQ_PrimitiveHandle RQ_PrimCurveMesh::doSoftCopy() const { return new RQ_PrimCurveMesh(*this); }
+RQ_PrimitiveHandle RQ_PrimCurveMesh::doSoftCopy() const { return clone(vertex_, uniform_, detail_); }
+
+RQ_CurveMeshHandle RQ_PrimCurveMesh::clone(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                                           const RQ_AttributeListHandle &detail) const
+{
+    return new RQ_PrimCurveMesh(*this, vertex, uniform, detail);
+}
 
 RQ_PrimitiveHandle RQ_PrimCurveMesh::doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
                                                       const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
                                                       const BAS_StringMMPattern *detail) const
 {
-    bool changed = false;
-    const RQ_AttributeListHandle vertices =
-        mergeAttributeLists(changed, vertex_, source.getVertexAttributes(), vertex, point);
-    const RQ_AttributeListHandle curves =
-        mergeAttributeLists(changed, uniform_, source.getUniformAttributes(), uniform, nullptr);
-    const RQ_AttributeListHandle whole =
-        mergeAttributeLists(changed, detail_, source.getDetailAttributes(), detail, nullptr);
-    if (!changed)
-        return const_cast<RQ_PrimCurveMesh *>(this);
-    return new RQ_PrimCurveMesh(*this, vertices, curves, whole);
+    const rq::MergedLists merged(*this, source, vertex, point, uniform, detail);
+    return merged.changed ? clone(merged.vertex, merged.uniform, merged.detail)
+                          : RQ_CurveMeshHandle(const_cast<RQ_PrimCurveMesh *>(this));
 }

@@ -127,7 +127,8 @@ public:
     /// ones.  Not checked.
     RQ_CurveHandle getCurve(int64_t curve) const;
 
-    /// Linear curves through points of these, `lod` times the option "lod" of them, rounded up, for every span.
+    /// Linear curves through points of these, `lod` times the option "lod" of them, rounded up, for every span: at most
+    /// 16384, and beyond 20 no more than make some hundred million points in all.
     ///
     /// Every attribute is shaped by the basis: integers are rounded to the nearest, text and arrays of arrays are those of
     /// the vertex that has the greatest weight.  Neighbouring spans share a point, open curves end in one of their own.
@@ -177,6 +178,13 @@ public:
     RQ_PrimitiveHandle doAttributeMerge(const RQ_Primitive &source, const BAS_StringMMPattern *vertex,
                                         const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
                                         const BAS_StringMMPattern *detail) const override;
+
+    using RQ_Primitive::clone;
+
+protected:
+    /// These curves with other attributes, as a mesh of the class that this one is of.
+    virtual RQ_CurveMeshHandle clone(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
+                                     const RQ_AttributeListHandle &detail) const;
 
 private:
     int64_t knotCount(int64_t curve) const { return getVertexCount(curve) + getOrder(curve) * (wrap_ ? 2 : 1) - wrap_; }

@@ -34,6 +34,7 @@ RQ_CurveHandle RQ_PrimCurveMesh::makeCurve(const CurveMerges &merges, int64_t cu
     const RQ_CurveHandle single(new RQ_PrimCurve);
     single->init(basis_, vertex, whole, wrap_);
     single->setOrder(getOrder(curve));
+    single->setBreakpoints(useBreakpoints_, parameterization_);
     if (knots_)
         single->setKnots(RQ_DASubArray::createSubArray(knots_, knotOffset(curve), knotCount(curve)));
     return single;

@@ -46,8 +46,8 @@ RQ_CurveMeshHandle RQ_PrimCurveMesh::selectCurves(const RQ_DataArrayHandle &curv
     const rq::Counts counts(counts_);
     const rq::Values<int64_t> kept(curves);
     const Rows vertices = elementsOf(kept, [&](int64_t curve) { return counts.begin(curve); });
-    const RQ_CurveMeshHandle mesh(new RQ_PrimCurveMesh(*this, vertex_ ? vertex_->createIndirect(vertices) : nullptr,
-                                                       uniform_ ? uniform_->createIndirect(curves) : nullptr, detail_));
+    const RQ_CurveMeshHandle mesh = clone(vertex_ ? vertex_->createIndirect(vertices) : nullptr,
+                                          uniform_ ? uniform_->createIndirect(curves) : nullptr, detail_);
     if (knots_)
         mesh->knots_ =
             RQ_DAIndirect::createIndirect(knots_, elementsOf(kept, [&](int64_t curve) { return knotOffset(curve); }));

@@ -11,6 +11,5 @@ RQ_CurveMeshHandle RQ_PrimCurveMesh::expandUniformVarying() const
         return const_cast<RQ_PrimCurveMesh *>(this);
     const RQ_AttributeListHandle repeated = uniform_->createIndirect(counts_.buildRepeatList());
     const RQ_AttributeListHandle rest = uniform_->removeAttributes(expanded);
-    return new RQ_PrimCurveMesh(*this, vertex_ ? vertex_->mergeNewAttributes(repeated) : repeated,
-                                rest->entries() > 0 ? rest : nullptr, detail_);
+    return clone(vertex_ ? vertex_->mergeNewAttributes(repeated) : repeated, rest->entries() > 0 ? rest : nullptr, detail_);
 }

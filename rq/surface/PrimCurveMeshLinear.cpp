@@ -5,16 +5,21 @@
 
 #include <rq/prim/RefineParms.h>
 #include <rq/surface/detail/curveDistance.h>
+#include <rq/surface/detail/curveOptions.h>
 #include <rq/surface/detail/sampledList.h>
 
 namespace
 {
 constexpr double kMostSegments = 16384.0;
 
-int segmentsPerSpan(const RQ_RefineParms *parms, double lod)
+// Of all curves together, unless they have so many vertices that this does not suffice for usual ones: some gigabytes.
+constexpr double kMostPoints = double(1 << 28);
+
+int segmentsPerSpan(const RQ_PrimCurveMesh &mesh, const RQ_RefineParms *parms, double lod)
 {
+    const double fitting = std::max(kMostPoints / double(mesh.getVertexCount() + 1), rq::kSegmentsPerSpan);
     const double segments = std::ceil(lod * RQ_RefineParms::getLOD(parms));
-    return segments > 1.0 ? int(std::min(segments, kMostSegments)) : 1;
+    return segments > 1.0 ? int(std::min({segments, kMostSegments, fitting})) : 1;
 }
 }  // namespace
 
@@ -33,7 +38,7 @@ RQ_CurveMeshHandle RQ_PrimCurveMesh::refineToLinear(const RQ_RefineParms *parms,
         return const_cast<RQ_PrimCurveMesh *>(this);
     if (!canBeSampled())
         return {};
-    return sampled(rq::CurveSampling(rq::SpanShapes(*this), segmentsPerSpan(parms, lod)));
+    return sampled(rq::CurveSampling(rq::SpanShapes(*this), segmentsPerSpan(*this, parms, lod)));
 }
 
 RQ_CurveMeshHandle RQ_PrimCurveMesh::refineToDistance(double distance) const

@@ -16,13 +16,13 @@ bool RQ_PrimCurveMesh::setBasis(RQ_Basis basis, int order)
     RQ_CurveEval::orderRange(basis, least, greatest);
     if (order < least || order > greatest || order < 1)
         return false;
-    const int64_t knots = knotCount();
+    // Even knots of the same number in all would belong to other curves.
+    if (uniformOrder_ != order)
+        knots_.reset();
     basis_ = basis;
     uniformOrder_ = order;
     varyingOrders_.reset();
     knotCounts_.clear();
-    if (knotCount() != knots)
-        knots_.reset();
     return true;
 }
 
@@ -45,7 +45,6 @@ bool RQ_PrimCurveMesh::setBasis(RQ_Basis basis, const RQ_DataArrayHandle &orders
     uniformOrder_ = 0;
     varyingOrders_ = orders;
     knotCounts_.init(knotCounts);
-    // Even knots of the same number in all would belong to other curves.
     knots_.reset();
     return true;
 }

@@ -102,7 +102,7 @@ RQ_CurveMeshHandle RQ_PrimCurveMesh::stretched(bool pin) const
     RQ_CountArray vertices;
     const Rows rows = stretch(
         getCurveCount(), [&](int64_t curve) { return counts.begin(curve); }, extra, vertices);
-    const RQ_CurveMeshHandle mesh(new RQ_PrimCurveMesh(*this, seenThrough(vertex_, rows), uniform_, detail_));
+    const RQ_CurveMeshHandle mesh = clone(seenThrough(vertex_, rows), uniform_, detail_);
     mesh->counts_ = vertices;
     mesh->pinned_ = pin;
     // Curves without a vertex stay so, and with them their knots.

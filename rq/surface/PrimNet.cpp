@@ -61,16 +61,10 @@ RQ_PrimitiveHandle RQ_PrimNet::doAttributeMerge(const RQ_Primitive &source, cons
                                                 const BAS_StringMMPattern *point, const BAS_StringMMPattern *uniform,
                                                 const BAS_StringMMPattern *detail) const
 {
-    bool changed = false;
-    const RQ_AttributeListHandle vertices =
-        mergeAttributeLists(changed, vertex_, source.getVertexAttributes(), vertex, point);
-    const RQ_AttributeListHandle whole =
-        mergeAttributeLists(changed, uniform_, source.getUniformAttributes(), uniform, nullptr);
-    const RQ_AttributeListHandle details =
-        mergeAttributeLists(changed, detail_, source.getDetailAttributes(), detail, nullptr);
-    if (!changed)
+    const rq::MergedLists merged(*this, source, vertex, point, uniform, detail);
+    if (!merged.changed)
         return const_cast<RQ_PrimNet *>(this);
     const BAS_IntrusivePtr<RQ_PrimNet> copy(static_cast<RQ_PrimNet *>(doSoftCopy().get()));
-    copy->setLists(vertices, whole, details);
+    copy->setLists(merged.vertex, merged.uniform, merged.detail);
     return copy;
 }

@@ -69,6 +69,26 @@ inline std::string checkLengths(const char *owner, const RQ_AttributeListHandle 
     return {};
 }
 
+/// The lists of something that control vertices shape, merged with those of another primitive: the pattern for points
+/// chooses vertex attributes too.
+struct MergedLists
+{
+    MergedLists(const RQ_Primitive &own, const RQ_Primitive &source, const BAS_StringMMPattern *vertexPattern,
+                const BAS_StringMMPattern *pointPattern, const BAS_StringMMPattern *uniformPattern,
+                const BAS_StringMMPattern *detailPattern)
+    {
+        vertex = RQ_Primitive::mergeAttributeLists(changed, own.getVertexAttributes(), source.getVertexAttributes(),
+                                                   vertexPattern, pointPattern);
+        uniform = RQ_Primitive::mergeAttributeLists(changed, own.getUniformAttributes(), source.getUniformAttributes(),
+                                                    uniformPattern, nullptr);
+        detail = RQ_Primitive::mergeAttributeLists(changed, own.getDetailAttributes(), source.getDetailAttributes(),
+                                                   detailPattern, nullptr);
+    }
+
+    bool changed = false;
+    RQ_AttributeListHandle vertex, uniform, detail;
+};
+
 /// Enlarge boxes by what `enlarge(boxes)` puts into empty ones, its sides moved out by the largest width.
 template <class Enlarge>
 void enlargeWithWidths(const RQ_Primitive &primitive, BAS_BoundingBox *boxes, int segments, Enlarge &&enlarge)

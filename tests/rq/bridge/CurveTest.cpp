@@ -3,6 +3,7 @@
 
 #include <host/msh/Curve.h>
 #include <rq/prim/PrimCollect.h>
+#include <rq/prim/PrimitiveType.h>
 #include <rq/surface/PrimCurveMesh.h>
 #include <tests/rq/bridge/Fixture.h>
 
@@ -110,6 +111,11 @@ TEST(CurveCollector, MakesOneMeshOfEveryKind)
             std::string why;
             EXPECT_TRUE(mesh.validate(&why)) << why;
             EXPECT_EQ(mesh.getBasis(), kExpected[i].basis);
+            const int type = mesh.getBasis() == RQ_BASIS_BSPLINE ? RQ_PRIM_NURBS_CURVE_MESH : RQ_PRIM_CURVE_MESH;
+            for (const RQ_PrimitiveHandle &one : {mesh.clone(), mesh.harden(), RQ_PrimitiveHandle(mesh.pinCurves())})
+                EXPECT_EQ(one->getPrimitiveType(), type);
+            EXPECT_EQ(mesh.refineToLinear(nullptr, 2.0)->getPrimitiveType(), RQ_PRIM_CURVE_MESH);
+            EXPECT_EQ(textOf(mesh).find(RQprimitiveType(type)), 2u);
             EXPECT_EQ(mesh.uniformOrder(), kExpected[i].order);
             EXPECT_EQ(mesh.getWrap(), kExpected[i].wraps);
             EXPECT_EQ(mesh.getVertex()->hasName("Pw"), kExpected[i].rational);
@@ -170,4 +176,11 @@ TEST(CurveCollector, LeavesOutWhatLostItsPoints)
     const RQ_PrimCurveMesh &curves = *curveMeshes(primitives)[0];
     EXPECT_EQ(curves.getCurveCount(), 2);
     EXPECT_EQ(curves.getVertex()->get("vertex")->getI64(4), 8);
+
+    // And what never was anywhere: all of its parameters are one.
+    const MOD_DetailHandle other;
+    CurveMaker nowhere(other);
+    nowhere.append(false, {3, {2, 2, 2, 2, 2, 2}, false, false}, 3);
+    const std::vector<RQ_PrimitiveHandle> all = refine(nowhere.edit().commit());
+    EXPECT_EQ(curveMeshes(all).at(0)->refineToLinear(nullptr, 4.0)->getVertexCount(), 0);
 }

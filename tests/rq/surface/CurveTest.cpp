@@ -7,6 +7,7 @@
 #include <host/bas/Diagnostics.h>
 #include <host/bas/JSONWriter.h>
 #include <host/bas/Parallel.h>
+#include <rq/data/DAConstantValue.h>
 #include <rq/data/DAIndexedText.h>
 #include <rq/prim/RefineCollect.h>
 #include <rq/prim/RefineParms.h>
@@ -278,6 +279,8 @@ TEST(Curves, ThroughTheirPointsGoThroughThem)
                                                                RQ_INDEXING_AUTO, true, false, spread));
             const RQ_DataArrayHandle found = mesh->refineToLinear(nullptr, 4.0)->getVertex()->get("P", 0);
             ASSERT_EQ(found->entries(), wrap ? 28 : 17);
+            const RQ_CurveMeshHandle alone(new RQ_PrimCurveMesh(*mesh->getCurve(0)));
+            EXPECT_TRUE(alone->refineToLinear(nullptr, 4.0)->getVertex()->get("P")->isEqual(*found));
             for (int i = 0; i < (wrap ? 7 : 5); ++i)
                 for (int axis = 0; axis < 3; ++axis)
                     EXPECT_EQ(found->getF32(4 * i, axis), place[size_t((i + 1) % 7 * 3 + axis)]) << spread << " " << i;
@@ -364,6 +367,23 @@ TEST(Curves, RefineAsTheirBasisWants)
     }
     EXPECT_NEAR(linear->computePerimeter(0), length, 1e-9);
     EXPECT_NEAR(mesh->computePerimeter(0), length, 0.1 * length);
+}
+
+TEST(Curves, AreCutNoFinerThanMemoryLasts)
+{
+    RQ_RefineParms endless;
+    endless.setLOD(1e9);
+    const struct
+    {
+        int64_t curves, segments;
+    } cases[] = {{1, 16384}, {10000, 6710}, {10000000, 20}};
+    for (const auto &c : cases)
+    {
+        const RQ_DataArrayHandle counts(new RQ_DAConstantValue<int64_t>(c.curves, 4));
+        const RQ_CurveMeshHandle mesh(new RQ_PrimCurveMesh(RQ_BASIS_BEZIER, counts, nullptr));
+        EXPECT_EQ(mesh->refineToLinear(&endless, 20.0)->getVertexCount(), c.curves * (c.segments + 1));
+        EXPECT_EQ(mesh->refineToLinear(nullptr, 20.0)->getVertexCount(), c.curves * 21);
+    }
 }
 
 TEST(Curves, BoundsHoldTheCurve)
@@ -504,6 +524,12 @@ TEST(Curves, TakeOnlyOrdersAndKnotsThatFit)
     EXPECT_EQ(mesh->refineToLinear(nullptr, 4.0)->getVertexCount(), 0);
     EXPECT_TRUE(mesh->setOrder(3));
     EXPECT_FALSE(mesh->knots());
+    // As many knots in all, of which the curves would have others than before.
+    const RQ_CurveMeshHandle two(
+        new RQ_PrimCurveMesh(RQ_BASIS_BSPLINE, integers({3, 5}), oneAttribute("n", integers(std::vector<int>(8)))));
+    ASSERT_TRUE(two->setOrder(integers({2, 4})) && two->setKnots(integers({5, 6, 7, 8, 9, 0, 1, 2, 3, 4, 5, 6, 7, 8})));
+    EXPECT_TRUE(two->setOrder(3));
+    EXPECT_FALSE(two->knots());
 }
 
 TEST(Curves, ArePinnedAndUnpinnedToTheSameArrays)
