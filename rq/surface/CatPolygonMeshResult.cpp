@@ -21,10 +21,21 @@ RQ_AttributeListHandle placed(const RQ_AttributeListHandle &list, const RQ_PrimP
 template <class ListOf> RQ_AttributeListHandle joined(const Meshes &meshes, ListOf &&listOf)
 {
     BAS_Array<RQ_AttributeListHandle> lists;
+    int segments = 1;
     for (const RQ_PolygonMeshHandle &mesh : meshes)
         if (const RQ_AttributeListHandle list = placed(listOf(*mesh), *mesh); list && list->entries() > 0)
+        {
             lists.push_back(list);
-    return lists.empty() ? nullptr : RQ_AttributeList::concatenateLists(lists);
+            segments = std::max(segments, list->getSegments());
+        }
+    if (lists.empty())
+        return nullptr;
+    // The first list tells how many segments the joint one has.
+    const RQ_AttributeListHandle longest(new RQ_AttributeList(lists[0]->getMap(), segments));
+    for (int segment = 0; segment < segments; ++segment)
+        longest->copySegment(segment, *lists[0], segment);
+    lists[0] = longest;
+    return RQ_AttributeList::concatenateLists(lists);
 }
 
 RQ_CountArray joinedCounts(const Meshes &meshes, int64_t faces)
@@ -48,7 +59,8 @@ template <class Index> RQ_DataArrayHandle joinedVertexLists(const Meshes &meshes
     for (const RQ_PolygonMeshHandle &mesh : meshes)
     {
         const int64_t begin = list->entries();
-        list->concat(*mesh->getVertexList());
+        if (mesh->getVertexList())
+            list->concat(*mesh->getVertexList());
         std::for_each(list->data() + begin, list->data() + list->entries(), [points](Index &row) { row += Index(points); });
         points += mesh->getPointCount();
     }
@@ -88,6 +100,12 @@ void joinTag(const char *name, int width, const Meshes &meshes, CountOf &&countO
         auto tag = rq::ElementTag::read(static_cast<const RQ_PrimSubdivisionMesh &>(*mesh).findTag(name), width);
         const int64_t count = countOf(*mesh);
         tag.rename(width, [=](int64_t index) { return index >= 0 && index < count ? start + index : -1; });
+        // What has no sharpness is not sharp beside what has one.
+        if (!all.sharpnesses.empty() || !tag.sharpnesses.empty())
+        {
+            all.sharpnesses.resize(all.indices.size() / size_t(width), 0.0);
+            tag.sharpnesses.resize(tag.indices.size() / size_t(width), 0.0);
+        }
         all.indices.insert(all.indices.end(), tag.indices.begin(), tag.indices.end());
         all.sharpnesses.insert(all.sharpnesses.end(), tag.sharpnesses.begin(), tag.sharpnesses.end());
         start += count;

@@ -2,6 +2,7 @@
 
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
+#include <rq/surface/detail/lists.h>
 
 RQ_PrimSubdivisionMesh::RQ_PrimSubdivisionMesh() = default;
 
@@ -108,8 +109,15 @@ RQ_PrimitiveHandle RQ_PrimSubdivisionMesh::doHarden() const
     auto &mesh = static_cast<RQ_PrimSubdivisionMesh &>(*copy);
     for (Tag &tag : mesh.tags_)
         tag.harden();
+    if (overridden_)
+    {
+        mesh.overrideAttributes(overrideShared_, overrideVertex_);
+        rq::hardenLists({&mesh.overrideShared_, &mesh.overrideVertex_});
+    }
     return copy;
 }
+
+RQ_PrimitiveHandle RQ_PrimSubdivisionMesh::doSoftCopy() const { return new RQ_PrimSubdivisionMesh(*this); }
 
 RQ_PolygonMeshHandle RQ_PrimSubdivisionMesh::clone(const RQ_DataArrayHandle &vertexList,
                                                    const RQ_AttributeListHandle &vertex) const

@@ -157,7 +157,7 @@ public:
     tag_iterator endTag() const { return tag_iterator(tags_, int64_t(tags_.size())); }
 
     /// Use other point and vertex attributes than the mesh's own in `refine` and when the surface is evaluated; a null list
-    /// means none.
+    /// means none.  Copies keep them, meshes that are derived from this one do not.
     void overrideAttributes(const RQ_AttributeListHandle &shared, const RQ_AttributeListHandle &vertex);
     void clearOverrideAttributes();
 
@@ -185,6 +185,7 @@ public:
     /// Write as a polygon mesh, with a map from tag names to tags before the attributes.
     bool save(BAS_JSONWriter &writer) const override;
     RQ_PrimitiveHandle doHarden() const override;
+    RQ_PrimitiveHandle doSoftCopy() const override;
 
     using RQ_Primitive::clone;
 

@@ -138,7 +138,10 @@ TEST(SubdivisionMesh, RefinesToItsCageWithTheAttributesThatStandIn)
     const RQ_SubdivisionMeshHandle mesh = taggedStrip();
     mesh->overrideAttributes(oneAttribute("P", positions(std::vector<float>(24, 7.0f))), nullptr);
     RQ_RefineCollect collect;
-    ASSERT_TRUE(mesh->refine(collect, nullptr));
+    for (const RQ_PrimitiveHandle &one : {RQ_PrimitiveHandle(mesh), mesh->clone(), mesh->harden()})
+        ASSERT_TRUE(one->refine(collect, nullptr));
+    for (int64_t copy = 1; copy < 3; ++copy)
+        EXPECT_EQ(collect.getPrim(copy)->getPointAttributes()->get("P")->getF32(3, 1), 7.0f) << copy;
     const RQ_PrimitiveHandle hull = collect.getPrim(0);
     EXPECT_EQ(hull->getPrimitiveType(), RQ_PRIM_POLYGON_MESH);
     EXPECT_EQ(hull->getVertexList(), mesh->getVertexList());
@@ -215,6 +218,30 @@ TEST(CatPolygonMesh, JoinsWhatFits)
     EXPECT_EQ(vectorOf(*joint->getShared()->get("P"), 4).z - vectorOf(*b->getShared()->get("P"), 0).z, 9.0);
     EXPECT_EQ(tagsOf(joint.get()), "crease[0 1 4 5 8 9][1 1 2] corner[0 4 11][3 3 4] hole[3]");
     EXPECT_TRUE(joint->faceSetMap()->find("set")->contains(2));
+}
+
+TEST(CatPolygonMesh, JoinsWhatHasLessThanOthers)
+{
+    // Creases without a sharpness come first, and motion last.
+    const RQ_SubdivisionMeshHandle still = taggedStrip(1), moving(new RQ_PrimSubdivisionMesh(*still));
+    still->findOrCreateTag("crease", true).appendInt(integers({0, 1, 2, 3}));
+    BAS_Mat4d places[2];
+    places[1].setTranslation(BAS_Vec3d(0, 0, 9));
+    moving->setPrimitiveTransform(new RQ_Transform(places, 2));
+    const RQ_CatPolygonMesh cat({still, moving}, false);
+    RQ_PrimCollect all;
+    cat.result(all);
+    const auto joint = boost::dynamic_pointer_cast<RQ_PrimSubdivisionMesh>(all.getPrim(0));
+    ASSERT_TRUE(joint && joint->getMotionSegments() == 2);
+    const RQ_DataArrayHandle &first = joint->getShared()->get("P", 0), &second = joint->getShared()->get("P", 1);
+    for (int64_t point = 0; point < 8; ++point)
+        EXPECT_NEAR(second->getF32(point, 2) - first->getF32(point, 2), point < 4 ? 0.0f : 9.0f, 1e-5) << point;
+    EXPECT_EQ(tagsOf(joint.get()).find("crease[0 1 2 3 4 5][0 0 1] "), 0u) << tagsOf(joint.get());
+
+    const RQ_PolygonMeshHandle points(new RQ_PrimPolygonMesh(integers({0, 0}), nullptr, nullptr));
+    RQ_PrimCollect none;
+    RQ_CatPolygonMesh({points, points}, false).result(none);
+    EXPECT_EQ(static_cast<const RQ_PrimPolygonMesh &>(*none.getPrim(0)).getFaceCount(), 4);
 }
 
 TEST(CatPolygonMesh, DetailAttributesThatDifferBecomeUniform)
