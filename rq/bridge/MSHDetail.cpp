@@ -9,6 +9,18 @@
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 
+namespace
+{
+/// The part of a range that there are primitives in: it may come from another snapshot.
+RQ_MSHDetail::RangeHandle within(const MSH_Detail *detail, const RQ_MSHDetail::RangeHandle &range)
+{
+    const int64_t capacity = detail ? detail->capacity(ELM_OWNER_PRIMITIVE) : 0;
+    if (!range || (range->begin() >= 0 && range->end() <= capacity))
+        return range;
+    return std::make_shared<const ELM_Range>(range->slice(0, capacity));
+}
+}  // namespace
+
 RQ_MSHDetail::RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range)
     : RQ_MSHDetail(std::vector<MOD_ConstDetailHandle>{detail}, range)
 {}
@@ -18,7 +30,7 @@ RQ_MSHDetail::RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const Ran
 {}
 
 RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetailListHandle &details, const RangeHandle &range)
-    : details_(details), range_(range)
+    : details_(details), range_(within(details->getDetail(), range))
 {}
 
 RQ_MSHDetail::RQ_MSHDetail(const RQ_MSHDetail &other) = default;
@@ -43,7 +55,7 @@ RQ_PrimitiveHandle RQ_MSHDetail::makePolygonMesh(const MOD_ConstDetailHandle &de
     const auto details = std::make_shared<RQ_MSHDetailList>(detail);
     RQ_MSHPrimCollectPolyData polygons(parms);
     const MSH_Detail &snapshot = *detail.readLock();
-    const ELM_Range all = range ? *range : snapshot.range(ELM_OWNER_PRIMITIVE);
+    const ELM_Range all = range ? *within(&snapshot, range) : snapshot.range(ELM_OWNER_PRIMITIVE);
     RQ_MSHPrimCollectPoly().collectAll(details, &polygons, snapshot, all, nullptr);
     return polygons.makeMesh(details);
 }

@@ -14,7 +14,7 @@ class RQ_API RQ_MSHDetail final : public RQ_Primitive
 public:
     using RangeHandle = std::shared_ptr<const ELM_Range>;
 
-    /// Wrap a snapshot, or one per motion segment.  `range` restricts what is refined to some of the primitives.
+    /// Wrap a snapshot, or one per motion segment, and of its primitives only those that `range` has, where one is given.
     explicit RQ_MSHDetail(const MOD_ConstDetailHandle &detail, const RangeHandle &range = {});
     /// Samples lie `secondsApart`; `RQ_MSHDetailList` tells what becomes of those that differ.
     explicit RQ_MSHDetail(std::vector<MOD_ConstDetailHandle> details, const RangeHandle &range = {},

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include <host/bas/Parallel.h>
+#include <host/elm/Group.h>
 #include <host/msh/Detail.h>
 #include <rq/bridge/detail/HostIndices.h>
 #include <rq/data/DANumeric.h>
@@ -34,6 +35,21 @@ template <class T, class Fill> RQ_DataArrayHandle makeIndices(int64_t count, Fil
     forEachBlock(count, [&](int64_t first, int64_t length) { fill(array->data() + first, first, length); });
     return handle;
 }
+
+/// The elements of a range that the detail has.
+ELM_OffsetList elementsIn(const MSH_Detail &detail, const ELM_Range &range)
+{
+    const ELM_Owner owner = range.owner();
+    if (owner < ELM_OWNER_VERTEX || owner >= ELM_ELEMENT_OWNERS)
+        return {};
+    const ELM_Range known = range.slice(0, detail.capacity(owner));
+    if (!detail.hasVacantOffsets(owner))
+        return ELM_OffsetList(known);
+    ELM_Group members(owner, BAS_StringHolder());
+    members.unite(known);
+    members.intersect(detail.range(owner));
+    return ELM_OffsetList(members.range());
+}
 }  // namespace
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_OffsetList &offsets) : list_(offsets) { checkMonotonic(); }
@@ -43,7 +59,9 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const ELM_Offset *offsets, int64_t count)
 {}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &detail, ELM_Owner owner) : RQ_MSHOffsetList(detail.offsets(owner)) {}
-RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &, const ELM_Range &range) : RQ_MSHOffsetList(ELM_OffsetList(range)) {}
+RQ_MSHOffsetList::RQ_MSHOffsetList(const MSH_Detail &detail, const ELM_Range &range)
+    : RQ_MSHOffsetList(elementsIn(detail, range))
+{}
 
 RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start, int64_t count)
     : RQ_MSHOffsetList(source.list_.subList(start, count))
@@ -51,6 +69,8 @@ RQ_MSHOffsetList::RQ_MSHOffsetList(const RQ_MSHOffsetList &source, int64_t start
 
 RQ_MSHOffsetList RQ_MSHOffsetList::pointFromVertex(const MOD_ConstDetailHandle &detail, const RQ_MSHOffsetList &vertices)
 {
+    if (!detail)
+        return {};
     const ELM_IndexColumn &points = detail.readLock()->vertexPoint();
     const auto copy = [&](auto values) {
         values.resize(size_t(vertices.entries()));
@@ -171,6 +191,8 @@ RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MSH_Detail &de
 
 RQ_DataArrayHandle RQ_MSHOffsetList::createVertexPointArray(const MOD_ConstDetailHandle &handle) const
 {
+    if (!handle)
+        return makeIndices<int32_t>(0, [](int32_t *, int64_t, int64_t) {});
     const MSH_Detail &detail = *handle.readLock();
     const ELM_IndexColumn &points = detail.vertexPoint();
     const bool narrow =

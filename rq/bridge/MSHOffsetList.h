@@ -10,7 +10,7 @@
 /// The host elements that a primitive is made of, in order, with two facts about them kept up to date.
 ///
 /// Shape      a run of offsets, or an explicit list shared by copies
-/// Failure    indices are not checked
+/// Failure    indices are not checked; a handle of nothing has no elements
 /// Threads    safe to read from any thread; a list belongs to one thread while it grows
 /// Cost       a run takes no memory, an explicit list 4 bytes an offset, or 8 from 0x40000000 on
 class RQ_API RQ_MSHOffsetList
@@ -20,7 +20,7 @@ public:
     explicit RQ_MSHOffsetList(const ELM_OffsetList &offsets);
     RQ_MSHOffsetList(const ELM_Offset *offsets, int64_t count);
 
-    /// All elements of an owner, or those of a range, in offset order.
+    /// All elements of an owner, or those of a range that the detail has, in offset order.
     RQ_MSHOffsetList(const MSH_Detail &detail, ELM_Owner owner);
     RQ_MSHOffsetList(const MSH_Detail &detail, const ELM_Range &range);
 

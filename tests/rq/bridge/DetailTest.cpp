@@ -127,6 +127,35 @@ TEST(Detail, PlacesEverythingByItsTransform)
     }
 }
 
+struct RangeCase
+{
+    int64_t begin, end, faces, points;  // of a cube whose last point was removed
+};
+
+TEST(Detail, CutsOffWhatARangeHasMoreThanTheDetail)
+{
+    const MOD_DetailHandle geometry = makeGeometry(cubeShape());
+    MOD_Edit edit(geometry);
+    ASSERT_TRUE(edit.appendPoints(2) && edit.remove(ELM_Range(ELM_OWNER_POINT, 8, 9)));
+    const MOD_ConstDetailHandle cube = edit.commit();
+    for (const RangeCase &c : {RangeCase{0, 1000000, 6, 9}, RangeCase{-70, 2, 2, 2}, RangeCase{5, 5000, 1, 4},
+                               RangeCase{3, 3, 0, 0}, RangeCase{5000, 9000000, 0, 0}})
+    {
+        SCOPED_TRACE(testing::Message() << c.begin << " to " << c.end);
+        const auto range = std::make_shared<ELM_Range>(ELM_OWNER_PRIMITIVE, c.begin, c.end);
+        const RQ_PrimitiveHandle mesh = RQ_MSHDetail::makePolygonMesh(cube, range);
+        EXPECT_EQ(mesh ? as<RQ_PrimPolygonMesh>(mesh)->getFaceCount() : 0, c.faces);
+        EXPECT_EQ(refine(cube, nullptr, range).size(), c.faces > 0 ? 1u : 0u);
+        BAS_BoundingBox box;
+        RQ_MSHDetail::makeDetail(cube, range)->enlargeBounds(&box, 1);
+        EXPECT_EQ(box.isEmpty(), c.faces == 0);
+        const RQ_PrimitiveHandle points =
+            RQ_MSHDetail::makePointMesh(cube, std::make_shared<ELM_Range>(ELM_OWNER_POINT, c.begin, c.end));
+        EXPECT_EQ(points ? as<RQ_PrimPointMesh>(points)->getPointCount() : 0, c.points);
+    }
+    EXPECT_EQ(RQ_MSHOffsetList(ELM_OffsetList(0, 3)).createVertexPointArray(MOD_ConstDetailHandle())->entries(), 0);
+}
+
 TEST(Collectors, OfCallersWinAndSurviveNewTypes)
 {
     MOD_Edit edit{MOD_DetailHandle()};
