@@ -75,7 +75,7 @@ public:
 
     /// Read the attribute from a newer snapshot, provided that its shape, the number of elements and, where the topology
     /// takes part, the topology are the same; otherwise the array stays as it is: see `isBoundTo`.  Pointers handed out
-    /// before stay good until the next re-binding.
+    /// before stay good until the next re-binding.  `owner` and `segment` play no part.
     void updateGeoDetail(const MOD_ConstDetailHandle &detail, const char *name, RQ_Owner owner, int segment) override;
 
 protected:

@@ -1,6 +1,7 @@
 #include <rq/bridge/MSHElementId.h>
 
 #include <algorithm>
+#include <limits>
 
 #include <host/msh/Detail.h>
 #include <rq/data/convert.h>
@@ -15,10 +16,14 @@ RQ_MSHElementId::RQ_MSHElementId(const MOD_ConstDetailHandle &detail, const RQ_M
     if (!snapshot)
         return;
     offsets_ = offsets;
+    isNarrow_ = offsets.is32Bit();
     uint64_t id = RQmixId(offsets.hash()) + uint64_t(owner);
     if (mapFromVertices)
     {
-        map_ = owner == ELM_OWNER_POINT ? &snapshot->vertexPoint() : &snapshot->vertexPrimitive();
+        const bool toPoints = owner == ELM_OWNER_POINT;
+        map_ = toPoints ? &snapshot->vertexPoint() : &snapshot->vertexPrimitive();
+        isNarrow_ = isNarrow_ && snapshot->capacity(toPoints ? ELM_OWNER_POINT : ELM_OWNER_PRIMITIVE) <=
+                                     std::numeric_limits<int32_t>::max();
         id = RQmixId(id) + RQmixId(uint64_t(snapshot->topologyId()));
     }
     setDataId(rq::validId(id));
@@ -33,7 +38,7 @@ const void *RQ_MSHElementId::getBackingData() const
     if (map_)
         return nullptr;
     const ELM_OffsetList &list = offsets_.offsetList();
-    return offsets_.is32Bit() ? static_cast<const void *>(list.data32()) : list.data64();
+    return isNarrow_ ? static_cast<const void *>(list.data32()) : list.data64();
 }
 
 bool RQ_MSHElementId::getPointerAliasing(const void *data) const

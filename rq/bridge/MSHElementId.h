@@ -7,7 +7,8 @@
 /// The host elements behind the rows of a primitive, as numbers.
 ///
 /// Shape      row i is offset i of the list; mapped from vertices it is the point of that vertex when `owner` is point, else
-///            the primitive that the vertex belongs to.  32-bit integers while the offsets are below 2^30, else 64-bit ones
+///            the primitive that the vertex belongs to.  32-bit integers while the offsets are below 2^30 and all elements
+///            that they are mapped to can be numbered so, else 64-bit ones
 /// Failure    no entries without a detail; -1 for a vertex without a point
 /// Ownership  keeps the snapshot of the detail alive
 /// Threads    immutable, safe to read from any thread
@@ -19,7 +20,7 @@ public:
     ~RQ_MSHElementId() override;
 
     const char *className() const override;
-    RQ_Storage getStorage() const override { return offsets_.is32Bit() ? RQ_STORAGE_INT32 : RQ_STORAGE_INT64; }
+    RQ_Storage getStorage() const override { return isNarrow_ ? RQ_STORAGE_INT32 : RQ_STORAGE_INT64; }
     int64_t entries() const override { return offsets_.entries(); }
     int64_t getTupleSize() const override { return 1; }
     int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + offsets_.offsetList().memoryUsage(); }
@@ -36,6 +37,7 @@ private:
     MOD_ConstDetailHandle detail_;
     RQ_MSHOffsetList offsets_;
     const ELM_IndexColumn *map_ = nullptr;  // of the detail; null: the offsets themselves
+    bool isNarrow_ = true;
 };
 
 extern template class RQ_TypedArray<RQ_MSHElementId, RQ_DANumbers>;

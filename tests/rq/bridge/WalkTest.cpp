@@ -11,6 +11,7 @@
 #include <host/bas/Parallel.h>
 #include <host/elm/PrimitiveFactory.h>
 #include <host/msh/Faces.h>
+#include <rq/bridge/MSHElementId.h>
 #include <rq/bridge/detail/ManyFaces.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCurveMesh.h>
@@ -426,7 +427,11 @@ TEST(Walk, CarriesOffsetsBeyond32Bits)
     const float position[] = {1, 2, 3};
     ASSERT_TRUE(
         edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(kPoints - 1, 1, position));
-    const RQ_PrimitiveHandle primitive = RQ_MSHDetail::makePolygonMesh(edit.commit());
+    const MOD_ConstDetailHandle detail = edit.commit();
+    const RQ_MSHElementId ids(detail, RQ_MSHOffsetList(ELM_OffsetList(0, 3)), ELM_OWNER_POINT, true);
+    EXPECT_EQ(ids.getStorage(), RQ_STORAGE_INT64) << "of three vertices, whose points are further on";
+    EXPECT_EQ(ids.getI64(2), kPoints - 1);
+    const RQ_PrimitiveHandle primitive = RQ_MSHDetail::makePolygonMesh(detail);
     const auto *mesh = as<RQ_PrimPolygonMesh>(primitive);
     ASSERT_NE(mesh, nullptr);
     EXPECT_EQ(mesh->getVertexList()->getStorage(), RQ_STORAGE_INT64);
