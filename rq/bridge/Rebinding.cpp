@@ -64,7 +64,8 @@ int64_t rq::countTangents(const RQ_Primitive &primitive)
     int64_t most = 0;
     if (const auto *several = exactly<RQ_PrimCollect>(primitive))
         for (int64_t i = 0; i < several->entries(); ++i)
-            most = std::max(most, countTangents(*several->getPrim(i)));
+            if (const RQ_PrimitiveHandle child = several->getPrim(i))
+                most = std::max(most, countTangents(*child));
     const RQ_AttributeListHandle &vertex = primitive.getVertexAttributes();
     const RQ_DataArrayHandle &tangents = vertex ? vertex->get(kTangents[0]) : RQ_DataArrayHandle();
     return tangents && !readsDetail(*tangents) ? vertex->getSegments() : most;

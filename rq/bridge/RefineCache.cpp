@@ -6,16 +6,42 @@
 #include <rq/bridge/detail/KeyText.h>
 #include <rq/bridge/detail/RecentEntries.h>
 
-/// The faces of a mesh cut into pieces.
-struct RQ_RefineCache::Cut final : rq::RecentEntries::Entry
+namespace
 {
+/// What was found out about the faces of a mesh.
+struct OfFaces : rq::RecentEntries::Entry
+{
+    RQ_CountArray counts;
+
+    explicit OfFaces(const RQ_PrimPolygonMesh &mesh) : counts(mesh.getFaceCountArray()) {}
+
+    // The key tells the corners of the faces, but not all of how they are shared out.
+    bool isOf(const RQ_PrimPolygonMesh &mesh) const { return counts.isEqual(mesh.getFaceCountArray()); }
+};
+
+/// Whether something tells the faces of a mesh from those of others.
+bool isKnown(const RQ_PrimPolygonMesh &mesh) { return mesh.getVertexList() && mesh.getVertexList()->getDataId() != -1; }
+
+template <class T>
+std::shared_ptr<const T> findFor(rq::RecentEntries &entries, const std::string &key, const RQ_PrimPolygonMesh &mesh)
+{
+    const auto before = std::static_pointer_cast<const T>(isKnown(mesh) ? entries.find(key) : nullptr);
+    return before && before->isOf(mesh) ? before : nullptr;
+}
+}  // namespace
+
+/// The faces of a mesh cut into pieces.
+struct RQ_RefineCache::Cut final : OfFaces
+{
+    using OfFaces::OfFaces;
+
     RQ_ConvexArrays arrays;
     RQ_FaceSetMapHandle sets;   // of the mesh that was cut
     RQ_PolygonMeshHandle mesh;  // the pieces without attributes
 
     int64_t getMemoryUsage() const override
     {
-        int64_t bytes = int64_t(sizeof(*this)) + mesh->getMemoryUsage();
+        int64_t bytes = int64_t(sizeof(*this)) + counts.getMemoryUsage() + mesh->getMemoryUsage();
         for (const RQ_DataArrayHandle &array : {arrays.counts, arrays.sourceVertex, arrays.sourceFace, arrays.whole})
             bytes += array ? array->getMemoryUsage() : 0;
         return bytes;
@@ -23,25 +49,30 @@ struct RQ_RefineCache::Cut final : rq::RecentEntries::Entry
 };
 
 /// Normals of the latest positions, as many as a mesh has segments: older ones would hold memory that the next frame wants.
-struct RQ_RefineCache::Normals final : rq::RecentEntries::Entry
+struct RQ_RefineCache::Normals final : OfFaces
 {
+    using OfFaces::OfFaces;
+
     std::vector<std::pair<int64_t, RQ_DataArrayHandle>> byPositions;  // data id of the positions; the latest come first
 
     int64_t getMemoryUsage() const override
     {
-        int64_t bytes = int64_t(sizeof(*this));
+        int64_t bytes = int64_t(sizeof(*this)) + counts.getMemoryUsage();
         for (const auto &[id, array] : byPositions)
             bytes += array->getMemoryUsage();
         return bytes;
     }
 };
 
-struct RQ_RefineCache::Surface final : rq::RecentEntries::Entry
+struct RQ_RefineCache::Surface final : OfFaces
 {
     RQ_SubdTopologyHandle topology;
 
-    explicit Surface(const RQ_SubdTopologyHandle &made) : topology(made) {}
-    int64_t getMemoryUsage() const override { return int64_t(sizeof(*this)) + topology->getMemoryUsage(); }
+    Surface(const RQ_PrimPolygonMesh &mesh, const RQ_SubdTopologyHandle &made) : OfFaces(mesh), topology(made) {}
+    int64_t getMemoryUsage() const override
+    {
+        return int64_t(sizeof(*this)) + counts.getMemoryUsage() + topology->getMemoryUsage();
+    }
 };
 
 RQ_RefineCache::RQ_RefineCache(int64_t mostBytes) : entries_(std::make_unique<rq::RecentEntries>(mostBytes)) {}
@@ -58,15 +89,16 @@ std::shared_ptr<const RQ_RefineCache::Cut> RQ_RefineCache::cut(const RQ_PrimPoly
     maxVertices = std::max(maxVertices, 3);
     triangulate |= maxVertices == 3;
     const std::string key = rq::KeyText('C').addFaces(mesh).add(maxVertices).add(triangulate).text();
-    if (const auto before = std::static_pointer_cast<const Cut>(entries_->find(key)))
+    if (const auto before = findFor<Cut>(*entries_, key, mesh))
         return before;
-    const auto made = std::make_shared<Cut>();
+    const auto made = std::make_shared<Cut>(mesh);
     ++convexings_;
     if (!mesh.getConvexArrays(made->arrays, maxVertices, triangulate))
         return nullptr;
     made->sets = mesh.faceSetMap();
     made->mesh = new RQ_PrimPolygonMesh(*mesh.adoptConvexing(made->arrays), nullptr, nullptr, nullptr, nullptr);
-    entries_->store(key, made);
+    if (isKnown(mesh))
+        entries_->store(key, made);
     return made;
 }
 
@@ -106,10 +138,10 @@ RQ_DataArrayHandle RQ_RefineCache::vertexNormals(const RQ_PrimPolygonMesh &mesh,
     const RQ_DataArrayHandle positions = mesh.getShared() ? mesh.getShared()->get("P", segment) : nullptr;
     if (!positions || !mesh.getVertexList())
         return nullptr;
-    const int64_t id = positions->getDataId();
+    const int64_t id = isKnown(mesh) ? positions->getDataId() : -1;
     const std::string key = rq::KeyText('N').addFaces(mesh).add(cuspAngle).text();
-    const auto kept = std::make_shared<Normals>();
-    if (const auto before = std::static_pointer_cast<const Normals>(id == -1 ? nullptr : entries_->find(key)))
+    const auto kept = std::make_shared<Normals>(mesh);
+    if (const auto before = id == -1 ? nullptr : findFor<Normals>(*entries_, key, mesh))
     {
         for (const auto &[positionId, array] : before->byPositions)
             if (positionId == id)
@@ -132,7 +164,7 @@ RQ_DataArrayHandle RQ_RefineCache::vertexNormals(const RQ_PrimPolygonMesh &mesh,
 RQ_SubdTopologyHandle RQ_RefineCache::subdivision(const RQ_PrimSubdivisionMesh &mesh)
 {
     rq::KeyText key('S');
-    bool isKept = mesh.getVertexList() != nullptr;
+    bool isKept = isKnown(mesh);
     if (isKept)
         key.addFaces(mesh).add(mesh.scheme()).add(mesh.getPointCount());
     for (auto tag = mesh.beginTags(); !(tag == mesh.endTag()); ++tag)
@@ -148,11 +180,11 @@ RQ_SubdTopologyHandle RQ_RefineCache::subdivision(const RQ_PrimSubdivisionMesh &
             }
         }
     }
-    if (const auto before = std::static_pointer_cast<const Surface>(isKept ? entries_->find(key.text()) : nullptr))
+    if (const auto before = isKept ? findFor<Surface>(*entries_, key.text(), mesh) : nullptr)
         return before->topology;
     ++subdivisions_;
     const RQ_SubdTopologyHandle topology = RQ_SubdTopology::create(mesh);
     if (isKept && topology)
-        entries_->store(key.text(), std::make_shared<Surface>(topology));
+        entries_->store(key.text(), std::make_shared<Surface>(mesh, topology));
     return topology;
 }

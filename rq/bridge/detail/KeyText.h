@@ -28,7 +28,8 @@ public:
         return *this;
     }
 
-    /// The faces of a mesh: the points of its corners by the id of their list, and how they are shared out.
+    /// The faces of a mesh: the points of its corners by the id of their list, and what is known at once of how they are
+    /// shared out.  Faces of several sizes in another order have the same text.
     KeyText &addFaces(const RQ_PrimPolygonMesh &mesh)
     {
         return add(mesh.getVertexList()->getDataId())

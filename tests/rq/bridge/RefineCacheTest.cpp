@@ -7,6 +7,7 @@
 #include <rq/surface/PrimSubdivisionMesh.h>
 #include <tests/interrupter.h>
 #include <tests/rq/bridge/Fixture.h>
+#include <tests/rq/data/arrays.h>
 
 using namespace tests;
 
@@ -206,6 +207,46 @@ TEST(RefineCache, ComputesOnlyWhatTheValuesChange)
         expected.tangents += 1;
         EXPECT_EQ(cache.getWork(), expected) << "normals and tangents follow positions, nothing else does";
     }
+}
+
+// The same corners, shared out in another order, are other faces.
+TEST(RefineCache, TellsFacesOfTheSameCornersApart)
+{
+    const RQ_DataArrayHandle corners = makeArray(std::vector<int32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8});
+    std::vector<float> places;
+    for (int i = 0; i < 27; ++i)
+        places.push_back(float(i * 7 % 11));
+    const RQ_AttributeListHandle list =
+        RQ_AttributeListHandle(new RQ_AttributeList(nullptr))->addAttribute("P", makeArray(places, 3, RQ_TYPE_POINT), false);
+    RQ_RefineCache cache;
+    for (const std::vector<int32_t> &counts : {std::vector<int32_t>{4, 5}, std::vector<int32_t>{5, 4}})
+    {
+        const RQ_PolygonMeshHandle mesh(new RQ_PrimPolygonMesh(makeArray(counts), corners, list));
+        EXPECT_TRUE(cache.convex(*mesh, 3)->getVertexList()->isEqual(*mesh->convex(3, true)->getVertexList()));
+        EXPECT_TRUE(
+            cache.vertexNormals(*mesh, 0, 30.0)->isEqual(*mesh->createVertexNormals(0, "P", 30.0, true, RQ_STORAGE_REAL32)));
+    }
+    EXPECT_EQ(cache.getWork(), (RQ_RefineCache::Work{0, 2, 2, 0, 0}));
+}
+
+TEST(RefineCache, TakesWhatCollectorsOfCallersMake)
+{
+    struct Emptiness final : RQ_MSHPrimCollect
+    {
+        RQ_PrimitiveHandle collect(const RQ_MSHDetailListHandle &, const MSH_Primitive *const *, int,
+                                   RQ_MSHPrimCollectData *) const override
+        {
+            const BAS_IntrusivePtr<RQ_PrimCollect> made(new RQ_PrimCollect);
+            made->appendPrimitive(nullptr);
+            return made;
+        }
+    };
+    RQ_MSHPrimCollect::bind(std::make_shared<Emptiness>(), ELM_PRIMITIVE_POLYGON);
+    RQ_RefineParms parms;
+    parms.setAddMikkT(true);
+    RQ_RefineCache cache;
+    EXPECT_EQ(cache.refine(RQ_MSHDetail(makeDetail(cubeShape())), &parms).size(), 6u);
+    RQ_MSHPrimCollect::bind(nullptr, ELM_PRIMITIVE_POLYGON);
 }
 
 TEST(RefineCache, LetsSnapshotsAndResultsGo)
