@@ -157,6 +157,9 @@ TEST(Channels, AreCurvesThroughTheirVerticesOrGraphs)
     graph->enlargeBounds(&drawn, 1);
     drawn.enlarge(box);
     EXPECT_EQ(drawn, box);
+    RQ_RefineParms endless;
+    endless.setLOD(1e9);
+    EXPECT_EQ(refinedTo<RQ_PrimCurveMesh>(primitives[1], &endless)->getVertexCount(), 2 + 1 + 16384 + 1);
     RQ_RefineList none;
     EXPECT_FALSE(none.refine(primitives[2].get(), nullptr));
 }
@@ -204,6 +207,24 @@ TEST(HullCollector, MakesPatchesOfGridsForThoseWhoBindIt)
         patch->enlargeBounds(&box, 1);
         hull->enlargeBounds(&drawn, 1);
         EXPECT_EQ(box, drawn);
+    }
+}
+
+TEST(Patches, AreCutNoFinerThanMemoryLasts)
+{
+    RQ_RefineParms endless;
+    endless.setLOD(1e9);
+    const struct
+    {
+        int order;
+        int64_t vertices;
+        int usual, most;
+    } cases[] = {{4, 4, 8, 4096}, {2, 4, 1, 4096}, {4, 5000, 3, 3}, {4, int64_t(1) << 40, 1, 1}};
+    for (const auto &c : cases)
+    {
+        const RQ_NetDirection direction{RQ_BASIS_BSPLINE, c.order, false, c.vertices, {}};
+        EXPECT_EQ(RQ_PrimTensorPatch::divisions(direction, nullptr, true), c.usual) << c.vertices;
+        EXPECT_EQ(RQ_PrimTensorPatch::divisions(direction, &endless, false), c.most) << c.vertices;
     }
 }
 
