@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <compare>
 #include <deque>
 #include <map>
 
@@ -14,14 +15,16 @@ namespace
 {
 using Matrices = std::vector<BAS_Mat4d>;  // one a segment
 
+/// An order that has a place for what is not a number, too: a place that is lost takes no other along.
 struct Less
 {
     bool operator()(const Matrices &a, const Matrices &b) const
     {
-        return std::lexicographical_compare(
+        return std::is_lt(std::lexicographical_compare_three_way(
             a.begin(), a.end(), b.begin(), b.end(), [](const BAS_Mat4d &m, const BAS_Mat4d &n) {
-                return std::lexicographical_compare(m.getValue(), m.getValue() + 16, n.getValue(), n.getValue() + 16);
-            });
+                return std::lexicographical_compare_three_way(m.getValue(), m.getValue() + 16, n.getValue(),
+                                                              n.getValue() + 16, std::weak_order);
+            }));
     }
 };
 

@@ -50,10 +50,12 @@ private:
         return nowhere;
     }
 
+    // Those that stand nowhere have no attributes of vertices that others have.
     bool isAlike(const RQ_MSHPrimPacked &packed) const
     {
+        const auto stands = [](const RQ_MSHPrimPacked &one) { return one.getPrim().vertexOrNone() >= 0; };
         return packed.getDetails() == first_->getDetails() && packed.transformed() == first_->transformed() &&
-               packed.getPrimitiveTransform() == first_->getPrimitiveTransform();
+               packed.getPrimitiveTransform() == first_->getPrimitiveTransform() && stands(packed) == stands(*first_);
     }
 
     const RQ_MSHPrimPacked *first_;

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <typeinfo>
 
 #include <host/bas/Diagnostics.h>
@@ -213,6 +214,16 @@ TEST(Packed, ViewportsGetBoxesAndCentroidsTogether)
     ASSERT_EQ(nowhere.size(), 1u);
     for (const char *name : {"__vertex_id", "__point_id"})
         EXPECT_EQ(nowhere[0]->getPointAttributes()->get(name)->getI64(0), -1);
+    // Nor does one that stands somewhere lose its place to it.
+    MOD_Edit more(handle);
+    ASSERT_TRUE(more.appendPoints(1) && more.appendPacked(cube, std::vector<int32_t>{0}));
+    const float at[] = {5, 0, 0};
+    ASSERT_TRUE(more.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->write(0, 1, at));
+    const std::vector<RQ_PrimitiveHandle> shared = RQgatherInstances(refine(more.commit()));
+    ASSERT_EQ(shared.size(), 2u);
+    BAS_Mat4d matrix;
+    as<RQ_PrimInstance>(shared[1])->getTransforms()->getMatrix(matrix, 0, 0);
+    EXPECT_EQ(matrix.translation(), BAS_Vec3d(5, 0, 0));
 }
 
 TEST(Packed, SharesGeometryOfEqualKeys)
@@ -298,6 +309,12 @@ TEST(Packed, FragmentsOfOneSourceComeTogether)
     for (const auto &[i, faces] : {std::pair(0, 6), std::pair(1, 3), std::pair(2, 3)})
         EXPECT_EQ(facesIn(groups->getPrim(i)), faces);
     EXPECT_EQ(boundsOf(*groups->getPrim(2)->copyTransformed(nullptr)).minimum().x, 9 + cubeShape().positions[0]);
+
+    // One that is lost takes no other along.
+    MOD_Edit lose(handle);
+    lose.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->modifyAll<float>()[0] = NAN;
+    const std::vector<RQ_PrimitiveHandle> lost = refine(lose.commit());
+    EXPECT_EQ(as<RQ_PrimCollect>(lost.at(0))->entries(), 3);
 
     RQ_RefineParms parms;
     parms.setCoalesceFragments(false);
