@@ -5,6 +5,7 @@
 #include <rq/bridge/detail/BlobField.h>
 #include <rq/bridge/detail/PlacedPrimitives.h>
 #include <rq/bridge/detail/blendAttributes.h>
+#include <rq/bridge/detail/moveWithBlobs.h>
 #include <rq/prim/PrimitiveJSON.h>
 #include <rq/prim/PrimitiveType.h>
 #include <rq/surface/detail/isoSurface.h>
@@ -51,8 +52,13 @@ RQ_PolygonMeshHandle RQ_MSHPrimMetaBall::refineToPolygonMesh(const RQ_RefineParm
     while (isTooLarge && field.coarsen());
     if (!surface.mesh)
         return nullptr;
-    const RQ_AttributeListHandle shared =
+    RQ_AttributeListHandle shared =
         surface.mesh->getShared()->mergeNewAttributes(rq::blendAttributes(field, surface, vertex_));
+    if (transforms_->getMotionSegments() > 1)
+    {
+        const std::vector<RQ_DataArrayHandle> moved = rq::moveWithBlobs(field, surface, *transforms_);
+        shared = shared->addAttribute("P", moved.data(), int(moved.size()), true);
+    }
     return new RQ_PrimPolygonMesh(*surface.mesh, shared, nullptr, nullptr, detail_);
 }
 

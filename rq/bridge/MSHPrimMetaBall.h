@@ -38,7 +38,8 @@ public:
     ///
     /// The options "metadensity" times "lod" ask for so many cells across a blob as thick as the blobs are in the geometric
     /// mean, at least 2, and "metamaxdivs" for no more along any side of the whole.  A surface that would not fit some
-    /// gigabytes is made of larger cells.  Of moving blobs it is that of the first segment.
+    /// gigabytes is made of larger cells.  Of moving blobs it is that of the first segment, and in the others its points go
+    /// along with the blobs around them, with each as much as its field is of all there; normals stay.
     RQ_PolygonMeshHandle refineToPolygonMesh(const RQ_RefineParms *parms) const;
 
     const char *className() const override;

@@ -1,14 +1,10 @@
 #include <rq/bridge/detail/blendAttributes.h>
 
-#include <host/bas/Parallel.h>
+#include <rq/bridge/detail/blobShares.h>
 #include <rq/data/DANumeric.h>
-#include <rq/data/Values.h>
 
 namespace
 {
-// A block has some seventy points, at a tenth of a microsecond for each blob around.
-constexpr int64_t kBlocksPerTask = 4;
-
 /// One attribute, of the blobs and of the points.
 struct Blend
 {
@@ -51,25 +47,12 @@ RQ_AttributeListHandle rq::blendAttributes(const BlobField &field, const IsoSurf
     if (blends.empty())
         return nullptr;
 
-    const Values<float> positions(surface.mesh->getShared()->get("P"));
-    host::parallelFor(surface.blocks.size(), kBlocksPerTask, [&](int64_t block) {
-        std::vector<std::pair<int64_t, double>> shares;
-        for (int64_t point = block > 0 ? surface.pointEnds[size_t(block - 1)] : 0; point < surface.pointEnds[size_t(block)];
-             ++point)
+    visitShares(field, surface, [&](int64_t point, const BAS_Vec3d &, const BlobShares &shares) {
+        for (const Blend &blend : blends)
         {
-            const BAS_Vec3d at(positions[3 * point], positions[3 * point + 1], positions[3 * point + 2]);
-            shares.clear();
-            double sum = 0.0;
-            field.visitBlobs(at - field.grid().origin, surface.blocks.partsOf(block), [&](int64_t blob, double value) {
-                shares.emplace_back(blob, value);
-                sum += value;
-            });
-            for (const Blend &blend : blends)
-            {
-                blend.clear(point);
-                for (const auto &[blob, value] : shares)
-                    blend.add(point, blob, value / sum);
-            }
+            blend.clear(point);
+            for (const auto &[blob, share] : shares)
+                blend.add(point, blob, share);
         }
     });
     const RQ_AttributeListHandle list(new RQ_AttributeList(map, 1));

@@ -340,6 +340,36 @@ TEST(MetaBalls, AttributesOfBlobsMelt)
     }
 }
 
+TEST(MetaBalls, TakeTheirSurfaceAlong)
+{
+    // Two that do not touch, and a flat one: the first stays, the second turns around its middle and moves.
+    Blobs blobs;
+    blobs.add({-2.0, 0.0, 0.0});
+    blobs.add({2.0, 0.0, 0.0});
+    blobs.add({0.0, 0.0, 0.0}, {}, ELM_PRIMITIVE_BLOB_ELLIPSOID, BAS_Mat3d(0.0));
+    const MOD_ConstDetailHandle before = blobs.read();
+    MOD_Edit edit(blobs.geometry());
+    edit.attribute(ELM_OWNER_POINT, "P", ELM_STORAGE_REAL32, 3, ELM_TYPE_POINT)->modifyAll<float>()[5] = 7.0f;
+    const double quarter[] = {0, 1, 0, -1, 0, 0, 0, 0, 1};
+    const ELM_Attribute &turns = *before.readLock()->find(ELM_OWNER_PRIMITIVE, ELM_SCOPE_PRIVATE, ELM_TRANSFORM_NAME);
+    ASSERT_EQ(turns.storage(), ELM_STORAGE_REAL64);
+    ASSERT_TRUE(
+        edit.attribute(ELM_OWNER_PRIMITIVE, ELM_TRANSFORM_NAME, ELM_STORAGE_REAL64, 9, ELM_TYPE_MATRIX, ELM_SCOPE_PRIVATE)
+            ->write(1, 1, quarter));
+    RQ_RefineList list;
+    ASSERT_TRUE(list.refine(RQ_PrimitiveHandle(new RQ_MSHDetail({before, edit.commit()})).get(), nullptr));
+    const RQ_PolygonMeshHandle mesh = as<RQ_MSHPrimMetaBall>(list.getPrimitive(0))->refineToPolygonMesh(nullptr);
+    ASSERT_EQ(mesh->getMotionSegments(), 2);
+    const rq::Values<float> p(mesh->getShared()->get("P", 0)), q(mesh->getShared()->get("P", 1));
+    for (int64_t i = 0; i < 3 * mesh->getPointCount(); i += 3)
+    {
+        const bool moves = p[i] > 0.0f;
+        EXPECT_NEAR(q[i], moves ? 2.0f - p[i + 1] : p[i], 2e-6);
+        EXPECT_NEAR(q[i + 1], moves ? p[i] - 2.0f : p[i + 1], 2e-6);
+        EXPECT_NEAR(q[i + 2], moves ? p[i + 2] + 7.0f : p[i + 2], 2e-6);
+    }
+}
+
 TEST(MetaBalls, MoveHardenAndSave)
 {
     const Blobs blobs = makeHeap(20);
