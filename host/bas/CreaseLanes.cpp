@@ -1,7 +1,5 @@
 #include <host/bas/CreaseLanes.h>
 
-#include <cstring>
-
 #include <host/bas/clones.h>
 #include <host/bas/detail/LaneVector.h>
 
@@ -13,12 +11,7 @@ using Doubles = host::Lanes<double, CreaseLanes::kPoints>;
 using Mask = host::Lanes<int64_t, CreaseLanes::kPoints>;
 using Vectors = host::LaneVector<Doubles>;
 
-HOST_LANES Doubles load(const double *values)
-{
-    Doubles some;
-    std::memcpy(&some, values, sizeof(some));
-    return some;
-}
+HOST_LANES Doubles load(const double *values) { return host::lanesAt<CreaseLanes::kPoints>(values); }
 
 HOST_CLONES void sumSides(const CreaseLanes &lanes, int64_t corners, double leastCosine, double *x, double *y, double *z)
 {
@@ -44,9 +37,9 @@ HOST_CLONES void sumSides(const CreaseLanes &lanes, int64_t corners, double leas
             sum.y += isNear ? parts[i].y : Doubles{};
             sum.z += isNear ? parts[i].z : Doubles{};
         }
-        std::memcpy(x + own * CreaseLanes::kPoints, &sum.x, sizeof(sum.x));
-        std::memcpy(y + own * CreaseLanes::kPoints, &sum.y, sizeof(sum.y));
-        std::memcpy(z + own * CreaseLanes::kPoints, &sum.z, sizeof(sum.z));
+        host::putLanes(sum.x, x + own * CreaseLanes::kPoints);
+        host::putLanes(sum.y, y + own * CreaseLanes::kPoints);
+        host::putLanes(sum.z, z + own * CreaseLanes::kPoints);
     }
 }
 }  // namespace

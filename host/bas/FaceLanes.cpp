@@ -21,13 +21,6 @@ using Longs = Lanes<int64_t, kSome>;
 using Ears = EarLanes<float, FaceLanes::kCount>;
 using Vectors = LaneVector<Doubles>;
 
-HOST_LANES Doubles load(const double *values)
-{
-    Doubles some;
-    std::memcpy(&some, values, sizeof(some));
-    return some;
-}
-
 /// What `newellVector` sums up, in its order.
 HOST_LANES Vectors newellOf(const Vectors *offsets, int corners)
 {
@@ -44,11 +37,8 @@ HOST_LANES Vectors newellOf(const Vectors *offsets, int corners)
 HOST_LANES void frameOf(const Vectors &newell, Vectors &axisX, Vectors &axisY)
 {
     const Doubles squared = dot(newell, newell);
-    Doubles length;
-    for (int i = 0; i < kSome; ++i)
-        length[i] = std::sqrt(squared[i]);
     const auto isPlain = (squared > kLeastPlainSquare) & (squared < kGreatestPlainSquare);
-    const Doubles inverse = isPlain ? 1.0 / length : Doubles{} + std::numeric_limits<double>::quiet_NaN();
+    const Doubles inverse = isPlain ? 1.0 / squareRoots(squared) : Doubles{} + std::numeric_limits<double>::quiet_NaN();
     const Vectors normal = {newell.x * inverse, newell.y * inverse, newell.z * inverse};
     const Longs signBit = std::bit_cast<Longs>(normal.z) & std::numeric_limits<int64_t>::min();
     const Doubles sign = std::bit_cast<Doubles>(signBit | std::bit_cast<int64_t>(1.0));
@@ -64,7 +54,8 @@ HOST_LANES void placeSome(const double (*corners)[3][FaceLanes::kCount], int cou
     Vectors offsets[FaceLanes::kMostCorners], axisX, axisY;
     const auto at = [&](int i) __attribute__((always_inline))
     {
-        return Vectors{load(corners[i][0] + face), load(corners[i][1] + face), load(corners[i][2] + face)};
+        const auto &axes = corners[i];
+        return Vectors{lanesAt<kSome>(axes[0] + face), lanesAt<kSome>(axes[1] + face), lanesAt<kSome>(axes[2] + face)};
     };
     // Relative to the first corner: a face far from the origin keeps all its digits.
     const Vectors origin = at(0);

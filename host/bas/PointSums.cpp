@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <numeric>
 
 #include <host/bas/clones.h>
@@ -20,13 +19,6 @@ struct Places
 };
 
 using Four = host::Lanes<double, 4>;
-
-HOST_LANES Four loadFour(const double *from)
-{
-    Four four;
-    std::memcpy(&four, from, sizeof(four));
-    return four;
-}
 
 /// Adds the parts of faces in a row, times the weights of their corners.
 template <int kCorners, bool isWeighted, bool keepsLeast, class Index> class RowAdder
@@ -96,15 +88,12 @@ private:
 
     HOST_LANES Four part(int64_t face, int corner) const
     {
-        const Four part = loadFour(parts_ + 4 * face);
+        const Four part = host::lanesAt<4>(parts_ + 4 * face);
         return isWeighted ? part * weight(face, corner) : part;
     }
 
-    HOST_LANES Four sumAt(int64_t place) const { return loadFour(places_.sums + 4 * place); }
-    HOST_LANES void storeSum(int64_t place, const Four &sum) const
-    {
-        std::memcpy(places_.sums + 4 * place, &sum, sizeof(sum));
-    }
+    HOST_LANES Four sumAt(int64_t place) const { return host::lanesAt<4>(places_.sums + 4 * place); }
+    HOST_LANES void storeSum(int64_t place, const Four &sum) const { host::putLanes(sum, places_.sums + 4 * place); }
 
     HOST_LANES void noteLeast(int64_t place, int64_t face, int corner) const
     {

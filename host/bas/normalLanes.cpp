@@ -1,7 +1,5 @@
 #include <host/bas/normalLanes.h>
 
-#include <cstring>
-
 #include <host/bas/clones.h>
 #include <host/bas/detail/LaneVector.h>
 #include <host/bas/faceGeometry.h>
@@ -72,8 +70,6 @@ template <class Value> HOST_LANES Doubles load(const Value *values)
     return some;
 }
 
-HOST_LANES void store(const Doubles &values, double *to) { std::memcpy(to, &values, sizeof(values)); }
-
 // The directions and lengths of these products, and whether all are complete and were good without the diagonals.
 template <Cross kCross, class Value>
 HOST_CLONES Found crossPlain(const CornerLanes<Value> &corners, VectorLanes &normals, double *lengths)
@@ -107,14 +103,12 @@ HOST_CLONES Found crossPlain(const CornerLanes<Value> &corners, VectorLanes &nor
         const Mask isPlain = (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare);
         plain &= isPlain;
         const Doubles known = isPlain ? squared : Doubles{} + 1.0;
-        Doubles length;
-        for (int64_t k = 0; k < kSome; ++k)
-            length[k] = std::sqrt(known[k]);
+        const Doubles length = host::squareRoots(known);
         const Doubles inverse = 1.0 / length;
-        store(normal.x * inverse, normals.x + i);
-        store(normal.y * inverse, normals.y + i);
-        store(normal.z * inverse, normals.z + i);
-        store(length, lengths + i);
+        host::putLanes(normal.x * inverse, normals.x + i);
+        host::putLanes(normal.y * inverse, normals.y + i);
+        host::putLanes(normal.z * inverse, normals.z + i);
+        host::putLanes(length, lengths + i);
     }
     return {!host::isAny(~plain), !host::isAny(~trusted)};
 }
@@ -183,10 +177,10 @@ template <class Real> HOST_CLONES void weigh(const VectorLanes &vectors, const R
         Doubles x = rounded(vectors.x + i) * weight, y = rounded(vectors.y + i) * weight,
                 z = rounded(vectors.z + i) * weight;
         host::transpose(x, y, z, weight);
-        store(x, parts + 4 * i);
-        store(y, parts + 4 * i + 4);
-        store(z, parts + 4 * i + 8);
-        store(weight, parts + 4 * i + 12);
+        host::putLanes(x, parts + 4 * i);
+        host::putLanes(y, parts + 4 * i + 4);
+        host::putLanes(z, parts + 4 * i + 8);
+        host::putLanes(weight, parts + 4 * i + 12);
     }
 }
 
@@ -198,9 +192,9 @@ HOST_CLONES void loadVectors(const double *vectors, int64_t count, double *x, do
         Doubles a = load(vectors + 4 * i), b = load(vectors + 4 * i + 4);
         Doubles c = load(vectors + 4 * i + 8), d = load(vectors + 4 * i + 12);
         host::transpose(a, b, c, d);
-        store(a, x + i);
-        store(b, y + i);
-        store(c, z + i);
+        host::putLanes(a, x + i);
+        host::putLanes(b, y + i);
+        host::putLanes(c, z + i);
     }
     for (; i < count; ++i)
     {

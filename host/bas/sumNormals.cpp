@@ -1,7 +1,6 @@
 #include <host/bas/sumNormals.h>
 
 #include <bit>
-#include <cstring>
 
 #include <host/bas/clones.h>
 #include <host/bas/detail/LaneVector.h>
@@ -15,12 +14,7 @@ constexpr int64_t kSome = 4;
 
 using Doubles = host::Lanes<double, kSome>;
 
-HOST_LANES Doubles load(const double *values)
-{
-    Doubles some;
-    std::memcpy(&some, values, sizeof(some));
-    return some;
-}
+HOST_LANES Doubles load(const double *values) { return host::lanesAt<kSome>(values); }
 
 // A bit for each, which are rare.
 template <class Mask> HOST_LANES uint64_t bitsOf(const Mask &mask)
@@ -47,15 +41,13 @@ HOST_CLONES uint64_t findPlain(const double *sums, const double *leastWeights, i
         const Doubles squared = x * x + y * y + z * z;
         const auto isPlain = (squared > host::kLeastPlainSquare) & (squared < host::kGreatestPlainSquare);
         const Doubles known = isPlain ? squared : Doubles{} + 1.0;
-        Doubles length;
-        for (int64_t k = 0; k < kSome; ++k)
-            length[k] = std::sqrt(known[k]);
+        const Doubles length = host::squareRoots(known);
         const Doubles inverse = normalize ? 1.0 / length : Doubles{} + 1.0;
         auto a = host::convertLanes<Real>(x * inverse), b = host::convertLanes<Real>(y * inverse),
              c = host::convertLanes<Real>(z * inverse), d = a;
         host::transpose(a, b, c, d);
         for (const auto &[k, normal] : {std::pair{0, a}, {1, b}, {2, c}, {3, d}})
-            std::memcpy(normals + 4 * (i + k), &normal, sizeof(normal));
+            host::putLanes(normal, normals + 4 * (i + k));
         const Doubles least = leastWeights ? load(leastWeights + i) : Doubles{} + 1.0;
         const auto isSmooth = CuspCosines::kRounding * weight - length < cusp.slack() * least;
         creased |= bitsOf(~isSmooth) << i;

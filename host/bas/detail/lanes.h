@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -28,6 +29,19 @@ template <class T> struct LanesOf<T, 1>
 };
 template <class T, int kCount> using Lanes = typename LanesOf<T, kCount>::Type;
 
+/// Those that lie one after the other in memory.
+template <int kCount, class T> HOST_LANES Lanes<T, kCount> lanesAt(const T *from)
+{
+    Lanes<T, kCount> lanes;
+    std::memcpy(&lanes, from, sizeof(lanes));
+    return lanes;
+}
+template <class Some, class T> HOST_LANES void putLanes(const Some &lanes, T *to)
+{
+    static_assert(sizeof(lanes) % sizeof(T) == 0);
+    std::memcpy(to, &lanes, sizeof(lanes));
+}
+
 template <class T> HOST_LANES T least(const T &a, const T &b) { return a < b ? a : b; }
 template <class T> HOST_LANES T greatest(const T &a, const T &b) { return a > b ? a : b; }
 template <class T> HOST_LANES T magnitude(const T &a) { return greatest(a, -a); }
@@ -44,6 +58,14 @@ template <class Mask> HOST_LANES bool isAny(const Mask &mask)
             sum |= word;
         return sum != 0;
     }
+}
+
+template <class Some> HOST_LANES Some squareRoots(const Some &lanes)
+{
+    Some roots;
+    for (size_t i = 0; i < sizeof(lanes) / sizeof(lanes[0]); ++i)
+        roots[i] = std::sqrt(lanes[i]);
+    return roots;
 }
 
 /// One number from four, by an operation on some and some that may come in any order.
