@@ -1,8 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstdint>
 #include <numbers>
 #include <vector>
@@ -61,8 +59,6 @@ public:
     template <class Write> void separate(const CuspCosines &cusp, bool normalize, Write &&write)
     {
         const size_t count = normals_.size();
-        if (count <= kFew)
-            return separateFew(cusp.pair, normalize, write);
         if (isNearMean(cusp.mean))
             return writeOne(normalize, write);
         if (count > kMany)
@@ -75,9 +71,6 @@ public:
     }
 
 private:
-    // So many have every pair looked at once, which takes less than finding out that all are near.
-    static constexpr size_t kFew = 8;
-
     // More than so many take less time with a tree than pair by pair.
     static constexpr size_t kMany = 512;
 
@@ -99,36 +92,6 @@ private:
             if (i == own || normals_[own].dot(normals_[i]) >= leastCosine)
                 sum += parts_[i];
         return sum;
-    }
-
-    template <class Write> void separateFew(double leastCosine, bool normalize, Write &&write) const
-    {
-        const size_t count = normals_.size();
-        std::array<uint32_t, kFew> near;  // a bit for every corner on the side of each
-        for (size_t own = 0; own < count; ++own)
-            near[own] = 1u << own;
-        for (size_t own = 0; own < count; ++own)
-            for (size_t i = own + 1; i < count; ++i)
-            {
-                const uint32_t isNear = normals_[own].dot(normals_[i]) >= leastCosine;
-                near[own] |= isNear << i;
-                near[i] |= isNear << own;
-            }
-        // Each side is summed once.
-        for (uint32_t left = (1u << count) - 1; left != 0;)
-        {
-            const uint32_t side = near[size_t(std::countr_zero(left))];
-            BAS_Vec3d sum(0.0);
-            for (uint32_t rest = side; rest != 0; rest &= rest - 1)
-                sum += parts_[size_t(std::countr_zero(rest))];
-            const BAS_Vec3d normal = normalize ? direction(sum) : sum;
-            for (uint32_t rest = left; rest != 0; rest &= rest - 1)
-                if (const int corner = std::countr_zero(rest); near[size_t(corner)] == side)
-                {
-                    write(int64_t(corner), normal);
-                    left &= ~(1u << corner);
-                }
-        }
     }
 
     bool isNearMean(double least) const

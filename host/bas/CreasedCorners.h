@@ -1,12 +1,11 @@
 #pragma once
 
-#include <array>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include <host/bas/BitArray.h>
-#include <host/bas/CornerFan.h>
-#include <host/bas/CreaseLanes.h>
+#include <host/bas/CreaseBatches.h>
 #include <host/bas/LargeBlocks.h>
 #include <host/bas/flaggedFaces.h>
 
@@ -39,20 +38,17 @@ public:
     /// Work out the normals, from those of the faces.
     void separate(const CuspCosines &cusp, bool normalize, const Vector *faceNormals)
     {
+        if (corners_.empty())
+            return;
         sortByPoint();
-        std::array<Batch, CreaseLanes::kMostCorners + 1> batches;  // by the number of corners
-        CornerFan fan;
+        const auto write = [&](int64_t i, const BAS_Vec3d &sum) { corners_[size_t(i)].normal = Vector(sum); };
+        CreaseBatches batches(cusp, normalize, write);
         for (size_t i = 0; i + 1 < starts_.size(); ++i)
-        {
-            const Around around(order_.data() + starts_[i], order_.data() + starts_[i + 1]);
-            if (around.size() > CreaseLanes::kMostCorners)
-                separateOne(around, cusp, normalize, faceNormals, fan);
-            else if (Batch &batch = batches[around.size()]; batch.add(around))
-                separateBatch(batch, cusp, normalize, faceNormals);
-        }
-        for (Batch &batch : batches)
-            if (batch.count > 0)
-                separateBatch(batch, cusp, normalize, faceNormals);
+            batches.add(std::span<const Index>(order_.data() + starts_[i], order_.data() + starts_[i + 1]), [&](Index at) {
+                const Corner &corner = corners_[size_t(at)];
+                return std::pair(BAS_Vec3d(faceNormals[corner.face]), double(corner.weight));
+            });
+        batches.finish();
     }
 
     std::span<const Corner> corners() const { return corners_; }
@@ -60,22 +56,6 @@ public:
     BAS_BitArray flags;  ///< of the points, and 64 more
 
 private:
-    using Around = std::span<const Index>;
-
-    // Some points with equally many corners.
-    struct Batch
-    {
-        std::array<Around, CreaseLanes::kPoints> points;
-        size_t count = 0;
-
-        // True when it is full.
-        bool add(Around around)
-        {
-            points[count++] = around;
-            return count == points.size();
-        }
-    };
-
     // Puts the corners of each point side by side, in the order in which they came.
     void sortByPoint()
     {
@@ -92,38 +72,6 @@ private:
         for (size_t i = 0; i < corners_.size(); ++i)
             order_[size_t(starts_[size_t(ranks_[corners_[i].point]) + 1]++)] = Index(i);
         starts_.pop_back();
-    }
-
-    void separateBatch(Batch &batch, const CuspCosines &cusp, bool normalize, const Vector *faceNormals)
-    {
-        CreaseLanes lanes;
-        VectorLanes sums;
-        const size_t corners = batch.points[0].size();
-        const auto eachCorner = [&](size_t points, auto &&visit) {
-            for (size_t point = 0; point < points; ++point)
-                for (size_t i = 0; i < corners; ++i)
-                    visit(point, i, corners_[size_t(batch.points[std::min(point, batch.count - 1)][i])]);
-        };
-        // The last point fills what is left.
-        eachCorner(CreaseLanes::kPoints, [&](size_t point, size_t i, const Corner &corner) {
-            for (int axis = 0; axis < 3; ++axis)
-                lanes.normals[i][axis][point] = double(faceNormals[corner.face][axis]);
-            lanes.weights[i][point] = corner.weight;
-        });
-        lanes.separate(int64_t(corners), cusp.pair, normalize, sums);
-        eachCorner(batch.count, [&](size_t point, size_t i, Corner &corner) {
-            corner.normal = Vector(sums[int64_t(i * CreaseLanes::kPoints + point)]);
-        });
-        batch.count = 0;
-    }
-
-    void separateOne(Around around, const CuspCosines &cusp, bool normalize, const Vector *faceNormals, CornerFan &fan)
-    {
-        const auto corner = [&](size_t i) -> Corner & { return corners_[size_t(around[i])]; };
-        fan.resize(int64_t(around.size()));
-        for (size_t i = 0; i < around.size(); ++i)
-            fan.set(int64_t(i), BAS_Vec3d(faceNormals[corner(i).face]), corner(i).weight);
-        fan.separate(cusp, normalize, [&](int64_t i, const BAS_Vec3d &sum) { corner(size_t(i)).normal = Vector(sum); });
     }
 
     template <class T> using Row = std::vector<T, BAS_BlockAllocator<T>>;

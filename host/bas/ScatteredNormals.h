@@ -3,9 +3,11 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <span>
+#include <utility>
 
 #include <host/bas/CornerAdjacency.h>
-#include <host/bas/CornerFan.h>
+#include <host/bas/CreaseBatches.h>
 #include <host/bas/FaceBlock.h>
 
 namespace host
@@ -38,19 +40,33 @@ public:
     /// Write the normals of all points, one after the other.
     void writePoints(bool normalize, Real *to) const
     {
-        eachBatch([&](const auto &, int64_t first, int64_t count, Sums &sums) {
-            double lengths[kLanes];
-            if (normalize)
-                normalizeLanes(sums.vectors, count, lengths);
-            storeLanes(sums.vectors, count, to + 3 * first);
+        eachTask([&](const auto &, const auto &, const auto &eachBatch) {
+            eachBatch([&](int64_t first, int64_t count, Sums &sums) {
+                double lengths[kLanes];
+                if (normalize)
+                    normalizeLanes(sums.vectors, count, lengths);
+                storeLanes(sums.vectors, count, to + 3 * first);
+            });
         });
     }
 
     /// Write those of all corners.  A corner's weight is wanted last when its normal is written: they may share the place.
     template <class PlaceOf> void writeCorners(const CuspCosines &cusp, bool normalize, const PlaceOf &placeOf) const
     {
-        eachBatch([&](const auto &faceOf, int64_t first, int64_t count, Sums &sums) {
-            writeBatch(faceOf, first, count, cusp, normalize, sums, placeOf);
+        const auto write = [&](int64_t corner, const BAS_Vec3d &sum) {
+            const Vector normal(sum);
+            std::memcpy(placeOf(corner), &normal, sizeof(Vector));
+        };
+        eachTask([&](const auto &faceOf, const auto &weight, const auto &eachBatch) {
+            const auto read = [&](int64_t corner) {
+                return std::pair(BAS_Vec3d(normals_[size_t(faceOf(corner))]), weight(corner));
+            };
+            CreaseBatches creased(cusp, normalize, write);
+            eachBatch([&](int64_t first, int64_t count, Sums &sums) {
+                writeSmooth(first, count, cusp, normalize, sums, placeOf,
+                            [&](const auto &corners) { creased.add(corners, read); });
+            });
+            creased.finish();
         });
     }
 
@@ -65,29 +81,31 @@ private:
         VectorLanes vectors;
         double weights[kLanes];
         double least[kLanes];
-        CornerFan fan;  // of one of them after the other
     };
 
-    // Calls `finish(faceOf, point, count, sums)` for all points, some neighbours at a time.
-    template <class Finish> void eachBatch(Finish &&finish) const
+    // Calls `run(faceOf, weight, eachBatch)` for every task, which calls `eachBatch(finish)`: it sums up some neighbouring
+    // points at a time, and calls `finish(point, count, sums)`.
+    template <class Run> void eachTask(const Run &run) const
     {
-        const auto run = [&](const auto &faceOf, const auto &weight) {
+        const auto runAll = [&](const auto &faceOf, const auto &weight) {
             parallelForRange(adjacency_.points(), kPointsPerTask, [&](int64_t begin, int64_t end) {
-                Sums sums;
-                for (int64_t first = begin; first < end; first += kLanes)
-                {
-                    const int64_t count = std::min(kLanes, end - first);
-                    for (int64_t i = 0; i < count; ++i)
-                        sumAround(faceOf, weight, first + i, i, sums);
-                    finish(faceOf, first, count, sums);
-                }
+                run(faceOf, weight, [&](const auto &finish) {
+                    Sums sums;
+                    for (int64_t first = begin; first < end; first += kLanes)
+                    {
+                        const int64_t count = std::min(kLanes, end - first);
+                        for (int64_t i = 0; i < count; ++i)
+                            sumAround(faceOf, weight, first + i, i, sums);
+                        finish(first, count, sums);
+                    }
+                });
             });
         };
         adjacency_.visitFaces(topology_, [&](const auto &faceOf) {
             if (isWeighted_)
-                run(faceOf, [&](int64_t corner) { return double(*weightOf_(corner)); });
+                runAll(faceOf, [&](int64_t corner) { return double(*weightOf_(corner)); });
             else
-                run(faceOf, [](int64_t) { return 1.0; });
+                runAll(faceOf, [](int64_t) { return 1.0; });
         });
     }
 
@@ -110,9 +128,10 @@ private:
         sums.least[lane] = least;
     }
 
-    template <class FaceOf, class PlaceOf>
-    void writeBatch(const FaceOf &faceOf, int64_t first, int64_t count, const CuspCosines &cusp, bool normalize, Sums &sums,
-                    const PlaceOf &placeOf) const
+    // Writes to the corners around smooth points, and calls `separate(corners)` for each of the others.
+    template <class PlaceOf, class Separate>
+    void writeSmooth(int64_t first, int64_t count, const CuspCosines &cusp, bool normalize, Sums &sums,
+                     const PlaceOf &placeOf, const Separate &separate) const
     {
         std::array<Vector, size_t(kLanes)> normals;
         const auto note = [&] {
@@ -127,28 +146,13 @@ private:
             note();
         for (int64_t i = 0; i < count; ++i)
         {
-            const auto *corners = adjacency_.around(first + i);
-            const int64_t valence = adjacency_.valence(first + i);
+            const std::span corners(adjacency_.around(first + i), size_t(adjacency_.valence(first + i)));
             if (cusp.isSmooth(lengths[i], sums.weights[i], sums.least[i]))
-                for (int64_t k = 0; k < valence; ++k)
-                    std::memcpy(placeOf(corners[k]), &normals[size_t(i)], sizeof(Vector));
+                for (const auto corner : corners)
+                    std::memcpy(placeOf(corner), &normals[size_t(i)], sizeof(Vector));
             else
-                separateNormals(corners, valence, faceOf, cusp, normalize, sums.fan, placeOf);
+                separate(corners);
         }
-    }
-
-    // Writes to each of the corners around a point the sum over the faces within the cusp angle of its own.
-    template <class Index, class FaceOf, class PlaceOf>
-    void separateNormals(const Index *corners, int64_t valence, const FaceOf &faceOf, const CuspCosines &cusp,
-                         bool normalize, CornerFan &fan, const PlaceOf &placeOf) const
-    {
-        fan.resize(valence);
-        for (int64_t i = 0; i < valence; ++i)
-            fan.set(i, BAS_Vec3d(normals_[size_t(faceOf(corners[i]))]), isWeighted_ ? double(*weightOf_(corners[i])) : 1.0);
-        fan.separate(cusp, normalize, [&](int64_t i, const BAS_Vec3d &sum) {
-            const Vector normal(sum);
-            std::memcpy(placeOf(corners[i]), &normal, sizeof(Vector));
-        });
     }
 
     const Topology &topology_;

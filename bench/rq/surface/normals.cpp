@@ -26,19 +26,38 @@ template <RQ_NormalWeights weights> RQ_DataArrayHandle cuspNormals(const RQ_Prim
 
 /// With `again` the mesh is the same in every turn, as the segments of a moving mesh are: what follows from its topology is
 /// there already.
+bench::Work makeWork(const bench::QuadMesh &quads, Make make, bool again)
+{
+    const RQ_PolygonMeshHandle mesh = bench::makeMesh(quads);
+    const auto run = [=] { return bench::keep(make(again ? *mesh : *bench::withOwnTopology(*mesh))); };
+    const auto check = [=] {
+        const rq::Values<float> normals(make(*mesh));
+        return bench::lengthError(normals.data(), normals.entries());
+    };
+    return {run, check};
+}
+
 void addJob(const char *job, double outputs, Make make, bool again = false)
 {
     for (const int threads : {1, 2})
-        bench::addNormals(job, "ours", threads, outputs, [make, again] {
-            const bench::QuadMesh quads(bench::kNormalCells);
-            const RQ_PolygonMeshHandle mesh = bench::makeMesh(quads);
-            const auto run = [=] { return bench::keep(make(again ? *mesh : *bench::withOwnTopology(*mesh))); };
-            const auto check = [=] {
-                const rq::Values<float> normals(make(*mesh));
-                return bench::lengthError(normals.data(), normals.entries());
-            };
-            return bench::Work{run, check};
-        });
+        bench::addNormals(job, "ours", threads, outputs,
+                          [make, again] { return makeWork(bench::QuadMesh(bench::kNormalCells), make, again); });
+}
+
+/// Points and faces in any order, with creases here and there, and at all points.
+void addScattered(const char *job, Make make)
+{
+    constexpr double kCells = 400.0, kCorners = 4.0 * kCells * kCells;
+    constexpr double kBytes = 12.0 * (kCells + 1.0) * (kCells + 1.0) + (4.0 + 12.0) * kCorners;
+    for (const char *mesh : {"quads160k-shuffled", "cliffs160k-shuffled"})
+        bench::add({job, mesh, "ours", 1, kCorners, kBytes, false, [=] {
+                        bench::QuadMesh quads{int(kCells)};
+                        if (mesh[0] == 'c')
+                            for (size_t i = 2; i < quads.positions.size(); i += 6)
+                                quads.positions[i] += 4.0f;
+                        bench::shuffle(quads);
+                        return makeWork(quads, make, true);
+                    }});
 }
 
 void addPlain(const char *job, double outputs, bench::plain::Row<BAS_Vec3f> (*make)(const bench::FaceMesh &))
@@ -76,6 +95,8 @@ const bool registered = [] {
     addJob("cusp60-equal", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
     addJob("cusp60-angle", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_ANGLE>);
     addJob("cusp60-equal-again", 4.0 * bench::kNormalFaces, cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>, true);
+    addScattered("cusp60-equal-again", cuspNormals<RQ_NORMAL_WEIGHTS_EQUAL>);
+    addScattered("cusp60-angle-again", cuspNormals<RQ_NORMAL_WEIGHTS_ANGLE>);
     addPlain("face-normals", bench::kNormalFaces, bench::plain::faceNormals);
     addPlain("point-normals-equal", bench::kNormalPoints, bench::plain::pointNormals);
     addPlain("cusp60-equal", 4.0 * bench::kNormalFaces, bench::plain::cuspNormals);

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <numeric>
+#include <random>
+
 #include <bench/meshes.h>
 #include <rq/data/DANumeric.h>
 #include <rq/surface/PrimPolygonMesh.h>
@@ -20,5 +24,22 @@ inline RQ_PolygonMeshHandle makeMesh(const QuadMesh &quads)
 inline RQ_PolygonMeshHandle withOwnTopology(const RQ_PrimPolygonMesh &mesh)
 {
     return new RQ_PrimPolygonMesh(mesh.getFaceCountArray(), mesh.getVertexList(), mesh.getShared());
+}
+
+/// Let points and faces lie in any order.
+inline void shuffle(QuadMesh &quads)
+{
+    std::mt19937 random(1);
+    std::vector<int32_t> number(size_t(quads.points()));
+    std::iota(number.begin(), number.end(), 0);
+    std::shuffle(number.begin(), number.end(), random);
+    const std::vector<float> positions = quads.positions;
+    for (size_t i = 0; i < positions.size(); ++i)
+        quads.positions[3 * size_t(number[i / 3]) + i % 3] = positions[i];
+    for (int32_t &point : quads.indices)
+        point = number[size_t(point)];
+    for (int64_t face = quads.faces() - 1; face > 0; --face)
+        std::swap_ranges(quads.indices.begin() + 4 * face, quads.indices.begin() + 4 * face + 4,
+                         quads.indices.begin() + 4 * int64_t(random() % uint64_t(face)));
 }
 }  // namespace bench
