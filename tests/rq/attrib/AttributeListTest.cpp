@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <host/bas/CopyCounter.h>
+#include <host/bas/MemoryTracker.h>
 #include <rq/data/mixId.h>
 #include <tests/json.h>
 
@@ -136,6 +137,20 @@ TEST(AttributeList, HashFollowsTheDataIds)
     EXPECT_EQ(hash, RQmixId(RQmixId(3) + RQmixId(11)) + RQmixId(12)) << "a null array counts in the start only";
     list->get(1)->setDataId(-1);
     EXPECT_FALSE(list->getDataIdHash(hash, 0));
+}
+
+TEST(AttributeList, CountsMemoryByTheFixedFormulas)
+{
+    const auto tracked = [] { return BAS_MemoryTracker::current(BAS_MEMORY_LIST); };
+    const int64_t before = tracked();
+    {
+        const RQ_AttributeListHandle list = listOf({{"P", kFirst}, {"gone", kNone}}, 3), copy(new RQ_AttributeList(*list));
+        EXPECT_EQ(tracked() - before, 2 * (2 * 3 * 8 + 24));
+        const int64_t map = list->getMap()->getMemoryUsage(true);
+        EXPECT_EQ(map - list->getMap()->getMemoryUsage(false), 88);
+        EXPECT_EQ(list->getMemoryUsage(), map + 24 + 3 * kFirst->getMemoryUsage()) << "null counts nothing";
+    }
+    EXPECT_EQ(tracked(), before);
 }
 
 TEST(AttributeList, DumpsAndSavesInTheFixedForm)

@@ -122,7 +122,15 @@ TEST(DataArray, SavesValues)
     {
         SCOPED_TRACE(c.description);
         EXPECT_EQ(tests::jsonOf(*c.array), c.values);
-        EXPECT_EQ(tests::jsonOf(*c.array, true), fmt::format("{{\"class\":{},\"values\":{}}}", c.description, c.values));
+        const std::string described = fmt::format("{{\"class\":{},\"values\":{}}}", c.description, c.values);
+        EXPECT_EQ(tests::jsonOf(*c.array, true), described);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        c.array->dumpValues("dumped ");
+        c.array->dumpValues(nullptr);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "dumped " + described + "\n" + described);
+        const std::string id = fmt::format("[id:{}]", c.array->getDataId());
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), id + id);
     }
 }
 }  // namespace
