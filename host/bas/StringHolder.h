@@ -8,9 +8,9 @@
 
 /// A shared, immutable string; copying a handle costs one count.
 ///
-/// Shape      16 bytes a handle: the characters and the counted block that owns them (none for literals and the empty
-/// string) Ownership  copies share the block; the last one frees it Threads    handles may be copied and dropped on any
-/// thread; no global table, so making strings takes no lock
+/// Shape      16 bytes a handle: the characters and the counted block that owns them, which literals and "" do without
+/// Ownership  copies share the block; the last one frees it
+/// Threads    handles may be copied and dropped on any thread; no global table, so making strings takes no lock
 class HOST_API BAS_StringHolder
 {
 public:
