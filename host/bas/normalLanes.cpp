@@ -162,7 +162,8 @@ HOST_CLONES bool anglesBetween(const double *across, const double *along, int64_
 
 template <class Real> HOST_CLONES void weigh(const VectorLanes &vectors, const Real *weights, int64_t count, double *parts)
 {
-    // Rounded all at once: of one conversion after the other by lanes, GCC 12 makes none.
+    // Rounded all at once: where GCC 12 itself makes vectors of neighbouring numbers that are converted to float and back,
+    // it drops both conversions.
     const auto rounded = [](const double *values) __attribute__((always_inline))
     {
         const auto kept = host::convertLanes<Real>(load(values));
