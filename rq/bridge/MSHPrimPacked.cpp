@@ -74,6 +74,9 @@ int64_t RQ_MSHPrimPacked::levelFor(const RQ_RefineParms *parms) const
 
 RQ_PrimitiveHandle RQ_MSHPrimPacked::geometryAt(int64_t level, const RQ_RefineParms *parms) const
 {
+    const auto wanted = [parms](const RQ_PrimitiveHandle &made) {
+        return parms && parms->getPolysAsSubdivision() ? asSubdivision(made) : made;
+    };
     switch (level)
     {
     case rq::kPackedNothing:
@@ -81,14 +84,12 @@ RQ_PrimitiveHandle RQ_MSHPrimPacked::geometryAt(int64_t level, const RQ_RefinePa
     case rq::kPackedCentroid:
         return getCentroidGeometry(parms);
     case rq::kPackedBox:
-        return getBoxGeometry(parms);
+        return wanted(getBoxGeometry(parms));
     case rq::kPackedPoints:
         return copyPackedAttributesToGeometry(getPointCloud(parms));
     default:
-        break;
+        return copyPackedAttributesToGeometry(wanted(getFullGeometry(parms)));
     }
-    const RQ_PrimitiveHandle full = getFullGeometry(parms);
-    return copyPackedAttributesToGeometry(parms && parms->getPolysAsSubdivision() ? asSubdivision(full) : full);
 }
 
 void RQ_MSHPrimPacked::geometryAndTransform(RQ_PrimitiveHandle &geometry, RQ_TransformHandle &transform,

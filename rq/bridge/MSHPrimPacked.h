@@ -93,7 +93,8 @@ public:
     void getVelocityRange(BAS_Vec3f &minimum, BAS_Vec3f &maximum, const BAS_StringHolder &name) const override;
 
     /// Hand over the geometry as one primitive, placed.  The level is that of "viewport:packed_lod" and the override: 0
-    /// nothing, 1 the middle of its box, 2 the box, 3 points, any other all of it.
+    /// nothing, 1 the middle of its box, 2 the box, 3 points, any other all of it.  A mesh of polygons becomes one of
+    /// subdivision where the options ask for it.
     bool refine(RQ_Refine &sink, const RQ_RefineParms *parms) const override;
     int getMotionSegments() const override;
     int64_t getMemoryUsage() const override;
@@ -151,7 +152,8 @@ public:
 };
 
 /// A list of primitives in which all that can share geometry do: packed primitives of one key become an `RQ_PrimInstance`
-/// of it, with their attributes as those of the instances, in the place of the first of them.
+/// of it, with their attributes as those of the instances, in the place of the first of them; those that have no vertex
+/// become one of their own.
 ///
 /// Failure  all others stay as they are: null handles, and packed primitives whose geometry cannot be had, of which
 ///          `BAS_Diagnostics` warns

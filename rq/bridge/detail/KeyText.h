@@ -8,7 +8,7 @@
 
 namespace rq
 {
-/// What a result was made from, as bytes: equal for equal inputs, and for nothing else.
+/// What a result was made from, as bytes: equal for equal inputs, and, but for `addFaces`, for nothing else.
 class KeyText
 {
 public:

@@ -174,9 +174,13 @@ TEST(Packed, RefinesToTheLevelThatIsAskedFor)
     EXPECT_FALSE(RQ_MSHPrimPacked::useViewportLOD(nullptr));
     RQ_RefineParms parms;
     parms.setPolysAsSubdivision(true);
-    RQ_RefineList list;
-    list.refine(packed.get(), &parms);
-    EXPECT_TRUE(dynamic_cast<const RQ_PrimSubdivisionMesh *>(list.getPrimitive(0).get()));
+    for (const int64_t level : {-1, 2})
+    {
+        parms.setOverridePackedViewportLOD(level);
+        RQ_RefineList list;
+        list.refine(packed.get(), &parms);
+        EXPECT_TRUE(as<RQ_PrimSubdivisionMesh>(list.getPrimitive(0))) << level;
+    }
 }
 
 TEST(Packed, ViewportsGetBoxesAndCentroidsTogether)
