@@ -1,6 +1,12 @@
 #include <apps/Picture.h>
 
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
 #include <png.h>
+#include <unistd.h>
 
 namespace rq::app
 {
@@ -14,6 +20,15 @@ png_image imageOf(const Picture &picture)
     image.height = png_uint_32(picture.height);
     image.format = PNG_FORMAT_RGB;
     return image;
+}
+
+bool writeTo(const std::string &path, const std::string &bytes)
+{
+    errno = 0;
+    std::ofstream file(path, std::ios::binary);
+    file.write(bytes.data(), std::streamsize(bytes.size()));
+    file.close();
+    return !file.fail();
 }
 }  // namespace
 
@@ -33,13 +48,27 @@ std::string encodePNG(const Picture &picture, std::string &error)
     return bytes;
 }
 
+bool writeWhole(const std::string &path, const std::string &bytes, std::string &error)
+{
+    std::error_code ignored;
+    const bool isPlain = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
+    // A link stays, and what it leads to is replaced.
+    const std::string linked = std::filesystem::canonical(path, ignored).string();
+    const std::string &whole = linked.empty() ? path : linked;
+    const std::string part = isPlain ? whole + ".part" + std::to_string(getpid()) : path;
+    const bool good = writeTo(part, bytes) && (!isPlain || std::rename(part.c_str(), whole.c_str()) == 0);
+    if (good)
+        return true;
+    error = std::string("cannot be written: ") + std::strerror(errno);
+    if (isPlain)
+        std::filesystem::remove(part, ignored);
+    return false;
+}
+
 bool writePNG(const std::string &path, const Picture &picture, std::string &error)
 {
-    png_image image = imageOf(picture);
-    if (png_image_write_to_file(&image, path.c_str(), 0, picture.pixels.data(), 0, nullptr))
-        return true;
-    error = image.message;
-    return false;
+    const std::string bytes = encodePNG(picture, error);
+    return !bytes.empty() && writeWhole(path, bytes, error);
 }
 
 bool readPNG(const std::string &path, Picture &picture, std::string &error)

@@ -1,14 +1,8 @@
 #include <apps/offline/Image.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <limits>
-
-#include <unistd.h>
 
 #include <apps/offline/Film.h>
 
@@ -21,15 +15,6 @@ float shoulder(float light)
 {
     constexpr float kKnee = 0.75f, kRoom = 1.0f - kKnee;
     return light <= kKnee ? std::max(light, 0.0f) : 1.0f - kRoom * std::exp((kKnee - light) / kRoom);
-}
-
-bool writeTo(const std::string &path, const std::string &bytes)
-{
-    errno = 0;
-    std::ofstream file(path, std::ios::binary);
-    file.write(bytes.data(), std::streamsize(bytes.size()));
-    file.close();
-    return !file.fail();
 }
 }  // namespace
 
@@ -62,19 +47,5 @@ double difference(const Picture &a, const Picture &b)
     for (size_t i = 0; i < a.pixels.size(); ++i)
         sum += std::pow((double(a.pixels[i]) - double(b.pixels[i])) / 255.0, 2.0);
     return std::sqrt(sum / double(std::max<size_t>(1, a.pixels.size())));
-}
-
-bool writeWhole(const std::string &path, const std::string &bytes, std::string &error)
-{
-    std::error_code ignored;
-    const bool isPlain = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-    const std::string part = isPlain ? path + ".part" + std::to_string(getpid()) : path;
-    const bool good = writeTo(part, bytes) && (!isPlain || std::rename(part.c_str(), path.c_str()) == 0);
-    if (good)
-        return true;
-    error = std::string("cannot be written: ") + std::strerror(errno);
-    if (isPlain)
-        std::filesystem::remove(part, ignored);
-    return false;
 }
 }  // namespace rq::offline

@@ -21,10 +21,6 @@ double difference(const Picture &a, const Picture &b);
 /// with the reason in `error` when that fails.
 std::string encodeEXR(const Film &film, std::string &error);
 
-/// Put bytes into a file, which takes the place of one of its name when it is complete.  What is no regular file, as a pipe,
-/// is written to as it is.  False with the reason in `error`.
-bool writeWhole(const std::string &path, const std::string &bytes, std::string &error);
-
 /// The sRGB transfer curve (IEC 61966-2-1) from linear light to a value for the screen, and back.
 float encodeSRGB(float light);
 float decodeSRGB(float value);

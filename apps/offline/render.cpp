@@ -45,7 +45,7 @@ ExitCode write(const offline::Film &film, const RenderOptions &options)
     std::string error;
     const bool isEXR = options.output.ends_with(".exr");
     const std::string bytes = isEXR ? encodeEXR(film, error) : encodePNG(screenPicture(film), error);
-    if (bytes.empty() || !offline::writeWhole(options.output, bytes, error))
+    if (bytes.empty() || !writeWhole(options.output, bytes, error))
         return fail(ExitFailure, options.output + ": " + error);
     return ExitDone;
 }

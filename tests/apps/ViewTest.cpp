@@ -11,6 +11,7 @@ TEST_F(Program, ViewDrawsWithoutADisplay)
     std::string error;
     if (!rq::viewport::GLContext::create(error))
         GTEST_SKIP() << error;
+    std::filesystem::create_symlink("/dev/full", testFolder() + "full.png");
     const struct
     {
         const char *arguments;
@@ -26,6 +27,7 @@ TEST_F(Program, ViewDrawsWithoutADisplay)
         {"view @mixed.obj --screenshot @no.png --size 200000x1", 3, "pixels"},
         {"view @broken.obj --screenshot @no.png", 2, "broken.obj:1:"},
         {"view @mixed.obj --screenshot @missing/no.png", 3, "missing/no.png"},
+        {"view @mixed.obj --screenshot @full.png", 3, "full.png: cannot be written: No space left"},
     };
     for (const auto &c : kCases)
     {
@@ -37,6 +39,7 @@ TEST_F(Program, ViewDrawsWithoutADisplay)
     for (const char *name : {"a.png", "b.png", "c.png"})
         EXPECT_EQ(contentOf(testFolder() + name).substr(1, 3), "PNG");
     EXPECT_FALSE(std::filesystem::exists(testFolder() + "no.png"));
+    EXPECT_TRUE(std::filesystem::exists(testFolder() + "full.png")) << "what cannot be written is not removed";
 }
 
 // A wall, red on its left and blue on its right, seen by both consumers.
