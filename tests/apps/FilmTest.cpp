@@ -93,9 +93,10 @@ TEST(Film, EXRFilesHoldEveryLayer)
     Settings settings;
     settings.ground = false;
     const auto film = picture(globe.mesh(), 4, settings);
-    const std::string path = testing::TempDir() + "rq_film_" + std::to_string(getpid()) + ".exr";
+    const OwnFolder own;
+    const std::string path = own.path() + "film.exr";
     std::string error;
-    ASSERT_TRUE(writeWhole(path, encodeEXR(*film, error), error)) << error;
+    ASSERT_TRUE(rq::app::writeWhole(path, encodeEXR(*film, error), error)) << error;
 
     Imf::InputFile file(path.c_str());
     const struct
@@ -131,7 +132,6 @@ TEST(Film, EXRFilesHoldEveryLayer)
             }
         EXPECT_GT(covered, kWidth);
     }
-    std::filesystem::remove(path);
 
     // The globe of radius 1 in the middle: its near side faces the camera.
     const Pixel &middle = film->at(kWidth / 2, kHeight / 2), &corner = film->at(0, 0);

@@ -5,9 +5,9 @@
 #include <string>
 
 #include <sys/wait.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
+
+#include <tests/OwnFolder.h>
 
 namespace tests
 {
@@ -17,8 +17,12 @@ inline std::string contentOf(const std::string &path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Tests of this program may run side by side.
-inline std::string testFolder() { return testing::TempDir() + "rq_program_test_" + std::to_string(getpid()) + "/"; }
+// The folder of this process.
+inline const std::string &testFolder()
+{
+    static const OwnFolder folder;
+    return folder.path();
+}
 
 /// What one run of the program gave.
 struct Outcome

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <thread>
 
 #include <sys/wait.h>
@@ -40,6 +41,22 @@ bool RunningProgram::isRunning()
         process_ = -1;
     }
     return process_ > 0;
+}
+
+void RunningProgram::send(int signal) const
+{
+    // Else it would go to everybody.
+    if (process_ > 0)
+        kill(process_, signal);
+}
+
+bool RunningProgram::catches(int signal) const
+{
+    std::ifstream status("/proc/" + std::to_string(process_) + "/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("SigCgt:"))
+            return std::stoull(line.substr(7), nullptr, 16) >> (signal - 1) & 1;
+    return false;
 }
 
 bool waitUntil(const std::function<bool()> &condition, double seconds)

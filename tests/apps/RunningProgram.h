@@ -19,6 +19,12 @@ public:
     RunningProgram &operator=(const RunningProgram &) = delete;
 
     bool isRunning();
+
+    void send(int signal) const;
+
+    /// Whether the program would take a signal by a function of its own.
+    bool catches(int signal) const;
+
     int exitCode() const { return exitCode_; }  ///< once it runs no more; -1 when it was killed
 
 private:
@@ -27,5 +33,5 @@ private:
 };
 
 /// Ask again and again until the answer is yes; false when it never is.
-bool waitUntil(const std::function<bool()> &condition, double seconds = 40.0);
+bool waitUntil(const std::function<bool()> &condition, double seconds = 120.0);
 }  // namespace tests

@@ -102,19 +102,25 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(int width, int height)
         return nullptr;
     // Windows come and go while they are looked at.
     XSetErrorHandler([](::Display *, XErrorEvent *) { return 0; });
+    std::unique_ptr<VirtualDisplay> display(new VirtualDisplay);
+    // Servers that start at the same time may want the same number; all but one of them end then.
+    for (int tries = 0; tries < 5 && !display->server_->connection; ++tries)
+        display->open(fmt::format("{}x{}x24", width, height));
+    return display->server_->connection ? std::move(display) : nullptr;
+}
+
+void VirtualDisplay::open(const std::string &screen)
+{
     int ends[2];
     if (pipe(ends) != 0)
-        return nullptr;
-    std::unique_ptr<VirtualDisplay> display(new VirtualDisplay);
-    const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-    display->server_->program = std::make_unique<RunningProgram>(
+        return;
+    server_->program = std::make_unique<RunningProgram>(
         std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
-        [] { dup2(open("/dev/null", O_WRONLY), STDERR_FILENO); });
+        [] { dup2(::open("/dev/null", O_WRONLY), STDERR_FILENO); });
     close(ends[1]);
-    display->name_ = fmt::format(":{}", readLine(ends[0]));
+    name_ = ":" + readLine(ends[0]);
     close(ends[0]);
-    display->server_->connection = XOpenDisplay(display->name_.c_str());
-    return display->server_->connection ? std::move(display) : nullptr;
+    server_->connection = XOpenDisplay(name_.c_str());
 }
 
 std::string VirtualDisplay::title() const
@@ -163,7 +169,7 @@ void VirtualDisplay::input(const std::string &words) const
 {
     XSetInputFocus(server_->connection, server_->window(), RevertToPointerRoot, CurrentTime);
     XSync(server_->connection, False);
-    if (std::system(("DISPLAY=" + name_ + " timeout 20 xdotool " + words).c_str()) != 0)
+    if (std::system(("DISPLAY=" + name_ + " timeout 60 xdotool " + words).c_str()) != 0)
         std::abort();
 }
 

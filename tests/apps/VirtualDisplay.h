@@ -61,6 +61,7 @@ public:
 private:
     struct Server;
     VirtualDisplay();
+    void open(const std::string &screen);
 
     std::unique_ptr<Server> server_;
     std::string name_;

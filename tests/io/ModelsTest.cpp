@@ -2,12 +2,12 @@
 
 #include <filesystem>
 
-#include <unistd.h>
-
 #include <host/mod/DetailHandle.h>
+#include <io/OBJWriter.h>
 #include <io/Reader.h>
 #include <io/Writer.h>
 #include <tests/DataReadme.h>
+#include <tests/OwnFolder.h>
 #include <tests/io/difference.h>
 
 using namespace rq::io;
@@ -104,7 +104,7 @@ TEST(Models, ComeBackFromEveryKindOfFile)
 {
     const std::vector<ModelFacts> models = meshModels();
     SKIP_WITHOUT_MODELS(models);
-    const std::string folder = testing::TempDir() + "rq_models_" + std::to_string(getpid());
+    const tests::OwnFolder own;
     int64_t compared = 0;
     for (const ModelFacts &model : models)
     {
@@ -117,13 +117,13 @@ TEST(Models, ComeBackFromEveryKindOfFile)
             SCOPED_TRACE(model.name + ending);
             MOD_DetailHandle again;
             Messages writing;
-            ASSERT_TRUE(save(folder + ending, detail.read(), writing)) << writing.toString();
-            ASSERT_TRUE(load(folder + ending, again, writing, true)) << writing.toString();
+            const std::string path = own.path() + "model" + ending;
+            ASSERT_TRUE(save(path, detail.read(), writing)) << writing.toString();
+            ASSERT_TRUE(load(path, again, writing, true)) << writing.toString();
             const std::string differs = tests::difference(*detail.read().readLock(), *again.read().readLock());
             EXPECT_TRUE(differs.empty() || (ending == ".obj" && writing.warnings() > 0)) << differs;
             compared += differs.empty();
-            std::filesystem::remove(folder + ending);
-            std::filesystem::remove(folder + ".mtl");
+            std::filesystem::remove(materialFileOf(path));
         }
     }
     EXPECT_GT(compared, std::ssize(models) * 2);

@@ -6,12 +6,12 @@
 #include <map>
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <host/bas/Parallel.h>
 #include <host/mod/DetailHandle.h>
 #include <io/OBJReader.h>
 #include <io/Reader.h>
+#include <tests/OwnFolder.h>
 #include <tests/io/Dump.h>
 
 using namespace rq::io;
@@ -235,8 +235,8 @@ const struct
 
 TEST(OBJ, ReadsMaterialFilesBesideTheFile)
 {
-    const std::string folder = testing::TempDir() + "rq_mtl_" + std::to_string(getpid()) + '/';
-    std::filesystem::create_directory(folder);
+    const tests::OwnFolder own;
+    const std::string &folder = own.path();
     for (const auto &c : kMaterialCases)
     {
         SCOPED_TRACE(c.what);
@@ -254,7 +254,6 @@ TEST(OBJ, ReadsMaterialFilesBesideTheFile)
          {std::pair(folder + "x.obj", "rq b.mtl"), {folder + "x.obj", "b.mtl rq"}, {"<stdin>", "a"}})
         EXPECT_NE(Loaded(std::string("mtllib ") + lines + "\nv 0 0 0", name).messages.toString().find("a material file"),
                   std::string::npos);
-    std::filesystem::remove_all(folder);
 }
 
 // A file of several blocks, with relative numbers, groups, and continued lines wherever a block may be cut.

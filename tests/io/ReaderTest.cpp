@@ -13,6 +13,7 @@
 #include <io/Reader.h>
 #include <io/STLReader.h>
 #include <io/XYZReader.h>
+#include <tests/OwnFolder.h>
 
 using namespace rq::io;
 
@@ -119,14 +120,14 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
                                                           {"rq_j.stl", "# x\n\nv 0 0 0\n"},
                                                           {"rq_k.XYZ", "0 0 0\n"},
                                                           {"rq_l", "# x\n1 1 0 0 0 .5 -1\n2 3 1 0 0 1 1"}};
+    const tests::OwnFolder own;
     for (const auto &[name, text] : cases)
     {
-        const std::string path = testing::TempDir() + name;
+        const std::string path = own.path() + name;
         std::ofstream(path, std::ios::binary) << text;
         MOD_DetailHandle detail;
         Messages messages;
         EXPECT_TRUE(load(path, detail, messages)) << messages.toString();
-        std::filesystem::remove(path);
     }
     MOD_DetailHandle detail;
     Messages messages;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -110,8 +111,10 @@ TEST(SmallBlocks, ManyThreadsNeverShareABlock)
             BAS_SmallBlocks::release(other, kBytes);
         }
     };
+    // More than there are processors, but no more than any machine grants.
+    const int64_t count = std::clamp<int64_t>(4 * int64_t(std::thread::hardware_concurrency()), 8, 64);
     std::vector<std::thread> threads;
-    for (int64_t number = 0; number < 4 * int64_t(std::thread::hardware_concurrency()); ++number)
+    for (int64_t number = 0; number < count; ++number)
         threads.emplace_back(work, number);
     for (std::thread &thread : threads)
         thread.join();
