@@ -30,6 +30,8 @@ Interruption::~Interruption()
 bool Interruption::update(const char *label, double fraction)
 {
     const bool stopped = before_ && before_->update(label, fraction);
-    return stopped || asked != 0;
+    return stopped || isAsked();
 }
+
+bool Interruption::isAsked() const { return asked != 0; }
 }  // namespace rq::app

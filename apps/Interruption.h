@@ -17,6 +17,9 @@ public:
 
     bool update(const char *label, double fraction) override;
 
+    /// Whether Ctrl-C came.
+    bool isAsked() const;
+
 private:
     BAS_ProgressHandler *before_;
 };

@@ -88,8 +88,9 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     const Interruption interruption;
     RefinedFile refined;
     RQ_PrimitiveHandle whole;
+    const auto failInterrupted = [&options] { return fail(ExitFailure, options.output + ": interrupted"); };
     if (const ExitCode code = readScene(options, refined, whole); code != ExitDone)
-        return code;
+        return interruption.isAsked() ? failInterrupted() : code;
     refinePrimitive(*whole, common, parms, refined);
 
     offline::View view = viewOf(options);
@@ -100,6 +101,8 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
         scene.add(entry.primitive);
     }
     scene.commit(options.up == "y" ? offline::UpAxis::Y : options.up == "z" ? offline::UpAxis::Z : offline::UpAxis::Auto);
+    if (interruption.isAsked())
+        return failInterrupted();
     complain(scene, refined.file);
     if (scene.outline().points().empty())
         return fail(ExitFailure, refined.file + ": there is nothing to draw");
@@ -108,7 +111,7 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     const offline::Camera camera(scene.outline().points(), aspect, view, scene.fromFile());
     const std::unique_ptr<offline::Film> film = offline::render(scene, camera, settings);
     if (!film)
-        return fail(ExitFailure, options.output + ": interrupted");
+        return failInterrupted();
     if (const ExitCode code = write(*film, options); code != ExitDone)
         return code;
     return options.compare.empty() ? ExitDone : compare(*film, options, reference);

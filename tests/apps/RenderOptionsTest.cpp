@@ -1,8 +1,14 @@
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <fmt/format.h>
 
 #include <apps/viewport/GLContext.h>
 #include <tests/apps/Picture.h>
 #include <tests/apps/Program.h>
+#include <tests/apps/RunningProgram.h>
 
 using namespace tests;
 
@@ -114,11 +120,15 @@ TEST_F(Program, ShowsTheScenesOfTheGallery)
 
 TEST_F(Program, LeavesNoHalfPictureWhenInterrupted)
 {
-    // In the foreground, since a signal to the whole group would come twice, and the second one ends the program at once.
-    const Outcome run("--version; timeout --foreground -s INT 2 " RQ_PROGRAM
-                      " render @tri.obj -o @slow.png --size 4000x4000 --samples 4096 2>@log");
-    const std::string log = contentOf(testFolder() + "log");
-    EXPECT_NE(log.find("slow.png: interrupted"), std::string::npos) << log;
+    const std::string log = testFolder() + "log";
+    RunningProgram program({RQ_PROGRAM, "render", testFolder() + "tri.obj", "-o", testFolder() + "slow.png", "--size",
+                            "4000x4000", "--samples", "4096"},
+                           [&log] { dup2(open(log.c_str(), O_WRONLY | O_CREAT, 0666), STDERR_FILENO); });
+    ASSERT_TRUE(waitUntil([&] { return program.catches(SIGINT) || !program.isRunning(); }));
+    program.send(SIGINT);
+    ASSERT_TRUE(waitUntil([&] { return !program.isRunning(); }));
+    EXPECT_EQ(program.exitCode(), 3);
+    EXPECT_NE(contentOf(log).find("slow.png: interrupted"), std::string::npos) << contentOf(log);
     for (const auto &entry : std::filesystem::directory_iterator(testFolder()))
         EXPECT_EQ(entry.path().filename().string().find("slow"), std::string::npos) << entry.path();
 }
