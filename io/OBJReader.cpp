@@ -14,8 +14,6 @@ namespace rq::io
 {
 namespace
 {
-constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-
 // UTF-16 begins with its byte order mark.
 bool isWideText(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
 
@@ -45,7 +43,6 @@ bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
 bool isOBJ(std::string_view text)
 {
     constexpr std::string_view kWords[] = {"v", "vt", "vn", "f", "l", "g", "o", "s", "usemtl", "mtllib"};
-    text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     Scanner scanner(text);
     while (!scanner.toWord() && !scanner.atEnd())
         scanner.toNextLine();
@@ -54,8 +51,6 @@ bool isOBJ(std::string_view text)
 
 bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &detail, Messages &messages)
 {
-    // Columns count from the first character.
-    text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     try
     {
         return read({text, name}, detail, messages);

@@ -42,6 +42,13 @@ const Format kFormats[] = {
     {".pts", copied<readXYZ>, nullptr}, {".swc", copied<readSWC>, isSWC},
 };
 
+// Some editors put a byte order mark in front of texts.  Columns count from the first character behind it.
+std::string_view withoutMark(std::string_view text)
+{
+    constexpr std::string_view kMark = "\xef\xbb\xbf";
+    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
+}
+
 // What a file is follows from how it begins, and only then from its name.
 const Format *findFormat(std::string_view text, const std::string &path)
 {
@@ -60,8 +67,9 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages,
     const auto file = std::make_shared<FileText>();
     if (!file->open(path, messages))
         return false;
-    if (const Format *format = findFormat(file->text(), path))
-        return format->read(file->text(), file->name(), detail, messages, inPlace ? file : nullptr);
+    const std::string_view text = withoutMark(file->text());
+    if (const Format *format = findFormat(text, path))
+        return format->read(text, file->name(), detail, messages, inPlace ? file : nullptr);
     return messages.fail(path, {}, expectEnding(kFormats));
 }
 }  // namespace rq::io

@@ -21,12 +21,16 @@ bool isSpelled(std::string_view word, std::string_view spelling)
                       [](char a, char b) { return a == b || (a >= 'A' && a <= 'Z' && a + 32 == b); });
 }
 
-// What a number is that the type cannot hold: its exponent tells, or else whether it has digits before the point.
+// What a number is that the type cannot hold: far above 1 or far below, as the place of its first digit and its exponent
+// tell together.
 template <class Real> Real outOfRange(std::string_view number)
 {
-    const size_t exponent = number.find_first_of("eE");
-    const bool small =
-        exponent != number.npos ? number[exponent + 1] == '-' : number[number.find_first_not_of("+-0")] == '.';
+    const size_t end = std::min(number.find_first_of("eE"), number.size());
+    const auto point = int64_t(std::min(number.find('.'), end)), first = int64_t(number.find_first_of("123456789"));
+    int64_t exponent = 0;
+    if (end < number.size())
+        Scanner(number.substr(end + 1)).integer(exponent);
+    const bool small = exponent < first - point;
     return std::copysign(small ? Real(0) : std::numeric_limits<Real>::infinity(), number[0] == '-' ? Real(-1) : Real(1));
 }
 
@@ -86,12 +90,15 @@ bool Scanner::integer(int64_t &value)
     const char *p = at_;
     const bool negative = p != end_ && *p == '-';
     p += negative || (p != end_ && *p == '+');
+    const char *first = p;
+    while (p != end_ && *p == '0')
+        ++p;
     const char *digits = p;
     // 18 digits fit; what is longer is out of anyone's range.
     uint64_t sum = 0;
     for (; p != end_ && isDigit(*p); ++p)
         sum = p - digits < 18 ? 10 * sum + uint64_t(*p - '0') : uint64_t(std::numeric_limits<int64_t>::max());
-    if (p == digits)
+    if (p == first)
         return false;
     value = negative ? -int64_t(sum) : int64_t(sum);
     at_ = p;

@@ -95,7 +95,6 @@ const struct
      "4 points, f 0 1 2, f 3 2 0"},
     {"points after the face that uses them", "f 1 2 3\n" + kPoints, "4 points, f 0 1 2"},
     {"continued lines", "v 0 \\\n0 0\nv 1 0 0\\\r\n\r\nv 0 1 0\nf \\\n1 \\\r\n2\\\n 3", "3 points, f 0 1 2"},
-    {"byte order mark", "\xef\xbb\xbfv 0 0 0\np 1", "1 points, p 0"},
     {"weights, colours and both", "v 0 0 0 1\nv 0 0 0 1 1 1\nv 0 0 0 1 1 1 1\np 3", "3 points, p 2"},
     {"slashes that nothing follows", kPoints + "f 1/ 2// 3/", "4 points, f 0 1 2"},
     {"tags of subdivision surfaces", kPoints + "f 1 2 3\nt crease 2/1/0 0 1 5.0\nt interpolateboundary 1/0/0 1",

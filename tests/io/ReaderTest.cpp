@@ -119,6 +119,9 @@ TEST(Reader, TellsFilesByTheirContentThenByTheirNames)
                                                           {"rq_i.ply", "{\"asset\": {\"version\": \"2.0\"}}"},
                                                           {"rq_j.stl", "# x\n\nv 0 0 0\n"},
                                                           {"rq_k.XYZ", "0 0 0\n"},
+                                                          {"rq_m", "\xef\xbb\xbfv 0 0 0"},
+                                                          {"rq_n", "\xef\xbb\xbf{\"rqg\": 1}"},
+                                                          {"rq_o.pts", "\xef\xbb\xbf 0 0 0"},
                                                           {"rq_l", "# x\n1 1 0 0 0 .5 -1\n2 3 1 0 0 1 1"}};
     const tests::OwnFolder own;
     for (const auto &[name, text] : cases)

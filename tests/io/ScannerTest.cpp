@@ -57,12 +57,21 @@ const std::pair<const char *, float> kNumbers[] = {
     {"1e+002", 100.0f},
     {"3.4028235e38", 3.4028235e38f},
     {"-1e-400", -0.0f},
+    {"0e99999999999999999999", 0.0f},
+    {"0.0000000000000000000000000000000000000000000000000000000000001e10", 0.0f},
     {"1.17549435e-38", 1.17549435e-38f},
     {"000000000000000000000000000000001.5", 1.5f},
 };
 
-constexpr const char *kInfinities[] = {"inf",     "+inf",   "-Infinity", "1.#INF",
-                                       "-1.#inf", "3.5e38", "-1e400",    "1e99999999999999999999"};
+constexpr const char *kInfinities[] = {"inf",
+                                       "+inf",
+                                       "-Infinity",
+                                       "1.#INF",
+                                       "-1.#inf",
+                                       "3.5e38",
+                                       "-1e400",
+                                       "1e99999999999999999999",
+                                       "1000000000000000000000000000000000000000000000000000000000000e-10"};
 
 constexpr const char *kNotANumber[] = {"nan", "-NaN", "+nan", "nan(12)", "1.#QNAN", "-1.#IND"};
 
@@ -114,7 +123,7 @@ TEST(Scanner, ReadsIntegersOfAnyLength)
 {
     const std::string huge = "99999999999999999999";
     const std::pair<std::string, int64_t> cases[] = {
-        {"0", 0}, {"-7", -7}, {"+7", 7}, {"007", 7}, {huge, INT64_MAX}, {"-" + huge, -INT64_MAX},
+        {"0", 0}, {"-7", -7}, {"+7", 7}, {"0000000000000000000000007", 7}, {huge, INT64_MAX}, {"-" + huge, -INT64_MAX},
     };
     for (const auto &[text, expected] : cases)
     {
