@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 
+#include <apps/nameDiagnostics.h>
 #include <apps/preparedMesh.h>
 #include <apps/refineShared.h>
 #include <io/Reader.h>
@@ -49,6 +50,7 @@ void refinePrimitive(const RQ_Primitive &primitive, const CommonOptions &options
                      RefinedFile &refined)
 {
     const auto start = std::chrono::steady_clock::now();
+    nameDiagnostics(refined.file);
     open(primitive, 0, options, parms, refined);
     refined.refineSeconds = secondsSince(start);
 }

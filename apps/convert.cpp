@@ -4,6 +4,7 @@
 
 #include <apps/TerminalProgress.h>
 #include <apps/exchangeShapes.h>
+#include <apps/nameDiagnostics.h>
 #include <host/mod/DetailHandle.h>
 #include <io/Reader.h>
 #include <io/Writer.h>
@@ -18,6 +19,7 @@ ExitCode convert(const CommonOptions &common, const ConvertOptions &options, io:
     if (!io::canSave(options.output, messages, form))
         return ExitUsage;
     const TerminalProgress progress;
+    nameDiagnostics(options.input);
     MOD_DetailHandle detail;
     if (!io::load(options.input, detail, messages, true))
         return ExitBadInput;

@@ -39,6 +39,9 @@ public:
     /// Take in the range of a primitive's values, where that matters.
     void add(const RQ_Primitive &primitive);
 
+    /// Whether there are values to show of the attribute that was asked for, if one was.
+    bool hasValues() const { return shade_ != Look::Attribute || !range_.isEmpty(); }
+
     /// Whether edges are drawn; only then must drawables look for them.
     bool showsEdges() const { return shade_ == Look::Wires; }
 

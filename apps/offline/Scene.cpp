@@ -31,6 +31,8 @@ void Scene::commit(UpAxis up)
     in_ = out_.inverse();
     outline_ = Outline(out_);
     whole_->addTo(outline_);
+    if (!palette_.hasValues())
+        stage_.complaints.push_back("nothing has an attribute \"" + look_.attribute + "\" of finite numbers");
 }
 
 bool Scene::intersect(const Ray &ray, Hit &hit) const

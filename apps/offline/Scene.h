@@ -42,8 +42,8 @@ public:
     /// The primitives that no kind of the above came out of.
     int64_t notDrawn() const { return stage_.notDrawn; }
 
-    /// What is wrong with subdivision meshes, those that have no surface being drawn as their cages; and that volumes are
-    /// not drawn at all.
+    /// What is wrong with subdivision meshes, those that have no surface being drawn as their cages; that volumes are not
+    /// drawn at all; and that nothing has the attribute that is to be shown.
     const std::vector<std::string> &complaints() const { return stage_.complaints; }
 
     /// How many bytes of the primitives' own memory rays search in place, those behind instances counted once.

@@ -1,5 +1,6 @@
 #include <apps/viewport/view.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -9,6 +10,7 @@
 #include <apps/TerminalProgress.h>
 #include <apps/preparedMesh.h>
 #include <apps/readSize.h>
+#include <apps/viewport/Colouring.h>
 #include <apps/viewport/GLContext.h>
 #include <apps/viewport/Target.h>
 #include <apps/viewport/window/runWindow.h>
@@ -56,6 +58,14 @@ void printStatistics(const DisplayStatistics &statistics, double seconds)
                statistics.uploadedBytes, statistics.buffersRefreshed, statistics.copiedBytes, seconds);
 }
 
+void warnOfColour(const Scene &scene, const ColourSource &colour, const ViewOptions &options)
+{
+    const auto isColoured = [&colour](const Item &item) { return colourOf(item, colour).mode != ColourMode::Plain; };
+    if (colour.by == ColourBy::Attribute && std::ranges::none_of(scene.items(), isColoured))
+        fmt::print(stderr, "{}: warning: nothing has an attribute \"{}\" that can be shown\n", options.files.front(),
+                   options.colour);
+}
+
 // Without a display, in a picture's memory.
 ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const ViewOptions &options, int width, int height)
 {
@@ -73,6 +83,7 @@ ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const 
     Picture picture = target->read();
     if (options.statistics)
         printStatistics(display->statistics(), secondsSince(start));
+    warnOfColour(*scene, style.colour, options);
     drawLegend(picture, display->legend());
     return writePNG(options.screenshot, picture, error) ? ExitDone : fail(ExitFailure, options.screenshot + ": " + error);
 }
@@ -81,6 +92,7 @@ ExitCode takeScreenshot(const SceneHandle &scene, const DrawStyle &style, const 
 ExitCode makeScene(const CommonOptions &common, const ViewOptions &options, const RQ_RefineParms &parms,
                    const Preparation &preparation, SceneHandle &scene)
 {
+    const TerminalProgress progress;
     std::vector<Shown> shown;
     double loading = 0.0, refining = 0.0;
     for (const std::string &file : options.files)
@@ -94,7 +106,6 @@ ExitCode makeScene(const CommonOptions &common, const ViewOptions &options, cons
             shown.push_back({entry.primitive, BAS_Mat4d()});
     }
     const std::string &name = options.files.front();
-    const TerminalProgress progress;
     const auto start = std::chrono::steady_clock::now();
     scene = Scene::make(shown, preparation, &parms);
     if (!scene)

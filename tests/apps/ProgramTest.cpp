@@ -64,6 +64,8 @@ const ExitCase kExitCases[] = {
     {"render @broken.obj -o @x.png", 2, "", "broken.obj:1:6: error:"},
     {"render /dev/null -o @x.png", 2, "", "expected a file whose name ends with .ply"},
     {"render - -o @x.png < /dev/null", 3, "", "<stdin>: there is nothing to draw"},
+    {"render @tri.obj -o @x.png --size 8x8 --shade attribute:height", 0, "",
+     "tri.obj: warning: nothing has an attribute \"height\" of finite numbers"},
     {"render @tri.obj -o @nowhere/x.png --size 8x8", 3, "", "nowhere/x.png: "},
     {"info --json @tri.obj > /dev/full", 3, "", "standard output"},
     {"info @tri.obj > /dev/full", 3, "", "standard output"},

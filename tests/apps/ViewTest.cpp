@@ -21,6 +21,7 @@ TEST_F(Program, ViewDrawsWithoutADisplay)
         {"view @mixed.obj --screenshot @a.png --size 64x48 --wire --points --normals --azimuth 90", 0, ""},
         {"view @mixed.obj --screenshot @b.png --size 64x48 --colour uniform:material --statistics", 0, "2 triangles"},
         {"view @mixed.obj --screenshot @c.png --subdivide 1 --no-faces --wire --shading flat", 0, ""},
+        {"view @mixed.obj --screenshot @d.png --colour height", 0, "nothing has an attribute \"height\""},
         {"view @mixed.obj --screenshot @no.png --size 64", 1, "expected WIDTHxHEIGHT"},
         {"view @mixed.obj --screenshot @no.png --colour odd:Cd", 1, "expected vertex, point, uniform or detail"},
         {"view @mixed.obj --screenshot @no.png --colour P.x", 1, "component's number"},
