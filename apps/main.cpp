@@ -4,6 +4,7 @@
 #include <apps/CommandLine.h>
 #include <apps/optionTexts.h>
 #include <host/bas/Parallel.h>
+#include <io/DetailFiles.h>
 
 namespace
 {
@@ -51,6 +52,7 @@ int main(int argc, char **argv)
     std::optional<BAS_Threads::Limit> limit;
     if (line.common.threads > 0)
         limit.emplace(line.common.threads);
+    rq::io::registerDetailFiles();
     try
     {
         return run(line);

@@ -72,4 +72,15 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages,
         return format->read(text, file->name(), detail, messages, inPlace ? file : nullptr);
     return messages.fail(path, {}, expectEnding(kFormats));
 }
+
+const std::vector<std::string> &loadEndings()
+{
+    static const std::vector<std::string> endings = [] {
+        std::vector<std::string> all;
+        for (const Format &format : kFormats)
+            all.emplace_back(format.ending);
+        return all;
+    }();
+    return endings;
+}
 }  // namespace rq::io

@@ -56,6 +56,9 @@ const ExitCase kExitCases[] = {
     {"info @x.rqg", 0, "RQ_PrimTetMesh (TetMesh): 1 cells, 4 vertices, 4 points", nullptr},
     {"convert @x.rqg - --to ply --ascii", 0, "element face 10", nullptr},
     {"render @x.rqg -o @x.png --size 8x8 --samples 1", 0, "", nullptr},
+    {"convert @disk.rqg.json - --to obj", 0, "f 1 2 3", nullptr},
+    {"info @lost.rqg.json", 0, "Packed Disk", "lost.rqg.json: warning: packed geometry is missing: "},
+    {"convert @a.rqg.json @y.obj", 0, "", "a.rqg.json\" places itself"},
     {"--man", 0, ".TH RQ 1", nullptr},
     {"--completion tcsh", 1, "", "--completion"},
     {"info @x.rqg @x.rqg.json @x.obj", 0, "floor", nullptr},
@@ -73,6 +76,17 @@ const ExitCase kExitCases[] = {
 
 TEST_F(Program, AnswersWithCodesAndOnTheRightStream)
 {
+    // Scenes that place a file twice, once as a sheet of nearly no thickness; two of them place each other.
+    for (const auto &[name, placed] : {std::pair("disk", "tri.obj"),
+                                       {"a", "b.rqg.json"},
+                                       {"b", "a.rqg.json"},
+                                       {"lost", "none.obj"},
+                                       {"flat", "cells.rqg.json"}})
+        std::ofstream(testFolder() + name + ".rqg.json")
+            << R"({"rqg": 1, "primitives": [{"type": "PackedDisk", "points": [0, 1], "payload": {"path": ")" << testFolder()
+            << placed << R"("}}], "attributes": {"point": [{"name": "P", "size": 3, "storage": "real32",)"
+            << R"("values": [0,0,0, 2,0,0]}], "primitive": [{"name": "transform", "scope": "private", "size": 9,)"
+            << R"("storage": "real64", "values": [1,0,0, 0,1,0, 0,0,1, 1e-25,0,0, 0,1,0, 0,0,1]}]}})";
     for (const ExitCase &c : kExitCases)
     {
         SCOPED_TRACE(c.arguments);
