@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <numeric>
 #include <string_view>
 
@@ -71,7 +72,7 @@ struct ValueReader
     const char *operator()(double) const
     {
         double parsed;
-        return parseNumber(text, parsed) ? (value = parsed, nullptr) : "a number";
+        return parseNumber(text, parsed) && std::isfinite(parsed) ? (value = parsed, nullptr) : "a number";
     }
     const char *operator()(const BAS_StringHolder &) const { return value = BAS_StringHolder(text), nullptr; }
     template <class Array> const char *operator()(const std::vector<Array> &) const { return "an option of a single value"; }

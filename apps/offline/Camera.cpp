@@ -38,6 +38,15 @@ void View::merge(const View &other)
     take(fov, other.fov);
 }
 
+bool View::isWithinReach(const Affine &fromFile) const
+{
+    constexpr double kReach = 1e15;
+    const auto isNear = [&fromFile](const std::optional<BAS_Vec3d> &place) {
+        return !place || fromFile.point(*place).length() <= kReach;
+    };
+    return isNear(eye) && isNear(look);
+}
+
 Camera::Camera(std::span<const BAS_Vec3f> points, float aspect, const View &view, const Affine &fromFile)
 {
     if (points.empty())

@@ -18,6 +18,9 @@ struct View
 
     /// What `other` knows and this does not.
     void merge(const View &other);
+
+    /// Whether rays can be told apart where it stands and looks, when `fromFile` makes the scene's radius 1.
+    bool isWithinReach(const Affine &fromFile) const;
 };
 
 /// A perspective camera.  The y axis points up.

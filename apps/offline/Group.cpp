@@ -26,6 +26,15 @@ constexpr double kCuspAngle = 60.0;
 // Refinement that goes on for longer does not end.
 constexpr int kDeepest = 32;
 
+// Embree ends the program over a ray that is not finite, or lies farther away.  Placements make such rays.
+bool canBeFollowed(const RTCRay &ray)
+{
+    constexpr float kFar = 1e18f;
+    const float reach = std::abs(ray.org_x) + std::abs(ray.org_y) + std::abs(ray.org_z) + std::abs(ray.dir_x) +
+                        std::abs(ray.dir_y) + std::abs(ray.dir_z);
+    return reach <= kFar && ray.tnear <= ray.tfar;
+}
+
 bool hasPositions(const RQ_Primitive &primitive, RQ_Owner owner)
 {
     const RQ_AttributeListHandle &list = primitive.getAttributeList(owner);
@@ -210,9 +219,17 @@ BAS_BoundingBox Group::bounds() const
     return box;
 }
 
-void Group::intersect(RTCRayHit &ray, Search &search) const { rtcIntersect1(scene_.get(), &search, &ray); }
+void Group::intersect(RTCRayHit &ray, Search &search) const
+{
+    if (canBeFollowed(ray.ray))
+        rtcIntersect1(scene_.get(), &search, &ray);
+}
 
-void Group::occluded(RTCRay &ray, Search &search) const { rtcOccluded1(scene_.get(), &search, &ray); }
+void Group::occluded(RTCRay &ray, Search &search) const
+{
+    if (canBeFollowed(ray))
+        rtcOccluded1(scene_.get(), &search, &ray);
+}
 
 int64_t Group::sharedBytes() const
 {

@@ -106,6 +106,8 @@ ExitCode runRender(const CommonOptions &common, const RenderOptions &options)
     complain(scene, refined.file);
     if (scene.outline().points().empty())
         return fail(ExitFailure, refined.file + ": there is nothing to draw");
+    if (!view.isWithinReach(scene.fromFile()))
+        return fail(ExitFailure, refined.file + ": the camera stands or looks too far away");
 
     const float aspect = float(settings.width) / float(settings.height);
     const offline::Camera camera(scene.outline().points(), aspect, view, scene.fromFile());

@@ -1,5 +1,4 @@
-#include <CLI/CLI.hpp>
-
+#include <apps/between.h>
 #include <apps/offline/render.h>
 
 namespace rq::app
@@ -20,7 +19,7 @@ void addPicture(CLI::App &command, RenderOptions &options)
         .add_option("--adaptive", options.adaptive,
                     "Spend no more paths on a pixel that is known this well, of 1 for black to white; 0.01 is good")
         ->type_name("NOISE")
-        ->check(CLI::Range(0.0001, 1.0));
+        ->check(between(0.0001, 1.0));
     command
         .add_option("--shade", options.shade,
                     "What surfaces show: beauty, wire, normals, uv, primitive, or attribute:NAME for any attribute")
@@ -31,7 +30,7 @@ void addPicture(CLI::App &command, RenderOptions &options)
         ->type_name("PNG");
     command.add_option("--tolerance", options.tolerance, "How far off it may be, of 1 for black to white")
         ->type_name("T")
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(between(0.0, 1.0))
         ->capture_default_str();
 }
 
@@ -42,13 +41,13 @@ void addCamera(CLI::App &command, RenderOptions &options)
         ->capture_default_str();
     command.add_option("--azimuth", options.azimuth, "Turn the camera around the object, from the front to the right")
         ->type_name("DEGREES")
-        ->check(CLI::Range(-36000.0, 36000.0));
+        ->check(between(-36000.0, 36000.0));
     command.add_option("--elevation", options.elevation, "Raise the camera above the horizon")
         ->type_name("DEGREES")
-        ->check(CLI::Range(-90.0, 90.0));
+        ->check(between(-90.0, 90.0));
     command.add_option("--fov", options.fov, "Angle of view over the smaller side of the picture")
         ->type_name("DEGREES")
-        ->check(CLI::Range(0.1, 170.0));
+        ->check(between(0.1, 170.0));
     command.add_option("--eye", options.eye, "Where the camera stands, instead of where all is seen")
         ->type_name("X,Y,Z")
         ->delimiter(',')

@@ -1,5 +1,4 @@
-#include <CLI/CLI.hpp>
-
+#include <apps/between.h>
 #include <apps/viewport/view.h>
 
 namespace rq::app
@@ -10,14 +9,15 @@ void addLookOptions(CLI::App &command, ViewOptions &options)
 {
     command.add_option("--azimuth", options.azimuth, "Where the camera stands around the object, in degrees")
         ->type_name("DEG")
+        ->check(between(-36000.0, 36000.0))
         ->capture_default_str();
     command.add_option("--elevation", options.elevation, "How high it stands, in degrees")
         ->type_name("DEG")
-        ->check(CLI::Range(-90.0, 90.0))
+        ->check(between(-90.0, 90.0))
         ->capture_default_str();
     command.add_option("--zoom", options.zoom, "How much closer than where all is seen")
         ->type_name("FACTOR")
-        ->check(CLI::Range(1e-3, 1e3))
+        ->check(between(1e-3, 1e3))
         ->capture_default_str();
     command.add_option("--up", options.up, "Axis that points up; auto takes z for what lies flat in x and y")
         ->check(CLI::IsMember({"auto", "y", "z"}))
@@ -39,7 +39,7 @@ void addStyleOptions(CLI::App &command, ViewOptions &options)
         ->capture_default_str();
     command
         .add_option("--colour", options.colour,
-                    "Colour by an attribute, as in height, point:v.1 or uniform:material; by facesets; or none")
+                    "Colour by an attribute, as in height, point:v.1 or uniform:id; or by material, facesets or none")
         ->type_name("NAME");
     command.add_option("--map", options.map, "Colours that numbers become")
         ->check(CLI::IsMember({"heat", "spectrum", "diverging", "grey"}))

@@ -28,6 +28,7 @@ TEST_F(Program, RefusesOptionsThatHaveNoMeaning)
         {"-o @x.png --elevation 91", "--elevation"},
         {"-o @x.png --azimuth left", "--azimuth"},
         {"-o @x.png --fov 0", "--fov"},
+        {"-o @x.png --fov nan", "--fov"},
         {"-o @x.png --eye 1,2", "--eye"},
         {"-o @x.png --look 1,2,z", "--look"},
         {"-o @x.png --motion 1", "--motion"},
