@@ -147,6 +147,8 @@ FileFacts gatherFacts(const RefinedFile &refined, const BAS_CopyCounter::Totals 
         facts.copied[cause] -= before[cause];
     facts.loadSeconds = refined.loadSeconds;
     facts.refineSeconds = refined.refineSeconds;
+    for (size_t category = 0; category < facts.held.size(); ++category)
+        facts.held[category] = BAS_MemoryTracker::current(BAS_MemoryCategory(category));
     return facts;
 }
 }  // namespace rq::app

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include <apps/RefinedFile.h>
 #include <host/bas/BoundingBox.h>
 #include <host/bas/CopyCounter.h>
+#include <host/bas/MemoryTracker.h>
 
 namespace rq::app
 {
@@ -73,6 +75,7 @@ struct FileFacts
     BAS_CopyCounter::Totals copied{};  ///< bytes by cause, from before the refinement to after the measures
     double loadSeconds = 0;
     double refineSeconds = 0;
+    std::array<int64_t, BAS_MEMORY_CATEGORIES> held{};  ///< bytes in use after that, by category
 };
 
 /// Find out about a file.  `before` is what was copied before the file was loaded.

@@ -142,6 +142,11 @@ void writeFile(BAS_JSONWriter &json, const FileFacts &facts)
     json.writeKeyReal("load", facts.loadSeconds);
     json.writeKeyReal("refine", facts.refineSeconds);
     json.endMap();
+    json.key("held");
+    json.beginMap();
+    for (size_t category = 0; category < facts.held.size(); ++category)
+        json.writeKeyInt(BAS_MemoryTracker::name(BAS_MemoryCategory(category)), facts.held[category]);
+    json.endMap();
     json.endMap();
 }
 }  // namespace

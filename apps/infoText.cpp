@@ -69,12 +69,13 @@ std::string describe(const PrimitiveFacts &primitive)
     return text;
 }
 
-std::string describeCopies(const BAS_CopyCounter::Totals &copied)
+// The sum of bytes, and of what they are.
+template <size_t count>
+std::string describe(const char *what, const std::array<int64_t, count> &bytes, const char *(*nameOf)(size_t))
 {
-    std::string text =
-        fmt::format("  copied: {} bytes of attribute values", std::accumulate(copied.begin(), copied.end(), int64_t(0)));
-    for (size_t cause = 0; cause < copied.size(); ++cause)
-        text += fmt::format("{}{} {}", cause == 0 ? " (" : ", ", BAS_CopyCounter::name(BAS_CopyCause(cause)), copied[cause]);
+    std::string text = fmt::format(fmt::runtime(what), std::accumulate(bytes.begin(), bytes.end(), int64_t(0)));
+    for (size_t i = 0; i < count; ++i)
+        text += fmt::format("{}{} {}", i == 0 ? " (" : ", ", nameOf(i), bytes[i]);
     return text + ")\n";
 }
 }  // namespace
@@ -87,8 +88,11 @@ void printText(const FileFacts &facts, FILE *stream)
         text += describe(facts.primitives[i]);
     if (shown < facts.primitives.size())
         text += fmt::format("  and {} primitives more\n", facts.primitives.size() - shown);
-    text += describeCopies(facts.copied);
+    text += describe("  copied: {} bytes of attribute values", facts.copied,
+                     [](size_t cause) { return BAS_CopyCounter::name(BAS_CopyCause(cause)); });
     text += fmt::format("  seconds: load {:.3f}, refine {:.3f}\n", facts.loadSeconds, facts.refineSeconds);
+    text += describe("  held: {} bytes", facts.held,
+                     [](size_t category) { return BAS_MemoryTracker::name(BAS_MemoryCategory(category)); });
     std::fputs(text.c_str(), stream);
 }
 }  // namespace rq::app

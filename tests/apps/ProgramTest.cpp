@@ -165,6 +165,7 @@ TEST_F(Program, PrintsFactsAsJSON)
     EXPECT_EQ(json.text("host/attributes/0/name"), "uv");
     EXPECT_EQ(json.text("host/attributes/3/storage"), "string");
     EXPECT_EQ(json.text("host/groups/0/name"), "floor");
+    EXPECT_GT(json.integer("held/host page"), 0);
 
     // The mesh lies in a collection with what became of the line, and the unused point beside it.
     const std::vector<JSON> meshes = json.primitivesOf("RQ_PrimPolygonMesh");
