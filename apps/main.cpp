@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <iostream>
 #include <optional>
 
 #include <apps/CommandLine.h>
@@ -12,7 +13,7 @@ using namespace rq::app;
 
 ExitCode print(const std::string &text)
 {
-    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
+    if (std::cout << text << std::flush)
         return ExitDone;
     std::fputs("rq: error: standard output cannot be written\n", stderr);
     return ExitFailure;
@@ -46,7 +47,7 @@ int main(int argc, char **argv)
     }
     catch (const CLI::ParseError &error)
     {
-        return line.program.exit(error) == 0 ? ExitDone : ExitUsage;
+        return line.program.exit(error) == 0 ? print({}) : ExitUsage;
     }
 
     std::optional<BAS_Threads::Limit> limit;

@@ -22,6 +22,7 @@ struct ExitCase
 const ExitCase kExitCases[] = {
     {"", 1, "", "ubcommand"},
     {"--version", 0, "rq 0.", nullptr},
+    {"--help > /dev/full", 3, "", "standard output"},
     {"info --parms", 0, "cuspangle ", nullptr},
     {"info --parms --json", 0, "\"key\": \"cuspangle\"", nullptr},
     {"info --parms @tri.obj", 1, "", "excludes"},
