@@ -1,12 +1,8 @@
 #include <apps/Picture.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-
 #include <png.h>
-#include <unistd.h>
+
+#include <io/OutputFile.h>
 
 namespace rq::app
 {
@@ -20,15 +16,6 @@ png_image imageOf(const Picture &picture)
     image.height = png_uint_32(picture.height);
     image.format = PNG_FORMAT_RGB;
     return image;
-}
-
-bool writeTo(const std::string &path, const std::string &bytes)
-{
-    errno = 0;
-    std::ofstream file(path, std::ios::binary);
-    file.write(bytes.data(), std::streamsize(bytes.size()));
-    file.close();
-    return !file.fail();
 }
 }  // namespace
 
@@ -48,27 +35,10 @@ std::string encodePNG(const Picture &picture, std::string &error)
     return bytes;
 }
 
-bool writeWhole(const std::string &path, const std::string &bytes, std::string &error)
-{
-    std::error_code ignored;
-    const bool isPlain = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-    // A link stays, and what it leads to is replaced.
-    const std::string linked = std::filesystem::canonical(path, ignored).string();
-    const std::string &whole = linked.empty() ? path : linked;
-    const std::string part = isPlain ? whole + ".part" + std::to_string(getpid()) : path;
-    const bool good = writeTo(part, bytes) && (!isPlain || std::rename(part.c_str(), whole.c_str()) == 0);
-    if (good)
-        return true;
-    error = std::string("cannot be written: ") + std::strerror(errno);
-    if (isPlain)
-        std::filesystem::remove(part, ignored);
-    return false;
-}
-
 bool writePNG(const std::string &path, const Picture &picture, std::string &error)
 {
     const std::string bytes = encodePNG(picture, error);
-    return !bytes.empty() && writeWhole(path, bytes, error);
+    return !bytes.empty() && io::writeFile(path, bytes, error);
 }
 
 bool readPNG(const std::string &path, Picture &picture, std::string &error)

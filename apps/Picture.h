@@ -20,11 +20,7 @@ struct Picture
 /// A picture as the bytes of a PNG file; none with the reason in `error` when that fails.
 std::string encodePNG(const Picture &picture, std::string &error);
 
-/// Put bytes into a file, which takes the place of one of its name when it is complete.  What is no regular file, as a pipe,
-/// is written to as it is.  False with the reason in `error`; there is the file that was there before, if any.
-bool writeWhole(const std::string &path, const std::string &bytes, std::string &error);
-
-/// Write a PNG file in the same way.
+/// Write a PNG file, as `io::writeFile` does.  False with the reason in `error`.
 bool writePNG(const std::string &path, const Picture &picture, std::string &error);
 
 /// Read a PNG file.  False with the reason in `error`.

@@ -8,10 +8,10 @@
 
 #include <io/GLTFWriter.h>
 #include <io/OBJWriter.h>
+#include <io/OutputFile.h>
 #include <io/PLYWriter.h>
 #include <io/RQGWriter.h>
 #include <io/STLWriter.h>
-#include <io/detail/OutputFile.h>
 #include <io/detail/endings.h>
 
 namespace rq::io
@@ -137,9 +137,12 @@ bool save(const std::string &path, const MOD_ConstDetailHandle &detail, Messages
     if (!format ||
         !format->write(detail, options.numbers, isStandardOutput(path) ? kStandardOutput : path, output, messages))
         return false;
+    std::string error;
     if (isStandardOutput(path))
-        return writeStandardOutput(output.bytes, messages);
-    return (output.materials.empty() || writeFile(materialFileOf(path), output.materials, messages)) &&
-           writeFile(path, output.bytes, messages);
+        return writeStandardOutput(output.bytes, error) || messages.fail(kStandardOutput, {}, error);
+    if (const std::string materials = materialFileOf(path);
+        !output.materials.empty() && !writeFile(materials, output.materials, error))
+        return messages.fail(materials, {}, error);
+    return writeFile(path, output.bytes, error) || messages.fail(path, {}, error);
 }
 }  // namespace rq::io

@@ -8,6 +8,7 @@
 #include <apps/RefinedFile.h>
 #include <apps/TerminalProgress.h>
 #include <apps/offline/readSettings.h>
+#include <io/OutputFile.h>
 #include <rq/bridge/MSHDetail.h>
 
 namespace rq::app
@@ -45,7 +46,7 @@ ExitCode write(const offline::Film &film, const RenderOptions &options)
     std::string error;
     const bool isEXR = options.output.ends_with(".exr");
     const std::string bytes = isEXR ? encodeEXR(film, error) : encodePNG(screenPicture(film), error);
-    if (bytes.empty() || !writeWhole(options.output, bytes, error))
+    if (bytes.empty() || !io::writeFile(options.output, bytes, error))
         return fail(ExitFailure, options.output + ": " + error);
     return ExitDone;
 }

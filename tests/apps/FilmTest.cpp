@@ -10,6 +10,7 @@
 
 #include <apps/offline/Microfacet.h>
 #include <apps/offline/Samples.h>
+#include <io/OutputFile.h>
 #include <tests/apps/Globe.h>
 #include <tests/apps/Program.h>
 
@@ -96,7 +97,7 @@ TEST(Film, EXRFilesHoldEveryLayer)
     const OwnFolder own;
     const std::string path = own.path() + "film.exr";
     std::string error;
-    ASSERT_TRUE(rq::app::writeWhole(path, encodeEXR(*film, error), error)) << error;
+    ASSERT_TRUE(rq::io::writeFile(path, encodeEXR(*film, error), error)) << error;
 
     Imf::InputFile file(path.c_str());
     const struct

@@ -1,4 +1,4 @@
-#include <io/detail/OutputFile.h>
+#include <io/OutputFile.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -39,18 +39,19 @@ bool writeTo(const std::string &path, int flags, std::string_view bytes)
     return written && closed;
 }
 
-bool failToWrite(const std::string &name, Messages &messages)
+bool tellWhy(std::string &error)
 {
-    return messages.fail(name, {}, std::string("cannot be written: ") + std::strerror(errno));
+    error = std::string("cannot be written: ") + std::strerror(errno);
+    return false;
 }
 }  // namespace
 
-bool writeStandardOutput(std::string_view bytes, Messages &messages)
+bool writeStandardOutput(std::string_view bytes, std::string &error)
 {
-    return writeAll(STDOUT_FILENO, bytes) || failToWrite("<stdout>", messages);
+    return writeAll(STDOUT_FILENO, bytes) || tellWhy(error);
 }
 
-bool writeFile(const std::string &path, std::string_view bytes, Messages &messages)
+bool writeFile(const std::string &path, std::string_view bytes, std::string &error)
 {
     struct stat status;
     const bool exists = stat(path.c_str(), &status) == 0;
@@ -69,6 +70,6 @@ bool writeFile(const std::string &path, std::string_view bytes, Messages &messag
             ::unlink(part.c_str());
         errno = reason;
     }
-    return good || failToWrite(path, messages);
+    return good || tellWhy(error);
 }
 }  // namespace rq::io
