@@ -11,8 +11,7 @@ namespace rq::io
 /// Walk over a text of lines, words and numbers.
 ///
 /// Shape    a line ends with LF, CR LF or CR, or with the text; a backslash right before its end continues it.  Blanks
-/// separate
-///          words, and "#" at the start of a word begins a comment that runs to the line's end.
+///          separate words, and "#" at the start of a word begins a comment that runs to the line's end.
 /// Failure  a read that finds something else answers false and leaves the place where it is; never reads past the text
 /// Cost     counts no lines: `placeOf` counts them when there is something to say
 class RQ_API Scanner

@@ -8,17 +8,14 @@
 /// Cut one polygon into convex pieces.  The caller derives from it, hands out corners and takes pieces.
 ///
 /// Shape    a polygon of n corners leaves as n - 2 triangles, or as fewer, merged pieces.  Pieces name corners of the input,
-/// each
-///          in the input's direction.  When the polygon does not cross itself (it may touch itself, walk an edge twice to
-///          reach a hole, repeat points and run straight) no piece is turned over and their areas add up; triangles without
-///          area appear only where repeated points, spikes or points on a diagonal leave no choice
+///          each in the input's direction.  When the polygon does not cross itself (it may touch itself, walk an edge twice
+///          to reach a hole, repeat points and run straight) no piece is turned over and their areas add up; triangles
+///          without area appear only where repeated points, spikes or points on a diagonal leave no choice
 /// Failure  a polygon that crosses itself, is folded or has no area is cut where it hurts least, still into n - 2 triangles
-/// of
-///          the same signed area; so is one with coordinates that are not finite.  Fewer than three corners give nothing
+///          of the same signed area; so is one with coordinates that are not finite.  Fewer than three corners give nothing
 /// Threads  one object per thread; buffers are kept from run to run
 /// Cost     about n log n; short cuts and well-shaped triangles are preferred, so slivers are rare.  The result does not
-/// change
-///          when all coordinates are scaled by a power of two
+///          change when all coordinates are scaled by a power of two
 class HOST_API BAS_Convex
 {
 public:

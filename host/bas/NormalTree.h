@@ -15,8 +15,7 @@ namespace host
 ///
 /// Threads  one object per thread
 /// Cost     building takes n log n; a question about vectors along a curve log n, about such that cover the sphere the
-/// square
-///          root of n
+///          square root of n
 class NormalTree
 {
 public:

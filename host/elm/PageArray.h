@@ -34,8 +34,8 @@ template <class T> struct ELM_ReadHandle
 
 /// A column of rows (tuples of numbers) in pages, shared copy-on-write.
 ///
-/// Shape      rows of `tupleSize()` interleaved values, `ELM_PAGE_SIZE` rows a page; a page that repeats one row stores it
-/// once.
+/// Shape      rows of `tupleSize()` interleaved values, `ELM_PAGE_SIZE` rows a page; a page that repeats one row stores
+///            it once.
 ///            T is one of the eight numeric types.
 /// Ownership  copies share everything; the first write to a copy duplicates its page table (16 bytes a page), and then only
 ///            the pages that it touches.  Pages are carved from slabs that grow like a vector, so columns written in order,

@@ -5,8 +5,7 @@
 /// What a polygon soup's payload holds: faces whose corners are numbers of the primitive's own vertices.
 ///
 /// Shape  face f has the corners [f * faceSize, (f + 1) * faceSize) when `faceSize` is not 0, else those from faceStarts[f]
-/// up
-///        to faceStarts[f + 1]
+///        up to faceStarts[f + 1]
 struct HOST_API MSH_SoupData
 {
     int32_t faceSize = 3;

@@ -14,10 +14,9 @@ using RQ_SubdLimitHandle = BAS_IntrusivePtr<const RQ_SubdLimit>;
 /// A place on a subdivision surface.
 ///
 /// Units  u and v in 0 to 1, clamped.  On a quad (0, 0) is its first corner, (1, 0) the second, (0, 1) the last; on a
-/// triangle
-///        of the Loop scheme (0, 0) is the first, (1, 0) the second, (0, 1) the third, and u + v is at most 1.  A face of
-///        another number of corners, and a triangle of the other schemes, is made of a quad at each corner: (0, 0) is the
-///        corner, (1, 0) the middle of the edge that starts there, (1, 1) the middle of the face
+///        triangle of the Loop scheme (0, 0) is the first, (1, 0) the second, (0, 1) the third, and u + v is at most 1.  A
+///        face of another number of corners, and a triangle of the other schemes, is made of a quad at each corner: (0, 0)
+///        is the corner, (1, 0) the middle of the edge that starts there, (1, 1) the middle of the face
 struct RQ_SubdSample
 {
     int32_t face;

@@ -12,8 +12,7 @@ using RQ_SubdivisionMeshHandle = BAS_IntrusivePtr<RQ_PrimSubdivisionMesh>;
 /// the result; what names nothing there any more is dropped.
 ///
 /// Shape      the standard tags: "crease" holds pairs of points and a sharpness for each edge, "corner" points and a
-/// sharpness
-///            for each, "hole" faces; "interpolateboundary", "facevaryinginterpolateboundary",
+///            sharpness for each, "hole" faces; "interpolateboundary", "facevaryinginterpolateboundary",
 ///            "osd_vtxboundaryinterpolation", "osd_fvarlinearinterpolation", "osd_creasingmethod" and "osd_trianglesubdiv"
 ///            one value each.  Other tags are kept as they are
 /// Failure    tags are not checked here, but by whoever evaluates the surface

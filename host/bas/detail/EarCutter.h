@@ -11,9 +11,8 @@ namespace host
 /// Cut a counter-clockwise polygon into triangles, best ear first.
 ///
 /// Shape    n corners give n - 2 triangles whose signed areas add up to the polygon's.  When the polygon does not cross
-/// itself
-///          none of them is clockwise, even where it touches itself or walks an edge twice; triangles without area appear
-///          only where repeated points, spikes or points on a diagonal leave no choice
+///          itself none of them is clockwise, even where it touches itself or walks an edge twice; triangles without area
+///          appear only where repeated points, spikes or points on a diagonal leave no choice
 /// Failure  where no ear is left (the polygon crosses itself) the smallest convex corner is cut: `forced`
 /// Cost     about n log n for n corners; buffers are kept from run to run
 class EarCutter

@@ -15,9 +15,8 @@ int64_t countTangents(const RQ_Primitive &primitive);
 /// changed.
 ///
 /// Failure  null for primitives of other kinds than meshes of polygons, cells, curves and points, and their collections, and
-/// for
-///          arrays that read a detail in another way than through host attributes and views of them; and
-///          for those that it is interrupted at
+///          for arrays that read a detail in another way than through host attributes and views of them; and for those that
+///          it is interrupted at
 class Rebinding
 {
 public:

@@ -13,8 +13,7 @@ using TrimLoops = std::vector<std::vector<BAS_Vec2d>>;
 /// The faces that trim loops leave of a grid.
 ///
 /// Shape  face i has counts[i] corners; a corner below columns * rows is the crossing of a line of u and one of v, and
-/// behind
-///        those stand the nodes
+///        behind those stand the nodes
 struct TrimmedFaces
 {
     std::vector<int32_t> counts;
