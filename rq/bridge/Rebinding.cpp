@@ -10,7 +10,7 @@
 #include <rq/data/DASubArray.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCellMesh.h>
-#include <rq/surface/PrimCurveMesh.h>
+#include <rq/surface/PrimNURBSCurveMesh.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
 
@@ -166,8 +166,9 @@ RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
         const BAS_IntrusivePtr<RQ_PrimCollect> made(new RQ_PrimCollect);
         for (int64_t i = 0; i < several->entries(); ++i)
         {
-            const RQ_PrimitiveHandle child = primitive(several->getPrim(i));
-            if (!child)
+            const RQ_PrimitiveHandle &was = several->getPrim(i);
+            const RQ_PrimitiveHandle child = was ? primitive(was) : was;
+            if (was && !child)
                 return nullptr;
             made->appendPrimitive(child);
         }
@@ -181,6 +182,8 @@ RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
     if (!attributes(old->getPointAttributes(), point) || !attributes(old->getVertexAttributes(), vertex) ||
         !attributes(old->getUniformAttributes(), uniform) || !attributes(old->getDetailAttributes(), detail))
         return nullptr;
+    if (const auto *splines = exactly<RQ_PrimNURBSCurveMesh>(*old))
+        return new RQ_PrimNURBSCurveMesh(*splines, vertex, uniform, detail);
     if (const auto *curves = exactly<RQ_PrimCurveMesh>(*old))
         return new RQ_PrimCurveMesh(*curves, vertex, uniform, detail);
     if (const auto *cells = dynamic_cast<const RQ_PrimCellMesh *>(old.get()))

@@ -18,6 +18,8 @@ RQ_PrimitiveHandle rq::collected(const BAS_Array<RQ_PrimitiveHandle> &primitives
 
 RQ_PrimitiveHandle rq::inPieces(const RQ_PrimitiveHandle &whole, int64_t mostFaces)
 {
+    if (!whole)
+        return whole;
     BAS_Array<RQ_PrimitiveHandle> parts;
     // Not what is derived of a mesh of polygons: a surface in pieces has more boundary.
     if (typeid(*whole) == typeid(RQ_PrimPolygonMesh))

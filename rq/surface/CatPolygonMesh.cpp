@@ -88,7 +88,7 @@ int RQ_CatPolygonMesh::refusal(const RQ_PrimitiveHandle &primitive, const RQ_Pol
     const bool replaces = exists(replaced);
     if (maxMeshes_ > 0 && !replaces && entries() >= maxMeshes_)
         return MESH_LIMIT;
-    if (!mesh)
+    if (!mesh || (!mesh->getVertexList() && mesh->getVertexCount() > 0))
         return NOT_A_MESH;
     if (mode_ != -1 && mode_ != mesh->getPrimitiveType())
         return KIND;

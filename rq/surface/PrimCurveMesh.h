@@ -182,6 +182,9 @@ public:
     using RQ_Primitive::clone;
 
 protected:
+    /// Whether curves of this class may be of a basis.
+    virtual bool canHaveBasis(RQ_Basis) const { return true; }
+
     /// These curves with other attributes, as a mesh of the class that this one is of.
     virtual RQ_CurveMeshHandle clone(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
                                      const RQ_AttributeListHandle &detail) const;

@@ -14,7 +14,7 @@ bool RQ_PrimCurveMesh::setBasis(RQ_Basis basis, int order)
 {
     int least, greatest;
     RQ_CurveEval::orderRange(basis, least, greatest);
-    if (order < least || order > greatest || order < 1)
+    if (order < least || order > greatest || order < 1 || !canHaveBasis(basis))
         return false;
     // Even knots of the same number in all would belong to other curves.
     if (uniformOrder_ != order)
@@ -29,7 +29,7 @@ bool RQ_PrimCurveMesh::setBasis(RQ_Basis basis, int order)
 bool RQ_PrimCurveMesh::setBasis(RQ_Basis basis, const RQ_DataArrayHandle &orders)
 {
     if (!orders || orders->entries() != getCurveCount() || orders->getTupleSize() != 1 ||
-        !RQisInteger(orders->getStorage()) || orders->hasArrayEntries())
+        !RQisInteger(orders->getStorage()) || orders->hasArrayEntries() || !canHaveBasis(basis))
         return false;
     int least, greatest;
     RQ_CurveEval::orderRange(basis, least, greatest);

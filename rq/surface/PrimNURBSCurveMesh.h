@@ -5,7 +5,7 @@
 /// Many B-splines, with knots or without, and rational where vertices have weights: what host NURBS curves become.
 ///
 /// It differs from an `RQ_PrimCurveMesh` of that basis by its class and type alone, so that a consumer that draws NURBS
-/// itself knows them.  All operations that keep the basis keep the class.
+/// itself knows them, and takes no other basis.  All operations that keep the basis keep the class.
 class RQ_API RQ_PrimNURBSCurveMesh final : public RQ_PrimCurveMesh
 {
 public:
@@ -28,6 +28,7 @@ public:
     using RQ_Primitive::clone;
 
 protected:
+    bool canHaveBasis(RQ_Basis basis) const override { return basis == RQ_BASIS_BSPLINE; }
     RQ_CurveMeshHandle clone(const RQ_AttributeListHandle &vertex, const RQ_AttributeListHandle &uniform,
                              const RQ_AttributeListHandle &detail) const override;
 };

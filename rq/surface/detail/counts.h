@@ -12,13 +12,16 @@ inline RQ_DataArrayHandle integersOfWidth(const RQ_DataArrayHandle &array, RQ_In
 {
     if (!array || mode == RQ_INDEXING_AUTO || array->checkIndexing(mode))
         return array;
-    int64_t least = 0, greatest = 0;
-    array->getRange(least, greatest);
     RQ_DataArrayHandle converted;
     if (mode == RQ_INDEXING_64)
         array->getArray<int64_t>(converted);
-    else if (least >= std::numeric_limits<int32_t>::min() && greatest <= std::numeric_limits<int32_t>::max())
-        array->getArray<int32_t>(converted);
+    else
+    {
+        int64_t least = 0, greatest = 0;
+        array->getRange(least, greatest);
+        if (least >= std::numeric_limits<int32_t>::min() && greatest <= std::numeric_limits<int32_t>::max())
+            array->getArray<int32_t>(converted);
+    }
     if (!converted)
         return array;
     setViewId(converted, array, viewKey(View::CONVERTED, {uint64_t(converted->getStorage())}));

@@ -1,6 +1,7 @@
 #include <functional>
 #include <thread>
 
+#include <host/msh/Curve.h>
 #include <rq/bridge/RefineCache.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/prim/RefineCollect.h>
@@ -36,7 +37,7 @@ void addFace(MOD_Edit &edit)
     ASSERT_TRUE(edit.appendPolygons(3, face, true));
 }
 
-/// Faces of all kinds, a polyline, unused points, colours, a group and sharp edges.
+/// Faces of all kinds, a polyline, a NURBS curve, unused points, colours, a group and sharp edges.
 MOD_DetailHandle makeScene()
 {
     const MOD_DetailHandle geometry;
@@ -45,7 +46,10 @@ MOD_DetailHandle makeScene()
     append(edit, meshShape("unused points"));
     append(edit, starShape(7));
     const int32_t line[] = {0, 3, 5}, three[] = {3};
-    EXPECT_TRUE(edit.appendTriangleStrips(three, line) && edit.appendPolygons(three, line, false));
+    MSH_CurveData quadratic;
+    quadratic.order = 3;
+    EXPECT_TRUE(edit.appendTriangleStrips(three, line) && edit.appendPolygons(three, line, false) &&
+                edit.appendNURBSCurves(quadratic, three, line));
     colour(edit);
     edit.group(ELM_OWNER_PRIMITIVE, "some")->setRange(0, 2);
     edit.attribute(ELM_OWNER_VERTEX, "crease", ELM_STORAGE_REAL32)->modifyAll<float>()[5] = 1.0f;
@@ -245,7 +249,12 @@ TEST(RefineCache, TakesWhatCollectorsOfCallersMake)
     RQ_RefineParms parms;
     parms.setAddMikkT(true);
     RQ_RefineCache cache;
-    EXPECT_EQ(cache.refine(RQ_MSHDetail(makeDetail(cubeShape())), &parms).size(), 6u);
+    const MOD_ConstDetailHandle cube = makeDetail(cubeShape());
+    for (const int largest : {-1, -1, 1, 1})
+    {
+        parms.setMaxPolyMeshSize(largest);
+        EXPECT_EQ(cache.refine(RQ_MSHDetail(cube), &parms).size(), 6u);
+    }
     RQ_MSHPrimCollect::bind(nullptr, ELM_PRIMITIVE_POLYGON);
 }
 

@@ -376,7 +376,7 @@ TEST(Curves, AreCutNoFinerThanMemoryLasts)
     const struct
     {
         int64_t curves, segments;
-    } cases[] = {{1, 16384}, {10000, 6710}, {10000000, 20}};
+    } cases[] = {{1, 16384}, {10000, 6710}, {4000000, 20}};
     for (const auto &c : cases)
     {
         const RQ_DataArrayHandle counts(new RQ_DAConstantValue<int64_t>(c.curves, 4));

@@ -140,6 +140,12 @@ TEST(UnusedPoints, OfMeshesWithoutAListOrWithoutPoints)
     EXPECT_EQ(pointless->removeUnusedPoints(&rows), pointless);
     EXPECT_EQ(rows->entries(), 0);
     EXPECT_EQ(valuesOf(pointless->getUsedPointList()), (std::vector<double>{4, 7, 900}));
+    const RQ_PrimPolygonMesh far(integers({3}), makeArray(std::vector<int64_t>{-1, 5, int64_t(1) << 40}), nullptr);
+    EXPECT_EQ(valuesOf(far.getUsedPointList()), (std::vector<double>{5, double(int64_t(1) << 40)}));
+
+    const RQ_PolygonMeshHandle listless(new RQ_PrimPolygonMesh(integers({2}), nullptr, shared));
+    EXPECT_EQ(listless->removeUnusedPoints(&rows), listless);
+    EXPECT_EQ(valuesOf(rows), (std::vector<double>{0, 1}));
 }
 
 TEST(Measures, FollowTheTransform)
