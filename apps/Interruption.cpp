@@ -1,29 +1,35 @@
 #include <apps/Interruption.h>
 
+#include <atomic>
 #include <csignal>
 
 namespace rq::app
 {
 namespace
 {
-volatile std::sig_atomic_t asked = 0;
+// Set by the handler, read by every thread.
+std::atomic<bool> asked = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
 void ask(int)
 {
-    asked = 1;
+    asked = true;
     std::signal(SIGINT, SIG_DFL);
 }
 }  // namespace
 
 Interruption::Interruption() : before_(install(this))
 {
-    asked = 0;
-    std::signal(SIGINT, ask);
+    asked = false;
+    // Who was started with the signal ignored, as nohup does, goes on to ignore it.
+    if (std::signal(SIGINT, ask) == SIG_IGN)
+        std::signal(SIGINT, SIG_IGN);
 }
 
 Interruption::~Interruption()
 {
-    std::signal(SIGINT, SIG_DFL);
+    if (std::signal(SIGINT, SIG_DFL) == SIG_IGN)
+        std::signal(SIGINT, SIG_IGN);
     install(before_);
 }
 
@@ -33,5 +39,5 @@ bool Interruption::update(const char *label, double fraction)
     return stopped || isAsked();
 }
 
-bool Interruption::isAsked() const { return asked != 0; }
+bool Interruption::isAsked() const { return asked; }
 }  // namespace rq::app

@@ -35,6 +35,7 @@ ExitCode loadFile(const std::string &file, RefinedFile &refined)
 {
     const auto start = std::chrono::steady_clock::now();
     refined.file = file == "-" ? "<stdin>" : file;
+    nameDiagnostics(refined.file);
     MOD_DetailHandle detail;
     io::Messages messages;
     const bool loaded = io::load(file, detail, messages, true);

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include <host/msh/Primitive.h>
+#include <rq/bridge/MSHElementArray.h>
+#include <rq/data/DAConstant.h>
 #include <rq/data/DAIndirect.h>
 #include <rq/data/DANumeric.h>
 #include <rq/data/NumericTypes.h>
@@ -32,9 +34,16 @@ ELM_Range pointsOfOnly(const MSH_Detail &detail, const ELM_Range &primitives)
     return ELM_Range(ELM_OWNER_POINT, own);
 }
 
-/// Set the rows of an attribute of plain values from `first` on to the entries of an array.
+bool isPlain(const ELM_Attribute &attribute)
+{
+    return attribute.scope() == ELM_SCOPE_PUBLIC && !attribute.hasArrays() && !attribute.dicts();
+}
+
+/// Set the rows of an attribute of plain values from `first` on to the entries of an array of as many components.
 void writeRows(ELM_Attribute &attribute, int64_t first, const RQ_DataArray &array)
 {
+    if (array.getTupleSize() != attribute.tupleSize())
+        return;
     if (ELM_StringTuple *texts = attribute.strings())
     {
         for (int64_t i = 0; i < array.entries(); ++i)
@@ -46,8 +55,7 @@ void writeRows(ELM_Attribute &attribute, int64_t first, const RQ_DataArray &arra
     dispatchStorage(RQ_Storage(int(attribute.storage())), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const Values<T> values(array);
-        if (values.tupleSize() == attribute.tupleSize())
-            attribute.write(first, values.entries(), values.data());
+        attribute.write(first, values.entries(), values.data());
     });
 }
 
@@ -55,40 +63,29 @@ RQ_DataArrayHandle asIndices(const std::vector<int64_t> &entries)
 {
     return new RQ_DANumeric<int64_t>(entries.data(), int64_t(entries.size()));
 }
+
+RQ_DataArrayHandle find(const RQ_AttributeListHandle &list, const BAS_StringHolder &name)
+{
+    return list ? list->get(name) : RQ_DataArrayHandle();
+}
+
+/// The primitive that each of the pieces of a mesh comes from; null where many melt together.
+RQ_DataArrayHandle sourcesOf(const RQ_Primitive &mesh, int64_t pieces)
+{
+    if (const RQ_DataArrayHandle sources = find(mesh.getUniformAttributes(), kExchangeSource))
+        return sources;
+    return RQ_DAConstant::createConstant(find(mesh.getDetailAttributes(), kExchangeSource), 0, pieces);
+}
+
+bool isMetaball(ELM_PrimitiveTypeId type)
+{
+    return type >= ELM_PRIMITIVE_BLOB_ELLIPSOID && type <= ELM_PRIMITIVE_BLOB_EXPRESSION;
+}
 }  // namespace
 
-/// Where the elements that are appended next will be.
-struct ShapeExchange::Place
-{
-    explicit Place(const MOD_Edit &edit)
-        : point(edit.pointCount()), vertex(edit.vertexCount()), primitive(edit.primitiveCount())
-    {}
-
-    int64_t point, vertex, primitive;
-};
-
-/// The first vertex of each piece of a mesh, and its point; 0 for pieces without vertices.
-struct ShapeExchange::Starts
-{
-    explicit Starts(int64_t pieces) : vertices(size_t(pieces)), points(size_t(pieces)) {}
-
-    std::vector<int64_t> vertices, points;
-};
-
-/// An attribute as every piece of a mesh has it; null when the mesh has none of the name.
-RQ_DataArrayHandle ShapeExchange::ofPieces(const RQ_Primitive &mesh, const BAS_StringHolder &name, const Starts &starts)
-{
-    const auto find = [&](const RQ_AttributeListHandle &list) { return list ? list->get(name) : RQ_DataArrayHandle(); };
-    if (const RQ_DataArrayHandle values = find(mesh.getUniformAttributes()))
-        return values;
-    const std::vector<int64_t> whole(starts.vertices.size());
-    for (const auto &[list, entries] :
-         {std::tie(mesh.getDetailAttributes(), whole), std::tie(mesh.getVertexAttributes(), starts.vertices),
-          std::tie(mesh.getPointAttributes(), starts.points)})
-        if (const RQ_DataArrayHandle values = find(list); values && values->entries() > 0)
-            return RQ_DAIndirect::createIndirect(values, asIndices(entries));
-    return {};
-}
+ShapeExchange::ShapeExchange(const MOD_ConstDetailHandle &from, MOD_Edit &edit)
+    : handle_(from), from_(*from.readLock()), edit_(edit), arrived_(from_.capacity(ELM_OWNER_PRIMITIVE))
+{}
 
 bool ShapeExchange::remove(const ELM_Range &primitives)
 {
@@ -99,24 +96,27 @@ bool ShapeExchange::remove(const ELM_Range &primitives)
 bool ShapeExchange::append(const RQ_PrimPolygonMesh &mesh)
 {
     const Place place(edit_);
+    const int64_t faces = mesh.getFaceCount();
     const Values<int32_t> counts(mesh.getFaceCounts());
-    std::vector<int64_t> corners(static_cast<size_t>(mesh.getVertexCount()));
     const Values<int64_t> points(mesh.getVertexList());
+    std::vector<int64_t> corners(static_cast<size_t>(mesh.getVertexCount()));
     std::transform(points.begin(), points.end(), corners.begin(), [&](int64_t i) { return place.point + i; });
-    if (!edit_.appendPoints(mesh.getPointCount()) ||
-        !edit_.appendPolygons({counts.data(), size_t(counts.entries())}, corners, true))
+    if (!edit_.appendPoints(mesh.getPointCount()) || !edit_.appendPolygons({counts.data(), size_t(faces)}, corners, true))
         return false;
 
-    writeList(ELM_OWNER_POINT, mesh.getShared(), place.point);
-    writeList(ELM_OWNER_VERTEX, mesh.getVertex(), place.vertex);
-    Starts starts(mesh.getFaceCount());
-    for (int64_t face = 0; face < mesh.getFaceCount(); ++face)
-        if (counts[face] > 0)
-        {
-            starts.vertices[size_t(face)] = mesh.getVertexOffset(face);
-            starts.points[size_t(face)] = points[mesh.getVertexOffset(face)];
-        }
-    writePieces(mesh, starts, place.primitive);
+    write(ELM_OWNER_POINT, place.point, mesh.getPointCount(), {{mesh.getShared(), nullptr}}, mesh.getDetail());
+    write(ELM_OWNER_VERTEX, place.vertex, mesh.getVertexCount(),
+          {{mesh.getVertex(), nullptr}, {mesh.getShared(), mesh.getVertexList()}}, mesh.getDetail());
+    if (const RQ_DataArrayHandle sources = sourcesOf(mesh, faces))
+    {
+        writePieces(*sources, place.primitive);
+        return true;
+    }
+    hasMolten_ = true;
+    std::vector<int64_t> starts(static_cast<size_t>(faces));
+    for (int64_t face = 0; face < faces; ++face)
+        starts[size_t(face)] = counts[face] > 0 ? points[mesh.getVertexOffset(face)] : 0;
+    write(ELM_OWNER_PRIMITIVE, place.primitive, faces, {{mesh.getShared(), asIndices(starts)}}, nullptr);
     return true;
 }
 
@@ -126,12 +126,9 @@ bool ShapeExchange::append(const RQ_PrimCurveMesh &lines)
     // A closed line ends in the point where it began.
     std::vector<int32_t> counts;
     std::vector<int64_t> vertices, corners;
-    Starts starts(lines.getCurveCount());
     for (int64_t curve = 0; curve < lines.getCurveCount(); ++curve)
     {
         const int64_t first = lines.getVertexOffset(curve), count = lines.getVertexCount(curve);
-        if (count > 0)
-            starts.vertices[size_t(curve)] = first;
         for (int64_t i = 0; i < count; ++i)
             vertices.push_back(first + i);
         const bool closes = lines.getWrap() && count > 0;
@@ -144,36 +141,50 @@ bool ShapeExchange::append(const RQ_PrimCurveMesh &lines)
     if (!edit_.appendPoints(lines.getVertexCount()) || !edit_.appendPolygons(counts, corners, false))
         return false;
 
-    writeList(ELM_OWNER_POINT, lines.getVertex(), place.point);
-    writeList(ELM_OWNER_VERTEX, lines.getVertex()->createIndirect(asIndices(vertices)), place.vertex);
-    writePieces(lines, starts, place.primitive);
+    write(ELM_OWNER_POINT, place.point, lines.getVertexCount(), {{lines.getVertex(), nullptr}}, lines.getDetail());
+    write(ELM_OWNER_VERTEX, place.vertex, int64_t(vertices.size()), {{lines.getVertex(), asIndices(vertices)}},
+          lines.getDetail());
+    if (const RQ_DataArrayHandle sources = sourcesOf(lines, lines.getCurveCount()))
+        writePieces(*sources, place.primitive);
     return true;
 }
 
-void ShapeExchange::writeList(ELM_Owner owner, const RQ_AttributeListHandle &list, int64_t first)
+// What a placed shape has of its point and vertex is told of the whole mesh that it becomes; but so is what the file tells.
+void ShapeExchange::write(ELM_Owner owner, int64_t first, int64_t count, std::initializer_list<Rows> lists,
+                          const RQ_AttributeListHandle &detail)
 {
-    for (int i = 0; list && i < list->entries(); ++i)
-        if (list->get(i))
-            write(owner, list->getName(i), *list->get(i), first);
+    for (const ELM_Attribute &attribute : from_.attributes(owner))
+    {
+        const BAS_StringHolder &name = attribute.name();
+        RQ_DataArrayHandle values;
+        for (const Rows &rows : lists)
+            if (const RQ_DataArrayHandle found = values ? nullptr : find(rows.list, name); found && found->entries() > 0)
+                values = rows.entries ? RQ_DAIndirect::createIndirect(found, rows.entries) : found;
+        if (!values && !from_.find(ELM_OWNER_DETAIL, name.view()))
+            values = RQ_DAConstant::createConstant(find(detail, name), 0, count);
+        if (values && isPlain(attribute))
+            writeRows(own(attribute), first, *values);
+    }
 }
 
-void ShapeExchange::writePieces(const RQ_Primitive &mesh, const Starts &starts, int64_t first)
+void ShapeExchange::writePieces(const RQ_DataArray &sources, int64_t first)
 {
+    const Values<int64_t> offsets(sources);
+    const RQ_MSHOffsetList rows(offsets.data(), offsets.entries());
     for (const ELM_Attribute &attribute : from_.attributes(ELM_OWNER_PRIMITIVE))
-        if (const RQ_DataArrayHandle values = ofPieces(mesh, attribute.name(), starts))
-            write(ELM_OWNER_PRIMITIVE, attribute.name(), *values, first);
-    if (const RQ_DataArrayHandle sources = ofPieces(mesh, kExchangeSource, starts))
-        joinGroups(*sources, first);
+        if (isPlain(attribute))
+            writeRows(own(attribute), first, RQ_MSHElementArray(handle_, &attribute, rows, ELM_OWNER_PRIMITIVE));
+    for (const int64_t source : offsets)
+        arrived_.set(source);
+    joinGroups(sources, first);
 }
 
-void ShapeExchange::write(ELM_Owner owner, const BAS_StringHolder &name, const RQ_DataArray &values, int64_t first)
+// The same attribute of the detail that is made.
+ELM_Attribute &ShapeExchange::own(const ELM_Attribute &like)
 {
-    const ELM_Attribute *like = from_.find(owner, ELM_SCOPE_PUBLIC, name.view());
-    if (!like || like->hasArrays() || like->dicts())
-        return;
-    writeRows(like->strings() ? *edit_.stringAttribute(owner, name.view(), like->tupleSize())
-                              : *edit_.attribute(owner, name.view(), like->storage(), like->tupleSize(), like->typeInfo()),
-              first, values);
+    const std::string_view name = like.name().view();
+    return like.strings() ? *edit_.stringAttribute(like.owner(), name, like.tupleSize())
+                          : *edit_.attribute(like.owner(), name, like.storage(), like.tupleSize(), like.typeInfo());
 }
 
 void ShapeExchange::joinGroups(const RQ_DataArray &sources, int64_t first)
@@ -186,6 +197,19 @@ void ShapeExchange::joinGroups(const RQ_DataArray &sources, int64_t first)
             if (groups[i].contains(sources.getI64(face)))
                 group->set(first + face);
     }
+}
+
+int64_t ShapeExchange::countLost(const ELM_Range &primitives) const
+{
+    int64_t lost = 0;
+    for (const auto [begin, end] : primitives.blocks())
+        for (ELM_Offset primitive = begin; primitive < end; ++primitive)
+        {
+            const ELM_PrimitiveTypeId type = from_.typeOf(primitive);
+            const bool hasArrived = isMetaball(type) ? hasMolten_ : arrived_.get(primitive);
+            lost += type != ELM_PRIMITIVE_POLYGON && !hasArrived;
+        }
+    return lost;
 }
 
 bool ShapeExchange::finish(bool subdivided)

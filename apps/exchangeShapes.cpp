@@ -123,12 +123,16 @@ bool exchangeShapes(const MOD_DetailHandle &detail, Exchanged exchanged, const C
     pieces.append(RQ_MSHDetail::makeDetail(before, going), all);
 
     MOD_Edit edit(detail);
-    ShapeExchange exchange(from, edit);
+    ShapeExchange exchange(before, edit);
     bool done = exchange.remove(*going);
     for (const RQ_PolygonMeshHandle &mesh : pieces.meshes)
         done = done && exchange.append(*preparedMesh(mesh, options, file));
     for (const RQ_CurveMeshHandle &lines : pieces.lines)
         done = done && exchange.append(*lines);
+    if (const int64_t lost = exchange.countLost(*going); done && lost > 0)
+        fmt::print(stderr, "{}: warning: {} left out\n", file,
+                   lost == 1 ? "1 primitive stands for no face or line and is"
+                             : fmt::format("{} primitives stand for no face or line and are", lost));
     if (done && exchange.finish(options.subdivide > 0))
     {
         edit.commit();

@@ -1,5 +1,6 @@
 #include <io/DetailFiles.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <set>
@@ -61,27 +62,42 @@ private:
 class Placings
 {
 public:
-    /// Note what a file places.  False when that leads back to it: unpacking would never end.
-    bool note(const std::string &path, std::set<std::string> placed)
+    /// Note what a file places.  False with the reason when that leads back to it, so that unpacking would never end, or
+    /// when it lies deeper than stacks are.
+    bool note(const std::string &path, std::set<std::string> placed, std::string &why)
     {
+        constexpr int kDeepest = 64;
         const std::lock_guard lock(lock_);
-        std::vector<std::string> open(placed.begin(), placed.end());
+        const int depth = depth_[path];
+        for (const std::string &next : placed)
+            depth_[next] = std::max(depth_[next], depth + 1);
+        if (depth > kDeepest)
+            return why = fmt::format("\"{}\" lies more than {} files deep", path, kDeepest), false;
+        if (leadsTo(path, placed))
+            return why = fmt::format("\"{}\" places itself", path), false;
         placed_[path] = std::move(placed);
+        return true;
+    }
+
+private:
+    bool leadsTo(const std::string &path, const std::set<std::string> &placed) const
+    {
+        std::vector<std::string> open(placed.begin(), placed.end());
         for (std::set<std::string> seen; !open.empty();)
         {
             const std::string next = std::move(open.back());
             open.pop_back();
             if (next == path)
-                return false;
+                return true;
             if (const auto known = placed_.find(next); known != placed_.end() && seen.insert(next).second)
                 open.insert(open.end(), known->second.begin(), known->second.end());
         }
-        return true;
+        return false;
     }
 
-private:
     std::mutex lock_;
-    std::map<std::string, std::set<std::string>> placed_;
+    std::map<std::string, std::set<std::string>> placed_;  // by files that were taken
+    std::map<std::string, int> depth_;                     // how many files lead to one, at the most
 };
 
 MOD_ConstDetailHandle read(const std::string &path, std::string &why)
@@ -89,7 +105,7 @@ MOD_ConstDetailHandle read(const std::string &path, std::string &why)
     static Placings placings;
     MOD_DetailHandle handle;
     Messages messages;
-    const bool isRead = load(path, handle, messages);
+    const bool isRead = path == "-" ? messages.fail("<stdin>", {}, "cannot be placed") : load(path, handle, messages);
     for (const Message &message : messages.all())
         if (message.severity == Message::Error)
             why = message.toString();
@@ -98,16 +114,10 @@ MOD_ConstDetailHandle read(const std::string &path, std::string &why)
     if (!isRead)
         return {};
     const MOD_ConstDetailHandle detail = handle.read();
-    if (placings.note(path, PlacedFiles(*detail.readLock()).paths))
-        return detail;
-    why = fmt::format("\"{}\" places itself", path);
-    return {};
+    return placings.note(path, PlacedFiles(*detail.readLock()).paths, why) ? detail : MOD_ConstDetailHandle();
 }
 }  // namespace
 
-void registerDetailFiles()
-{
-    for (const std::string &ending : loadEndings())
-        MOD_DetailFiles::registerReader(ending, read);
-}
+// What a file is follows from how it begins, so that every name will do.
+void registerDetailFiles() { MOD_DetailFiles::registerReader("", read); }
 }  // namespace rq::io

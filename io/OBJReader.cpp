@@ -9,6 +9,7 @@
 #include <io/detail/LineBlocks.h>
 #include <io/detail/OBJAssembly.h>
 #include <io/detail/OBJWarnings.h>
+#include <io/detail/withoutMark.h>
 
 namespace rq::io
 {
@@ -43,7 +44,7 @@ bool read(const OBJSource &source, MOD_DetailHandle &detail, Messages &messages)
 bool isOBJ(std::string_view text)
 {
     constexpr std::string_view kWords[] = {"v", "vt", "vn", "f", "l", "g", "o", "s", "usemtl", "mtllib"};
-    Scanner scanner(text);
+    Scanner scanner(withoutMark(text));
     while (!scanner.toWord() && !scanner.atEnd())
         scanner.toNextLine();
     return std::ranges::find(kWords, scanner.word()) != std::end(kWords);
@@ -53,7 +54,7 @@ bool readOBJ(std::string_view text, const std::string &name, MOD_DetailHandle &d
 {
     try
     {
-        return read({text, name}, detail, messages);
+        return read({withoutMark(text), name}, detail, messages);
     }
     catch (const std::bad_alloc &)
     {

@@ -1,10 +1,13 @@
 #include <io/OutputFile.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+
+#include <fmt/format.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -63,8 +66,10 @@ bool writeFile(const std::string &path, std::string_view bytes, std::string &err
         good = writeTo(path, 0, bytes);
     else
     {
-        const std::string part = target + ".part" + std::to_string(getpid());
-        good = writeTo(part, O_CREAT | O_TRUNC, bytes) && std::rename(part.c_str(), target.c_str()) == 0;
+        static std::atomic<int> count{0};
+        const std::string part = fmt::format("{}.part{}.{}", target, getpid(), count++);
+        good = writeTo(part, O_CREAT | O_TRUNC, bytes) && (!exists || chmod(part.c_str(), status.st_mode & 0777) == 0) &&
+               std::rename(part.c_str(), target.c_str()) == 0;
         const int reason = errno;
         if (!good)
             ::unlink(part.c_str());

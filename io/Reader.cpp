@@ -12,6 +12,7 @@
 #include <io/SWCReader.h>
 #include <io/XYZReader.h>
 #include <io/detail/endings.h>
+#include <io/detail/withoutMark.h>
 
 namespace rq::io
 {
@@ -42,13 +43,6 @@ const Format kFormats[] = {
     {".pts", copied<readXYZ>, nullptr}, {".swc", copied<readSWC>, isSWC},
 };
 
-// Some editors put a byte order mark in front of texts.  Columns count from the first character behind it.
-std::string_view withoutMark(std::string_view text)
-{
-    constexpr std::string_view kMark = "\xef\xbb\xbf";
-    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
-}
-
 // What a file is follows from how it begins, and only then from its name.
 const Format *findFormat(std::string_view text, const std::string &path)
 {
@@ -71,16 +65,5 @@ bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages,
     if (const Format *format = findFormat(text, path))
         return format->read(text, file->name(), detail, messages, inPlace ? file : nullptr);
     return messages.fail(path, {}, expectEnding(kFormats));
-}
-
-const std::vector<std::string> &loadEndings()
-{
-    static const std::vector<std::string> endings = [] {
-        std::vector<std::string> all;
-        for (const Format &format : kFormats)
-            all.emplace_back(format.ending);
-        return all;
-    }();
-    return endings;
 }
 }  // namespace rq::io

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include <host/fwd.h>
 #include <io/Message.h>
@@ -19,7 +18,4 @@ namespace rq::io
 ///          read from its mapping for as long as a snapshot lives, and nobody may write to or shorten the file meanwhile
 /// Threads  files are read in parallel; the result does not depend on the number of threads
 RQ_API bool load(const std::string &path, MOD_DetailHandle &detail, Messages &messages, bool inPlace = false);
-
-/// The endings of names that `load` knows, in lower case.
-RQ_API const std::vector<std::string> &loadEndings();
 }  // namespace rq::io

@@ -81,12 +81,13 @@ TEST_F(Program, WritesShapesAsPolygonsWithAllThatBelongsToThem)
     const struct
     {
         const char *shape, *piece;
+        int hot = 0;  // points at the least that have what the shape's point has
     } kCases[] = {
         {R"({"type": "triangle_strip", "points": [1, 2, 3, 4]})", "f "},
         {R"({"type": "tetrahedron", "points": [1, 2, 3, 0]})", "f "},
-        {R"({"type": "sphere", "points": [0]})", "f "},
-        {R"({"type": "tube", "points": [0], "payload": {"taper": 0.5, "caps": true}})", "f "},
-        {R"({"type": "blob_ellipsoid", "points": [0]})", nullptr},
+        {R"({"type": "sphere", "points": [0]})", "f ", 2},
+        {R"({"type": "tube", "points": [0], "payload": {"taper": 0.5, "caps": true}})", "f ", 2},
+        {R"({"type": "blob_ellipsoid", "points": [0]})", nullptr, 2},
         {R"({"type": "nurbs_curve", "points": [0, 1, 2, 3], "payload": {"order": 4}})", "l 5 6 7 "},
         {R"({"type": "nurbs_curve", "points": [0, 1, 2, 3], "payload": {"order": 4, "wraps": true}})", "l 5 6 7 "},
     };
@@ -96,11 +97,13 @@ TEST_F(Program, WritesShapesAsPolygonsWithAllThatBelongsToThem)
         std::ofstream(testFolder() + "shape.rqg.json")
             << R"({"rqg": 1, "primitives": [{"type": "polygon", "points": [1, 2, 5]}, )" << c.shape
             << R"(], "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3,)"
-            << R"( "values": [0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 0, 9]}],)"
+            << R"( "values": [0, 0, 5, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 0, 9]},)"
+            << R"({"name": "hot", "storage": "real32", "values": [7, 0, 0, 0, 0, 0]}],)"
             << R"("primitive": [{"name": "heat", "storage": "real32", "values": [1.5, 2.5]}]},)"
             << R"("groups": {"primitive": [{"name": "shapes", "members": [1]}]}})";
         const Outcome obj("convert @shape.rqg.json - --to obj");
-        EXPECT_EQ(obj.error, "<stdout>: warning: attribute \"heat\" of primitives is left out\n");
+        EXPECT_EQ(obj.error, "<stdout>: warning: attribute \"hot\" of points is left out\n"
+                             "<stdout>: warning: attribute \"heat\" of primitives is left out\n");
         EXPECT_EQ(obj.out.find(std::string("g shapes\n") + (c.piece ? c.piece : "f ")) != std::string::npos,
                   c.piece != nullptr)
             << obj.out;
@@ -111,5 +114,16 @@ TEST_F(Program, WritesShapesAsPolygonsWithAllThatBelongsToThem)
                                  (isCurve ? "<stdout>: warning: 1 primitive is left out: NURBS Curve\n" : ""));
         EXPECT_NE(ply.out.find(" 1.5\n"), std::string::npos) << ply.out;
         EXPECT_EQ(ply.out.find(" 2.5\n") != std::string::npos, !isCurve) << ply.out;
+        int hot = 0;
+        for (size_t at = 0; (at = ply.out.find(" 7\n", at)) != std::string::npos; ++at)
+            ++hot;
+        EXPECT_GE(hot, c.hot) << ply.out;
     }
+
+    std::ofstream(testFolder() + "faint.rqg.json")
+        << R"({"rqg": 1, "primitives": [{"type": "blob_ellipsoid", "points": [0], "payload": {"weight": 0.3}}],)"
+        << R"( "attributes": {"point": [{"name": "P", "storage": "real32", "size": 3, "values": [0, 0, 0]}]}})";
+    const Outcome faint("convert @faint.rqg.json - --to obj");
+    EXPECT_NE(faint.error.find("warning: 1 primitive stands for no face or line and is left out"), std::string::npos)
+        << faint.error;
 }
