@@ -173,7 +173,10 @@ void ShapeExchange::writePieces(const RQ_DataArray &sources, int64_t first)
     const RQ_MSHOffsetList rows(offsets.data(), offsets.entries());
     for (const ELM_Attribute &attribute : from_.attributes(ELM_OWNER_PRIMITIVE))
         if (isPlain(attribute))
-            writeRows(own(attribute), first, RQ_MSHElementArray(handle_, &attribute, rows, ELM_OWNER_PRIMITIVE));
+        {
+            const RQ_DataArrayHandle values(new RQ_MSHElementArray(handle_, &attribute, rows, ELM_OWNER_PRIMITIVE));
+            writeRows(own(attribute), first, *values);
+        }
     for (const int64_t source : offsets)
         arrived_.set(source);
     joinGroups(sources, first);

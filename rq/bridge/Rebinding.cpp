@@ -10,7 +10,7 @@
 #include <rq/data/DASubArray.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/surface/PrimCellMesh.h>
-#include <rq/surface/PrimNURBSCurveMesh.h>
+#include <rq/surface/PrimCurveMesh.h>
 #include <rq/surface/PrimPointMesh.h>
 #include <rq/surface/PrimSubdivisionMesh.h>
 
@@ -182,8 +182,6 @@ RQ_PrimitiveHandle rq::Rebinding::primitive(const RQ_PrimitiveHandle &old)
     if (!attributes(old->getPointAttributes(), point) || !attributes(old->getVertexAttributes(), vertex) ||
         !attributes(old->getUniformAttributes(), uniform) || !attributes(old->getDetailAttributes(), detail))
         return nullptr;
-    if (const auto *splines = exactly<RQ_PrimNURBSCurveMesh>(*old))
-        return new RQ_PrimNURBSCurveMesh(*splines, vertex, uniform, detail);
     if (const auto *curves = exactly<RQ_PrimCurveMesh>(*old))
         return new RQ_PrimCurveMesh(*curves, vertex, uniform, detail);
     if (const auto *cells = dynamic_cast<const RQ_PrimCellMesh *>(old.get()))

@@ -118,7 +118,7 @@ void VirtualDisplay::open(const std::string &screen)
         std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-nolisten", "tcp"},
         [] { dup2(::open("/dev/null", O_WRONLY), STDERR_FILENO); });
     close(ends[1]);
-    name_ = ":" + readLine(ends[0]);
+    name_ = fmt::format(":{}", readLine(ends[0]));
     close(ends[0]);
     server_->connection = XOpenDisplay(name_.c_str());
 }

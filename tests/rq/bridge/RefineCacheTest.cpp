@@ -1,7 +1,6 @@
 #include <functional>
 #include <thread>
 
-#include <host/msh/Curve.h>
 #include <rq/bridge/RefineCache.h>
 #include <rq/prim/PrimCollect.h>
 #include <rq/prim/RefineCollect.h>
@@ -37,7 +36,7 @@ void addFace(MOD_Edit &edit)
     ASSERT_TRUE(edit.appendPolygons(3, face, true));
 }
 
-/// Faces of all kinds, a polyline, a NURBS curve, unused points, colours, a group and sharp edges.
+/// Faces of all kinds, a polyline, unused points, colours, a group and sharp edges.
 MOD_DetailHandle makeScene()
 {
     const MOD_DetailHandle geometry;
@@ -46,10 +45,7 @@ MOD_DetailHandle makeScene()
     append(edit, meshShape("unused points"));
     append(edit, starShape(7));
     const int32_t line[] = {0, 3, 5}, three[] = {3};
-    MSH_CurveData quadratic;
-    quadratic.order = 3;
-    EXPECT_TRUE(edit.appendTriangleStrips(three, line) && edit.appendPolygons(three, line, false) &&
-                edit.appendNURBSCurves(quadratic, three, line));
+    EXPECT_TRUE(edit.appendTriangleStrips(three, line) && edit.appendPolygons(three, line, false));
     colour(edit);
     edit.group(ELM_OWNER_PRIMITIVE, "some")->setRange(0, 2);
     edit.attribute(ELM_OWNER_VERTEX, "crease", ELM_STORAGE_REAL32)->modifyAll<float>()[5] = 1.0f;
