@@ -77,6 +77,9 @@ RQ_DataArrayHandle sourcesOf(const RQ_Primitive &mesh, int64_t pieces)
     return RQ_DAConstant::createConstant(find(mesh.getDetailAttributes(), kExchangeSource), 0, pieces);
 }
 
+// Those inside have no face.
+bool isCell(ELM_PrimitiveTypeId type) { return type == ELM_PRIMITIVE_TETRAHEDRON || type == ELM_PRIMITIVE_HEXAHEDRON; }
+
 bool isMetaball(ELM_PrimitiveTypeId type)
 {
     return type >= ELM_PRIMITIVE_BLOB_ELLIPSOID && type <= ELM_PRIMITIVE_BLOB_EXPRESSION;
@@ -210,7 +213,7 @@ int64_t ShapeExchange::countLost(const ELM_Range &primitives) const
         {
             const ELM_PrimitiveTypeId type = from_.typeOf(primitive);
             const bool hasArrived = isMetaball(type) ? hasMolten_ : arrived_.get(primitive);
-            lost += type != ELM_PRIMITIVE_POLYGON && !hasArrived;
+            lost += type != ELM_PRIMITIVE_POLYGON && !isCell(type) && !hasArrived;
         }
     return lost;
 }

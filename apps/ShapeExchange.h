@@ -32,7 +32,7 @@ public:
     bool append(const RQ_PrimPolygonMesh &mesh);
     bool append(const RQ_PrimCurveMesh &lines);
 
-    /// How many of the primitives, polygons aside, nothing came of.
+    /// How many of the primitives, polygons and cells aside, nothing came of.
     int64_t countLost(const ELM_Range &primitives) const;
 
     /// Drop what only helped, and what a surface does not have once its cage is gone: normals and tags.
