@@ -69,12 +69,13 @@ public:
         constexpr int kDeepest = 64;
         const std::lock_guard lock(lock_);
         const int depth = depth_[path];
-        for (const std::string &next : placed)
-            depth_[next] = std::max(depth_[next], depth + 1);
         if (depth > kDeepest)
             return why = fmt::format("\"{}\" lies more than {} files deep", path, kDeepest), false;
         if (leadsTo(path, placed))
             return why = fmt::format("\"{}\" places itself", path), false;
+        // What is refused leads nowhere, or files in a circle would sink with every reading.
+        for (const std::string &next : placed)
+            depth_[next] = std::max(depth_[next], depth + 1);
         placed_[path] = std::move(placed);
         return true;
     }
